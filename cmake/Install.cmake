@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: MIT
+# What a host finds after `cmake --install`: library, headers, CMake package and pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS Vistrel EXPORT VistrelTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${VISTREL_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/Vistrel)
+install(EXPORT VistrelTargets NAMESPACE Vistrel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
+
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/VistrelConfig.cmake.in ${PROJECT_BINARY_DIR}/VistrelConfig.cmake
+                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VistrelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VistrelConfig.cmake ${PROJECT_BINARY_DIR}/VistrelConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
+
+file(RELATIVE_PATH VISTREL_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/Vistrel.pc.in ${PROJECT_BINARY_DIR}/Vistrel.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/Vistrel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Relays a source's announcements as signals, and commands to it as slots.
+#pragma once
+
+#include <Vistrel/Export.h>
+
+#include <QtCore/QObject>
+
+#include <cstddef>
+
+namespace Vistrel {
+
+class AbstractAcquisitionInterface;
+
+/// Made and owned by its source; lives on the thread that made the source. The signals are emitted on whatever thread
+/// the source announces from: a receiver on another thread connects with queued delivery.
+class VISTREL_EXPORT AcquisitionSignalHandler : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit AcquisitionSignalHandler(AbstractAcquisitionInterface* const acquisitionInterface);
+    ~AcquisitionSignalHandler() override;
+
+public Q_SLOTS:
+    // Each runs the source's command of the same name and drops its result.
+    void setup();
+    void cleanup();
+    void startSingleReverse();
+    void startReverse();
+    void start();
+    void startFixed(size_t cnt);
+    void startSingle();
+    void pause();
+    void stop();
+
+Q_SIGNALS:
+    void acquisitionStateChanged();
+    void featureSetChanged();
+    void getFrameNow();
+
+private:
+    struct PrivateData;
+    PrivateData* m_data;
+};
+
+} // namespace Vistrel

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// The application object and its event loop.
+#pragma once
+
+#include <Vistrel/BaseClass.h>
+
+namespace Vistrel {
+
+/// The one object that a host creates before any display window. The thread that creates it is the user-interface
+/// thread. It owns the toolkit's application object and keeps its own copy of the command line.
+///
+/// Bound to the user-interface thread, but for `global()` and `exit()`, which are thread-safe.
+class VISTREL_EXPORT Application : public BaseClass
+{
+public:
+    /// Throws `std::runtime_error` when an application exists already, also one that was made with the toolkit alone,
+    /// and `std::invalid_argument` when `argc` is negative or one of the `argc` entries of `argv` is null.
+    Application(int argc, const char* const* argv);
+    /// Must run outside `exec()`. Deletes the toolkit's application object.
+    ~Application() override;
+    Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
+
+    /// The application of this process, or null.
+    static Application* global();
+
+    /// Runs the event loop until `exit`, and returns the code given there.
+    int exec();
+    /// Ends the event loop. An exit asked for before the loop runs is kept, and ends the next `exec()` at its start.
+    void exit(int returnCode);
+
+    /// Whether the event loop ends when the last window closes; true at first.
+    bool quitOnLastWindowClosed() const;
+    void setQuitOnLastWindowClosed(bool quit);
+
+    /// Calls `method(userData)` whenever the event loop is idle inside `exec()`, in the order of registration, until
+    /// the application is destroyed. The same pair may be added twice; a null method is kept and skipped. A method
+    /// added from inside a pass is first called in the next one.
+    void addIdleMethod(void (*method)(void*), void* const userData);
+
+private:
+    struct PrivateData;
+    PrivateData* m_data;
+};
+
+} // namespace Vistrel

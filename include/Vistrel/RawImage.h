@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// One frame buffer of the source, described.
+#pragma once
+
+#include <Vistrel/Format.h>
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Vistrel {
+
+/// Copied by value; the pixels stay the source's.
+struct RawImage
+{
+    const std::uint8_t* data = nullptr; ///< first byte: height rows of width pixels, without padding between rows
+    std::size_t width = 0;              ///< pixels a row
+    std::size_t height = 0;             ///< rows
+    Format format = Format(0);
+    void* userData = nullptr; ///< the host's own, carried unchanged
+};
+
+} // namespace Vistrel

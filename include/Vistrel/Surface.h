@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+// The widget that paints the current frame.
+#pragma once
+
+#include <Vistrel/Export.h>
+#include <Vistrel/PixVal.h>
+#include <Vistrel/RawImage.h>
+
+#include <QtCore/QPointF>
+#include <QtCore/QRectF>
+#include <QtGui/QImage>
+#include <QtGui/QPixmap>
+#include <QtWidgets/QWidget>
+
+namespace Vistrel {
+
+class AbstractAcquisitionInterface;
+
+/// Paints the visible part of a pixmap, with a crosshair on the active pixel and, once a pixel's cell is large enough,
+/// the pixel's coordinates and value written in it.
+///
+/// Coordinates are logical pixels. The scaled image's top-left corner lies at -`scaledOffset()` in the widget; the
+/// image pixel (x, y) covers the square of side `scaling()` at (x, y) * scaling() - scaledOffset(). An image smaller
+/// than the widget along an axis is centred along it.
+///
+/// Bound to the user-interface thread, but for the getters, `setPixmap`, `setImageSrc`, `clearImageSrc` and
+/// `imageSrcPixVal`, which are thread-safe. Signals are emitted with no lock held: a slot may call back.
+class VISTREL_EXPORT Surface : public QWidget
+{
+    Q_OBJECT
+    Q_PROPERTY(double scalingMin READ scalingMin)
+    Q_PROPERTY(double scalingMax READ scalingMax)
+    Q_PROPERTY(QSizeF scaledSize READ scaledSize)
+    Q_PROPERTY(QRectF scaledRect READ scaledRect)
+    Q_PROPERTY(QPointF scaledOffset READ scaledOffset)
+    Q_PROPERTY(bool scaleToFit READ scaleToFit)
+    Q_PROPERTY(QRect visibleImageRect READ visibleImageRect)
+    Q_PROPERTY(QRectF visibleImageRectF READ visibleImageRectF)
+    Q_PROPERTY(bool crosshairVisible READ crosshairVisible)
+    Q_PROPERTY(QPoint activePixel READ activePixel)
+    Q_PROPERTY(bool valueOverlayEnabled READ valueOverlayEnabled)
+
+public:
+    using PixPos = Vistrel::PixPos;
+    using PixVal = Vistrel::PixVal;
+
+    explicit Surface(QWidget* parent = nullptr);
+    ~Surface() override;
+
+    // Zoom levels are the powers of `scalingRatio()` from -40 to 40; fitting and `setScaling` may lie between them.
+    static double scalingMin();   ///< 1.125 to the -40th power
+    static double scalingMax();   ///< 1.125 to the 40th power
+    static double scalingRatio(); ///< 1.125
+    /// The zoom level nearest to `scaling` in the logarithmic sense.
+    static double enforceScalingRatio(double scaling);
+
+    double scaling() const;
+    QSizeF scaledSize() const; ///< the whole scaled image
+    QRectF scaledRect() const; ///< the whole scaled image in widget coordinates
+    QPointF scaledOffset() const;
+    bool scaleToFit() const;
+    QRect visibleImageRect() const;   ///< image pixels of which any part can be seen, with a margin of rounding
+    QRectF visibleImageRectF() const; ///< the part of the image that can be seen, in image coordinates
+    bool crosshairVisible() const;
+    QPoint activePixel() const;
+    bool valueOverlayEnabled() const;
+    QPixmap pixmap() const;
+
+    /// Shows a picture, or nothing when it is null. Zoom and offset are fitted or clamped to the new size.
+    void setPixmap(const QPixmap& pixmap);
+
+    // Where pixel values are read from: an image, or a source's frame, read under a lock that the source grants. The
+    // source must stay alive until another image source is set or it is cleared.
+    void setImageSrc(const QImage& image);
+    void setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw);
+    void clearImageSrc();
+    /// Reads one pixel at full depth. False, and `value` zeroed, without a source, outside the image, or when the
+    /// source's lock was not granted. Waits while a push source's frame is being converted.
+    bool imageSrcPixVal(const PixPos& position, PixVal& value);
+
+public Q_SLOTS:
+    /// Sets the zoom, clamped to the limits; the image point in the widget's top-left corner stays. Turns fitting off.
+    void setScaling(double scaling);
+    void setScaledOffset(const QPointF& offset);
+    void setScaledOffsetX(int xOffset);
+    void setScaledOffsetX(double xOffset);
+    void setScaledOffsetY(int yOffset);
+    void setScaledOffsetY(double yOffset);
+    /// While on, the whole image is kept in view; it is shrunk to fit, never enlarged. On at first.
+    void setScaleToFit(bool enabled);
+    void setCrosshairVisible(bool visible);
+    void setActivePixel(const QPoint& pixPoint);
+    void setActivePixel(int x, int y);
+    void setValueOverlayEnabled(bool enabled);
+
+Q_SIGNALS:
+    /// The set of image pixels that can be seen changed: by zoom, by another image size, by a resize.
+    void pixelRangeChanged();
+    void pixelOffsetChanged(const QPointF& offset); ///< the stored offset, scaled pixels
+    void scalingChanged(bool autoFit, double scaling);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    class PrivateData;
+    PrivateData* m_data;
+};
+
+} // namespace Vistrel

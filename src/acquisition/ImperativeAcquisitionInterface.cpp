@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+// A source into which the host pushes its frames.
+#include <Vistrel/ImperativeAcquisitionInterface.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace Vistrel {
+
+namespace {
+
+// The one lock on all frames of a source. Unlike a mutex it may be released on another thread than it was taken on, and
+// it outlives the source as long as somebody holds it.
+class FrameGate
+{
+public:
+    // From taking the pending frame to holding its lock, everybody else waits: otherwise a host could be told that no
+    // frame is in use at the moment when a taken one is about to be read.
+    void beginHandOver()
+    {
+        std::unique_lock<std::mutex> guard(m_mutex);
+        m_changed.wait(guard, [this] { return m_handOver == std::thread::id(); });
+        m_handOver = std::this_thread::get_id();
+    }
+
+    void endHandOver()
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_handOver = std::thread::id();
+        m_changed.notify_all();
+    }
+
+    // False, and nothing held, while frames are not locked.
+    bool acquire()
+    {
+        std::unique_lock<std::mutex> guard(m_mutex);
+        waitUntilFree(guard);
+        m_held = m_framesLocked;
+        return m_held;
+    }
+
+    void release()
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_held = false;
+        m_changed.notify_all();
+    }
+
+    bool framesLocked()
+    {
+        std::unique_lock<std::mutex> guard(m_mutex);
+        waitUntilFree(guard);
+        return m_framesLocked;
+    }
+
+    void setFramesLocked(bool locked)
+    {
+        std::unique_lock<std::mutex> guard(m_mutex);
+        waitUntilFree(guard);
+        m_framesLocked = locked;
+    }
+
+private:
+    void waitUntilFree(std::unique_lock<std::mutex>& guard)
+    {
+        m_changed.wait(guard, [this] {
+            return !m_held && (m_handOver == std::thread::id() || m_handOver == std::this_thread::get_id());
+        });
+    }
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::thread::id m_handOver; // the thread that is taking a frame; none by default
+    bool m_held = false;
+    bool m_framesLocked = false;
+};
+
+class HandOver
+{
+public:
+    explicit HandOver(FrameGate& gate) : m_gate(gate) { m_gate.beginHandOver(); }
+    ~HandOver() { m_gate.endHandOver(); }
+    HandOver(const HandOver&) = delete;
+    HandOver& operator=(const HandOver&) = delete;
+
+private:
+    FrameGate& m_gate;
+};
+
+} // namespace
+
+struct ImperativeAcquisitionInterface::PrivateData
+{
+    class FramesLockedImageLock : public AbstractLock
+    {
+    public:
+        explicit FramesLockedImageLock(std::shared_ptr<FrameGate> gate) : m_gate(std::move(gate)) {}
+        ~FramesLockedImageLock() override
+        {
+            if (owns)
+                m_gate->release();
+        }
+        bool owns = false;
+
+    private:
+        std::shared_ptr<FrameGate> m_gate;
+    };
+
+    ~PrivateData() { delete pending.load(); }
+
+    std::unique_ptr<RawImage> takePending() { return std::unique_ptr<RawImage>(pending.exchange(nullptr)); }
+
+    std::atomic<RawImage*> pending{nullptr};
+    std::shared_ptr<FrameGate> gate = std::make_shared<FrameGate>();
+};
+
+ImperativeAcquisitionInterface::ImperativeAcquisitionInterface() : m_imperative(new PrivateData) {}
+
+ImperativeAcquisitionInterface::~ImperativeAcquisitionInterface()
+{
+    delete m_imperative;
+}
+
+void ImperativeAcquisitionInterface::setNextFrame(const unsigned char* const data, std::size_t width,
+                                                  std::size_t height, Format format, void* const userData)
+{
+    setNextFrame(RawImage{data, width, height, format, userData});
+}
+
+void ImperativeAcquisitionInterface::setNextFrame(const RawImage& image)
+{
+    delete m_imperative->pending.exchange(new RawImage(image));
+}
+
+void ImperativeAcquisitionInterface::clearNextFrame()
+{
+    delete m_imperative->pending.exchange(nullptr);
+}
+
+bool ImperativeAcquisitionInterface::framesLocked() const
+{
+    return m_imperative->gate->framesLocked();
+}
+
+void ImperativeAcquisitionInterface::setFramesLocked(bool locked)
+{
+    m_imperative->gate->setFramesLocked(locked);
+}
+
+bool ImperativeAcquisitionInterface::getNextFrame(RawImage* const image, ScopedLock* const lock)
+{
+    readyNextFrame();
+    if (!image)
+        return false;
+    if (!lock) {
+        const std::unique_ptr<RawImage> frame = m_imperative->takePending();
+        if (frame)
+            *image = *frame;
+        return frame != nullptr;
+    }
+
+    const HandOver handOver(*m_imperative->gate);
+    const std::unique_ptr<RawImage> frame = m_imperative->takePending();
+    if (!frame)
+        return false;
+    // A caller that still holds the previous frame's lock here would otherwise wait for itself.
+    lock->reset(nullptr);
+    ScopedLock frameLock = getFrameLock(*frame);
+    if (!frameLock)
+        return false;
+    lock->take(std::move(frameLock));
+    *image = *frame;
+    return true;
+}
+
+ScopedLock ImperativeAcquisitionInterface::getFrameLock(const RawImage&)
+{
+    auto lock = std::make_unique<PrivateData::FramesLockedImageLock>(m_imperative->gate);
+    lock->owns = m_imperative->gate->acquire();
+    return lock->owns ? ScopedLock(lock.release()) : ScopedLock();
+}
+
+void ImperativeAcquisitionInterface::readyNextFrame() {}
+
+} // namespace Vistrel

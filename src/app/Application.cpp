@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+// The application object and its event loop.
+#include <Vistrel/Application.h>
+
+#include "base/Report.h"
+#include "platform/PluginPath.h"
+
+#include <QtCore/QThread>
+#include <QtCore/QTimer>
+#include <QtWidgets/QApplication>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Vistrel {
+
+namespace {
+
+std::atomic<Application*> globalApplication{nullptr};
+
+[[noreturn]] void refuse(const char* reason)
+{
+    throw std::runtime_error(std::string("Vistrel::Application::Application: ") + reason);
+}
+
+} // namespace
+
+struct Application::PrivateData
+{
+    PrivateData(int count, const char* const* values);
+
+    void runIdlePass();
+    void applyKeptExit();
+
+    int argc;
+    std::vector<std::string> arguments;
+    std::vector<char*> argumentPointers; // one for each argument, and the null that ends a command line
+    std::unique_ptr<QApplication> toolkit;
+    std::vector<std::pair<void (*)(void*), void*>> idleMethods;
+    QTimer* idleTimer = nullptr; // the toolkit application's child
+    bool isRunning = false;      // inside exec(); user-interface thread only
+
+    std::mutex exitMutex;
+    std::optional<int> keptExit; // guarded by exitMutex: asked for and not yet given to the loop
+};
+
+Application::PrivateData::PrivateData(int count, const char* const* values) : argc(count)
+{
+    if (count < 0 || (count > 0 && !values))
+        throw std::invalid_argument("Vistrel::Application::Application: no command line");
+    for (int i = 0; i < count; ++i) {
+        if (!values[i])
+            throw std::invalid_argument("Vistrel::Application::Application: null argument");
+        arguments.emplace_back(values[i]);
+    }
+    for (std::string& argument : arguments)
+        argumentPointers.push_back(argument.data());
+    argumentPointers.push_back(nullptr);
+
+    if (QCoreApplication::instance())
+        refuse("The toolkit application exists already.");
+    addToolkitPluginPath();
+    toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
+}
+
+// An idle method may add others; those take part from the next pass on.
+void Application::PrivateData::runIdlePass()
+{
+    const std::size_t count = idleMethods.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto [method, userData] = idleMethods[i];
+        if (!method)
+            continue;
+        hostCall("idle method", false, [method = method, userData = userData] {
+            method(userData);
+            return true;
+        });
+    }
+}
+
+void Application::PrivateData::applyKeptExit()
+{
+    if (!isRunning)
+        return;
+    std::optional<int> code;
+    {
+        const std::lock_guard<std::mutex> guard(exitMutex);
+        code.swap(keptExit);
+    }
+    if (code)
+        QCoreApplication::exit(*code);
+}
+
+Application::Application(int argc, const char* const* argv) : m_data(nullptr)
+{
+    Application* none = nullptr;
+    if (!globalApplication.compare_exchange_strong(none, this))
+        refuse("The Applicaion global has already been allocated.");
+    try {
+        m_data = new PrivateData(argc, argv);
+    } catch (...) {
+        globalApplication.store(nullptr);
+        throw;
+    }
+}
+
+Application::~Application()
+{
+    globalApplication.exchange(nullptr);
+    delete m_data;
+}
+
+Application* Application::global()
+{
+    return globalApplication.load();
+}
+
+int Application::exec()
+{
+    const bool wasRunning = std::exchange(m_data->isRunning, true);
+    // Runs as the loop's first event: an exit that was asked for before the loop is up would be forgotten by it.
+    QMetaObject::invokeMethod(
+        m_data->toolkit.get(), [this] { m_data->applyKeptExit(); }, Qt::QueuedConnection);
+    if (m_data->idleTimer)
+        m_data->idleTimer->start();
+    const int returnCode = QApplication::exec();
+    m_data->isRunning = wasRunning;
+    if (m_data->idleTimer && !wasRunning)
+        m_data->idleTimer->stop();
+    return returnCode;
+}
+
+void Application::exit(int returnCode)
+{
+    {
+        const std::lock_guard<std::mutex> guard(m_data->exitMutex);
+        m_data->keptExit = returnCode;
+    }
+    if (QThread::currentThread() == m_data->toolkit->thread())
+        m_data->applyKeptExit();
+    else
+        QMetaObject::invokeMethod(
+            m_data->toolkit.get(), [this] { m_data->applyKeptExit(); }, Qt::QueuedConnection);
+}
+
+bool Application::quitOnLastWindowClosed() const
+{
+    return QGuiApplication::quitOnLastWindowClosed();
+}
+
+void Application::setQuitOnLastWindowClosed(bool quit)
+{
+    QGuiApplication::setQuitOnLastWindowClosed(quit);
+}
+
+void Application::addIdleMethod(void (*method)(void*), void* const userData)
+{
+    m_data->idleMethods.emplace_back(method, userData);
+    if (m_data->idleTimer)
+        return;
+    m_data->idleTimer = new QTimer(m_data->toolkit.get());
+    m_data->idleTimer->setInterval(0);
+    QObject::connect(m_data->idleTimer, &QTimer::timeout, m_data->idleTimer, [this] { m_data->runIdlePass(); });
+    if (m_data->isRunning)
+        m_data->idleTimer->start();
+}
+
+} // namespace Vistrel

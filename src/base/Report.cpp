@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// The one way to the standard error stream, and the guard around calls into the host.
+#include "base/Report.h"
+
+#include <atomic>
+#include <cstdio>
+
+namespace Vistrel {
+
+namespace {
+
+std::atomic<ReportSink> reportSink{nullptr};
+
+} // namespace
+
+void setReportSink(ReportSink sink) noexcept
+{
+    reportSink.store(sink);
+}
+
+void reportLine(const std::string& line) noexcept
+{
+    if (const ReportSink sink = reportSink.load()) {
+        sink(line);
+        return;
+    }
+    // One call, so that lines of several threads do not mix.
+    std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+void reportException(const char* operation) noexcept
+{
+    try {
+        const std::string prefix = std::string("Vistrel: ") + operation + ": ";
+        try {
+            throw;
+        } catch (const std::exception& exception) {
+            reportLine(prefix + exception.what());
+        } catch (...) {
+            reportLine(prefix + "unknown exception");
+        }
+    } catch (...) {
+        std::fputs("Vistrel: out of memory\n", stderr);
+    }
+}
+
+} // namespace Vistrel

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// From raw frames to images that can be painted, and back.
+#pragma once
+
+#include "pipeline/CopyPool.h"
+#include "pipeline/PixelBlocks.h"
+
+#include <Vistrel/RawImage.h>
+
+#include <QtCore/QVector>
+#include <QtGui/QImage>
+
+namespace Vistrel {
+
+/// Whether the frame has pixels of a known format and a size whose bytes can be counted and that an image can have. The
+/// data pointer is taken at its word.
+bool isConvertible(const RawImage& raw);
+
+/// The kind of target that a frame of this format is converted into: 32 (RGBX8888) for colour and for mosaics, else 8.
+int targetKind(Format format);
+
+/// Makes `target` an image of `width` x `height` over `buffer`, whose size is changed only when it differs: kind 32 is
+/// `Format_RGBX8888`, kinds 24 to 48 otherwise `Format_RGB888`, any other `Format_Indexed8`; rows are not padded.
+/// False, and both unchanged, when there can be no such image.
+bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::size_t height, int kind);
+
+/// Converts a frame into a target as it is: refused, nothing written, unless size, row length and format fit.
+bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw);
+
+/// Prepares the target for the frame and fills it. False when the frame cannot be converted; the target is then
+/// unchanged but for a mosaic under 4 pixels a side.
+bool convertFrame(CopyPool& pool, QImage& target, PixelBuffer& targetBuffer, const RawImage& raw);
+
+/// Describes an image as a frame: `Mono8` (indices), `RGB8` or `RGBa8`; other formats are converted first, grey ones to
+/// indices. Padded rows are repacked into `buffer`. `image` receives the image that `raw` points into. False, and all
+/// unchanged, when the source is null. `raw->userData` is left alone.
+bool rawFromImage(CopyPool& pool, const QImage& source, PixelBuffer& buffer, QImage& image, RawImage& raw);
+
+/// The image as it is painted: a palette of 256 entries applied, or the grey ramp without one; colour images with the
+/// channel order reversed if asked for. Shares nothing that the caller could write to.
+QImage imageForRender(const QImage& stored, const QVector<unsigned int>& palette, bool reverseRgb);
+
+/// The palette that shows grey levels as they are.
+QVector<unsigned int> grayRamp();
+
+} // namespace Vistrel

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+// From a delivered frame to a complete picture, in recycled memory.
+#include "pipeline/FrameConverter.h"
+
+#include "pipeline/Conversion.h"
+#include "pipeline/RowKernels.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <utility>
+
+namespace Vistrel {
+
+namespace {
+
+std::size_t imageBytes(const QImage& image)
+{
+    return static_cast<std::size_t>(image.bytesPerLine()) * static_cast<std::size_t>(image.height());
+}
+
+// Shares the block: neither pass nor copy.
+QPixmap pixmapOver(const PixelBlock& block, const QImage& like, int bytesPerLine, QImage::Format format)
+{
+    return QPixmap::fromImage(imageOver(block, like.width(), like.height(), bytesPerLine, format),
+                              Qt::NoFormatConversion);
+}
+
+bool isGrayRamp(const QVector<unsigned int>& palette)
+{
+    if (palette.size() != 256)
+        return true; // nothing else is shown without a whole palette
+    for (unsigned level = 0; level < 256; ++level) {
+        if ((palette[static_cast<int>(level)] & 0xFFFFFFu) != level * 0x010101u)
+            return false;
+    }
+    return true;
+}
+
+// Runs `row(source, target, index)` for each row of an image, on all participants.
+template <typename Row>
+void forRows(CopyPool& pool, const QImage& source, std::uint8_t* target, std::size_t targetStride, Row&& row)
+{
+    const auto height = static_cast<std::size_t>(source.height());
+    std::atomic<std::size_t> next{0};
+    pool.run([&](std::size_t, std::size_t) {
+        for (std::size_t index = next.fetch_add(1); index < height; index = next.fetch_add(1))
+            row(source.constScanLine(static_cast<int>(index)), target + index * targetStride);
+    });
+}
+
+} // namespace
+
+Format effectiveFormat(Format delivered, const ConversionSettings& settings)
+{
+    std::uint32_t format = delivered & formatDepthMask;
+    if (settings.demosaicEnabled && !settings.lockedBitmap && isMonochrome(delivered))
+        format |= settings.filterOverride != 0 ? settings.filterOverride : delivered & formatPatternMask;
+    if (settings.rgbOrderReversed)
+        format |= (delivered & formatOrderMask) == OrderBGR ? 0x1000u : OrderBGR;
+    else
+        format |= delivered & formatOrderMask;
+    const std::uint32_t packing = delivered & formatPackingMask;
+    if (packing == Packedp || packing == PackedNoSwap)
+        format |= packing;
+    return static_cast<Format>(format);
+}
+
+FrameConverter::FrameConverter() : m_pool(CopyPool::shared()) {}
+
+std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered, bool underLock,
+                                                      const ConversionSettings& settings)
+{
+    auto frame = std::make_shared<DisplayFrame>();
+    frame->delivered = delivered;
+    frame->effective = delivered;
+    frame->underLock = underLock;
+    if (!delivered.data)
+        return frame;
+    frame->effective.format = effectiveFormat(delivered.format, settings);
+
+    if (!settings.lockedBitmap) {
+        if (!convertFree(*frame))
+            return nullptr;
+        render(*frame, settings.palette);
+        return frame;
+    }
+    frame->lockedBitmap = settings.lockedBitmap;
+    const std::lock_guard<std::mutex> pixels(settings.lockedBitmap->pixels);
+    if (!convertLocked(*frame, *settings.lockedBitmap))
+        return nullptr;
+    render(*frame, settings.palette);
+    return frame;
+}
+
+bool FrameConverter::convertFree(DisplayFrame& frame)
+{
+    const RawImage& raw = frame.effective;
+    if (!isConvertible(raw))
+        return false;
+    const std::size_t pixelBytes = targetKind(raw.format) == 32 ? 4 : 1;
+    frame.block = m_blocks.take(raw.width * raw.height * pixelBytes);
+    QImage target;
+    if (!convertFrame(*m_pool, target, *frame.block, raw))
+        return false;
+    frame.image = imageOver(frame.block, target.width(), target.height(), target.bytesPerLine(), target.format());
+    return !frame.image.isNull();
+}
+
+bool FrameConverter::convertLocked(DisplayFrame& frame, LockedBitmap& bitmap)
+{
+    const RawImage& raw = frame.effective;
+    if (raw.data == bitmap.description.data) {
+        // The host drew into the bitmap itself: only the description can be wrong.
+        if (raw.width != bitmap.description.width || raw.height != bitmap.description.height ||
+            formatDepth(raw.format) != formatDepth(bitmap.description.format))
+            return false;
+        frame.swappedShow = isColor(raw.format) && (raw.format & formatOrderMask) != OrderBGR;
+    } else if (!copyFrame(*m_pool, bitmap.target, raw)) {
+        return false;
+    }
+    frame.block = bitmap.block;
+    frame.image = imageOver(frame.block, bitmap.target.width(), bitmap.target.height(), bitmap.target.bytesPerLine(),
+                            bitmap.target.format());
+    return !frame.image.isNull();
+}
+
+std::shared_ptr<DisplayFrame> FrameConverter::renderAgain(const DisplayFrame& frame,
+                                                          const QVector<unsigned int>& palette)
+{
+    auto again = std::make_shared<DisplayFrame>(frame);
+    std::unique_lock<std::mutex> pixels;
+    if (frame.lockedBitmap)
+        pixels = std::unique_lock<std::mutex>(frame.lockedBitmap->pixels);
+    render(*again, palette);
+    return again;
+}
+
+std::shared_ptr<DisplayFrame> FrameConverter::showLocked(const DisplayFrame& frame,
+                                                         std::shared_ptr<LockedBitmap> bitmap)
+{
+    auto shown = std::make_shared<DisplayFrame>(frame);
+    shown->block = bitmap->block;
+    shown->image = imageOver(bitmap->block, bitmap->target.width(), bitmap->target.height(),
+                             bitmap->target.bytesPerLine(), bitmap->target.format());
+    shown->swappedShow = false;
+    shown->isDrawn = false;
+    shown->lockedBitmap = std::move(bitmap);
+    return shown;
+}
+
+std::shared_ptr<LockedBitmap> FrameConverter::makeLockedBitmap(int width, int height, Format format)
+{
+    if (width <= 0 || height <= 0)
+        return nullptr;
+    auto bitmap = std::make_shared<LockedBitmap>();
+    bitmap->description.width = static_cast<std::size_t>(width);
+    bitmap->description.height = static_cast<std::size_t>(height);
+    bitmap->description.format = format;
+    bitmap->block = std::make_shared<PixelBuffer>();
+    if (!isConvertible(bitmap->description) ||
+        !prepareTarget(bitmap->target, *bitmap->block, bitmap->description.width, bitmap->description.height,
+                       static_cast<int>(formatDepth(format))))
+        return nullptr;
+    std::fill(bitmap->block->begin(), bitmap->block->end(), std::uint8_t{0});
+    bitmap->description.data = bitmap->block->data();
+    return bitmap;
+}
+
+// A picture of a locked bitmap is a copy, because the bitmap goes on changing; any other is a view of the converted
+// pixels wherever the paint engine takes them as they are.
+void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& palette)
+{
+    const QImage& image = frame.image;
+    const int width = image.width();
+    const bool isLocked = frame.lockedBitmap != nullptr;
+    if (image.isNull()) {
+        frame.pixmap = QPixmap();
+    } else if (image.format() == QImage::Format_Indexed8 && !isGrayRamp(palette)) {
+        QVector<unsigned int> table = palette;
+        for (unsigned int& entry : table)
+            entry |= 0xFF000000u;
+        const PixelBlock shown = m_blocks.take(imageBytes(image) * 4);
+        forRows(*m_pool, image, shown->data(), static_cast<std::size_t>(width) * 4,
+                [&](const std::uint8_t* source, std::uint8_t* target) {
+                    RowKernels::lookUp(source, reinterpret_cast<std::uint32_t*>(target),
+                                       static_cast<std::size_t>(width), table.constData());
+                });
+        frame.pixmap = pixmapOver(shown, image, width * 4, QImage::Format_RGB32);
+    } else {
+        PixelBlock shown = frame.block;
+        if (isLocked) {
+            shown = m_blocks.take(imageBytes(image));
+            std::memcpy(shown->data(), image.constBits(), imageBytes(image));
+        }
+        if (frame.swappedShow) {
+            const std::size_t pixelBytes = image.format() == QImage::Format_RGB888 ? 3 : 4;
+            for (std::uint8_t* pixel = shown->data(); pixel != shown->data() + shown->size(); pixel += pixelBytes)
+                std::swap(pixel[0], pixel[2]);
+        }
+        const QImage::Format format =
+            image.format() == QImage::Format_Indexed8 ? QImage::Format_Grayscale8 : image.format();
+        frame.pixmap = pixmapOver(shown, image, image.bytesPerLine(), format);
+    }
+}
+
+} // namespace Vistrel

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// Pixel memory that is recycled from frame to frame.
+#include "pipeline/PixelBlocks.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+
+namespace Vistrel {
+
+struct PixelBlocks::FreeList
+{
+    // What is being written, what is shown and what was shown last, each converted and rendered.
+    static constexpr std::size_t capacity = 6;
+
+    std::unique_ptr<PixelBuffer> take(std::size_t bytes)
+    {
+        const std::lock_guard<std::mutex> guard(mutex);
+        const auto found = std::find_if(buffers.rbegin(), buffers.rend(),
+                                        [bytes](const auto& buffer) { return buffer->size() == bytes; });
+        if (found == buffers.rend())
+            return nullptr;
+        std::unique_ptr<PixelBuffer> buffer = std::move(*found);
+        buffers.erase(std::next(found).base());
+        return buffer;
+    }
+
+    void giveBack(std::unique_ptr<PixelBuffer> buffer) noexcept
+    {
+        std::unique_ptr<PixelBuffer> oldest; // freed after the lock is released
+        const std::lock_guard<std::mutex> guard(mutex);
+        if (buffers.size() == capacity) {
+            oldest = std::move(buffers.front());
+            buffers.erase(buffers.begin());
+        }
+        buffers.push_back(std::move(buffer)); // within the reserved capacity
+    }
+
+    FreeList() { buffers.reserve(capacity); }
+
+    std::mutex mutex;
+    std::vector<std::unique_ptr<PixelBuffer>> buffers; // the one freed last at the end, its pages still warm
+};
+
+PixelBlocks::PixelBlocks() : m_free(std::make_shared<FreeList>()) {}
+
+PixelBlocks::~PixelBlocks() = default;
+
+PixelBlock PixelBlocks::take(std::size_t bytes)
+{
+    std::unique_ptr<PixelBuffer> buffer = m_free->take(bytes);
+    if (!buffer)
+        buffer = std::make_unique<PixelBuffer>(bytes);
+    const std::weak_ptr<FreeList> freeList = m_free;
+    // Deleting through a weak reference: once the list is gone, blocks are simply freed.
+    return PixelBlock(buffer.release(), [freeList](PixelBuffer* returned) {
+        std::unique_ptr<PixelBuffer> owned(returned);
+        if (const std::shared_ptr<FreeList> list = freeList.lock())
+            list->giveBack(std::move(owned));
+    });
+}
+
+QImage imageOver(const PixelBlock& block, int width, int height, int bytesPerLine, QImage::Format format)
+{
+    const uchar* const bytes = block->data(); // const bytes make the image read only
+    auto* const reference = new PixelBlock(block);
+    QImage image(
+        bytes, width, height, bytesPerLine, format, [](void* held) { delete static_cast<PixelBlock*>(held); },
+        reference);
+    if (image.isNull())
+        delete reference;
+    return image;
+}
+
+} // namespace Vistrel

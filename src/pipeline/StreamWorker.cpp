@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: MIT
+// The thread that fetches a source's frames and converts them.
+#include "pipeline/StreamWorker.h"
+
+#include "base/Report.h"
+
+#include <Vistrel/AbstractAcquisitionInterface.h>
+
+#include <boost/thread/thread.hpp>
+
+#include <utility>
+
+namespace Vistrel {
+
+StreamWorker::StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted)
+    : m_source(source), m_converted(std::move(converted))
+{
+}
+
+StreamWorker::~StreamWorker()
+{
+    stop();
+}
+
+// The thread ---------------------------------------------------------------------------------------------------------
+
+void StreamWorker::start()
+{
+    std::unique_lock<std::mutex> handshake(m_handshakeMutex);
+    if (m_running.load())
+        return;
+    m_running.store(true);
+    m_started = false;
+    try {
+        m_thread = std::make_unique<boost::thread>([this] { work(); });
+    } catch (...) {
+        m_running.store(false);
+        throw;
+    }
+    m_handshakeCondition.wait(handshake, [this] { return m_started; });
+}
+
+void StreamWorker::stop()
+{
+    std::unique_ptr<boost::thread> thread;
+    {
+        const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+        m_running.store(false);
+        m_handshakeCondition.notify_all();
+        thread = std::move(m_thread);
+    }
+    if (thread)
+        thread->join();
+}
+
+void StreamWorker::request()
+{
+    const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+    ++m_requested;
+    m_handshakeCondition.notify_all();
+}
+
+void StreamWorker::requestAndWait()
+{
+    std::unique_lock<std::mutex> handshake(m_handshakeMutex);
+    const std::uint64_t ticket = ++m_requested;
+    m_handshakeCondition.notify_all();
+    m_handshakeCondition.wait(handshake, [&] { return m_served >= ticket || !m_running.load(); });
+}
+
+void StreamWorker::work()
+{
+    std::unique_lock<std::mutex> handshake(m_handshakeMutex);
+    m_started = true;
+    m_handshakeCondition.notify_all();
+    for (;;) {
+        m_handshakeCondition.wait(handshake, [this] { return !m_running.load() || m_requested != m_served; });
+        if (!m_running.load())
+            return;
+        const std::uint64_t serving = m_requested;
+        handshake.unlock();
+        serve();
+        handshake.lock();
+        m_served = serving;
+        m_handshakeCondition.notify_all();
+    }
+}
+
+void StreamWorker::serve()
+{
+    std::uint64_t clearCount = 0;
+    {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        clearCount = m_clearCount;
+    }
+    RawImage delivered;
+    ScopedLock lock;
+    if (m_source && hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
+        convertDelivered(delivered, lock.good(), clearCount);
+}
+
+void StreamWorker::convertDelivered(const RawImage& delivered, bool underLock, std::uint64_t clearCount)
+{
+    for (;;) {
+        const Snapshot before = snapshot();
+        const std::shared_ptr<DisplayFrame> frame = tryConvert(delivered, underLock, before.settings);
+        if (!frame)
+            return;
+        DisplayFramePtr previous; // its memory is given back with no lock held
+        {
+            const std::lock_guard<std::mutex> guard(m_imageMutex);
+            if (clearCount != m_clearCount || !m_running.load())
+                return;
+            if (before.version != m_settingsVersion)
+                continue;
+            frame->sequence = m_framesConverted.load() + 1;
+            previous = std::exchange(m_front, frame);
+            m_framesConverted.store(frame->sequence);
+        }
+        m_converted();
+        return;
+    }
+}
+
+std::shared_ptr<DisplayFrame> StreamWorker::tryConvert(const RawImage& delivered, bool underLock,
+                                                       const ConversionSettings& settings)
+{
+    return hostCall("conversion", std::shared_ptr<DisplayFrame>(),
+                    [&] { return m_converter.convert(delivered, underLock, settings); });
+}
+
+// The picture --------------------------------------------------------------------------------------------------------
+
+DisplayFramePtr StreamWorker::front() const
+{
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    return m_front;
+}
+
+ConversionSettings StreamWorker::settings() const
+{
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    return m_settings;
+}
+
+StreamWorker::Snapshot StreamWorker::snapshot() const
+{
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    return {m_front, m_settings, m_settingsVersion};
+}
+
+bool StreamWorker::replaceFront(const Snapshot& before, DisplayFramePtr frame)
+{
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    if (m_front != before.front || m_settingsVersion != before.version)
+        return false;
+    m_front.swap(frame); // `before` still holds the old one: nothing is freed under the lock
+    return true;
+}
+
+bool StreamWorker::convertFrontAgain(bool lockRequired)
+{
+    const DisplayFramePtr shown = front();
+    if (!shown || !shown->delivered.data || !shown->isDrawn || !m_source)
+        return false;
+    const ScopedLock lock =
+        hostCall("getFrameLock", ScopedLock(), [&] { return m_source->getFrameLock(shown->delivered); });
+    if (!lock && (lockRequired || shown->underLock))
+        return false;
+    // Another frame may have been delivered while this thread waited for the lock. It is shown with the new settings
+    // anyway, and the pixels of this one need not be there any more.
+    const Snapshot before = snapshot();
+    if (before.front != shown)
+        return false;
+    const std::shared_ptr<DisplayFrame> frame = tryConvert(shown->delivered, shown->underLock, before.settings);
+    if (!frame)
+        return false;
+    frame->sequence = shown->sequence;
+    return replaceFront(before, frame);
+}
+
+bool StreamWorker::renderFrontAgain()
+{
+    const Snapshot before = snapshot();
+    if (!before.front || before.front->pixmap.isNull() || before.front->image.format() != QImage::Format_Indexed8)
+        return false;
+    const auto frame = hostCall("rendering", std::shared_ptr<DisplayFrame>(),
+                                [&] { return m_converter.renderAgain(*before.front, before.settings.palette); });
+    return frame && replaceFront(before, frame);
+}
+
+bool StreamWorker::lockBitmap(int width, int height, Format format)
+{
+    const std::shared_ptr<LockedBitmap> bitmap = hostCall("setBitmapLocked", std::shared_ptr<LockedBitmap>(), [&] {
+        return m_converter.makeLockedBitmap(width, height, format);
+    });
+    std::shared_ptr<LockedBitmap> previousBitmap = bitmap;
+    DisplayFramePtr previous;
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    m_settings.lockedBitmap.swap(previousBitmap);
+    ++m_settingsVersion;
+    if (bitmap)
+        previous = std::exchange(m_front, FrameConverter::showLocked(m_front ? *m_front : DisplayFrame(), bitmap));
+    return bitmap != nullptr;
+}
+
+void StreamWorker::clear()
+{
+    DisplayFramePtr previous;
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    ++m_clearCount;
+    previous = std::exchange(m_front, nullptr);
+}
+
+} // namespace Vistrel

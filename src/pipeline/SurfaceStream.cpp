@@ -1,0 +1,406 @@
+// SPDX-License-Identifier: MIT
+// Brings a source's frames onto a surface.
+#include "pipeline/SurfaceStream_p.h"
+
+#include "base/Report.h"
+#include "pipeline/Conversion.h"
+
+#include <Vistrel/AbstractAcquisitionInterface.h>
+#include <Vistrel/AcquisitionSignalHandler.h>
+#include <Vistrel/Surface.h>
+
+#include <QtGui/QGuiApplication>
+#include <QtGui/QScreen>
+
+#include <algorithm>
+#include <limits>
+#include <mutex>
+
+namespace Vistrel {
+
+namespace {
+
+constexpr int firstIntervalMs = 16;
+
+// Pixel values of a demosaiced frame are read from its colours, all others from the raw frame.
+bool isDemosaiced(const DisplayFrame& frame)
+{
+    return (frame.effective.format & formatPatternMask) != 0;
+}
+
+// While a locked bitmap's pixels are being read, no frame is copied into it.
+std::unique_lock<std::mutex> pixelLock(const DisplayFrame& frame)
+{
+    return frame.lockedBitmap ? std::unique_lock<std::mutex>(frame.lockedBitmap->pixels)
+                              : std::unique_lock<std::mutex>();
+}
+
+} // namespace
+
+SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
+                                        AbstractAcquisitionInterface* acquisitionInterface)
+    : stream(owner),
+      surface(target),
+      source(acquisitionInterface),
+      refreshTimer(new QTimer(owner)),
+      worker(acquisitionInterface, [this] { post(); })
+{
+    refreshTimer->setTimerType(Qt::PreciseTimer);
+    refreshTimer->setInterval(firstIntervalMs);
+    connect(refreshTimer, SIGNAL(timeout()), this, SLOT(getNextFrame()));
+}
+
+SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface)
+    : m_data(new PrivateData(this, surface, acquisitionInterface))
+{
+    setRefreshRateAuto(true);
+    m_data->worker.start();
+    if (!acquisitionInterface)
+        return;
+    const AcquisitionSignalHandler* const handler = acquisitionInterface->signalHandler();
+    connect(handler, SIGNAL(acquisitionStateChanged()), this, SLOT(updateAcquisitionState()), Qt::QueuedConnection);
+    connect(handler, SIGNAL(getFrameNow()), m_data, SLOT(getNextFrame()), Qt::QueuedConnection);
+    // A source that is set up already may never announce it.
+    QMetaObject::invokeMethod(m_data, "updateStreamStates", Qt::QueuedConnection);
+}
+
+SurfaceStream::~SurfaceStream()
+{
+    m_data->refreshTimer->stop();
+    m_data->worker.stop();
+    // The source may go any time after this, and the surface would still ask it for pixel values.
+    if (m_data->surface)
+        m_data->surface->clearImageSrc();
+    delete m_data;
+}
+
+Surface* SurfaceStream::surface()
+{
+    return m_data->surface;
+}
+
+const Surface* SurfaceStream::surface() const
+{
+    return m_data->surface;
+}
+
+AbstractAcquisitionInterface* SurfaceStream::acquisitionInterface()
+{
+    return m_data->source;
+}
+
+const AbstractAcquisitionInterface* SurfaceStream::acquisitionInterface() const
+{
+    return m_data->source;
+}
+
+// Refresh ------------------------------------------------------------------------------------------------------------
+
+void SurfaceStream::PrivateData::applyRefreshRateHz(qreal rateHz)
+{
+    if (!(rateHz > 0))
+        return;
+    const double longest = std::numeric_limits<int>::max();
+    refreshTimer->setInterval(static_cast<int>(std::clamp(1000.0 / rateHz, 1.0, longest)));
+}
+
+void SurfaceStream::PrivateData::connectScreen()
+{
+    disconnect(screenRateConnection);
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (!screen)
+        return;
+    applyRefreshRateHz(screen->refreshRate());
+    screenRateConnection = connect(screen, SIGNAL(refreshRateChanged(qreal)), this, SLOT(applyRefreshRateHz(qreal)));
+}
+
+void SurfaceStream::PrivateData::disconnectScreen()
+{
+    disconnect(screenRateConnection);
+    disconnect(primaryScreenConnection);
+}
+
+bool SurfaceStream::refreshEnabled() const
+{
+    return m_data->refreshTimer->isActive();
+}
+
+void SurfaceStream::setRefreshEnabled(bool enabled)
+{
+    if (enabled && !refreshEnabled())
+        m_data->refreshTimer->start();
+    else if (!enabled)
+        m_data->refreshTimer->stop();
+}
+
+int SurfaceStream::refreshRate() const
+{
+    return 1000 / m_data->refreshTimer->interval();
+}
+
+void SurfaceStream::setRefreshRate(int hz)
+{
+    setRefreshRateAuto(false);
+    m_data->applyRefreshRateHz(hz);
+}
+
+bool SurfaceStream::refreshRateAuto() const
+{
+    return m_data->refreshRateAuto;
+}
+
+void SurfaceStream::setRefreshRateAuto(bool enabled)
+{
+    const bool wasAuto = m_data->refreshRateAuto;
+    m_data->refreshRateAuto = enabled && QGuiApplication::primaryScreen();
+    if (!m_data->refreshRateAuto) {
+        m_data->disconnectScreen();
+        return;
+    }
+    m_data->connectScreen();
+    if (!wasAuto)
+        m_data->primaryScreenConnection =
+            connect(qApp, &QGuiApplication::primaryScreenChanged, m_data, [data = m_data] { data->connectScreen(); });
+}
+
+void SurfaceStream::PrivateData::updateStreamStates()
+{
+    const bool isSetup = source && hostCall("isSetup", false, [this] { return source->isSetup(); });
+    if (!isSetup) {
+        refreshTimer->stop();
+        worker.clear();
+        updateImage();
+    } else if (!refreshTimer->isActive()) {
+        refreshTimer->start();
+    }
+}
+
+void SurfaceStream::updateAcquisitionState()
+{
+    m_data->updateStreamStates();
+    m_data->updateImage();
+}
+
+// Publishing ---------------------------------------------------------------------------------------------------------
+
+void SurfaceStream::PrivateData::getNextFrame(bool getNew)
+{
+    if (getNew)
+        worker.requestAndWait();
+    else
+        worker.request();
+    publishNew();
+}
+
+// Worker's thread. One post is enough for any number of frames: the newest is published.
+void SurfaceStream::PrivateData::post()
+{
+    if (!publishPending.exchange(true)) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                publishPending.store(false);
+                publishNew();
+            },
+            Qt::QueuedConnection);
+    }
+}
+
+void SurfaceStream::PrivateData::publishNew()
+{
+    const DisplayFramePtr front = worker.front();
+    if (front && front->sequence != publishedSequence)
+        updateImage();
+}
+
+void SurfaceStream::PrivateData::updateImage()
+{
+    const DisplayFramePtr front = worker.front();
+    if (front && front->sequence != publishedSequence) {
+        publishedSequence = front->sequence;
+        ++framesPublished;
+    }
+    if (surface && front && !front->pixmap.isNull()) {
+        surface->setPixmap(front->pixmap); // whose slots may delete the surface
+        if (surface && isDemosaiced(*front))
+            surface->setImageSrc(front->image);
+        else if (surface)
+            surface->setImageSrc(source, front->effective);
+    } else if (surface && !surface->pixmap().isNull()) {
+        surface->setPixmap(QPixmap());
+        if (surface)
+            surface->clearImageSrc();
+    }
+    Q_EMIT stream->imageUpdated();
+}
+
+quint64 SurfaceStream::framesConverted() const
+{
+    return m_data->worker.framesConverted();
+}
+
+quint64 SurfaceStream::framesPublished() const
+{
+    return m_data->framesPublished;
+}
+
+// Conversion settings ------------------------------------------------------------------------------------------------
+
+bool SurfaceStream::bayerDemosaicEnabled() const
+{
+    return m_data->worker.settings().demosaicEnabled;
+}
+
+void SurfaceStream::setBayerDemosaicEnabled(bool enabled)
+{
+    const ConversionSettings before = m_data->worker.settings();
+    if (before.demosaicEnabled == enabled)
+        return;
+    m_data->worker.changeSettings([enabled](ConversionSettings& settings) { settings.demosaicEnabled = enabled; });
+    const DisplayFramePtr front = m_data->worker.front();
+    const bool hasPattern = front && (before.filterOverride != 0 || (front->delivered.format & formatPatternMask) != 0);
+    if (hasPattern && !front->lockedBitmap && isMonochrome(front->delivered.format) &&
+        m_data->worker.convertFrontAgain(false))
+        m_data->updateImage();
+}
+
+Format SurfaceStream::bayerDemosaicFilter() const
+{
+    return m_data->worker.settings().filterOverride;
+}
+
+void SurfaceStream::setBayerDemosaicFilter(Format filter)
+{
+    const auto pattern = static_cast<Format>(filter & formatPatternMask);
+    if (bayerDemosaicFilter() == pattern)
+        return;
+    m_data->worker.changeSettings([pattern](ConversionSettings& settings) { settings.filterOverride = pattern; });
+    const DisplayFramePtr front = m_data->worker.front();
+    if (front && !front->lockedBitmap && isMonochrome(front->delivered.format) &&
+        m_data->worker.convertFrontAgain(false))
+        m_data->updateImage();
+}
+
+bool SurfaceStream::rgbOrderReversed() const
+{
+    return m_data->worker.settings().rgbOrderReversed;
+}
+
+void SurfaceStream::setRgbOrderReversed(bool reversed)
+{
+    if (rgbOrderReversed() == reversed)
+        return;
+    m_data->worker.changeSettings([reversed](ConversionSettings& settings) { settings.rgbOrderReversed = reversed; });
+    const DisplayFramePtr front = m_data->worker.front();
+    if (front && isColor(front->delivered.format) && !front->image.isNull() && !front->pixmap.isNull() &&
+        m_data->worker.convertFrontAgain(true))
+        m_data->updateImage();
+}
+
+QVector<unsigned int> SurfaceStream::colorPalette() const
+{
+    return m_data->worker.settings().palette;
+}
+
+void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
+{
+    m_data->worker.changeSettings([&palette](ConversionSettings& settings) { settings.palette = palette; });
+    if (m_data->worker.renderFrontAgain() && m_data->surface)
+        m_data->surface->setPixmap(peekPixmap());
+}
+
+// Latest image -------------------------------------------------------------------------------------------------------
+
+bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    if (!image || !front || !front->delivered.data)
+        return false;
+    if (lock) {
+        ScopedLock granted =
+            hostCall("getFrameLock", ScopedLock(), [&] { return m_data->source->getFrameLock(front->delivered); });
+        if (!granted)
+            return false;
+        lock->take(std::move(granted));
+    }
+    *image = front->delivered;
+    return true;
+}
+
+QImage SurfaceStream::cloneLatestImage() const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    if (!front)
+        return QImage();
+    const auto pixels = pixelLock(*front);
+    return front->image.copy();
+}
+
+QImage SurfaceStream::cloneLatestImageForRender() const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    if (!front)
+        return QImage();
+    const QVector<unsigned int> palette = colorPalette();
+    const auto pixels = pixelLock(*front);
+    return imageForRender(front->image, palette, front->swappedShow);
+}
+
+QPixmap SurfaceStream::peekPixmap() const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    return front ? front->pixmap : QPixmap();
+}
+
+QSize SurfaceStream::latestImageSize() const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    return front ? front->image.size() : QSize(0, 0);
+}
+
+Format SurfaceStream::latestImageFormat() const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    return front && !front->image.isNull() ? front->effective.format : Format(0);
+}
+
+QImage::Format SurfaceStream::latestQImageFormat() const
+{
+    const DisplayFramePtr front = m_data->worker.front();
+    return front ? front->image.format() : QImage::Format_Invalid;
+}
+
+// Bitmap lock --------------------------------------------------------------------------------------------------------
+
+bool SurfaceStream::setBitmapLocked(int width, int height, Format format)
+{
+    if (format != Mono8 && format != RGB8 && format != RGBa8)
+        return false;
+    const bool isLocked = m_data->worker.lockBitmap(width, height, format);
+    Q_EMIT bitmapLockChanged(isLocked);
+    return isLocked;
+}
+
+bool SurfaceStream::bitmapLocked() const
+{
+    return m_data->worker.settings().lockedBitmap != nullptr;
+}
+
+void SurfaceStream::unlockBitmap()
+{
+    if (!bitmapLocked())
+        return;
+    m_data->worker.changeSettings([](ConversionSettings& settings) { settings.lockedBitmap = nullptr; });
+    Q_EMIT bitmapLockChanged(false);
+}
+
+bool SurfaceStream::getBitmap(RawImage* const image) const
+{
+    const std::shared_ptr<LockedBitmap> bitmap = m_data->worker.settings().lockedBitmap;
+    if (!image || !bitmap)
+        return false;
+    *image = bitmap->description;
+    return true;
+}
+
+} // namespace Vistrel

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+// State of a surface stream.
+#pragma once
+
+#include "pipeline/StreamWorker.h"
+
+#include <Vistrel/SurfaceStream.h>
+
+#include <QtCore/QMetaObject>
+#include <QtCore/QObject>
+#include <QtCore/QPointer>
+#include <QtCore/QTimer>
+
+#include <atomic>
+#include <cstdint>
+
+namespace Vistrel {
+
+class SurfaceStream::PrivateData : public QObject
+{
+    Q_OBJECT
+
+public:
+    PrivateData(SurfaceStream* owner, Surface* target, AbstractAcquisitionInterface* acquisitionInterface);
+
+    void connectScreen();
+    void disconnectScreen();
+
+    SurfaceStream* const stream;
+    const QPointer<Surface> surface;
+    AbstractAcquisitionInterface* const source;
+    QTimer* const refreshTimer; // the stream's child
+    bool refreshRateAuto = false;
+    QMetaObject::Connection screenRateConnection;
+    QMetaObject::Connection primaryScreenConnection;
+
+    std::atomic<bool> publishPending{false}; // a post to publish() is on its way
+    std::uint64_t publishedSequence = 0;     // of the picture that the surface shows
+    std::uint64_t framesPublished = 0;
+
+    StreamWorker worker; // last, so that it ends before what it posts to
+
+public Q_SLOTS:
+    void applyRefreshRateHz(qreal rateHz);
+    void updateStreamStates();
+    /// Hands the front picture to the surface, whether it is a new one or not.
+    void updateImage();
+    /// Asks for a frame and publishes what has been converted; with `getNew` it waits for that frame.
+    void getNextFrame(bool getNew = false);
+
+private:
+    void post();
+    void publishNew();
+};
+
+} // namespace Vistrel
