@@ -39,7 +39,7 @@ public:
     void addIdleMethod(void (*method)(void*), void* const userData);
 
 private:
-    struct PrivateData;
+    class PrivateData;
     PrivateData* m_data;
 };
 

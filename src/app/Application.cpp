@@ -5,6 +5,7 @@
 #include "base/Report.h"
 #include "platform/PluginPath.h"
 
+#include <QtCore/QObject>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
 #include <QtWidgets/QApplication>
@@ -31,12 +32,12 @@ std::atomic<Application*> globalApplication{nullptr};
 
 } // namespace
 
-struct Application::PrivateData
+class Application::PrivateData : public QObject
 {
-    PrivateData(int count, const char* const* values);
+    Q_OBJECT
 
-    void runIdlePass();
-    void applyKeptExit();
+public:
+    PrivateData(int count, const char* const* values);
 
     int argc;
     std::vector<std::string> arguments;
@@ -48,6 +49,10 @@ struct Application::PrivateData
 
     std::mutex exitMutex;
     std::optional<int> keptExit; // guarded by exitMutex: asked for and not yet given to the loop
+
+public Q_SLOTS:
+    void runIdlePass();
+    void applyKeptExit();
 };
 
 Application::PrivateData::PrivateData(int count, const char* const* values) : argc(count)
@@ -166,9 +171,11 @@ void Application::addIdleMethod(void (*method)(void*), void* const userData)
         return;
     m_data->idleTimer = new QTimer(m_data->toolkit.get());
     m_data->idleTimer->setInterval(0);
-    QObject::connect(m_data->idleTimer, &QTimer::timeout, m_data->idleTimer, [this] { m_data->runIdlePass(); });
+    QObject::connect(m_data->idleTimer, SIGNAL(timeout()), m_data, SLOT(runIdlePass()));
     if (m_data->isRunning)
         m_data->idleTimer->start();
 }
 
 } // namespace Vistrel
+
+#include "Application.moc"

@@ -177,8 +177,10 @@ void SurfaceStream::PrivateData::updateStreamStates()
 
 void SurfaceStream::updateAcquisitionState()
 {
+    const QPointer<SurfaceStream> alive(this); // a slot may delete the stream
     m_data->updateStreamStates();
-    m_data->updateImage();
+    if (alive)
+        m_data->updateImage();
 }
 
 // Publishing ---------------------------------------------------------------------------------------------------------
@@ -195,15 +197,14 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 // Worker's thread. One post is enough for any number of frames: the newest is published.
 void SurfaceStream::PrivateData::post()
 {
-    if (!publishPending.exchange(true)) {
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                publishPending.store(false);
-                publishNew();
-            },
-            Qt::QueuedConnection);
-    }
+    if (!publishPending.exchange(true))
+        QMetaObject::invokeMethod(this, "publish", Qt::QueuedConnection);
+}
+
+void SurfaceStream::PrivateData::publish()
+{
+    publishPending.store(false);
+    publishNew();
 }
 
 void SurfaceStream::PrivateData::publishNew()
@@ -220,14 +221,19 @@ void SurfaceStream::PrivateData::updateImage()
         publishedSequence = front->sequence;
         ++framesPublished;
     }
+    const QPointer<PrivateData> alive(this); // the slots of the surface may delete the stream, or the surface
     if (surface && front && !front->pixmap.isNull()) {
-        surface->setPixmap(front->pixmap); // whose slots may delete the surface
+        surface->setPixmap(front->pixmap);
+        if (!alive)
+            return;
         if (surface && isDemosaiced(*front))
             surface->setImageSrc(front->image);
         else if (surface)
             surface->setImageSrc(source, front->effective);
     } else if (surface && !surface->pixmap().isNull()) {
         surface->setPixmap(QPixmap());
+        if (!alive)
+            return;
         if (surface)
             surface->clearImageSrc();
     }

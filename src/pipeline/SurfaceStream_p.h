@@ -47,6 +47,8 @@ public Q_SLOTS:
     void updateImage();
     /// Asks for a frame and publishes what has been converted; with `getNew` it waits for that frame.
     void getNextFrame(bool getNew = false);
+    /// What the worker posts.
+    void publish();
 
 private:
     void post();

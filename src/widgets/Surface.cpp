@@ -9,6 +9,7 @@
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
+#include <QtCore/QPointer>
 #include <QtCore/QThread>
 #include <QtCore/QVector>
 #include <QtGui/QPaintEvent>
@@ -99,10 +100,14 @@ public:
         {
             m_emissions.push_back([=](Surface* s) { Q_EMIT s->scalingChanged(autoFit, scaling); });
         }
-        void announce(Surface* surface) const
+        // Call it last: a slot may delete the surface.
+        void announce(Surface* announcer) const
         {
-            for (const auto& emission : m_emissions)
-                emission(surface);
+            const QPointer<Surface> alive(announcer);
+            for (const auto& emission : m_emissions) {
+                if (alive)
+                    emission(alive);
+            }
         }
 
     private:
@@ -125,7 +130,7 @@ public:
     void requestUpdate();
 
     ImageSource imageSource() const;
-    ScopedLock frameLock(const ImageSource& from) const;
+    ScopedLock frameLock(const ImageSource& asked) const;
 
     void paintImage(QPainter& painter);
     void paintOverlay(QPainter& painter, const QRectF& area);
@@ -226,8 +231,8 @@ void Surface::PrivateData::moveTo(const std::function<QPointF(const SurfaceGeome
         const auto view = lockView();
         setOffset(wanted(geometry), changes);
     }
-    changes.announce(surface);
     requestUpdate();
+    changes.announce(surface);
 }
 
 double Surface::scaling() const
@@ -295,8 +300,8 @@ void Surface::setPixmap(const QPixmap& pixmap)
             }
         }
     }
-    changes.announce(this);
     m_data->requestUpdate();
+    changes.announce(this);
 }
 
 void Surface::setScaling(double scaling)
@@ -315,8 +320,8 @@ void Surface::setScaling(double scaling)
         if (isChanged || wasFit)
             changes.addScaling(false, geometry.scaling());
     }
-    changes.announce(this);
     m_data->requestUpdate();
+    changes.announce(this);
 }
 
 void Surface::setScaleToFit(bool enabled)
@@ -328,9 +333,9 @@ void Surface::setScaleToFit(bool enabled)
         if (enabled)
             m_data->fit(true, changes);
     }
-    changes.announce(this);
     if (enabled)
         m_data->requestUpdate();
+    changes.announce(this);
 }
 
 void Surface::setScaledOffset(const QPointF& offset)
@@ -382,9 +387,9 @@ Surface::PrivateData::ImageSource Surface::PrivateData::imageSource() const
 }
 
 // Asked for with no mutex held: the source may wait, or call back.
-ScopedLock Surface::PrivateData::frameLock(const ImageSource& source) const
+ScopedLock Surface::PrivateData::frameLock(const ImageSource& asked) const
 {
-    return hostCall("getFrameLock", ScopedLock(), [&] { return source.source->getFrameLock(source.raw); });
+    return hostCall("getFrameLock", ScopedLock(), [&] { return asked.source->getFrameLock(asked.raw); });
 }
 
 void Surface::setImageSrc(const QImage& image)
