@@ -19,8 +19,9 @@ class AcquisitionSignalHandler;
 /// thread; they are not locked. An exception that leaves one of the virtual operations is caught by the caller,
 /// reported in one line on the standard error stream, and counts as that operation's failure.
 ///
-/// Threads: commands (`setup` to `stop`) run on the window's busy-work thread, `getNextFrame` on the stream's worker,
-/// everything else on the user-interface thread; `getFrameLock` on both of the latter.
+/// Bound to the user-interface thread, but for what is called on others: commands (`setup` to `stop`) run on the
+/// window's busy-work thread, `getNextFrame` on the stream's worker, everything else on the user-interface thread;
+/// `getFrameLock` on both of the latter.
 class VISTREL_EXPORT AbstractAcquisitionInterface : public BaseClass
 {
 public:
@@ -82,8 +83,9 @@ public:
     /// Delivers the next frame, or returns false when there is none; may block for as long as it takes, but never while
     /// a lock that it handed out is held. `lock`, when not null, receives the lock under which the frame is delivered.
     ///
-    /// The delivered buffer must stay readable while its lock is held and, for reading pixel values under a new lock,
-    /// until a later frame is delivered. Null `data` clears the picture.
+    /// The delivered buffer must stay readable while its lock is held. Pixel values of the picture in view are read
+    /// under a new lock: until two later frames have been delivered, a lock on this one must be refused or its memory
+    /// be there. Null `data` clears the picture.
     virtual bool getNextFrame(RawImage* const image, ScopedLock* const lock) = 0;
 
     /// A lock under which the pixels of `image`, which was delivered before, can be read; empty when they cannot be any

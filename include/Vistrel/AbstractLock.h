@@ -6,7 +6,7 @@
 
 namespace Vistrel {
 
-/// A concrete lock releases its resource in its destructor, which must not throw and may run on any thread.
+/// A concrete lock releases its resource in its destructor, which must not throw and may run on any thread. Reentrant.
 class VISTREL_EXPORT AbstractLock : public BaseClass
 {
 public:

@@ -13,7 +13,8 @@ namespace Vistrel {
 class AbstractAcquisitionInterface;
 
 /// Made and owned by its source; lives on the thread that made the source. The signals are emitted on whatever thread
-/// the source announces from: a receiver on another thread connects with queued delivery.
+/// the source announces from: a receiver on another thread connects with queued delivery. Bound to its thread
+/// otherwise.
 class VISTREL_EXPORT AcquisitionSignalHandler : public QObject
 {
     Q_OBJECT

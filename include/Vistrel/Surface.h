@@ -23,8 +23,9 @@ class AbstractAcquisitionInterface;
 /// image pixel (x, y) covers the square of side `scaling()` at (x, y) * scaling() - scaledOffset(). An image smaller
 /// than the widget along an axis is centred along it.
 ///
-/// Bound to the user-interface thread, but for the getters, `setPixmap`, `setImageSrc`, `clearImageSrc` and
-/// `imageSrcPixVal`, which are thread-safe. Signals are emitted with no lock held: a slot may call back.
+/// Bound to the user-interface thread, but for the getters of the view (`scaling` to `visibleImageRectF`, `pixmap`),
+/// `setPixmap`, `setImageSrc`, `clearImageSrc` and `imageSrcPixVal`, which are thread-safe. Signals are emitted with no
+/// lock held: a slot may call back.
 class VISTREL_EXPORT Surface : public QWidget
 {
     Q_OBJECT

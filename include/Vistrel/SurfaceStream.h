@@ -51,7 +51,9 @@ public:
     QVector<unsigned int> colorPalette() const;
 
     /// Copies the descriptor of the newest frame as the source delivered it. With `lock` it succeeds only under a lock
-    /// that the source granted, and the pixels can be read while it is held. False without a frame.
+    /// that the source granted, and the pixels can be read while it is held; whatever `*lock` held is released first.
+    /// False without a frame. Let go of the lock before control returns to the event loop, and before any other call
+    /// here.
     bool latestImage(RawImage* const image, ScopedLock* const lock) const;
     /// Deep copy of the newest converted image: `Format_Indexed8` without colour table for monochrome frames,
     /// `Format_RGBX8888` for colour. Null without a frame.
@@ -72,7 +74,8 @@ public:
     /// Lets the next frame be converted as usual.
     void unlockBitmap();
     /// Describes the locked bitmap; its address is fixed until it is unlocked. False when none is locked. A host that
-    /// drew into it delivers this very descriptor as its next frame.
+    /// drew into it delivers this very descriptor as its next frame, and does so no more once the bitmap is unlocked or
+    /// locked anew, which frees it.
     bool getBitmap(RawImage* const image) const;
 
     quint64 framesConverted() const; ///< frames converted since construction, also those replaced before being seen

@@ -24,9 +24,8 @@ struct SetupMode
 
 struct AbstractAcquisitionInterface::PrivateData
 {
-    explicit PrivateData(AbstractAcquisitionInterface* owner) : source(owner), signalHandler(owner) {}
+    explicit PrivateData(AbstractAcquisitionInterface* owner) : signalHandler(owner) {}
 
-    AbstractAcquisitionInterface* source;
     bool hasSetup = false;
     bool hasSetupMode = false;
     bool hasCleanup = false;

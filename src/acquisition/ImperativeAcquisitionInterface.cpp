@@ -162,12 +162,12 @@ bool ImperativeAcquisitionInterface::getNextFrame(RawImage* const image, ScopedL
         return frame != nullptr;
     }
 
+    // A caller that still holds the previous frame's lock here would otherwise wait for itself.
+    lock->reset(nullptr);
     const HandOver handOver(*m_imperative->gate);
     const std::unique_ptr<RawImage> frame = m_imperative->takePending();
     if (!frame)
         return false;
-    // A caller that still holds the previous frame's lock here would otherwise wait for itself.
-    lock->reset(nullptr);
     ScopedLock frameLock = getFrameLock(*frame);
     if (!frameLock)
         return false;

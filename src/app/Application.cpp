@@ -38,6 +38,8 @@ class Application::PrivateData : public QObject
 
 public:
     PrivateData(int count, const char* const* values);
+    // The toolkit goes first: what is left of its objects may still call on the rest.
+    ~PrivateData() override { toolkit.reset(); }
 
     int argc;
     std::vector<std::string> arguments;

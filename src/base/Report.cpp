@@ -2,6 +2,7 @@
 // The one way to the standard error stream, and the guard around calls into the host.
 #include "base/Report.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 
@@ -35,7 +36,10 @@ void reportException(const char* operation) noexcept
         try {
             throw;
         } catch (const std::exception& exception) {
-            reportLine(prefix + exception.what());
+            std::string line = prefix + exception.what();
+            std::replace_if(
+                line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+            reportLine(line);
         } catch (...) {
             reportLine(prefix + "unknown exception");
         }

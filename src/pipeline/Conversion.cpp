@@ -116,6 +116,13 @@ bool isMosaic(Format format)
     return isMonochrome(format) && (format & formatPatternMask) != 0;
 }
 
+// A mosaic that can be interpolated.
+bool isWholeMosaic(const RawImage& raw)
+{
+    const std::uint32_t pattern = raw.format & formatPatternMask;
+    return pattern >= BayerGB && pattern <= BayerBG && raw.width >= smallestMosaic && raw.height >= smallestMosaic;
+}
+
 bool hasPixelBytes(std::size_t width, std::size_t height, std::size_t bytes)
 {
     constexpr auto longest = static_cast<std::size_t>(std::numeric_limits<int>::max());
@@ -124,11 +131,30 @@ bool hasPixelBytes(std::size_t width, std::size_t height, std::size_t bytes)
            height <= most / (width * bytes);
 }
 
+QImage imageOver(uchar* bytes, std::size_t width, std::size_t height, const TargetLayout& layout)
+{
+    return QImage(bytes, static_cast<int>(width), static_cast<int>(height),
+                  static_cast<int>(width * layout.bytesPerPixel), layout.format);
+}
+
+// Asked over no memory to speak of, and none of it touched: what the toolkit cannot hold must cost nothing.
+bool hasTarget(std::size_t width, std::size_t height, const TargetLayout& layout)
+{
+    static uchar nothing[4] = {};
+    return hasPixelBytes(width, height, layout.bytesPerPixel) && !imageOver(nothing, width, height, layout).isNull();
+}
+
 } // namespace
+
+bool isReadable(const RawImage& raw)
+{
+    return hasPixelBytes(raw.width, raw.height, bytesPerPixel(raw.format));
+}
 
 bool isConvertible(const RawImage& raw)
 {
-    return hasPixelBytes(raw.width, raw.height, bytesPerPixel(raw.format));
+    return isReadable(raw) && (!isMosaic(raw.format) || isWholeMosaic(raw)) &&
+           hasTarget(raw.width, raw.height, targetLayout(targetKind(raw.format)));
 }
 
 int targetKind(Format format)
@@ -139,15 +165,7 @@ int targetKind(Format format)
 bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::size_t height, int kind)
 {
     const TargetLayout layout = targetLayout(kind);
-    if (!hasPixelBytes(width, height, layout.bytesPerPixel))
-        return false;
-    const auto toImage = [&](uchar* bytes) {
-        return QImage(bytes, static_cast<int>(width), static_cast<int>(height),
-                      static_cast<int>(width * layout.bytesPerPixel), layout.format);
-    };
-    // Asked first, over no memory to speak of: what the toolkit cannot hold must not cost the buffer's contents.
-    static uchar nothing[4] = {};
-    if (toImage(nothing).isNull())
+    if (!hasTarget(width, height, layout))
         return false;
     const std::size_t size = width * layout.bytesPerPixel * height;
     if (buffer.size() != size) {
@@ -156,7 +174,7 @@ bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::
         buffer.shrink_to_fit();
         buffer.resize(size);
     }
-    target = toImage(buffer.data());
+    target = imageOver(buffer.data(), width, height, layout);
     return true;
 }
 

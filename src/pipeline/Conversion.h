@@ -12,8 +12,11 @@
 
 namespace Vistrel {
 
-/// Whether the frame has pixels of a known format and a size whose bytes can be counted and that an image can have. The
-/// data pointer is taken at its word.
+/// Whether the frame has pixels of a known depth and a size whose bytes can be counted. The data pointer is taken at
+/// its word, here and below.
+bool isReadable(const RawImage& raw);
+
+/// Whether the frame, besides, has a pattern that can be interpolated, if any, and a size that an image can have.
 bool isConvertible(const RawImage& raw);
 
 /// The kind of target that a frame of this format is converted into: 32 (RGBX8888) for colour and for mosaics, else 8.
@@ -27,8 +30,7 @@ bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::
 /// Converts a frame into a target as it is: refused, nothing written, unless size, row length and format fit.
 bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw);
 
-/// Prepares the target for the frame and fills it. False when the frame cannot be converted; the target is then
-/// unchanged but for a mosaic under 4 pixels a side.
+/// Prepares the target for the frame and fills it. False, and both unchanged, when the frame cannot be converted.
 bool convertFrame(CopyPool& pool, QImage& target, PixelBuffer& targetBuffer, const RawImage& raw);
 
 /// Describes an image as a frame: `Mono8` (indices), `RGB8` or `RGBa8`; other formats are converted first, grey ones to

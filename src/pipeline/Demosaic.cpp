@@ -179,9 +179,10 @@ bool demosaic(CopyPool& pool, QImage& target, const RawImage& raw)
 {
     const bool isMosaic = isMonochrome(raw.format) && (raw.format & formatPatternMask) >= BayerGB &&
                           (raw.format & formatPatternMask) <= BayerBG;
-    if (!raw.data || !isMosaic || raw.width < 4 || raw.height < 4 || target.isNull() ||
+    if (!raw.data || !isMosaic || raw.width < smallestMosaic || raw.height < smallestMosaic || target.isNull() ||
         target.format() != QImage::Format_RGBX8888 || static_cast<std::size_t>(target.width()) != raw.width ||
-        static_cast<std::size_t>(target.height()) != raw.height)
+        static_cast<std::size_t>(target.height()) != raw.height ||
+        static_cast<std::size_t>(target.bytesPerLine()) != raw.width * 4)
         return false;
 
     const std::uint32_t packing = raw.format & formatPackingMask;

@@ -66,6 +66,12 @@ Format effectiveFormat(Format delivered, const ConversionSettings& settings)
     return static_cast<Format>(format);
 }
 
+void makeOpaque(std::uint8_t* pixels, std::size_t size)
+{
+    for (std::size_t i = 3; i < size; i += 4)
+        pixels[i] = 0xFF;
+}
+
 FrameConverter::FrameConverter() : m_pool(CopyPool::shared()) {}
 
 std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered, bool underLock,
@@ -83,14 +89,14 @@ std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered,
         if (!convertFree(*frame))
             return nullptr;
         render(*frame, settings.palette);
-        return frame;
+        return frame->pixmap.isNull() ? nullptr : frame;
     }
     frame->lockedBitmap = settings.lockedBitmap;
     const std::lock_guard<std::mutex> pixels(settings.lockedBitmap->pixels);
     if (!convertLocked(*frame, *settings.lockedBitmap))
         return nullptr;
     render(*frame, settings.palette);
-    return frame;
+    return frame->pixmap.isNull() ? nullptr : frame;
 }
 
 bool FrameConverter::convertFree(DisplayFrame& frame)
@@ -158,8 +164,7 @@ std::shared_ptr<LockedBitmap> FrameConverter::makeLockedBitmap(int width, int he
     bitmap->description.height = static_cast<std::size_t>(height);
     bitmap->description.format = format;
     bitmap->block = std::make_shared<PixelBuffer>();
-    if (!isConvertible(bitmap->description) ||
-        !prepareTarget(bitmap->target, *bitmap->block, bitmap->description.width, bitmap->description.height,
+    if (!prepareTarget(bitmap->target, *bitmap->block, bitmap->description.width, bitmap->description.height,
                        static_cast<int>(formatDepth(format))))
         return nullptr;
     std::fill(bitmap->block->begin(), bitmap->block->end(), std::uint8_t{0});
@@ -192,6 +197,8 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
         if (isLocked) {
             shown = m_blocks.take(imageBytes(image));
             std::memcpy(shown->data(), image.constBits(), imageBytes(image));
+            if (image.format() == QImage::Format_RGBX8888)
+                makeOpaque(shown->data(), shown->size());
         }
         if (frame.swappedShow) {
             const std::size_t pixelBytes = image.format() == QImage::Format_RGB888 ? 3 : 4;

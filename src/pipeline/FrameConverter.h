@@ -57,13 +57,14 @@ using DisplayFramePtr = std::shared_ptr<const DisplayFrame>;
 /// The format that a frame is shown in: depth, pattern bits only when it is demosaiced, order bits, packing bits.
 Format effectiveFormat(Format delivered, const ConversionSettings& settings);
 
+/// Sets the fourth byte of each pixel.
+void makeOpaque(std::uint8_t* pixels, std::size_t size);
+
 /// Converts and renders frames into blocks that nobody refers to. Thread-safe.
 class FrameConverter
 {
 public:
     FrameConverter();
-
-    CopyPool& pool() { return *m_pool; }
 
     /// The picture of a frame, whose lock the caller holds; null when it cannot be converted. Null data gives a picture
     /// without pixels. Throws `std::bad_alloc`.
@@ -75,6 +76,9 @@ public:
 
     /// The picture of `frame`, over a bitmap that was just locked and into which nothing has been drawn yet.
     static std::shared_ptr<DisplayFrame> showLocked(const DisplayFrame& frame, std::shared_ptr<LockedBitmap> bitmap);
+
+    /// Frees the blocks that nobody refers to.
+    void releaseMemory() { m_blocks.release(); }
 
     /// A zeroed bitmap; null when there can be none of that size. `format` is `Mono8`, `RGB8` or `RGBa8`.
     std::shared_ptr<LockedBitmap> makeLockedBitmap(int width, int height, Format format);

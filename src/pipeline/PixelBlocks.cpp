@@ -18,8 +18,12 @@ struct PixelBlocks::FreeList
         const std::lock_guard<std::mutex> guard(mutex);
         const auto found = std::find_if(buffers.rbegin(), buffers.rend(),
                                         [bytes](const auto& buffer) { return buffer->size() == bytes; });
-        if (found == buffers.rend())
+        if (found == buffers.rend()) {
+            // Another size is in use now: what was used before goes block by block.
+            if (!buffers.empty())
+                buffers.erase(buffers.begin());
             return nullptr;
+        }
         std::unique_ptr<PixelBuffer> buffer = std::move(*found);
         buffers.erase(std::next(found).base());
         return buffer;
@@ -45,6 +49,14 @@ struct PixelBlocks::FreeList
 PixelBlocks::PixelBlocks() : m_free(std::make_shared<FreeList>()) {}
 
 PixelBlocks::~PixelBlocks() = default;
+
+void PixelBlocks::release()
+{
+    std::vector<std::unique_ptr<PixelBuffer>> freed; // after the lock is released
+    freed.reserve(FreeList::capacity);
+    const std::lock_guard<std::mutex> guard(m_free->mutex);
+    m_free->buffers.swap(freed);
+}
 
 PixelBlock PixelBlocks::take(std::size_t bytes)
 {

@@ -69,6 +69,9 @@ public:
     /// uninitialised. Throws `std::bad_alloc`.
     PixelBlock take(std::size_t bytes);
 
+    /// Frees what is free.
+    void release();
+
 private:
     struct FreeList;
     std::shared_ptr<FreeList> m_free;

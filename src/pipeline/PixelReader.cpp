@@ -50,7 +50,7 @@ std::uint32_t channelMaximum(Format format)
 bool readPixel(const RawImage& raw, const PixPos& position, PixVal& value)
 {
     value = PixVal();
-    if (!raw.data || !isConvertible(raw) || position.x < 0 || position.y < 0)
+    if (!raw.data || !isReadable(raw) || position.x < 0 || position.y < 0)
         return false;
     const auto x = static_cast<std::size_t>(position.x);
     const auto y = static_cast<std::size_t>(position.y);

@@ -2,6 +2,13 @@
 // The inner blocks of the row loops, compiled once for each kind of vector unit and chosen at run time.
 #include "pipeline/RowKernels.h"
 
+#include <cstring>
+
+// This compiler does not align the stack for vectors of more than 16 bytes on Windows.
+#if defined(__MINGW32__) && !defined(__clang__)
+#define HWY_DISABLED_TARGETS (HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL)
+#endif
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "pipeline/RowKernels.cpp"
 #include <hwy/foreach_target.h>
@@ -20,7 +27,20 @@ namespace hn = hwy::HWY_NAMESPACE;
 #define VISTREL_VECTORS 1
 #endif
 
+inline std::uint16_t wordAt(const std::uint8_t* bytes)
+{
+    std::uint16_t word = 0;
+    std::memcpy(&word, bytes, sizeof word);
+    return word;
+}
+
 #if VISTREL_VECTORS
+template <class Words>
+HWY_INLINE HWY_ATTR hn::Vec<Words> loadWords(Words words, const std::uint8_t* source)
+{
+    return hn::BitCast(words, hn::LoadU(hn::Repartition<std::uint8_t, Words>(), source));
+}
+
 // The low bytes of two vectors of words, in order.
 template <class Bytes, class Words>
 HWY_INLINE HWY_ATTR hn::Vec<Bytes> lowBytes(Bytes bytes, Words first, Words second)
@@ -29,7 +49,7 @@ HWY_INLINE HWY_ATTR hn::Vec<Bytes> lowBytes(Bytes bytes, Words first, Words seco
 }
 #endif
 
-void ShiftToGray(const std::uint16_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count,
+void ShiftToGray(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count,
                  int shift)
 {
     std::size_t i = 0;
@@ -38,13 +58,13 @@ void ShiftToGray(const std::uint16_t* HWY_RESTRICT source, std::uint8_t* HWY_RES
     const hn::Repartition<std::uint8_t, decltype(words)> bytes;
     const std::size_t lanes = hn::Lanes(words);
     for (; i + 2 * lanes <= count; i += 2 * lanes) {
-        const auto first = hn::ShiftRightSame(hn::LoadU(words, source + i), shift);
-        const auto second = hn::ShiftRightSame(hn::LoadU(words, source + i + lanes), shift);
+        const auto first = hn::ShiftRightSame(loadWords(words, source + 2 * i), shift);
+        const auto second = hn::ShiftRightSame(loadWords(words, source + 2 * (i + lanes)), shift);
         hn::StoreU(lowBytes(bytes, first, second), bytes, target + i);
     }
 #endif
     for (; i < count; ++i)
-        target[i] = static_cast<std::uint8_t>(source[i] >> shift);
+        target[i] = static_cast<std::uint8_t>(wordAt(source + 2 * i) >> shift);
 }
 
 void Bytes3ToRgbx(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count,
@@ -101,7 +121,7 @@ void Bytes4ToRgbx(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RES
     }
 }
 
-void Words3ToRgbx(const std::uint16_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count,
+void Words3ToRgbx(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count,
                   int shift, bool reversed)
 {
     std::size_t i = 0;
@@ -113,8 +133,8 @@ void Words3ToRgbx(const std::uint16_t* HWY_RESTRICT source, std::uint8_t* HWY_RE
     const auto reduce = [&](auto value) HWY_ATTR { return hn::ShiftRightSame(value, shift); };
     for (; i + 2 * lanes <= count; i += 2 * lanes) {
         hn::Vec<decltype(words)> a0, a1, a2, b0, b1, b2;
-        hn::LoadInterleaved3(words, source + 3 * i, a0, a1, a2);
-        hn::LoadInterleaved3(words, source + 3 * (i + lanes), b0, b1, b2);
+        hn::LoadInterleaved3(words, reinterpret_cast<const std::uint16_t*>(source + 6 * i), a0, a1, a2);
+        hn::LoadInterleaved3(words, reinterpret_cast<const std::uint16_t*>(source + 6 * (i + lanes)), b0, b1, b2);
         const auto first = lowBytes(bytes, reduce(a0), reduce(b0));
         const auto second = lowBytes(bytes, reduce(a1), reduce(b1));
         const auto third = lowBytes(bytes, reduce(a2), reduce(b2));
@@ -125,9 +145,9 @@ void Words3ToRgbx(const std::uint16_t* HWY_RESTRICT source, std::uint8_t* HWY_RE
     }
 #endif
     for (; i < count; ++i) {
-        target[4 * i] = static_cast<std::uint8_t>(source[3 * i + (reversed ? 2 : 0)] >> shift);
-        target[4 * i + 1] = static_cast<std::uint8_t>(source[3 * i + 1] >> shift);
-        target[4 * i + 2] = static_cast<std::uint8_t>(source[3 * i + (reversed ? 0 : 2)] >> shift);
+        target[4 * i] = static_cast<std::uint8_t>(wordAt(source + 6 * i + (reversed ? 4 : 0)) >> shift);
+        target[4 * i + 1] = static_cast<std::uint8_t>(wordAt(source + 6 * i + 2) >> shift);
+        target[4 * i + 2] = static_cast<std::uint8_t>(wordAt(source + 6 * i + (reversed ? 0 : 4)) >> shift);
         target[4 * i + 3] = 0xFF;
     }
 }
@@ -202,7 +222,7 @@ HWY_EXPORT(Words3ToRgbx);
 HWY_EXPORT(Fields30ToRgbx);
 HWY_EXPORT(Packed10ToGray);
 
-void shiftToGray(const std::uint16_t* source, std::uint8_t* target, std::size_t count, int shift)
+void shiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift)
 {
     HWY_DYNAMIC_DISPATCH(ShiftToGray)(source, target, count, shift);
 }
@@ -217,7 +237,7 @@ void bytes4ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t 
     HWY_DYNAMIC_DISPATCH(Bytes4ToRgbx)(source, target, count, reversed);
 }
 
-void words3ToRgbx(const std::uint16_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed)
+void words3ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed)
 {
     HWY_DYNAMIC_DISPATCH(Words3ToRgbx)(source, target, count, shift, reversed);
 }

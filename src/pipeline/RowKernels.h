@@ -10,15 +10,15 @@ namespace Vistrel::RowKernels {
 // Each converts `count` pixels. Sources need no alignment. `reversed` writes the channels of a pixel in the opposite of
 // their order in memory. Colour goes to four bytes a pixel, the fourth being 0xFF.
 
-/// Words to bytes: (value >> shift), upper bits lost.
-void shiftToGray(const std::uint16_t* source, std::uint8_t* target, std::size_t count, int shift);
+/// 16-bit words to bytes: (value >> shift), upper bits lost.
+void shiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift);
 
 /// Bytes to four bytes a pixel.
 void bytes3ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed);
 void bytes4ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed);
 
-/// Three words a pixel: (value >> shift), upper bits lost.
-void words3ToRgbx(const std::uint16_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed);
+/// Three 16-bit words a pixel: (value >> shift), upper bits lost.
+void words3ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed);
 
 /// Three 10-bit fields of a 32-bit word, the top eight bits of each.
 void fields30ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed);

@@ -89,9 +89,11 @@ void StreamWorker::work()
 void StreamWorker::serve()
 {
     std::uint64_t clearCount = 0;
+    std::shared_ptr<LockedBitmap> bitmap; // the frame's pixels may lie in it, whatever is locked meanwhile
     {
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         clearCount = m_clearCount;
+        bitmap = m_settings.lockedBitmap;
     }
     RawImage delivered;
     ScopedLock lock;
@@ -109,7 +111,7 @@ void StreamWorker::convertDelivered(const RawImage& delivered, bool underLock, s
         DisplayFramePtr previous; // its memory is given back with no lock held
         {
             const std::lock_guard<std::mutex> guard(m_imageMutex);
-            if (clearCount != m_clearCount || !m_running.load())
+            if (clearCount != m_clearCount || !m_isAccepting || !m_running.load())
                 return;
             if (before.version != m_settingsVersion)
                 continue;
@@ -117,7 +119,10 @@ void StreamWorker::convertDelivered(const RawImage& delivered, bool underLock, s
             previous = std::exchange(m_front, frame);
             m_framesConverted.store(frame->sequence);
         }
-        m_converted();
+        hostCall("publishing", false, [this] {
+            m_converted();
+            return true;
+        });
         return;
     }
 }
@@ -191,25 +196,43 @@ bool StreamWorker::renderFrontAgain()
 
 bool StreamWorker::lockBitmap(int width, int height, Format format)
 {
-    const std::shared_ptr<LockedBitmap> bitmap = hostCall("setBitmapLocked", std::shared_ptr<LockedBitmap>(), [&] {
-        return m_converter.makeLockedBitmap(width, height, format);
+    std::shared_ptr<LockedBitmap> bitmap;
+    DisplayFramePtr shown;
+    hostCall("setBitmapLocked", false, [&] {
+        bitmap = m_converter.makeLockedBitmap(width, height, format);
+        const DisplayFramePtr before = front();
+        if (bitmap)
+            shown = FrameConverter::showLocked(before ? *before : DisplayFrame(), bitmap);
+        return true;
     });
-    std::shared_ptr<LockedBitmap> previousBitmap = bitmap;
-    DisplayFramePtr previous;
+    const bool isLocked = shown != nullptr;
+    if (!isLocked)
+        bitmap = nullptr;
+    // What goes is freed after the lock is released.
     const std::lock_guard<std::mutex> guard(m_imageMutex);
-    m_settings.lockedBitmap.swap(previousBitmap);
+    m_settings.lockedBitmap.swap(bitmap);
     ++m_settingsVersion;
-    if (bitmap)
-        previous = std::exchange(m_front, FrameConverter::showLocked(m_front ? *m_front : DisplayFrame(), bitmap));
-    return bitmap != nullptr;
+    if (isLocked)
+        m_front.swap(shown);
+    return isLocked;
 }
 
 void StreamWorker::clear()
 {
-    DisplayFramePtr previous;
+    {
+        DisplayFramePtr previous;
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        ++m_clearCount;
+        m_isAccepting = false;
+        previous = std::exchange(m_front, nullptr);
+    }
+    m_converter.releaseMemory();
+}
+
+void StreamWorker::acceptFrames()
+{
     const std::lock_guard<std::mutex> guard(m_imageMutex);
-    ++m_clearCount;
-    previous = std::exchange(m_front, nullptr);
+    m_isAccepting = true;
 }
 
 } // namespace Vistrel

@@ -61,8 +61,10 @@ public:
     /// Locks a new, zeroed bitmap, which the front picture then shows; false, and none locked, when it cannot be.
     bool lockBitmap(int width, int height, Format format);
 
-    /// Forgets the front picture, also one that is being fetched or converted at this moment.
+    /// Forgets the front picture and the memory of earlier ones. Frames that are fetched are dropped, this moment's
+    /// too, until they are accepted again.
     void clear();
+    void acceptFrames();
 
 private:
     struct Snapshot
@@ -90,6 +92,7 @@ private:
     ConversionSettings m_settings;
     std::uint64_t m_settingsVersion = 0;
     std::uint64_t m_clearCount = 0;
+    bool m_isAccepting = true;
 
     std::mutex m_handshakeMutex; // guards requests and their completion
     std::condition_variable m_handshakeCondition;

@@ -35,6 +35,14 @@ std::unique_lock<std::mutex> pixelLock(const DisplayFrame& frame)
                               : std::unique_lock<std::mutex>();
 }
 
+// A host that draws into a locked bitmap need not care for the fourth byte; who gets an image does.
+QImage opaqueCopy(QImage image, const DisplayFrame& frame)
+{
+    if (frame.lockedBitmap && image.format() == QImage::Format_RGBX8888)
+        makeOpaque(image.bits(), static_cast<std::size_t>(image.sizeInBytes()));
+    return image;
+}
+
 } // namespace
 
 SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
@@ -163,16 +171,23 @@ void SurfaceStream::setRefreshRateAuto(bool enabled)
             connect(qApp, &QGuiApplication::primaryScreenChanged, m_data, [data = m_data] { data->connectScreen(); });
 }
 
+bool SurfaceStream::PrivateData::asksSetUp() const
+{
+    return source && hostCall("isSetup", false, [this] { return source->isSetup(); });
+}
+
 void SurfaceStream::PrivateData::updateStreamStates()
 {
-    const bool isSetup = source && hostCall("isSetup", false, [this] { return source->isSetup(); });
-    if (!isSetup) {
+    isSourceSetUp = asksSetUp();
+    if (!isSourceSetUp) {
         refreshTimer->stop();
         worker.clear();
         updateImage();
-    } else if (!refreshTimer->isActive()) {
-        refreshTimer->start();
+        return;
     }
+    worker.acceptFrames();
+    if (!refreshTimer->isActive())
+        refreshTimer->start();
 }
 
 void SurfaceStream::updateAcquisitionState()
@@ -187,6 +202,9 @@ void SurfaceStream::updateAcquisitionState()
 
 void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 {
+    // A source that has a frame ready may have been set up without a word about it.
+    if (!isSourceSetUp && asksSetUp())
+        updateStreamStates();
     if (getNew)
         worker.requestAndWait();
     else
@@ -210,14 +228,14 @@ void SurfaceStream::PrivateData::publish()
 void SurfaceStream::PrivateData::publishNew()
 {
     const DisplayFramePtr front = worker.front();
-    if (front && front->sequence != publishedSequence)
+    if (front && front->sequence > publishedSequence)
         updateImage();
 }
 
 void SurfaceStream::PrivateData::updateImage()
 {
     const DisplayFramePtr front = worker.front();
-    if (front && front->sequence != publishedSequence) {
+    if (front && front->sequence > publishedSequence) {
         publishedSequence = front->sequence;
         ++framesPublished;
     }
@@ -237,6 +255,7 @@ void SurfaceStream::PrivateData::updateImage()
         if (surface)
             surface->clearImageSrc();
     }
+    published = front;
     Q_EMIT stream->imageUpdated();
 }
 
@@ -278,7 +297,7 @@ Format SurfaceStream::bayerDemosaicFilter() const
 void SurfaceStream::setBayerDemosaicFilter(Format filter)
 {
     const auto pattern = static_cast<Format>(filter & formatPatternMask);
-    if (bayerDemosaicFilter() == pattern)
+    if (pattern > BayerBG || bayerDemosaicFilter() == pattern)
         return;
     m_data->worker.changeSettings([pattern](ConversionSettings& settings) { settings.filterOverride = pattern; });
     const DisplayFramePtr front = m_data->worker.front();
@@ -311,26 +330,36 @@ QVector<unsigned int> SurfaceStream::colorPalette() const
 void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
 {
     m_data->worker.changeSettings([&palette](ConversionSettings& settings) { settings.palette = palette; });
-    if (m_data->worker.renderFrontAgain() && m_data->surface)
-        m_data->surface->setPixmap(peekPixmap());
+    if (!m_data->worker.renderFrontAgain())
+        return;
+    const DisplayFramePtr front = m_data->worker.front();
+    if (front && front->sequence > m_data->publishedSequence) // its pixel values must come with it
+        m_data->updateImage();
+    else if (front && m_data->surface)
+        m_data->surface->setPixmap(front->pixmap);
 }
 
 // Latest image -------------------------------------------------------------------------------------------------------
 
 bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) const
 {
-    const DisplayFramePtr front = m_data->worker.front();
-    if (!image || !front || !front->delivered.data)
-        return false;
-    if (lock) {
-        ScopedLock granted =
-            hostCall("getFrameLock", ScopedLock(), [&] { return m_data->source->getFrameLock(front->delivered); });
-        if (!granted)
+    if (lock)
+        lock->reset(nullptr); // the source may have but one lock for all its frames
+    for (DisplayFramePtr front = m_data->worker.front(); image && front && front->delivered.data;) {
+        *image = front->delivered;
+        if (!lock)
+            return true;
+        *lock = hostCall("getFrameLock", ScopedLock(), [&] { return m_data->source->getFrameLock(front->delivered); });
+        if (!*lock)
             return false;
-        lock->take(std::move(granted));
+        // While this thread waited for the lock, another frame may have been delivered.
+        const DisplayFramePtr newest = m_data->worker.front();
+        if (newest == front)
+            return true;
+        lock->reset(nullptr);
+        front = newest;
     }
-    *image = front->delivered;
-    return true;
+    return false;
 }
 
 QImage SurfaceStream::cloneLatestImage() const
@@ -339,7 +368,7 @@ QImage SurfaceStream::cloneLatestImage() const
     if (!front)
         return QImage();
     const auto pixels = pixelLock(*front);
-    return front->image.copy();
+    return opaqueCopy(front->image.copy(), *front);
 }
 
 QImage SurfaceStream::cloneLatestImageForRender() const
@@ -349,7 +378,7 @@ QImage SurfaceStream::cloneLatestImageForRender() const
         return QImage();
     const QVector<unsigned int> palette = colorPalette();
     const auto pixels = pixelLock(*front);
-    return imageForRender(front->image, palette, front->swappedShow);
+    return opaqueCopy(imageForRender(front->image, palette, front->swappedShow), *front);
 }
 
 QPixmap SurfaceStream::peekPixmap() const

@@ -37,6 +37,8 @@ public:
     std::atomic<bool> publishPending{false}; // a post to publish() is on its way
     std::uint64_t publishedSequence = 0;     // of the picture that the surface shows
     std::uint64_t framesPublished = 0;
+    DisplayFramePtr published; // keeps what the surface reads pixel values from, be it a locked bitmap
+    bool isSourceSetUp = true; // as it was found last; not known at first
 
     StreamWorker worker; // last, so that it ends before what it posts to
 
@@ -51,6 +53,7 @@ public Q_SLOTS:
     void publish();
 
 private:
+    bool asksSetUp() const;
     void post();
     void publishNew();
 };

@@ -12,6 +12,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 namespace Vistrel {
@@ -48,7 +49,7 @@ private:
     {
         std::uint8_t* const target = m_target + row * m_targetStride;
         if constexpr (std::is_pointer_v<Iterator>) {
-            const auto* const source = reinterpret_cast<Iterator>(m_raw.data) + row * m_raw.width;
+            const std::uint8_t* const source = m_raw.data + row * m_raw.width * sizeof(T);
             RowKernels::shiftToGray(source, target, m_raw.width, shift);
         } else {
             copyPacked(Iterator(m_raw.data + row * m_raw.width * sizeof(T), packedFrameEnd(m_raw)), target);
@@ -114,7 +115,7 @@ private:
         if constexpr (fields)
             RowKernels::fields30ToRgbx(source, target, m_raw.width, reversed<isBgr>);
         else if constexpr (sizeof(T) == 2)
-            RowKernels::words3ToRgbx(reinterpret_cast<Iterator>(source), target, m_raw.width, shift, reversed<isBgr>);
+            RowKernels::words3ToRgbx(source, target, m_raw.width, shift, reversed<isBgr>);
         else if constexpr (channels == 4)
             RowKernels::bytes4ToRgbx(source, target, m_raw.width, reversed<isBgr>);
         else
@@ -143,7 +144,8 @@ private:
             target[1] = reduced<shift>(word >> 10);
             target[2 - first] = reduced<shift>(word >> 20);
         } else {
-            const auto* const element = reinterpret_cast<Iterator>(source);
+            T element[3] = {};
+            std::memcpy(element, source, sizeof element); // which need not be aligned
             target[first] = reduced<shift>(element[0]);
             target[1] = reduced<shift>(element[1]);
             target[2 - first] = reduced<shift>(element[2]);

@@ -3,6 +3,7 @@
 #include <Vistrel/Surface.h>
 
 #include "base/Report.h"
+#include "pipeline/Conversion.h"
 #include "pipeline/PixelReader.h"
 #include "widgets/PixelOverlay.h"
 #include "widgets/SurfaceGeometry.h"
@@ -531,6 +532,8 @@ void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
     QSize size = source.image.size();
     PixVal widest = widestValue(source.image.format() == QImage::Format_Indexed8, 255);
     if (source.hasRaw()) {
+        if (!isReadable(source.raw))
+            return;
         size = QSize(static_cast<int>(source.raw.width), static_cast<int>(source.raw.height));
         widest = widestValue(isMonochrome(source.raw.format), channelMaximum(source.raw.format));
     } else if (source.image.isNull()) {

@@ -1,0 +1,370 @@
+// SPDX-License-Identifier: MIT
+// Tests conversions and readout of every pixel format against a naive reference, in memory with no byte to spare.
+#include "pipeline/Conversion.h"
+#include "pipeline/PixelReader.h"
+#include "pipeline/PixelReference.h"
+
+#include <QtTest/QtTest>
+
+#include <hwy/targets.h>
+
+#include <climits>
+#include <tuple>
+
+using namespace PixelReference;
+
+namespace {
+
+bool areEqual(const PixVal& a, const PixVal& b)
+{
+    return std::tie(a.mono, a.value, a.color, a.r, a.g, a.b) == std::tie(b.mono, b.value, b.color, b.r, b.g, b.b);
+}
+
+bool isReadRight(const RawImage& raw)
+{
+    const Layout layout = layoutOf(raw.format);
+    for (std::size_t i = 0; i < raw.width * raw.height; ++i) {
+        const std::size_t x = i % raw.width;
+        const std::size_t y = i / raw.width;
+        const auto channel = [&](unsigned color) {
+            return channelAt(raw, x, y, channelOf(raw.format, color)) & ((1u << layout.bits) - 1);
+        };
+        PixVal expected;
+        if (layout.channels == 1)
+            expected = {true, channel(0), false, 0, 0, 0};
+        else
+            expected = {false, 0, true, channel(0), channel(1), channel(2)};
+        PixVal value;
+        if (!readPixel(raw, {static_cast<int>(x), static_cast<int>(y)}, value) || !areEqual(value, expected))
+            return false;
+    }
+    return true;
+}
+
+/// Reads and converts a frame of random bytes in every way there is. Returns what went wrong, or nothing.
+QByteArray faultOf(CopyPool& pool, Format format, std::size_t width, std::size_t height,
+                   GuardedBuffer::Placement placement, Random& random)
+{
+    const GuardedBuffer source(neededBytes(format, width, height), placement);
+    fillRandom(source, random);
+    const RawImage raw{source.data(), width, height, format, nullptr};
+    if (!isReadRight(raw))
+        return "readout";
+    if (isMosaic(format))
+        return QByteArray();
+
+    const bool gray = layoutOf(format).channels == 1;
+    for (const QImage::Format kind :
+         {gray ? QImage::Format_Indexed8 : QImage::Format_RGBX8888, QImage::Format_RGB888}) {
+        if (gray && kind == QImage::Format_RGB888)
+            continue;
+        const QByteArray expected = converted(raw, kind);
+        const GuardedBuffer memory(static_cast<std::size_t>(expected.size()), placement);
+        QImage target = imageIn(memory, width, height, kind);
+        if (!copyFrame(pool, target, raw) || bytesOf(target) != expected)
+            return "copy";
+        if (!memory.isIntact())
+            return "written beside the target";
+        PixelBuffer buffer;
+        if (kind != QImage::Format_RGB888 && (!convertFrame(pool, target, buffer, raw) || target.format() != kind ||
+                                              target.constBits() != buffer.data() || bytesOf(target) != expected))
+            return "conversion";
+    }
+    return QByteArray();
+}
+
+} // namespace
+
+class ConversionTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyWidth_data();
+    void everyWidth();
+    void everyVectorUnit();
+    void exactBytes_data();
+    void exactBytes();
+    void onlyKnownDepthsConvert();
+    void impossibleFramesAreRefused_data();
+    void impossibleFramesAreRefused();
+    void unfitTargetsAreRefused_data();
+    void unfitTargetsAreRefused();
+    void targetsByKind();
+    void targetMemoryIsReused();
+    void readoutOutsideTheFrameIsZero();
+
+private:
+    CopyPool m_pool{3};
+};
+
+void ConversionTest::everyWidth_data()
+{
+    QTest::addColumn<unsigned>("format");
+    for (const NamedFormat& named : namedFormats())
+        QTest::newRow(named.name.constData()) << unsigned{named.format};
+    QTest::newRow("both packing bits: unpacked") << 0xC00Au;
+    QTest::newRow("packing of 12 bits: ignored") << 0x400Cu;
+    QTest::newRow("packing of colour: ignored") << 0x801Eu;
+    QTest::newRow("order of monochrome: ignored") << 0x2008u;
+    QTest::newRow("order 1: RGB") << 0x1018u;
+    QTest::newRow("order 3: RGB") << 0x301Eu;
+    QTest::newRow("pattern of colour: ignored") << 0x2330u;
+}
+
+void ConversionTest::everyWidth()
+{
+    QFETCH(unsigned, format);
+    Random random(format);
+    for (const auto placement : {GuardedBuffer::AtFront, GuardedBuffer::AtBack, GuardedBuffer::Unaligned}) {
+        for (std::size_t width = 1; width <= 67; ++width) {
+            for (const std::size_t height : {1u, 2u, 5u}) {
+                const QByteArray fault = faultOf(m_pool, Format(format), width, height, placement, random);
+                QVERIFY2(fault.isEmpty(), qPrintable(QStringLiteral("%1 x %2, placement %3: %4")
+                                                         .arg(width)
+                                                         .arg(height)
+                                                         .arg(placement)
+                                                         .arg(QLatin1String(fault))));
+            }
+        }
+    }
+}
+
+// Elsewhere the best vectors of this processor are used; hosts have others.
+void ConversionTest::everyVectorUnit()
+{
+    const auto use = [](std::int64_t units) {
+        hwy::SetSupportedTargetsForTest(units);
+        hwy::GetChosenTarget().DeInit();
+    };
+    const auto restore = qScopeGuard([&use] { use(0); });
+    Random random(1);
+    for (const std::int64_t unit : hwy::SupportedAndGeneratedTargets()) {
+        use(unit);
+        for (const NamedFormat& named : namedFormats()) {
+            for (const std::size_t width : {15u, 16u, 33u, 67u, 131u, 641u}) {
+                const QByteArray fault = faultOf(m_pool, named.format, width, 3, GuardedBuffer::AtBack, random);
+                QVERIFY2(fault.isEmpty(), (named.name + ' ' + hwy::TargetName(unit) + ": " + fault).constData());
+            }
+        }
+    }
+    const QByteArray fault = faultOf(m_pool, Mono8, 1283, 977, GuardedBuffer::AtBack, random); // copied in pieces
+    QVERIFY2(fault.isEmpty(), fault.constData());
+}
+
+void ConversionTest::exactBytes_data()
+{
+    QTest::addColumn<unsigned>("format");
+    QTest::addColumn<unsigned>("width");
+    QTest::addColumn<QByteArray>("source");
+    QTest::addColumn<QByteArray>("expected");
+    const auto row = [](const char* name, unsigned format, unsigned width, const char* source, const char* expected) {
+        QTest::newRow(name) << format << width << QByteArray::fromHex(source) << QByteArray(expected);
+    };
+    row("bytes stay", Mono8, 4, "00017fff", "00017fff");
+    row("10 bits wrap", Mono10, 3, "ff0300040304", "ff0000");
+    row("12 bits wrap", Mono12, 3, "ff0f00101f10", "ff0001");
+    row("14 bits wrap", Mono14, 3, "ff3f00404040", "ff0001");
+    row("16 bits", Mono16, 3, "ffffff000001", "ff0001");
+    row("colour of 12 bits wraps", BGR12, 1, "ff0f00101010", "ff0001ff");
+    row("packed", Mono10p, 4, "ffc0000000", "ff000000");
+    row("packed, 0x004 0x008 0x010 0x3fc", Mono10p, 4, "01008043fc", "010204ff");
+    row("packed, not swapped", Mono10p_NoSwap, 4, "000000000000c0ff", "ff000000");
+    row("both packing bits", 0xC00A, 2, "ff030001", "ff40");
+    row("first is blue", RGB8, 1, "102030", "302010ff");
+    row("first is red", BGR8, 1, "102030", "102030ff");
+    row("pattern of colour", RGB8 | BayerRG, 1, "102030", "302010ff");
+    row("alpha is ignored", RGBa8, 2, "1020300040506080", "302010ff605040ff");
+    row("alpha is ignored, first is red", BGRa8, 1, "10203000", "102030ff");
+    row("30 bits, first is red", RGB10p32, 1, "ff030000", "ff0000ff");
+    row("30 bits, first is blue", BGR10p32, 1, "ff030000", "0000ffff");
+    row("30 bits, upper two ignored", RGB10p32, 1, "000000c0", "000000ff");
+}
+
+void ConversionTest::exactBytes()
+{
+    QFETCH(unsigned, format);
+    QFETCH(unsigned, width);
+    QFETCH(QByteArray, source);
+    QFETCH(QByteArray, expected);
+    const GuardedBuffer memory(static_cast<std::size_t>(source.size()), GuardedBuffer::AtBack);
+    std::copy(source.begin(), source.end(), memory.data());
+    QImage target;
+    PixelBuffer buffer;
+    QVERIFY(convertFrame(m_pool, target, buffer, {memory.data(), width, 1, Format(format), nullptr}));
+    QCOMPARE(bytesOf(target).toHex(), expected);
+}
+
+void ConversionTest::onlyKnownDepthsConvert()
+{
+    const QSet<unsigned> monochrome{8, 10, 12, 14, 16};
+    const QSet<unsigned> color{24, 30, 32, 36, 42, 48};
+    const std::vector<std::uint8_t> bytes(6 * 8 * 8);
+    for (const unsigned fields : {0u, unsigned{OrderBGR}, unsigned{BayerGR}, unsigned{Packedp}}) {
+        for (unsigned depth = 0; depth < 256; ++depth) {
+            const RawImage raw{bytes.data(), 8, 8, Format(fields + depth), nullptr};
+            const bool known = monochrome.contains(depth) || color.contains(depth);
+            QImage target;
+            PixelBuffer buffer;
+            PixVal value;
+            QCOMPARE(isConvertible(raw), known);
+            QCOMPARE(convertFrame(m_pool, target, buffer, raw), known);
+            QCOMPARE(readPixel(raw, {0, 0}, value), known);
+            if (known)
+                QCOMPARE(targetKind(raw.format), color.contains(depth) || fields == BayerGR ? 32 : 8);
+        }
+    }
+}
+
+void ConversionTest::impossibleFramesAreRefused_data()
+{
+    QTest::addColumn<unsigned>("format");
+    QTest::addColumn<quint64>("width");
+    QTest::addColumn<quint64>("height");
+    QTest::addColumn<bool>("hasData");
+    QTest::addColumn<bool>("isReadable"); // each pixel by itself
+    const auto row = [](const char* name, unsigned format, quint64 width, quint64 height, bool hasData = true,
+                        bool isReadable = false) {
+        QTest::newRow(name) << format << width << height << hasData << isReadable;
+    };
+    constexpr quint64 most = SIZE_MAX;
+    constexpr quint64 two32 = quint64{1} << 32;
+    row("no data", Mono8, 4, 4, false);
+    row("no mosaic data", BayerRG8, 4, 4, false);
+    row("no width", Mono8, 0, 4);
+    row("no height", RGB8, 4, 0);
+    row("unknown depth", 9, 4, 4);
+    row("unknown depth of colour", 64, 4, 4);
+    row("unknown pattern", 0x508, 4, 4, true, true);
+    row("product overflows to 0", Mono8, most / 2 + 1, 2);
+    row("product overflows to 3", Mono8, most / 3 + 2, 3);
+    row("row overflows", RGB16, most / 6 + 2, 1);
+    row("all far too large", Mono16, most, most);
+    row("wider than int", Mono8, two32 / 2, 1);
+    row("wider than int, lower half fits", Mono8, two32 + 4, 4);
+    row("higher than int", Mono8, 1, two32 / 2);
+    row("higher than int, lower half fits", RGB8, 4, two32 + 4);
+    row("target's row longer than int", RGB8, two32 / 8, 1, true, true);
+    row("mosaic's target row longer than int", BayerRG8, two32 / 8, 4, true, true);
+    row("longer than the toolkit's rows", Mono8, INT_MAX, 1, true, true);
+}
+
+void ConversionTest::impossibleFramesAreRefused()
+{
+    QFETCH(unsigned, format);
+    QFETCH(quint64, width);
+    QFETCH(quint64, height);
+    QFETCH(bool, hasData);
+    QFETCH(bool, isReadable);
+    const GuardedBuffer memory(16, GuardedBuffer::AtBack);
+    const RawImage raw{hasData ? memory.data() : nullptr, width, height, Format(format), nullptr};
+    QImage target;
+    PixelBuffer buffer;
+    QVERIFY(prepareTarget(target, buffer, 5, 3, 32));
+    target.fill(Qt::cyan);
+    const QImage before = target.copy();
+    PixVal value{true, 9, true, 9, 9, 9};
+    QVERIFY(!copyFrame(m_pool, target, raw));
+    QVERIFY(!convertFrame(m_pool, target, buffer, raw));
+    QVERIFY(target == before && target.constBits() == buffer.data() && buffer.size() == 4 * 5 * 3);
+    QVERIFY(isReadable || (!readPixel(raw, {0, 0}, value) && areEqual(value, PixVal())));
+    QCOMPARE(isConvertible(raw), !hasData); // takes the pointer at its word
+}
+
+void ConversionTest::unfitTargetsAreRefused_data()
+{
+    QTest::addColumn<unsigned>("format");
+    QTest::addColumn<QImage::Format>("target");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("bytesPerLine");
+    for (const Format format : {Mono8, Mono12, Mono10p, RGB8, RGB10p32, BGR16, BayerRG8, BayerGB12}) {
+        const bool gray = layoutOf(format).channels == 1 && !isMosaic(format);
+        const auto own = gray ? QImage::Format_Indexed8 : QImage::Format_RGBX8888;
+        const auto other = gray ? QImage::Format_RGBX8888 : QImage::Format_Indexed8;
+        const int pixel = gray ? 1 : 4;
+        const auto row = [format](const char* what, QImage::Format target, QSize size, int bytesPerLine) {
+            QTest::addRow("%s, %s", formatName(format), what) << unsigned{format} << target << size << bytesPerLine;
+        };
+        row("none", QImage::Format_Invalid, QSize(12, 5), 12 * pixel);
+        row("wider", own, QSize(16, 5), 16 * pixel);
+        row("narrower", own, QSize(8, 5), 8 * pixel);
+        row("higher", own, QSize(12, 6), 12 * pixel);
+        row("lower", own, QSize(12, 4), 12 * pixel);
+        row("padded", own, QSize(12, 5), 12 * pixel + 4);
+        row("RGB32", QImage::Format_RGB32, QSize(12, 5), 48);
+        row("with alpha", QImage::Format_RGBA8888, QSize(12, 5), 48);
+        row("grey levels", QImage::Format_Grayscale8, QSize(12, 5), 12);
+        row("of the other kind", other, QSize(12, 5), gray ? 48 : 12);
+        row("three bytes, padded", QImage::Format_RGB888, QSize(12, 5), 40);
+        if (layoutOf(format).channels == 1)
+            row("three bytes", QImage::Format_RGB888, QSize(12, 5), 36);
+    }
+}
+
+void ConversionTest::unfitTargetsAreRefused()
+{
+    QFETCH(unsigned, format);
+    QFETCH(QImage::Format, target);
+    QFETCH(QSize, size);
+    QFETCH(int, bytesPerLine);
+    const std::vector<std::uint8_t> bytes(neededBytes(Format(format), 12, 5), 0xEE);
+    const std::vector<std::uint8_t> before(6 * 64, 7);
+    std::vector<std::uint8_t> memory = before;
+    QImage image(memory.data(), size.width(), size.height(), bytesPerLine, target);
+    QVERIFY(!copyFrame(m_pool, image, {bytes.data(), 12, 5, Format(format), nullptr}));
+    QCOMPARE(memory, before);
+}
+
+void ConversionTest::targetsByKind()
+{
+    for (int kind = 0; kind < 256; ++kind) {
+        const int bytes = kind == 32 ? 4 : kind >= 24 && kind <= 48 ? 3 : 1;
+        QImage target;
+        PixelBuffer buffer;
+        const auto isPrepared = [&] {
+            return target.size() == QSize(13, 7) && target.bytesPerLine() == 13 * bytes &&
+                   target.constBits() == buffer.data() && buffer.size() == static_cast<std::size_t>(13 * 7 * bytes);
+        };
+        QVERIFY(prepareTarget(target, buffer, 13, 7, kind) && isPrepared());
+        QCOMPARE(target.format(), bytes == 4   ? QImage::Format_RGBX8888
+                                  : bytes == 3 ? QImage::Format_RGB888
+                                               : QImage::Format_Indexed8);
+        QVERIFY(!prepareTarget(target, buffer, 0, 7, kind) && isPrepared());
+        QVERIFY(!prepareTarget(target, buffer, 13, 0, kind) && isPrepared());
+        QVERIFY(!prepareTarget(target, buffer, SIZE_MAX / 2 + 1, 2, kind) && isPrepared());
+        QVERIFY(!prepareTarget(target, buffer, INT_MAX, 1, kind) && isPrepared());
+        QVERIFY(!prepareTarget(target, buffer, 1, std::size_t{INT_MAX} + 1, kind) && isPrepared());
+    }
+}
+
+void ConversionTest::targetMemoryIsReused()
+{
+    const std::vector<std::uint8_t> bytes(6 * 64 * 48, 3);
+    QImage target;
+    PixelBuffer buffer;
+    const auto convert = [&](std::size_t width, std::size_t height, Format format) {
+        return convertFrame(m_pool, target, buffer, {bytes.data(), width, height, format, nullptr});
+    };
+    QVERIFY(convert(64, 48, RGB8));
+    const uchar* const first = target.constBits();
+    QVERIFY(convert(64, 48, BGR16) && target.constBits() == first);
+    QVERIFY(convert(48, 64, BayerRG8) && target.constBits() == first && buffer.data() == first);
+    QCOMPARE(target.size(), QSize(48, 64));
+    QVERIFY(convert(64, 48, Mono8) && buffer.size() == 64 * 48);
+}
+
+void ConversionTest::readoutOutsideTheFrameIsZero()
+{
+    const std::vector<std::uint8_t> bytes(6 * 4 * 3, 0xFF);
+    for (const Format format : {Mono8, Mono10p, BayerRG12, RGB16}) {
+        const PixPos positions[] = {{-1, 0}, {0, -1}, {4, 0}, {0, 3}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MIN}};
+        for (const PixPos& position : positions) {
+            PixVal value{true, 1, true, 2, 3, 4};
+            QVERIFY(!readPixel({bytes.data(), 4, 3, format, nullptr}, position, value));
+            QVERIFY(areEqual(value, PixVal()));
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(ConversionTest)
+#include "ConversionTest.moc"

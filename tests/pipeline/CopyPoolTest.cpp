@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// Tests that jobs run on every participant, one run at a time, and that exceptions come through.
+#include "pipeline/CopyPool.h"
+
+#include <QtTest/QtTest>
+
+#include <atomic>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+using namespace Vistrel;
+
+class CopyPoolTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyParticipantRunsOnce();
+    void runsDoNotOverlap();
+    void exceptionsReachTheCaller_data();
+    void exceptionsReachTheCaller();
+    void sharedPoolGoesWithItsLastHolder();
+};
+
+void CopyPoolTest::everyParticipantRunsOnce()
+{
+    QCOMPARE(CopyPool().participants(), std::size_t{std::max(1u, std::thread::hardware_concurrency())});
+    for (const std::size_t count : {1u, 2u, 3u, 7u}) {
+        CopyPool pool(count);
+        QCOMPARE(pool.participants(), count);
+        std::set<std::thread::id> everSeen;
+        for (int run = 0; run < 200; ++run) {
+            std::vector<std::atomic<int>> calls(count);
+            std::vector<std::thread::id> threads(count);
+            std::atomic<int> stray{0};
+            pool.run([&](std::size_t participant, std::size_t total) {
+                if (participant >= count || total != count || ++calls[participant] > 1)
+                    ++stray;
+                else
+                    threads[participant] = std::this_thread::get_id();
+            });
+            QCOMPARE(stray.load(), 0);
+            for (const std::atomic<int>& called : calls)
+                QCOMPARE(called.load(), 1);
+            QVERIFY(threads[0] == std::this_thread::get_id());
+            everSeen.insert(threads.begin(), threads.end());
+        }
+        QCOMPARE(everSeen.size(), count); // a thread each, and the same ones for every run
+    }
+}
+
+void CopyPoolTest::runsDoNotOverlap()
+{
+    constexpr std::size_t participants = 3;
+    CopyPool pool(participants);
+    std::atomic<int> inside[3] = {};
+    std::atomic<bool> overlapped{false};
+    const auto call = [&](std::size_t caller) {
+        for (int run = 0; run < 200; ++run) {
+            std::atomic<std::size_t> arrived{0};
+            pool.run([&](std::size_t, std::size_t) {
+                ++inside[caller];
+                ++arrived;
+                while (arrived < participants) // all meet inside: another run would have every occasion to begin
+                    std::this_thread::yield();
+                if (inside[(caller + 1) % 3] != 0 || inside[(caller + 2) % 3] != 0)
+                    overlapped = true;
+                --inside[caller];
+            });
+        }
+    };
+    std::thread first(call, 1);
+    std::thread second(call, 2);
+    call(0);
+    first.join();
+    second.join();
+    QVERIFY(!overlapped);
+}
+
+void CopyPoolTest::exceptionsReachTheCaller_data()
+{
+    QTest::addColumn<int>("participants");
+    QTest::addColumn<int>("thrower");
+    QTest::newRow("alone") << 1 << 0;
+    QTest::newRow("the caller") << 3 << 0;
+    QTest::newRow("a worker") << 3 << 1;
+    QTest::newRow("the last worker") << 3 << 2;
+    QTest::newRow("everybody") << 3 << -1;
+}
+
+void CopyPoolTest::exceptionsReachTheCaller()
+{
+    QFETCH(int, participants);
+    QFETCH(int, thrower);
+    CopyPool pool(static_cast<std::size_t>(participants));
+    for (int round = 0; round < 20; ++round) {
+        std::atomic<int> begun{0};
+        std::atomic<int> returned{0};
+        QVERIFY_EXCEPTION_THROWN(pool.run([&](std::size_t participant, std::size_t) {
+            ++begun;
+            while (begun < participants)
+                std::this_thread::yield();
+            if (thrower < 0 || participant == static_cast<std::size_t>(thrower))
+                throw std::runtime_error("no rows today");
+            ++returned;
+        }),
+                                 std::runtime_error);
+        QCOMPARE(returned.load(), thrower < 0 ? 0 : participants - 1);
+
+        std::atomic<int> calls{0};
+        pool.run([&](std::size_t, std::size_t) { ++calls; });
+        QCOMPARE(calls.load(), participants);
+    }
+}
+
+void CopyPoolTest::sharedPoolGoesWithItsLastHolder()
+{
+    std::shared_ptr<CopyPool> first = CopyPool::shared();
+    std::shared_ptr<CopyPool> second = CopyPool::shared();
+    QCOMPARE(first.get(), second.get());
+    const std::weak_ptr<CopyPool> watch = first;
+    first->run([](std::size_t, std::size_t) {});
+    first.reset();
+    QVERIFY(!watch.expired());
+    second.reset();
+    QVERIFY(watch.expired());
+    QVERIFY(CopyPool::shared()); // a new one
+}
+
+QTEST_GUILESS_MAIN(CopyPoolTest)
+#include "CopyPoolTest.moc"

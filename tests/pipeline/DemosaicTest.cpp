@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+// Tests the demosaic against the published filters, written out tap by tap.
+#include "pipeline/Demosaic.h"
+#include "pipeline/Conversion.h"
+#include "pipeline/PixelReference.h"
+
+#include <QtTest/QtTest>
+
+using namespace PixelReference;
+
+namespace {
+
+using Taps = int[5][5]; // sixteenths
+
+constexpr Taps itself = {{}, {}, {0, 0, 16, 0, 0}, {}, {}};
+constexpr Taps greenAtColor = {{0, 0, -2, 0, 0}, {0, 0, 4, 0, 0}, {-2, 4, 8, 4, -2}, {0, 0, 4, 0, 0}, {0, 0, -2, 0, 0}};
+constexpr Taps colorOfTheRow = {
+    {0, 0, 1, 0, 0}, {0, -2, 0, -2, 0}, {-2, 8, 10, 8, -2}, {0, -2, 0, -2, 0}, {0, 0, 1, 0, 0}};
+constexpr Taps colorOfTheColumn = {
+    {0, 0, -2, 0, 0}, {0, -2, 8, -2, 0}, {1, 0, 10, 0, 1}, {0, -2, 8, -2, 0}, {0, 0, -2, 0, 0}};
+constexpr Taps oppositeColor = {
+    {0, 0, -3, 0, 0}, {0, 4, 0, 4, 0}, {-3, 0, 12, 0, -3}, {0, 4, 0, 4, 0}, {0, 0, -3, 0, 0}};
+
+/// 'R', 'G' or 'B'.
+char colorAt(Format format, int x, int y)
+{
+    const char* const patterns[] = {"GBRG", "GRBG", "RGGB", "BGGR"};
+    return patterns[((format >> 8) & 0xF) - 1][(y & 1) * 2 + (x & 1)];
+}
+
+/// Beyond the borders the mosaic goes on mirrored about the outermost sites.
+std::size_t mirrored(int index, int size)
+{
+    const int inside = index < 0 ? -index : index;
+    return static_cast<std::size_t>(inside >= size ? 2 * (size - 1) - inside : inside);
+}
+
+char levelOf(const RawImage& raw, int x, int y, char color)
+{
+    const Taps* taps = &oppositeColor;
+    if (colorAt(raw.format, x, y) == color)
+        taps = &itself;
+    else if (color == 'G')
+        taps = &greenAtColor;
+    else if (colorAt(raw.format, x + 1, y) == color)
+        taps = &colorOfTheRow;
+    else if (colorAt(raw.format, x, y + 1) == color)
+        taps = &colorOfTheColumn;
+    int sum = 0;
+    for (int row = 0; row < 5; ++row) {
+        for (int column = 0; column < 5; ++column)
+            sum += (*taps)[row][column] *
+                   static_cast<int>(channelAt(raw, mirrored(x + column - 2, static_cast<int>(raw.width)),
+                                              mirrored(y + row - 2, static_cast<int>(raw.height))));
+    }
+    const int rounded = (sum + 8) >> 4;
+    return static_cast<char>(qBound(0, rounded >> (layoutOf(raw.format).bits - 8), 255));
+}
+
+QByteArray demosaiced(const RawImage& raw)
+{
+    QByteArray bytes;
+    for (int y = 0; y < static_cast<int>(raw.height); ++y) {
+        for (int x = 0; x < static_cast<int>(raw.width); ++x) {
+            for (const char color : {'R', 'G', 'B'})
+                bytes += levelOf(raw, x, y, color);
+            bytes += '\xFF';
+        }
+    }
+    return bytes;
+}
+
+enum Content { AnyBits, WithinDepth, Extremes };
+
+void fill(const GuardedBuffer& buffer, Format format, Content content, Random& random)
+{
+    fillRandom(buffer, random);
+    const Layout layout = layoutOf(format);
+    for (std::size_t i = 0; i < buffer.size() && content != AnyBits; ++i) {
+        std::uint8_t& byte = buffer.data()[i];
+        if (content == Extremes)
+            byte = i % layout.bytes == 1 ? buffer.data()[i - 1] : byte & 1 ? 0xFF : 0;
+        if (layout.bytes == 2 && i % 2 == 1 && packingOf(format) != 0x4000 && packingOf(format) != 0x8000)
+            byte &= static_cast<std::uint8_t>(0xFF >> (16 - layout.bits));
+    }
+}
+
+} // namespace
+
+class DemosaicTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everySize_data();
+    void everySize();
+    void flatColorStaysFlat();
+    void refusals_data();
+    void refusals();
+
+private:
+    CopyPool m_pool{3};
+};
+
+void DemosaicTest::everySize_data()
+{
+    QTest::addColumn<unsigned>("format");
+    for (const NamedFormat& named : namedFormats()) {
+        if (isMosaic(named.format))
+            QTest::newRow(named.name.constData()) << unsigned{named.format};
+    }
+    QTest::newRow("both packing bits: unpacked") << 0xC000u + BayerGB10;
+}
+
+void DemosaicTest::everySize()
+{
+    QFETCH(unsigned, format);
+    Random random(format);
+    std::vector<std::pair<std::size_t, std::size_t>> sizes{{4, 40}, {67, 5}, {323, 61}};
+    for (std::size_t width = 4; width <= 20; ++width) {
+        for (std::size_t height = 4; height <= 9; ++height)
+            sizes.emplace_back(width, height);
+    }
+    const std::pair<Content, GuardedBuffer::Placement> runs[] = {{AnyBits, GuardedBuffer::AtBack},
+                                                                 {WithinDepth, GuardedBuffer::AtFront},
+                                                                 {Extremes, GuardedBuffer::AtBack},
+                                                                 {AnyBits, GuardedBuffer::Unaligned}};
+    for (const auto& [width, height] : sizes) {
+        for (const auto& [content, placement] : runs) {
+            const GuardedBuffer source(neededBytes(Format(format), width, height), placement);
+            fill(source, Format(format), content, random);
+            const RawImage raw{source.data(), width, height, Format(format), nullptr};
+            const QByteArray expected = demosaiced(raw);
+            const GuardedBuffer memory(4 * width * height, placement);
+            QImage target = imageIn(memory, width, height, QImage::Format_RGBX8888);
+            QImage made;
+            PixelBuffer buffer;
+            const bool right = demosaic(m_pool, target, raw) && bytesOf(target) == expected && memory.isIntact() &&
+                               convertFrame(m_pool, made, buffer, raw) && bytesOf(made) == expected;
+            QVERIFY2(right, qPrintable(QStringLiteral("%1 x %2, content %3").arg(width).arg(height).arg(content)));
+        }
+    }
+}
+
+void DemosaicTest::flatColorStaysFlat()
+{
+    constexpr std::size_t width = 17;
+    constexpr std::size_t height = 6;
+    for (const Format format : {BayerGB8, BayerGR8, BayerRG8, BayerBG8, BayerGB12, BayerGR12, BayerRG12, BayerBG12}) {
+        const Layout layout = layoutOf(format);
+        std::vector<std::uint8_t> bytes(width * height * layout.bytes);
+        for (std::size_t i = 0; i < width * height; ++i) {
+            const char color = colorAt(format, static_cast<int>(i % width), static_cast<int>(i / width));
+            const unsigned level = (color == 'R' ? 250u : color == 'G' ? 120u : 3u) << (layout.bits - 8);
+            for (std::size_t byte = 0; byte < layout.bytes; ++byte)
+                bytes[i * layout.bytes + byte] = static_cast<std::uint8_t>(level >> 8 * byte);
+        }
+        QImage target;
+        PixelBuffer buffer;
+        QVERIFY(convertFrame(m_pool, target, buffer, {bytes.data(), width, height, format, nullptr}));
+        for (std::size_t i = 0; i < width * height; ++i)
+            QCOMPARE(target.pixel(static_cast<int>(i % width), static_cast<int>(i / width)), qRgb(250, 120, 3));
+    }
+}
+
+void DemosaicTest::refusals_data()
+{
+    QTest::addColumn<unsigned>("format");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QImage>("target");
+    const auto row = [](const char* name, unsigned format, QSize size, const QImage& target) {
+        QTest::newRow(name) << format << size << target;
+    };
+    const auto rgbx = [](int width, int height) { return QImage(width, height, QImage::Format_RGBX8888); };
+    row("too narrow", BayerRG8, QSize(3, 100), rgbx(3, 100));
+    row("too low", BayerRG16, QSize(100, 3), rgbx(100, 3));
+    row("too narrow, packed", BayerRG10p, QSize(3, 4), rgbx(3, 4));
+    row("no pattern", Mono8, QSize(8, 8), rgbx(8, 8));
+    row("colour with a pattern", RGB8 | BayerRG, QSize(8, 8), rgbx(8, 8));
+    row("unknown pattern", 0x508, QSize(8, 8), rgbx(8, 8));
+    row("unknown depth", BayerRG | 9, QSize(8, 8), rgbx(8, 8));
+    row("no target", BayerRG8, QSize(8, 8), QImage());
+    row("target too wide", BayerRG8, QSize(8, 8), rgbx(9, 8));
+    row("target too low", BayerRG8, QSize(8, 8), rgbx(8, 7));
+    row("target of another order", BayerRG8, QSize(8, 8), QImage(8, 8, QImage::Format_RGB32));
+    row("target of three bytes", BayerRG8, QSize(8, 8), QImage(8, 8, QImage::Format_RGB888));
+}
+
+void DemosaicTest::refusals()
+{
+    QFETCH(unsigned, format);
+    QFETCH(QSize, size);
+    QFETCH(QImage, target);
+    const std::vector<std::uint8_t> bytes(8 * 128, 0x55);
+    RawImage raw{bytes.data(), static_cast<std::size_t>(size.width()), static_cast<std::size_t>(size.height()),
+                 Format(format), nullptr};
+    target.fill(0);
+    const QImage before = target.copy();
+    QVERIFY(!demosaic(m_pool, target, raw));
+    QCOMPARE(target, before);
+    PixelBuffer buffer;
+    if (size != QSize(8, 8))
+        QVERIFY(!convertFrame(m_pool, target, buffer, raw));
+}
+
+QTEST_GUILESS_MAIN(DemosaicTest)
+#include "DemosaicTest.moc"

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+// Tests that pixel memory is recycled when, and only when, nobody refers to it.
+#include "pipeline/PixelBlocks.h"
+
+#include <QtGui/QPainter>
+#include <QtGui/QPixmap>
+#include <QtTest/QtTest>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+using namespace Vistrel;
+
+namespace {
+
+constexpr int width = 8;
+constexpr int height = 6;
+constexpr std::size_t size = 4 * width * height;
+
+PixelBlock take(PixelBlocks& blocks, std::uint8_t value)
+{
+    PixelBlock block = blocks.take(size);
+    std::fill(block->begin(), block->end(), value);
+    return block;
+}
+
+bool isFilled(const PixelBlock& block, std::uint8_t value)
+{
+    return std::all_of(block->begin(), block->end(), [value](std::uint8_t byte) { return byte == value; });
+}
+
+QImage imageOf(const PixelBlock& block)
+{
+    return imageOver(block, width, height, 4 * width, QImage::Format_RGB32);
+}
+
+QPixmap pixmapOf(const QImage& image)
+{
+    return QPixmap::fromImage(image, Qt::NoFormatConversion);
+}
+
+} // namespace
+
+class PixelBlocksTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void freedBlocksAreHandedOutAgain();
+    void shownBlocksAreNot_data();
+    void shownBlocksAreNot();
+    void imagesOutliveTheList();
+    void paintingDoesNotReachTheBlock();
+    void impossibleImagesHoldNothing();
+    void threadsNeverShareABlock();
+};
+
+void PixelBlocksTest::freedBlocksAreHandedOutAgain()
+{
+    PixelBlocks blocks;
+    PixelBlock block = blocks.take(size);
+    const std::uint8_t* const address = block->data();
+    QCOMPARE(reinterpret_cast<std::uintptr_t>(address) % 64, std::uintptr_t{0});
+    QVERIFY(blocks.take(size)->data() != address);
+    block.reset();
+    const PixelBlock larger = blocks.take(size + 1);
+    QVERIFY(larger->size() == size + 1 && larger->data() != address);
+    block = blocks.take(size);
+    QVERIFY(block->size() == size && block->data() == address);
+    QVERIFY(blocks.take(size)->data() != address);
+}
+
+void PixelBlocksTest::shownBlocksAreNot_data()
+{
+    QTest::addColumn<bool>("byPixmap");
+    QTest::addColumn<bool>("byImage");
+    QTest::newRow("image") << false << true;
+    QTest::newRow("pixmap") << true << false;
+    QTest::newRow("both") << true << true;
+}
+
+void PixelBlocksTest::shownBlocksAreNot()
+{
+    QFETCH(bool, byPixmap);
+    QFETCH(bool, byImage);
+    PixelBlocks blocks;
+    PixelBlock block = take(blocks, 0x3C);
+    const std::uint8_t* const address = block->data();
+    QImage image = imageOf(block);
+    QPixmap pixmap = pixmapOf(image);
+    if (!byPixmap)
+        pixmap = QPixmap();
+    if (!byImage)
+        image = QImage();
+    block.reset();
+
+    const PixelBlock next = take(blocks, 0);
+    QVERIFY(next->data() != address);
+    const QImage seen[] = {byImage ? image : pixmap.toImage(), byPixmap ? pixmap.toImage() : image};
+    for (const QImage& shown : seen) {
+        QVERIFY(shown.constBits() == address); // not copied
+        QCOMPARE(shown.pixel(width - 1, height - 1), 0xFF3C3C3Cu);
+    }
+}
+
+void PixelBlocksTest::imagesOutliveTheList()
+{
+    QPixmap pixmap;
+    PixelBlock kept;
+    {
+        PixelBlocks blocks;
+        kept = take(blocks, 1);
+        pixmap = pixmapOf(imageOf(take(blocks, 0x77)));
+        take(blocks, 2).reset(); // left on the list
+    }
+    QCOMPARE(pixmap.toImage().pixel(width - 1, height - 1), 0xFF777777u);
+    QVERIFY(isFilled(kept, 1));
+}
+
+void PixelBlocksTest::paintingDoesNotReachTheBlock()
+{
+    PixelBlocks blocks;
+    const PixelBlock block = take(blocks, 0x11);
+    const auto paintOn = [](QPaintDevice* device) {
+        QPainter painter(device);
+        painter.fillRect(0, 0, width, height, Qt::red);
+    };
+    const QImage shared = imageOf(block);
+    QImage copy = shared;
+    paintOn(&copy);
+    QCOMPARE(copy.pixel(0, 0), qRgb(255, 0, 0));
+    QImage only = imageOf(block); // no other image that it would have to part from
+    paintOn(&only);
+    only = imageOf(block);
+    only.fill(0);
+    only = imageOf(block);
+    only.bits()[0] = 0;
+    QVERIFY(isFilled(block, 0x11));
+
+    QPixmap pixmap = pixmapOf(imageOf(block));
+    QPixmap other = pixmap;
+    paintOn(&other);
+    paintOn(&pixmap);
+    QCOMPARE(pixmap.toImage().pixel(0, 0), qRgb(255, 0, 0));
+    pixmap = pixmapOf(imageOf(block));
+    pixmap.fill(Qt::green);
+    QVERIFY(isFilled(block, 0x11));
+    QCOMPARE(shared.pixel(0, 0), 0xFF111111u);
+}
+
+void PixelBlocksTest::impossibleImagesHoldNothing()
+{
+    PixelBlocks blocks;
+    const PixelBlock block = blocks.take(size);
+    QVERIFY(imageOver(block, 0, height, 4 * width, QImage::Format_RGB32).isNull());
+    QVERIFY(imageOver(block, width, height, width, QImage::Format_RGB32).isNull());
+    QCOMPARE(block.use_count(), 1L);
+}
+
+void PixelBlocksTest::threadsNeverShareABlock()
+{
+    PixelBlocks blocks;
+    std::atomic<bool> disturbed{false};
+    const auto hammer = [&](std::uint8_t tag) {
+        std::vector<QImage> shown(3);
+        for (std::size_t round = 0; round < 2000; ++round) {
+            QImage& slot = shown[round % shown.size()];
+            if (!slot.isNull() && slot.constBits()[round % size] != tag)
+                disturbed = true;
+            const PixelBlock block = take(blocks, tag);
+            if (round % 5 != 0)
+                slot = imageOf(block);
+            blocks.take(2 * size)->front() = tag; // in between, on the list
+            if (!isFilled(block, tag))
+                disturbed = true;
+        }
+    };
+    std::thread first(hammer, std::uint8_t{1});
+    std::thread second(hammer, std::uint8_t{2});
+    first.join();
+    second.join();
+    QVERIFY(!disturbed);
+
+    PixelBlock block = blocks.take(3 * size);
+    const std::uint8_t* const address = block->data();
+    std::thread([last = std::move(block)]() mutable { last.reset(); }).join();
+    QVERIFY(blocks.take(3 * size)->data() == address);
+}
+
+QTEST_MAIN(PixelBlocksTest)
+#include "PixelBlocksTest.moc"

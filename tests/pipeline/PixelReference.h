@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+// Pixels read byte by byte as the layouts are defined, to compare the real conversions with.
+#pragma once
+
+#include "support/GuardedBuffer.h"
+
+#include <Vistrel/RawImage.h>
+
+#include <QtCore/QByteArray>
+#include <QtGui/QImage>
+
+#include <random>
+#include <vector>
+
+namespace PixelReference {
+
+using namespace Vistrel;
+using Random = std::mt19937;
+
+struct NamedFormat
+{
+    QByteArray name;
+    Format format;
+};
+
+/// Every format that has a name, put together from the pieces of names and codes.
+inline std::vector<NamedFormat> namedFormats()
+{
+    using Pieces = std::vector<std::pair<const char*, unsigned>>;
+    const Pieces patterns{{"Mono", 0}, {"BayerGB", 0x100}, {"BayerGR", 0x200}, {"BayerRG", 0x300}, {"BayerBG", 0x400}};
+    const Pieces depths{{"8", 8},   {"10", 10}, {"10p", 0x400A}, {"10p_NoSwap", 0x800A},
+                        {"12", 12}, {"14", 14}, {"16", 16}};
+    const Pieces orders{{"RGB", 0}, {"BGR", 0x2000}};
+    const Pieces colors{{"8", 24}, {"10p32", 30}, {"a8", 32}, {"12", 36}, {"14", 42}, {"16", 48}};
+    std::vector<NamedFormat> formats;
+    const auto combine = [&](const Pieces& starts, const Pieces& ends) {
+        for (const auto& start : starts) {
+            for (const auto& end : ends)
+                formats.push_back({QByteArray(start.first) + end.first, Format(start.second + end.second)});
+        }
+    };
+    combine(patterns, depths);
+    combine(orders, colors);
+    return formats;
+}
+
+struct Layout
+{
+    unsigned channels;
+    unsigned bits;     // a channel
+    std::size_t bytes; // from pixel to pixel
+};
+
+inline Layout layoutOf(Format format)
+{
+    switch (format & 0xFF) {
+    case 8:
+        return {1, 8, 1};
+    case 24:
+        return {3, 8, 3};
+    case 30:
+        return {3, 10, 4};
+    case 32:
+        return {3, 8, 4};
+    case 36:
+    case 42:
+    case 48:
+        return {3, (format & 0xFF) / 3, 6};
+    default:
+        return {1, format & 0xFF, 2};
+    }
+}
+
+/// 0x4000 most significant bit first, 0x8000 not swapped; anything else is not packed.
+inline unsigned packingOf(Format format)
+{
+    return (format & 0xFF) == 10 ? format & 0xC000 : 0;
+}
+
+inline bool isMosaic(Format format)
+{
+    return layoutOf(format).channels == 1 && (format & 0xF00) != 0;
+}
+
+/// The bytes that a frame must have; of one packed most significant bit first, no more than the last pixel's bits.
+inline std::size_t neededBytes(Format format, std::size_t width, std::size_t height)
+{
+    if (packingOf(format) == 0x4000)
+        return 2 * width * (height - 1) + (10 * width + 7) / 8;
+    return layoutOf(format).bytes * width * height;
+}
+
+/// `count` bytes from `offset` as a little-endian number; those past the frame count as zero.
+inline std::uint64_t numberAt(const RawImage& raw, std::size_t offset, unsigned count)
+{
+    std::uint64_t number = 0;
+    for (unsigned i = 0; i < count && offset + i < layoutOf(raw.format).bytes * raw.width * raw.height; ++i)
+        number |= std::uint64_t{raw.data[offset + i]} << 8 * i;
+    return number;
+}
+
+/// The `channel`th channel of the pixel in memory, with all bits that lie there.
+inline unsigned channelAt(const RawImage& raw, std::size_t x, std::size_t y, unsigned channel = 0)
+{
+    const Layout layout = layoutOf(raw.format);
+    const std::size_t row = y * raw.width * layout.bytes;
+    if (packingOf(raw.format) == 0x4000) {
+        unsigned value = 0;
+        for (std::size_t bit = 10 * x; bit < 10 * x + 10; ++bit)
+            value = value << 1 | ((numberAt(raw, row + bit / 8, 1) >> (7 - bit % 8)) & 1);
+        return value;
+    }
+    if (packingOf(raw.format) == 0x8000)
+        return (numberAt(raw, row + x / 4 * 5, 8) >> (54 - x % 4 * 10)) & 0x3FF;
+    const std::size_t pixel = row + x * layout.bytes;
+    if ((raw.format & 0xFF) == 30)
+        return (numberAt(raw, pixel, 4) >> 10 * channel) & 0x3FF;
+    const unsigned bytes = layout.bits == 8 ? 1 : 2;
+    return static_cast<unsigned>(numberAt(raw, pixel + bytes * channel, bytes));
+}
+
+/// Which channel in memory is the `color`th of red, green, blue.
+inline unsigned channelOf(Format format, unsigned color)
+{
+    const bool bgr = (format & 0x3000) == 0x2000;
+    const bool redFirst = (format & 0xFF) == 30 ? !bgr : bgr;
+    return redFirst || layoutOf(format).channels == 1 ? color : 2 - color;
+}
+
+/// The bytes of the frame, no mosaic, converted to `Format_Indexed8`, `Format_RGB888` or `Format_RGBX8888`.
+inline QByteArray converted(const RawImage& raw, QImage::Format target)
+{
+    const Layout layout = layoutOf(raw.format);
+    QByteArray bytes;
+    for (std::size_t i = 0; i < raw.width * raw.height; ++i) {
+        for (unsigned color = 0; color < layout.channels; ++color) {
+            const unsigned value = channelAt(raw, i % raw.width, i / raw.width, channelOf(raw.format, color));
+            bytes += static_cast<char>((value >> (layout.bits - 8)) & 0xFF);
+        }
+        if (target == QImage::Format_RGBX8888)
+            bytes += '\xFF';
+    }
+    return bytes;
+}
+
+inline void fillRandom(const GuardedBuffer& buffer, Random& random)
+{
+    std::generate_n(buffer.data(), buffer.size(), [&] { return static_cast<std::uint8_t>(random()); });
+}
+
+/// An image over the memory, rows not padded.
+inline QImage imageIn(const GuardedBuffer& memory, std::size_t width, std::size_t height, QImage::Format format)
+{
+    return QImage(memory.data(), static_cast<int>(width), static_cast<int>(height),
+                  static_cast<int>(memory.size() / height), format);
+}
+
+inline QByteArray bytesOf(const QImage& image)
+{
+    return QByteArray(reinterpret_cast<const char*>(image.constBits()), static_cast<int>(image.sizeInBytes()));
+}
+
+} // namespace PixelReference

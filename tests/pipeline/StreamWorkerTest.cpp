@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: MIT
+// Tests the hand-shake between the stream's worker and those who ask it.
+#include "pipeline/StreamWorker.h"
+#include "support/FakeSources.h"
+
+#include <QtTest/QTest>
+
+#include <future>
+#include <thread>
+
+using namespace Vistrel;
+
+class StreamWorkerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void requestsDuringAFetchAreServedByOneMore();
+    void waitingRequestSeesAFetchThatBeganAfterIt();
+    void clearDropsFramesUntilTheyAreAccepted();
+    void settingsChangedDuringAConversionHold();
+    void stopDropsTheFrameBeingFetched();
+};
+
+void StreamWorkerTest::requestsDuringAFetchAreServedByOneMore()
+{
+    Gate gate;
+    PullSource source([&](RawImage*, ScopedLock*) {
+        gate.pass();
+        return false;
+    });
+    StreamWorker worker(&source, [] {});
+    worker.start();
+    worker.request();
+    QTRY_COMPARE(gate.arrived(), 1);
+    for (int i = 0; i < 5; ++i)
+        worker.request();
+    gate.open();
+    QTRY_COMPARE(gate.arrived(), 2);
+    gate.openForGood();
+    worker.requestAndWait();
+    QCOMPARE(source.fetches.load(), 3);
+}
+
+void StreamWorkerTest::waitingRequestSeesAFetchThatBeganAfterIt()
+{
+    Gate gate;
+    TestFrame frame(4, 4, Mono8);
+    PullSource source([&](RawImage* image, ScopedLock*) {
+        gate.pass();
+        *image = frame.raw;
+        return true;
+    });
+    StreamWorker worker(&source, [] {});
+    worker.start();
+    worker.request();
+    QTRY_COMPARE(gate.arrived(), 1);
+    auto waiting = std::async(std::launch::async, [&] {
+        worker.requestAndWait();
+        return worker.framesConverted();
+    });
+    gate.open(); // the fetch that was under way is not the one asked for
+    QTRY_COMPARE(gate.arrived(), 2);
+    QVERIFY(waiting.wait_for(std::chrono::seconds(0)) == std::future_status::timeout);
+    gate.open();
+    QCOMPARE(waiting.get(), std::uint64_t{2});
+}
+
+void StreamWorkerTest::clearDropsFramesUntilTheyAreAccepted()
+{
+    Gate gate;
+    TestFrame frame(4, 4, Mono8);
+    PullSource source([&](RawImage* image, ScopedLock*) {
+        gate.pass();
+        *image = frame.raw;
+        return true;
+    });
+    std::atomic<int> converted{0};
+    StreamWorker worker(&source, [&] { ++converted; });
+    worker.start();
+    worker.request();
+    QTRY_COMPARE(gate.arrived(), 1);
+    worker.request(); // asked for before, served after
+    worker.clear();
+    gate.open(2);
+    QTRY_COMPARE(gate.arrived(), 2);
+    gate.openForGood();
+    worker.requestAndWait();
+    QCOMPARE(converted.load(), 0);
+    QVERIFY(!worker.front());
+    worker.acceptFrames();
+    worker.requestAndWait();
+    QCOMPARE(converted.load(), 1);
+    QVERIFY(worker.front());
+}
+
+// The pool is kept busy, so that the worker stands in the middle of its conversion while the settings change.
+void StreamWorkerTest::settingsChangedDuringAConversionHold()
+{
+    TestFrame frame(16, 16, RGB8);
+    for (std::size_t i = 0; i < frame.pixels.size(); i += 3)
+        frame.pixels[i] = 200; // blue, in the RGB order
+    for (int round = 0; round < 20; ++round) {
+        Gate fetched;
+        PullSource source([&](RawImage* image, ScopedLock*) {
+            *image = frame.raw;
+            fetched.pass();
+            return true;
+        });
+        StreamWorker worker(&source, [] {});
+        worker.start();
+        Gate busy;
+        std::thread occupant([&] { CopyPool::shared()->run([&](std::size_t, std::size_t) { busy.pass(); }); });
+        QTRY_VERIFY(busy.arrived() > 0);
+        worker.request();
+        fetched.open();
+        QTRY_COMPARE(fetched.arrived(), 1);
+        worker.changeSettings([](ConversionSettings& settings) { settings.rgbOrderReversed = true; });
+        busy.openForGood();
+        occupant.join();
+        QTRY_VERIFY(worker.front());
+        QCOMPARE(worker.front()->image.pixelColor(3, 3), QColor(200, 0, 0));
+        QCOMPARE(worker.front()->effective.format, BGR8);
+    }
+}
+
+void StreamWorkerTest::stopDropsTheFrameBeingFetched()
+{
+    Gate gate;
+    TestFrame frame(4, 4, Mono8);
+    PullSource source([&](RawImage* image, ScopedLock*) {
+        gate.pass();
+        *image = frame.raw;
+        return true;
+    });
+    StreamWorker worker(&source, [] { qFatal("a stopped stream has nothing to announce"); });
+    worker.start();
+    worker.request();
+    QTRY_COMPARE(gate.arrived(), 1);
+    std::thread stopping([&] { worker.stop(); });
+    std::thread waiting([&] { worker.requestAndWait(); }); // does not wait for ever
+    waiting.join();
+    gate.openForGood();
+    stopping.join();
+    QVERIFY(!worker.front());
+}
+
+QTEST_MAIN(StreamWorkerTest)
+#include "StreamWorkerTest.moc"
