@@ -160,7 +160,7 @@ protected:
     void signalGetFrameNow();            ///< a frame is ready to be fetched at once
 
 private:
-    struct PrivateData;
+    struct VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };
 

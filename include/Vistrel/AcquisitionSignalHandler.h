@@ -41,7 +41,7 @@ Q_SIGNALS:
     void getFrameNow();
 
 private:
-    struct PrivateData;
+    struct VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };
 

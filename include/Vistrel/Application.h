@@ -39,7 +39,7 @@ public:
     void addIdleMethod(void (*method)(void*), void* const userData);
 
 private:
-    class PrivateData;
+    class VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Marks what leaves the library.
+// Marks what leaves the library, and what of it stays inside.
 #pragma once
 
 #if defined(_WIN32)
@@ -8,6 +8,8 @@
 #else
 #define VISTREL_EXPORT __declspec(dllimport)
 #endif
+#define VISTREL_LOCAL
 #else
 #define VISTREL_EXPORT __attribute__((visibility("default")))
+#define VISTREL_LOCAL __attribute__((visibility("hidden")))
 #endif

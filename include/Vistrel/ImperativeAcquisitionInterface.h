@@ -7,9 +7,10 @@
 namespace Vistrel {
 
 /// A ready-made source for hosts that have a frame in hand. The latest pushed frame waits until the display takes it or
-/// a newer one replaces it. Only the descriptor is copied: the pixels stay the host's, who calls `framesLocked()` before
-/// it writes into a buffer that was pushed, and so waits until the display has finished reading. A buffer's memory must
-/// not be freed before two later frames have been taken: pixel values of the picture in view are read from it.
+/// a newer one replaces it. Only the descriptor is copied: the pixels stay the host's, who calls `framesLocked()`
+/// before it writes into a buffer that was pushed, and so waits until the display has finished reading. A buffer's
+/// memory must not be freed before two later frames have been taken: pixel values of the picture in view are read from
+/// it.
 ///
 /// The display takes frames only under a lock: call `setFramesLocked(true)` first, or no frame is shown. A host still
 /// derives from this class and answers `isSetup` and `isRunning`. `setNextFrame`, `clearNextFrame`, `framesLocked` and
@@ -43,7 +44,7 @@ public:
     virtual void readyNextFrame();
 
 private:
-    struct PrivateData;
+    struct VISTREL_LOCAL PrivateData;
     PrivateData* m_imperative;
 };
 

@@ -105,7 +105,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    class PrivateData;
+    class VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };
 

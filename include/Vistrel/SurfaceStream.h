@@ -103,7 +103,7 @@ Q_SIGNALS:
     void bitmapLockChanged(bool locked);
 
 private:
-    class PrivateData;
+    class VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };
 

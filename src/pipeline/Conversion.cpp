@@ -61,7 +61,7 @@ void copyBytes(CopyPool& pool, std::uint8_t* target, const std::uint8_t* source,
     std::atomic<std::size_t> next{0};
     pool.run([&](std::size_t, std::size_t) {
         for (std::size_t from = next.fetch_add(piece); from < size; from = next.fetch_add(piece))
-            std::memcpy(target + from, source + from, std::min(piece, size - from));
+            RowKernels::copyBytes(source + from, target + from, std::min(piece, size - from));
     });
 }
 

@@ -49,6 +49,26 @@ HWY_INLINE HWY_ATTR hn::Vec<Bytes> lowBytes(Bytes bytes, Words first, Words seco
 }
 #endif
 
+void CopyBytes(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count)
+{
+    std::size_t i = 0;
+#if VISTREL_VECTORS
+    const hn::ScalableTag<std::uint8_t> bytes;
+    const std::size_t lanes = hn::Lanes(bytes);
+    for (; i + 4 * lanes <= count; i += 4 * lanes) {
+        const auto first = hn::LoadU(bytes, source + i);
+        const auto second = hn::LoadU(bytes, source + i + lanes);
+        const auto third = hn::LoadU(bytes, source + i + 2 * lanes);
+        const auto fourth = hn::LoadU(bytes, source + i + 3 * lanes);
+        hn::StoreU(first, bytes, target + i);
+        hn::StoreU(second, bytes, target + i + lanes);
+        hn::StoreU(third, bytes, target + i + 2 * lanes);
+        hn::StoreU(fourth, bytes, target + i + 3 * lanes);
+    }
+#endif
+    std::memcpy(target + i, source + i, count - i);
+}
+
 void ShiftToGray(const std::uint8_t* HWY_RESTRICT source, std::uint8_t* HWY_RESTRICT target, std::size_t count,
                  int shift)
 {
@@ -215,12 +235,18 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace Vistrel::RowKernels {
 
+HWY_EXPORT(CopyBytes);
 HWY_EXPORT(ShiftToGray);
 HWY_EXPORT(Bytes3ToRgbx);
 HWY_EXPORT(Bytes4ToRgbx);
 HWY_EXPORT(Words3ToRgbx);
 HWY_EXPORT(Fields30ToRgbx);
 HWY_EXPORT(Packed10ToGray);
+
+void copyBytes(const std::uint8_t* source, std::uint8_t* target, std::size_t count)
+{
+    HWY_DYNAMIC_DISPATCH(CopyBytes)(source, target, count);
+}
 
 void shiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift)
 {

@@ -10,6 +10,10 @@ namespace Vistrel::RowKernels {
 // Each converts `count` pixels. Sources need no alignment. `reversed` writes the channels of a pixel in the opposite of
 // their order in memory. Colour goes to four bytes a pixel, the fourth being 0xFF.
 
+/// Bytes as they are. The C library's copy can be several times slower on some processors, where source and target lie
+/// unluckily to each other within their pages.
+void copyBytes(const std::uint8_t* source, std::uint8_t* target, std::size_t count);
+
 /// 16-bit words to bytes: (value >> shift), upper bits lost.
 void shiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift);
 

@@ -64,11 +64,14 @@ void PixelBlocksTest::freedBlocksAreHandedOutAgain()
     QCOMPARE(reinterpret_cast<std::uintptr_t>(address) % 64, std::uintptr_t{0});
     QVERIFY(blocks.take(size)->data() != address);
     block.reset();
-    const PixelBlock larger = blocks.take(size + 1);
-    QVERIFY(larger->size() == size + 1 && larger->data() != address);
     block = blocks.take(size);
     QVERIFY(block->size() == size && block->data() == address);
-    QVERIFY(blocks.take(size)->data() != address);
+    const PixelBlock other = blocks.take(size);
+    QVERIFY(other->data() != address);
+    block.reset();
+    const PixelBlock larger = blocks.take(size + 1);
+    QVERIFY(larger->size() == size + 1 && larger->data() != other->data());
+    QCOMPARE(blocks.take(size)->size(), size);
 }
 
 void PixelBlocksTest::shownBlocksAreNot_data()

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Runs the measurements that the command line selects.
+#include "pipeline/CopyPool.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QtGui/QGuiApplication>
+#include <QtWidgets/QApplication>
+
+#include <string>
+
+void registerConversions();
+void registerDisplay();
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    registerConversions();
+    registerDisplay();
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    benchmark::AddCustomContext("platform", QGuiApplication::platformName().toStdString());
+    benchmark::AddCustomContext("participants", std::to_string(Vistrel::CopyPool::shared()->participants()));
+    const bool anyRun = benchmark::RunSpecifiedBenchmarks() != 0;
+    benchmark::Shutdown();
+    return anyRun ? 0 : 1;
+}

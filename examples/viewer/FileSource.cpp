@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+// The pictures of a folder, played as frames: a source that pushes frames to the display.
+#include "FileSource.h"
+
+#include "DeepPgm.h"
+
+#include <QtCore/QDir>
+#include <QtGui/QImageReader>
+
+#include <algorithm>
+#include <cstdio>
+#include <stdexcept>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Copies an image's rows without their padding, pixel by pixel of `bytes` bytes at the start of every `step`.
+void packRows(const QImage& image, int step, int bytes, std::vector<std::uint8_t>& pixels)
+{
+    pixels.resize(std::size_t(image.width()) * std::size_t(image.height()) * std::size_t(bytes));
+    std::uint8_t* target = pixels.data();
+    for (int y = 0; y < image.height(); ++y) {
+        const uchar* line = image.constScanLine(y);
+        if (step == bytes) {
+            target = std::copy_n(line, image.width() * bytes, target);
+            continue;
+        }
+        for (int x = 0; x < image.width(); ++x)
+            target = std::copy_n(line + x * step, bytes, target);
+    }
+}
+
+// Brings a picture into the layout of a pixel format at its own depth. The toolkit has red first in memory, which the
+// display calls BGR. `deepGray` is the format of words.
+Vistrel::Format toFrame(const QImage& image, Vistrel::Format deepGray, std::vector<std::uint8_t>& pixels)
+{
+    switch (image.format()) {
+    case QImage::Format_Grayscale16:
+        packRows(image, 2, 2, pixels);
+        return deepGray;
+    case QImage::Format_RGBX64:
+    case QImage::Format_RGBA64:
+    case QImage::Format_RGBA64_Premultiplied:
+        packRows(image.convertToFormat(QImage::Format_RGBX64), 8, 6, pixels);
+        return Vistrel::BGR16;
+    default:
+        break;
+    }
+    if (image.isGrayscale()) {
+        packRows(image.convertToFormat(QImage::Format_Grayscale8), 1, 1, pixels);
+        return Vistrel::Mono8;
+    }
+    packRows(image.convertToFormat(QImage::Format_RGB888), 3, 3, pixels);
+    return Vistrel::BGR8;
+}
+
+} // namespace
+
+FileSource::FileSource(const QString& folder, double fps) : m_fps(fps)
+{
+    const QDir directory(folder);
+    if (!directory.exists())
+        throw std::runtime_error(qPrintable(QStringLiteral("there is no folder \"%1\"").arg(folder)));
+    const QStringList suffixes{QStringLiteral("*.png"), QStringLiteral("*.pgm"), QStringLiteral("*.jpg"),
+                               QStringLiteral("*.jpeg")};
+    for (const QString& name : directory.entryList(suffixes, QDir::Files | QDir::Readable, QDir::Name))
+        m_files.append(directory.filePath(name));
+    if (m_files.isEmpty())
+        throw std::runtime_error(qPrintable(QStringLiteral("no PNG, PGM or JPEG files in \"%1\"").arg(folder)));
+
+    setHasFramesDelivered(true);
+    // Without this the display takes no frame; with it, framesLocked() tells when it has finished reading.
+    setFramesLocked(true);
+    m_player = std::thread([this] { play(); });
+}
+
+FileSource::~FileSource()
+{
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_isStopping = true;
+        m_stopRequested.notify_all();
+    }
+    m_player.join();
+}
+
+void FileSource::play()
+{
+    const auto interval = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / m_fps));
+    Clock::time_point due = Clock::now();
+    std::uintptr_t number = 0;
+    while (!m_files.isEmpty()) {
+        for (QStringList::iterator file = m_files.begin(); file != m_files.end();) {
+            QImageReader reader(*file);
+            Vistrel::Format deepGray = Vistrel::Mono16;
+            QImage image = readDeepPgm(*file, &deepGray);
+            if (image.isNull())
+                image = reader.read();
+            if (image.isNull()) {
+                std::fprintf(stderr, "viewer: %s: %s; skipped\n", qPrintable(*file), qPrintable(reader.errorString()));
+                file = m_files.erase(file);
+                continue;
+            }
+            ++file;
+
+            Buffer& buffer = bufferForWriting();
+            const Vistrel::Format format = toFrame(image, deepGray, buffer.pixels);
+            due = std::max(due + interval, Clock::now());
+            if (!waitFor(due))
+                return;
+            {
+                const std::lock_guard<std::mutex> guard(m_mutex);
+                m_pushed = buffer.number = ++number;
+            }
+            setNextFrame(buffer.pixels.data(), std::size_t(image.width()), std::size_t(image.height()), format,
+                         reinterpret_cast<void*>(number));
+            signalGetFrameNow();
+        }
+    }
+    std::fprintf(stderr, "viewer: none of the files can be read\n");
+    m_isPlaying = false;
+    signalAcquisitionStateChange();
+}
+
+FileSource::Buffer& FileSource::bufferForWriting()
+{
+    // Waits until the display has finished reading, and so until a frame that it took is known as taken.
+    framesLocked();
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const auto isFree = [this](const Buffer& buffer) {
+        return buffer.number == 0 ||
+               (buffer.number != m_pushed && buffer.number != m_taken[0] && buffer.number != m_taken[1]);
+    };
+    Buffer& buffer = *std::find_if(m_buffers.begin(), m_buffers.end(), isFree);
+    buffer.number = 0;
+    return buffer;
+}
+
+// False when the source is to stop.
+bool FileSource::waitFor(Clock::time_point time)
+{
+    std::unique_lock<std::mutex> guard(m_mutex);
+    return !m_stopRequested.wait_until(guard, time, [this] { return m_isStopping; });
+}
+
+bool FileSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock)
+{
+    if (!ImperativeAcquisitionInterface::getNextFrame(image, lock))
+        return false;
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    m_taken = {reinterpret_cast<std::uintptr_t>(image->userData), m_taken[0]};
+    ++m_delivered;
+    return true;
+}
+
+Vistrel::ScopedLock FileSource::getFrameLock(const Vistrel::RawImage& image)
+{
+    // Under the lock no other buffer is chosen for writing. One that was chosen before has lost its number.
+    Vistrel::ScopedLock lock = ImperativeAcquisitionInterface::getFrameLock(image);
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    const auto holdsFrame = [&image](const Buffer& buffer) {
+        return buffer.number == reinterpret_cast<std::uintptr_t>(image.userData);
+    };
+    if (std::none_of(m_buffers.begin(), m_buffers.end(), holdsFrame))
+        return {};
+    return lock;
+}

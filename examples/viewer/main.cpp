@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// Shows live images in a window: the smallest complete host, with three kinds of sources to copy from.
+#include "CameraSource.h"
+#include "FileSource.h"
+#include "Options.h"
+#include "PatternSource.h"
+#include "ViewerWindow.h"
+
+#include <Vistrel/Application.h>
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+std::unique_ptr<Vistrel::AbstractAcquisitionInterface> openSource(const Options& options)
+{
+    switch (options.source) {
+    case Options::Source::Files:
+        return std::make_unique<FileSource>(options.location, options.fps);
+    case Options::Source::Camera:
+        return openCamera(options.location, options.format);
+    case Options::Source::Pattern:
+        break;
+    }
+    return std::make_unique<PatternSource>(options.format.value_or(Vistrel::RGB8), options.size, options.fps);
+}
+
+QString titleOf(const Options& options)
+{
+    switch (options.source) {
+    case Options::Source::Files:
+        return options.location;
+    case Options::Source::Camera:
+        return options.location.isEmpty() ? QStringLiteral("Camera") : options.location;
+    case Options::Source::Pattern:
+        break;
+    }
+    return QStringLiteral("Test pattern");
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    QString error;
+    const std::optional<Options> options = parseOptions(arguments, &error);
+    if (!options) {
+        std::fprintf(stderr, "viewer: %s\nTry viewer --help.\n", qPrintable(error));
+        return 2;
+    }
+    if (options->help) {
+        std::fputs(qPrintable(helpText()), stdout);
+        return 0;
+    }
+
+    try {
+        Vistrel::Application application(argc, argv);
+        // Made before the window and gone after it: the display does not own the source.
+        const std::unique_ptr<Vistrel::AbstractAcquisitionInterface> source = openSource(*options);
+        ViewerWindow window(source.get(), titleOf(*options), *options);
+        window.show();
+        application.exec();
+        std::printf("%s\n", qPrintable(window.statistics()));
+        return window.exitCode();
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "viewer: %s\n", failure.what());
+        return 1;
+    }
+}

@@ -1,0 +1,85 @@
+# SPDX-License-Identifier: MIT
+# What the scripts beside this file share: installing what is missing, and building. Sourced by bash, not run.
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+# libusb is named by the package description of Aravis, whose development package does not bring it along.
+build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libboost-thread-dev libhwy-dev libaravis-dev
+    libusb-1.0-0-dev)
+display_packages=(xvfb openbox xauth fonts-dejavu-core)
+# The camera test: a fake camera, in a network namespace of its own.
+test_packages=(aravis-tools iproute2 fonts-dejavu-core)
+
+# Writes a line that is told apart from the output of the tools.
+say() {
+    printf '==> %s\n' "$*" >&2
+}
+
+# install_missing PACKAGE...: installs with apt-get, as root or with sudo, those that are not there yet.
+install_missing() {
+    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+        say "This is no Debian system; taking it that the likes of these are installed: $*"
+        return
+    fi
+    local missing=() package
+    for package in "$@"; do
+        [ "$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            say "These packages are missing: ${missing[*]}"
+            say "Install them as root: apt-get install ${missing[*]}"
+            return 1
+        fi
+        as_root=(sudo)
+    fi
+    say "Installing: ${missing[*]}"
+    "${as_root[@]}" apt-get update --quiet=2
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install --quiet=2 --yes --no-install-recommends "${missing[@]}" >&2
+}
+
+# build_preset PRESET [TARGET...]: configures and builds in build/PRESET; everything when no target is named.
+build_preset() {
+    local preset=$1
+    shift
+    say "Building preset $preset"
+    (
+        cd "$root" || exit
+        cmake --preset "$preset" >&2
+        cmake --build --preset "$preset" ${1:+--target "$@"} >&2
+    )
+}
+
+has_display() {
+    [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]
+}
+
+# on_virtual_display COMMAND...: runs a command on a display of its own with a window manager, and returns its result.
+on_virtual_display() {
+    (
+        set +e
+        unset WAYLAND_DISPLAY
+        folder=$(mktemp -d)
+        trap 'kill $window_manager $server 2>/dev/null; wait; rm -rf "$folder"' EXIT
+        mkfifo "$folder/number" "$folder/ready"
+
+        Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3<>"$folder/number" 2>"$folder/server.log" &
+        server=$!
+        exec 4<>"$folder/number" 5<>"$folder/ready"
+        if ! read -r -t 30 number <&4; then
+            say "Xvfb did not start:"
+            cat "$folder/server.log" >&2
+            exit 1
+        fi
+        export DISPLAY=:$number
+        openbox --sm-disable --startup "sh -c 'echo ready >\"$folder/ready\"'" >/dev/null 2>&1 &
+        window_manager=$!
+        read -r -t 30 _ <&5 || say "openbox did not start"
+        "$@" 4<&- 5<&-
+    )
+}

@@ -1,0 +1,71 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# Shows a camera on the network in the viewer. The camera is Aravis' fake one, alone with the viewer in a network
+# namespace, so that the discovery finds it and nothing else.
+# Usage: viewer_camera.sh VIEWER CHECKER
+set -u
+viewer=$1
+checker=$2
+
+if [ -z "${IN_NAMESPACE:-}" ]; then
+    for tool in unshare ip ss arv-fake-gv-camera-0.8; do
+        command -v "$tool" >/dev/null || { echo "$tool is missing"; exit 1; }
+    done
+    IN_NAMESPACE=1 exec unshare --map-root-user --net bash "$0" "$@"
+fi
+
+ip link set lo up || exit 1
+folder=$(mktemp -d)
+arv-fake-gv-camera-0.8 -i lo &
+camera=$!
+trap 'kill -KILL $camera 2>/dev/null; rm -rf "$folder"' EXIT
+
+failures=0
+fail() {
+    echo "FAILED: $1"
+    failures=$((failures + 1))
+}
+
+# Asks for at most 20 seconds.
+wait_until() {
+    for _ in $(seq 200); do
+        "$@" && return 0
+        sleep 0.1
+    done
+    echo "waited in vain: $*"
+    exit 1
+}
+
+camera_listens() { ss --no-header --listening --udp --numeric 'sport = :3956' | grep -q .; }
+received_bytes() { awk '$1 == "lo:" { print $2 }' /proc/net/dev; }
+
+show() { # FORMAT KIND: the camera's picture in that format is on the screen
+    timeout 60 "$viewer" --source camera --format "$1" --frames 40 --screenshot "$folder/$1.png" ||
+        { fail "$1: viewer ended with $?"; return; }
+    "$checker" "$folder/$1.png" "$2" || fail "$1: not the camera's picture"
+}
+
+refuse() { # FORMAT TEXT: the viewer says why it cannot show it
+    timeout 60 "$viewer" --source camera --format "$1" --frames 1 2>"$folder/refusal"
+    [ $? -eq 1 ] && grep -q "$2" "$folder/refusal" || { cat "$folder/refusal"; fail "$1: not refused"; }
+}
+
+wait_until camera_listens
+show Mono8 gray
+show Mono16 any
+show BGR8 color
+refuse Mono10p "packed"
+refuse Mono12 "PixelFormat"
+
+# The camera dies while its frames are coming in.
+timeout 60 "$viewer" --source camera --format Mono8 --frames 1000000 2>"$folder/loss" &
+running=$!
+before=$(received_bytes)
+frames_come() { [ "$(received_bytes)" -gt $((before + 40 * 512 * 512)) ]; }
+wait_until frames_come
+kill -KILL $camera
+wait $running
+[ $? -eq 1 ] && grep -q "the camera was lost" "$folder/loss" || { cat "$folder/loss"; fail "loss of the camera"; }
+
+[ $failures -eq 0 ] && echo "all as expected"
+exit $((failures > 0))

@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Checks that the shared library exports what the public headers declare and nothing else:
+# exported_symbols.sh <nm> <library> <folder of public headers>
+set -euo pipefail
+export LC_ALL=C
+nm=$1 library=$2 headers=$3
+failures=0
+
+fail() {
+    echo "FAIL: $1:"
+    echo "$2"
+    failures=$((failures + 1))
+}
+
+mangled=$("$nm" -D --defined-only "$library" | awk '{print $NF}')
+symbols=$("$nm" -D -C --defined-only "$library" | sed -E 's/^[0-9a-f]* *[A-Za-z] //')
+[ -n "$symbols" ] || { echo "FAIL: $library exports nothing"; exit 1; }
+
+# The linker adds the last five on some systems.
+c_names=$(grep -v '^_Z' <<<"$mangled" | grep -vxE '_init|_fini|_edata|_end|__bss_start' || true)
+[ -z "$c_names" ] || fail "exported with C linkage" "$c_names"
+
+# What a symbol belongs to: "Vistrel::Surface" for all members of that class, its virtual table and its type.
+owners=$(sed -E 's/^(vtable|VTT|typeinfo|typeinfo name|guard variable) for //; s/^(non-virtual|virtual) thunk to //' <<<"$symbols")
+foreign=$(grep -v '^Vistrel::' <<<"$owners" || true)
+[ -z "$foreign" ] || fail "exported, but not of this library" "$foreign"
+
+classes=$(grep -ohE 'class VISTREL_EXPORT [A-Za-z]+' "$headers"/*.h | awk '{print $3}' | sort -u)
+functions=$(grep -ohE '^VISTREL_EXPORT [^;(]*\(' "$headers"/*.h | sed -E 's/.*[ *&]([A-Za-z]+)\($/\1/' | sort -u)
+[ -n "$classes$functions" ] || { echo "FAIL: found no declarations in $headers"; exit 1; }
+declared=$classes$'\n'$functions
+
+undeclared=$(sed -E 's/^Vistrel::([A-Za-z_]+).*/\1/' <<<"$owners" | sort -u | grep -vxF "$declared" || true)
+[ -z "$undeclared" ] || fail "exported, but in no public header" "$undeclared"
+
+inner=$(grep '::PrivateData' <<<"$owners" || true)
+[ -z "$inner" ] || fail "inner classes of public ones are exported" "$inner"
+
+for class in $classes; do
+    grep -qF "Vistrel::$class::~$class()" <<<"$symbols" || fail "not exported" "Vistrel::$class::~$class()"
+done
+for function in $functions; do
+    grep -q "^Vistrel::$function(" <<<"$symbols" || fail "not exported" "Vistrel::$function"
+done
+# One of each kind: ordinary, const, virtual, static, signal, meta object, virtual table, type.
+for member in 'Vistrel::Application::exec()' 'Vistrel::AbstractAcquisitionInterface::isStopped() const' \
+    'Vistrel::ImperativeAcquisitionInterface::readyNextFrame()' 'Vistrel::Application::global()' \
+    'Vistrel::SurfaceStream::imageUpdated()' 'Vistrel::Surface::staticMetaObject' \
+    'vtable for Vistrel::AbstractLock' 'typeinfo for Vistrel::BaseClass'; do
+    grep -qxF "$member" <<<"$symbols" || fail "not exported" "$member"
+done
+
+echo "$(wc -l <<<"$symbols") symbols of $library checked"
+[ $failures -eq 0 ]
