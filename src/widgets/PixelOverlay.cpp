@@ -45,7 +45,7 @@ PixelOverlay::PixelOverlay()
 {
 }
 
-void PixelOverlay::measure(const QSize& imageSize, const PixVal& widest, double scaling)
+void PixelOverlay::measure(const QPaintDevice* device, const QSize& imageSize, const PixVal& widest, double scaling)
 {
     const double largest = SurfaceGeometry::scalingMax();
     if (scaling * 10 < largest) {
@@ -56,7 +56,7 @@ void PixelOverlay::measure(const QSize& imageSize, const PixVal& widest, double 
     const QString value = valueText(widest);
     for (int pointSize = m_basePointSize; pointSize > 0; --pointSize) {
         m_font.setPointSize(pointSize);
-        const QFontMetricsF metrics(m_font);
+        const QFontMetricsF metrics(m_font, device);
         m_position = metrics.size(0, position) + QSizeF(labelMargin, labelMargin);
         m_value = metrics.size(0, value) + QSizeF(labelMargin, labelMargin);
         m_box = {std::max(m_position.width(), m_value.width()), m_position.height() * 2 + m_value.height()};

@@ -11,6 +11,8 @@
 
 #include <vector>
 
+class QPaintDevice;
+class QPaintDevice;
 class QPainter;
 
 namespace Vistrel {
@@ -29,8 +31,8 @@ public:
     PixelOverlay();
 
     /// Finds the largest font in which the labels of any pixel of such an image fit a cell at the largest zoom.
-    /// `widest` is a value as wide as any.
-    void measure(const QSize& imageSize, const PixVal& widest, double scaling);
+    /// `widest` is a value as wide as any, `device` what the labels are drawn on.
+    void measure(const QPaintDevice* device, const QSize& imageSize, const PixVal& widest, double scaling);
 
     /// Whether the labels, as measured last, fit a cell at this zoom with an eighth to spare.
     bool fits(double scaling) const;

@@ -548,7 +548,7 @@ void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
         scaledRect = geometry.scaledRect();
     }
     if (sourceChanged.exchange(0) == 1)
-        overlay.measure(size, widest, scaling);
+        overlay.measure(painter.device(), size, widest, scaling);
     if (!overlay.fits(scaling)) {
         sourceChanged.store(1);
         return;
