@@ -42,7 +42,7 @@ ViewerWindow::ViewerWindow(Vistrel::AbstractAcquisitionInterface* source, const 
     // Sources announce from any thread; one that has failed already has announced it to nobody.
     connect(source->signalHandler(), &Vistrel::AcquisitionSignalHandler::acquisitionStateChanged, this,
             &ViewerWindow::checkSource, Qt::QueuedConnection);
-    QMetaObject::invokeMethod(this, &ViewerWindow::checkSource, Qt::QueuedConnection);
+    QTimer::singleShot(0, this, &ViewerWindow::checkSource);
 
     auto* const statusTimer = new QTimer(this);
     connect(statusTimer, &QTimer::timeout, this, &ViewerWindow::measureRate);

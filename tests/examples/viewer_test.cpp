@@ -152,9 +152,11 @@ public Q_SLOTS:
         if (!m_source || !m_source->getNextFrame(&frame, &lock))
             return;
         m_widths.push_back(frame.width);
-        m_areIntact &= frame.data[0] == frame.width - 20;
-        m_areIntact &= !m_before.data || m_before.data[0] == m_before.width - 20; // readable until a later one came
-        m_before = frame;
+        m_recent.push_back(frame);
+        if (m_recent.size() > 3)
+            m_recent.erase(m_recent.begin());
+        for (const RawImage& recent : m_recent) // this one and the last two before it
+            m_areIntact &= recent.data[0] == recent.width - 20;
         m_taken.notify_all();
     }
 
@@ -163,7 +165,7 @@ private:
     std::condition_variable m_taken;
     AbstractAcquisitionInterface* m_source = nullptr; // null when enough frames have been taken
     std::vector<std::size_t> m_widths;
-    RawImage m_before;
+    std::vector<RawImage> m_recent;
     bool m_areIntact = true;
 };
 
@@ -198,7 +200,6 @@ private Q_SLOTS:
     void everyFormatShowsThePicture();
     void lentFramesStayAsTheyAre();
     void filesPlayInOrderAgainAndAgain();
-    void windowShowsThePattern();
     void windowShowsFiles_data();
     void windowShowsFiles();
     void endings_data();
@@ -283,21 +284,6 @@ void ViewerTest::filesPlayInOrderAgainAndAgain()
     const auto start = std::find(rounds.begin(), rounds.end(), widths.front());
     QCOMPARE(widths, std::vector<std::size_t>(start, start + 7));
     QVERIFY(taker.areIntact());
-}
-
-void ViewerTest::windowShowsThePattern()
-{
-    QTemporaryDir folder;
-    const QString shot = folder.filePath(QStringLiteral("shot.png"));
-    const Ending ending = runViewer({QStringLiteral("--format"), QStringLiteral("BGR16"), QStringLiteral("--size"),
-                                     QStringLiteral("640x480"), QStringLiteral("--frames"), QStringLiteral("5"),
-                                     QStringLiteral("--screenshot"), shot});
-    QCOMPARE(ending.exitCode, 0);
-    QVERIFY2(ending.output.contains(QLatin1String("BGR16 640 x 480: ")) &&
-                 ending.output.contains(QLatin1String(", 5 published, ")),
-             qPrintable(ending.output));
-    const QImage wanted = drawTestPicture(QSize(640, 480), QStringLiteral("BGR16 640x480")).still;
-    QVERIFY(percentDifferent(pictureIn(QImage(shot), wanted.size()), wanted, 1) < 2);
 }
 
 void ViewerTest::windowShowsFiles_data()

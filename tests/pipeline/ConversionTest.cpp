@@ -90,8 +90,6 @@ private Q_SLOTS:
     void impossibleFramesAreRefused();
     void unfitTargetsAreRefused_data();
     void unfitTargetsAreRefused();
-    void targetsByKind();
-    void targetMemoryIsReused();
     void readoutOutsideTheFrameIsZero();
 
 private:
@@ -316,44 +314,6 @@ void ConversionTest::unfitTargetsAreRefused()
     QImage image(memory.data(), size.width(), size.height(), bytesPerLine, target);
     QVERIFY(!copyFrame(m_pool, image, {bytes.data(), 12, 5, Format(format), nullptr}));
     QCOMPARE(memory, before);
-}
-
-void ConversionTest::targetsByKind()
-{
-    for (int kind = 0; kind < 256; ++kind) {
-        const int bytes = kind == 32 ? 4 : kind >= 24 && kind <= 48 ? 3 : 1;
-        QImage target;
-        PixelBuffer buffer;
-        const auto isPrepared = [&] {
-            return target.size() == QSize(13, 7) && target.bytesPerLine() == 13 * bytes &&
-                   target.constBits() == buffer.data() && buffer.size() == static_cast<std::size_t>(13 * 7 * bytes);
-        };
-        QVERIFY(prepareTarget(target, buffer, 13, 7, kind) && isPrepared());
-        QCOMPARE(target.format(), bytes == 4   ? QImage::Format_RGBX8888
-                                  : bytes == 3 ? QImage::Format_RGB888
-                                               : QImage::Format_Indexed8);
-        QVERIFY(!prepareTarget(target, buffer, 0, 7, kind) && isPrepared());
-        QVERIFY(!prepareTarget(target, buffer, 13, 0, kind) && isPrepared());
-        QVERIFY(!prepareTarget(target, buffer, SIZE_MAX / 2 + 1, 2, kind) && isPrepared());
-        QVERIFY(!prepareTarget(target, buffer, INT_MAX, 1, kind) && isPrepared());
-        QVERIFY(!prepareTarget(target, buffer, 1, std::size_t{INT_MAX} + 1, kind) && isPrepared());
-    }
-}
-
-void ConversionTest::targetMemoryIsReused()
-{
-    const std::vector<std::uint8_t> bytes(6 * 64 * 48, 3);
-    QImage target;
-    PixelBuffer buffer;
-    const auto convert = [&](std::size_t width, std::size_t height, Format format) {
-        return convertFrame(m_pool, target, buffer, {bytes.data(), width, height, format, nullptr});
-    };
-    QVERIFY(convert(64, 48, RGB8));
-    const uchar* const first = target.constBits();
-    QVERIFY(convert(64, 48, BGR16) && target.constBits() == first);
-    QVERIFY(convert(48, 64, BayerRG8) && target.constBits() == first && buffer.data() == first);
-    QCOMPARE(target.size(), QSize(48, 64));
-    QVERIFY(convert(64, 48, Mono8) && buffer.size() == 64 * 48);
 }
 
 void ConversionTest::readoutOutsideTheFrameIsZero()

@@ -20,7 +20,6 @@ private Q_SLOTS:
     void runsDoNotOverlap();
     void exceptionsReachTheCaller_data();
     void exceptionsReachTheCaller();
-    void sharedPoolGoesWithItsLastHolder();
 };
 
 void CopyPoolTest::everyParticipantRunsOnce()
@@ -112,20 +111,6 @@ void CopyPoolTest::exceptionsReachTheCaller()
         pool.run([&](std::size_t, std::size_t) { ++calls; });
         QCOMPARE(calls.load(), participants);
     }
-}
-
-void CopyPoolTest::sharedPoolGoesWithItsLastHolder()
-{
-    std::shared_ptr<CopyPool> first = CopyPool::shared();
-    std::shared_ptr<CopyPool> second = CopyPool::shared();
-    QCOMPARE(first.get(), second.get());
-    const std::weak_ptr<CopyPool> watch = first;
-    first->run([](std::size_t, std::size_t) {});
-    first.reset();
-    QVERIFY(!watch.expired());
-    second.reset();
-    QVERIFY(watch.expired());
-    QVERIFY(CopyPool::shared()); // a new one
 }
 
 QTEST_GUILESS_MAIN(CopyPoolTest)

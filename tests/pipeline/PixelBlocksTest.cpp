@@ -35,11 +35,6 @@ QImage imageOf(const PixelBlock& block)
     return imageOver(block, width, height, 4 * width, QImage::Format_RGB32);
 }
 
-QPixmap pixmapOf(const QImage& image)
-{
-    return QPixmap::fromImage(image, Qt::NoFormatConversion);
-}
-
 } // namespace
 
 class PixelBlocksTest : public QObject
@@ -48,11 +43,6 @@ class PixelBlocksTest : public QObject
 
 private Q_SLOTS:
     void freedBlocksAreHandedOutAgain();
-    void shownBlocksAreNot_data();
-    void shownBlocksAreNot();
-    void imagesOutliveTheList();
-    void paintingDoesNotReachTheBlock();
-    void impossibleImagesHoldNothing();
     void threadsNeverShareABlock();
 };
 
@@ -72,93 +62,6 @@ void PixelBlocksTest::freedBlocksAreHandedOutAgain()
     const PixelBlock larger = blocks.take(size + 1);
     QVERIFY(larger->size() == size + 1 && larger->data() != other->data());
     QCOMPARE(blocks.take(size)->size(), size);
-}
-
-void PixelBlocksTest::shownBlocksAreNot_data()
-{
-    QTest::addColumn<bool>("byPixmap");
-    QTest::addColumn<bool>("byImage");
-    QTest::newRow("image") << false << true;
-    QTest::newRow("pixmap") << true << false;
-    QTest::newRow("both") << true << true;
-}
-
-void PixelBlocksTest::shownBlocksAreNot()
-{
-    QFETCH(bool, byPixmap);
-    QFETCH(bool, byImage);
-    PixelBlocks blocks;
-    PixelBlock block = take(blocks, 0x3C);
-    const std::uint8_t* const address = block->data();
-    QImage image = imageOf(block);
-    QPixmap pixmap = pixmapOf(image);
-    if (!byPixmap)
-        pixmap = QPixmap();
-    if (!byImage)
-        image = QImage();
-    block.reset();
-
-    const PixelBlock next = take(blocks, 0);
-    QVERIFY(next->data() != address);
-    const QImage seen[] = {byImage ? image : pixmap.toImage(), byPixmap ? pixmap.toImage() : image};
-    for (const QImage& shown : seen) {
-        QVERIFY(shown.constBits() == address); // not copied
-        QCOMPARE(shown.pixel(width - 1, height - 1), 0xFF3C3C3Cu);
-    }
-}
-
-void PixelBlocksTest::imagesOutliveTheList()
-{
-    QPixmap pixmap;
-    PixelBlock kept;
-    {
-        PixelBlocks blocks;
-        kept = take(blocks, 1);
-        pixmap = pixmapOf(imageOf(take(blocks, 0x77)));
-        take(blocks, 2).reset(); // left on the list
-    }
-    QCOMPARE(pixmap.toImage().pixel(width - 1, height - 1), 0xFF777777u);
-    QVERIFY(isFilled(kept, 1));
-}
-
-void PixelBlocksTest::paintingDoesNotReachTheBlock()
-{
-    PixelBlocks blocks;
-    const PixelBlock block = take(blocks, 0x11);
-    const auto paintOn = [](QPaintDevice* device) {
-        QPainter painter(device);
-        painter.fillRect(0, 0, width, height, Qt::red);
-    };
-    const QImage shared = imageOf(block);
-    QImage copy = shared;
-    paintOn(&copy);
-    QCOMPARE(copy.pixel(0, 0), qRgb(255, 0, 0));
-    QImage only = imageOf(block); // no other image that it would have to part from
-    paintOn(&only);
-    only = imageOf(block);
-    only.fill(0);
-    only = imageOf(block);
-    only.bits()[0] = 0;
-    QVERIFY(isFilled(block, 0x11));
-
-    QPixmap pixmap = pixmapOf(imageOf(block));
-    QPixmap other = pixmap;
-    paintOn(&other);
-    paintOn(&pixmap);
-    QCOMPARE(pixmap.toImage().pixel(0, 0), qRgb(255, 0, 0));
-    pixmap = pixmapOf(imageOf(block));
-    pixmap.fill(Qt::green);
-    QVERIFY(isFilled(block, 0x11));
-    QCOMPARE(shared.pixel(0, 0), 0xFF111111u);
-}
-
-void PixelBlocksTest::impossibleImagesHoldNothing()
-{
-    PixelBlocks blocks;
-    const PixelBlock block = blocks.take(size);
-    QVERIFY(imageOver(block, 0, height, 4 * width, QImage::Format_RGB32).isNull());
-    QVERIFY(imageOver(block, width, height, width, QImage::Format_RGB32).isNull());
-    QCOMPARE(block.use_count(), 1L);
 }
 
 void PixelBlocksTest::threadsNeverShareABlock()

@@ -57,8 +57,6 @@ private Q_SLOTS:
     void cleanup() { setReportSink(nullptr); }
 
     void pushedFrameIsShown();
-    void everyFormatShowsOnTheSurface_data();
-    void everyFormatShowsOnTheSurface();
     void sourceNotSetUpShowsNothing();
     void refreshRate();
     void badFrameKeepsThePicture_data();
@@ -114,29 +112,6 @@ void SurfaceStreamTest::pushedFrameIsShown()
     Surface::PixVal value;
     QVERIFY(display.surface.imageSrcPixVal({0, 0}, value));
     QVERIFY(value.mono && value.value == 0x234);
-}
-
-void SurfaceStreamTest::everyFormatShowsOnTheSurface_data()
-{
-    QTest::addColumn<unsigned>("format");
-    QTest::newRow("mono") << unsigned(Mono8);
-    QTest::newRow("colour 24") << unsigned(BGR8);
-    QTest::newRow("mono 16") << unsigned(Mono16);
-    QTest::newRow("mosaic") << unsigned(BayerRG8);
-    QTest::newRow("colour 48") << unsigned(RGB16);
-}
-
-void SurfaceStreamTest::everyFormatShowsOnTheSurface()
-{
-    QFETCH(unsigned, format);
-    PushSource source;
-    TestFrame frame(33, 17, Format(format), 0x70); // an odd width: rows are not padded
-    Display display(source);
-    display.stream.setBayerDemosaicEnabled(true);
-    source.push(frame.raw);
-    QTRY_COMPARE(display.surface.pixmap().size(), QSize(33, 17));
-    const QImage grabbed = display.surface.grab().toImage();
-    QCOMPARE(grabbed.pixelColor(grabbed.rect().center()), QColor(0x70, 0x70, 0x70));
 }
 
 void SurfaceStreamTest::sourceNotSetUpShowsNothing()

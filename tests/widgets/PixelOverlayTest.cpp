@@ -127,10 +127,10 @@ private Q_SLOTS:
     void everyVisibleCellIsLabelled();
     void labelsNeedLargeCells_data();
     void labelsNeedLargeCells();
+    void labelsFollowTheSource();
+    void columnIsNamedBeforeTheRow();
     void textIsNotCut_data();
     void textIsNotCut();
-    void sources_data();
-    void sources();
 };
 
 void PixelOverlayTest::init()
@@ -219,6 +219,46 @@ void PixelOverlayTest::labelsNeedLargeCells()
     QVERIFY(!isLabelled(shown.picture()));
 }
 
+void PixelOverlayTest::labelsFollowTheSource()
+{
+    ShownSurface shown({300, 250});
+    AskingSource source([] { return ScopedLock(new FreeLock); });
+    const TestFrame frame(12000, 8, RGB8);
+    const auto raw = [&](std::size_t width, Format format) {
+        return [&, width, format](Surface& s) {
+            s.setImageSrc(&source, {frame.pixels.data(), width, 8, format, nullptr});
+        };
+    };
+    // Each is measured anew, whatever it has in common with the one before.
+    const Operation narrow[] = {from(indexedImage({10, 8})), raw(10, Mono8)};
+    const Operation wide[] = {from(indexedImage({12000, 8})), from(grayImage({10, 8})), raw(10, RGB8),
+                              raw(12000, Mono8)};
+    shown.show(grayImage({12000, 8}),
+               Labels(shown.surface, QStringLiteral(" 9, 7 "), QStringLiteral(" 255 ")).neededCell + 0.01);
+    for (const Operation& small : narrow) {
+        for (const Operation& large : wide) {
+            small(shown.surface);
+            QVERIFY(isLabelled(shown.picture()));
+            large(shown.surface);
+            QVERIFY(!isLabelled(shown.picture()));
+        }
+    }
+}
+
+void PixelOverlayTest::columnIsNamedBeforeTheRow()
+{
+    ShownSurface shown({120, 120});
+    const double zoom = Surface::scalingMax();
+    shown.show(grayImage({2, 2000}), zoom, {0, zoom * 1111});
+    shown.surface.setImageSrc(indexedImage({2, 2000}));
+    const Labels labels(shown.surface, QStringLiteral(" 1, 1999 "), QStringLiteral(" 255 "));
+    QRectF position = labels.boxIn({0, 0, zoom, zoom});
+    position.setHeight(labels.positionSize.height() - 2);
+    const QRect text = ink(shown.picture(), position.toAlignedRect().adjusted(2, 2, -2, -2)); // "0, 1111"
+    const QRect comma = ink(shown.picture(), {text.left(), text.bottom(), text.width(), 1});  // reaches lowest
+    QVERIFY(comma.center().x() < text.center().x());
+}
+
 void PixelOverlayTest::textIsNotCut_data()
 {
     QTest::addColumn<QSize>("size");
@@ -242,9 +282,6 @@ void PixelOverlayTest::textIsNotCut()
     const double zoom = Surface::scalingMax();
     ShownSurface shown({120, 120});
     shown.show(grayImage(size), zoom);
-    const Operation narrow = fromLocked(size, Mono8);
-    narrow(shown.surface);
-    QVERIFY(isLabelled(shown.picture())); // which measured labels that are too small for the next source
     source(shown.surface);
 
     const Labels labels(shown.surface, QStringLiteral(" 1, 1 "), value);
@@ -267,47 +304,6 @@ void PixelOverlayTest::textIsNotCut()
                             .arg(seen.height())
                             .arg(uncut.width())
                             .arg(uncut.height())));
-}
-
-void PixelOverlayTest::sources_data()
-{
-    QTest::addColumn<Operation>("source");
-    QTest::addColumn<bool>("isReadable");
-    QTest::addColumn<int>("reports");
-    const QSize size(4, 4);
-    const auto asking = [](const std::function<ScopedLock()>& ask, std::size_t width, Format format = Mono8) {
-        return Operation([=, source = std::make_shared<AskingSource>(ask)](Surface& s) {
-            static const TestFrame frame(4, 4, Mono8, 9);
-            s.setImageSrc(source.get(), {frame.raw.data, width, 4, format, nullptr});
-        });
-    };
-    const auto grant = [] { return ScopedLock(new FreeLock); };
-    QTest::newRow("none") << Operation([](Surface&) {}) << false << 0;
-    QTest::newRow("cleared") << Operation([](Surface& s) {
-        s.setImageSrc(grayImage({4, 4})), s.clearImageSrc();
-    }) << false << 0;
-    QTest::newRow("null image") << from({}) << false << 0;
-    QTest::newRow("image") << from(grayImage(size)) << true << 0;
-    QTest::newRow("locked frame") << fromLocked(size, Mono8) << true << 0;
-    QTest::newRow("lock granted") << asking(grant, 4) << true << 0;
-    QTest::newRow("lock refused") << asking([] { return ScopedLock(); }, 4) << false << 0;
-    QTest::newRow("lock throws") << asking([]() -> ScopedLock { throw std::runtime_error("gone"); }, 4) << false << 1;
-    QTest::newRow("no width") << asking(grant, 0) << false << 0;
-    QTest::newRow("impossible width") << asking(grant, (std::size_t{1} << 32) + 4) << false << 0;
-    QTest::newRow("negative as an int") << asking(grant, std::size_t{1} << 31) << false << 0;
-    QTest::newRow("unknown format") << asking(grant, 4, Format(9)) << false << 0;
-}
-
-void PixelOverlayTest::sources()
-{
-    QFETCH(Operation, source);
-    ShownSurface shown({250, 200});
-    shown.show(grayImage({4, 4}), Surface::scalingMax());
-    shown.picture();
-    reportedLines = 0;
-    source(shown.surface);
-    QTEST(isLabelled(shown.host.grab().toImage()), "isReadable");
-    QTEST(reportedLines.load(), "reports");
 }
 
 QTEST_MAIN(PixelOverlayTest)

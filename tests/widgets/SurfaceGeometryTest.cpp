@@ -35,9 +35,6 @@ class SurfaceGeometryTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void limits();
-    void scalingIsClamped_data();
-    void scalingIsClamped();
     void levelsMakeOneGrid();
     void scalingKeepsTheTopLeftPoint_data();
     void scalingKeepsTheTopLeftPoint();
@@ -45,50 +42,9 @@ private Q_SLOTS:
     void fitting();
     void offsetIsClamped_data();
     void offsetIsClamped();
-    void tinyMovesAreNone();
     void visiblePart_data();
     void visiblePart();
-    void cells_data();
-    void cells();
 };
-
-void SurfaceGeometryTest::limits()
-{
-    QVERIFY(SurfaceGeometry::scalingMax() == largest); // to the last bit
-    QVERIFY(SurfaceGeometry::scalingMin() == smallest);
-    QVERIFY(SurfaceGeometry::scalingRatio() == 1.125);
-    const double epsilon = std::numeric_limits<double>::epsilon();
-    QVERIFY(SurfaceGeometry::differ(1, 1 + epsilon));
-    QVERIFY(!SurfaceGeometry::differ(1, 1 - epsilon / 2));
-}
-
-void SurfaceGeometryTest::scalingIsClamped_data()
-{
-    QTest::addColumn<double>("scaling");
-    QTest::addColumn<double>("clamped");
-    QTest::addColumn<double>("level");
-    QTest::newRow("just below a half step") << 1.06 << 1.06 << 1.0;
-    QTest::newRow("just above a half step") << 1.07 << 1.07 << 1.125;
-    QTest::newRow("below one") << 0.94 << 0.94 << 1 / 1.125;
-    QTest::newRow("zero") << 0.0 << smallest << smallest;
-    QTest::newRow("negative") << -infinity << smallest << smallest;
-    QTest::newRow("not a number") << notANumber << smallest << smallest;
-    QTest::newRow("huge") << 1000.0 << largest << largest;
-    QTest::newRow("infinity") << infinity << largest << largest;
-}
-
-void SurfaceGeometryTest::scalingIsClamped()
-{
-    QFETCH(double, scaling);
-    QFETCH(double, clamped);
-    SurfaceGeometry geometry;
-    QVERIFY(geometry.scaleToFit());
-    QVERIFY(geometry.scaling() == 1.0);
-    geometry.setScaling(scaling);
-    QVERIFY(geometry.scaling() == clamped);
-    QVERIFY(!geometry.scaleToFit());
-    QTEST(SurfaceGeometry::enforceScalingRatio(scaling), "level");
-}
 
 void SurfaceGeometryTest::levelsMakeOneGrid()
 {
@@ -199,16 +155,6 @@ void SurfaceGeometryTest::offsetIsClamped()
     QCOMPARE(geometry.storedOffset(), expected);
 }
 
-void SurfaceGeometryTest::tinyMovesAreNone()
-{
-    SurfaceGeometry geometry = placed({1000, 800}, {400, 300});
-    QVERIFY(!geometry.setOffset({1e-12, 1e-12}));
-    QVERIFY(geometry.storedOffset().x() == 0);
-    QVERIFY(geometry.setOffset({1e-12, 3e-12}));
-    QVERIFY(geometry.storedOffset().x() == 1e-12);
-    QVERIFY(geometry.storedOffset().y() == 3e-12);
-}
-
 void SurfaceGeometryTest::visiblePart_data()
 {
     QTest::addColumn<QSize>("view");
@@ -246,25 +192,6 @@ void SurfaceGeometryTest::visiblePart()
 
     QVERIFY(placed({}, view, scaling, offset).visibleImageRectF().isEmpty());
     QVERIFY(placed({100, 50}, {0, 0}, scaling, offset).visibleImageRectF().isEmpty());
-}
-
-void SurfaceGeometryTest::cells_data()
-{
-    QTest::addColumn<QRectF>("area");
-    QTest::addColumn<QRect>("expected");
-    // The image has 10 x 8 pixels, shown at 64 from (-32, 16).
-    QTest::newRow("view") << QRectF(0, 0, 320, 240) << QRect(0, 0, 6, 4);
-    QTest::newRow("one pixel") << QRectF(96, 80, 1, 1) << QRect(2, 1, 2, 2);
-    QTest::newRow("above and left") << QRectF(-500, -500, 100, 100) << QRect(0, 0, 0, 0);
-    QTest::newRow("beyond") << QRectF(5000, 5000, 100, 100) << QRect(10, 8, 0, 0);
-    QTest::newRow("far beyond") << QRectF(1e15, -1e15, 100, 100) << QRect(10, 0, 0, 0);
-    QTest::newRow("far around") << QRectF(-1e15, -1e15, 2e15, 2e15) << QRect(0, 0, 10, 8);
-}
-
-void SurfaceGeometryTest::cells()
-{
-    QFETCH(QRectF, area);
-    QTEST(cellsIn(area, QRectF(-32, 16, 640, 512), 64, QSize(10, 8)), "expected");
 }
 
 QTEST_GUILESS_MAIN(SurfaceGeometryTest)

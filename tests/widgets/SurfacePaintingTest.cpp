@@ -86,13 +86,8 @@ private Q_SLOTS:
     void imageIsPlacedExactly_data();
     void imageIsPlacedExactly();
     void bandsMeetWithoutASeam();
-    void nothingIsPaintedWithoutAnImage();
-    void partialPaintsAreAlike_data();
-    void partialPaintsAreAlike();
     void crosshair_data();
     void crosshair();
-    void crosshairIsHidden_data();
-    void crosshairIsHidden();
 };
 
 void SurfacePaintingTest::imageIsPlacedExactly_data()
@@ -137,49 +132,6 @@ void SurfacePaintingTest::bandsMeetWithoutASeam()
         QVERIFY2(wrong.isEmpty(), wrong);
         cropped.show(image.copy(part), zoom, middle);
         QCOMPARE(picture, cropped.picture());
-    }
-}
-
-void SurfacePaintingTest::nothingIsPaintedWithoutAnImage()
-{
-    ShownSurface shown({40, 30});
-    shown.surface.setScaling(20);
-    QImage empty(40, 30, QImage::Format_RGB32);
-    empty.fill(backdrop);
-    QCOMPARE(shown.picture(), empty);
-    shown.show(noise({4, 4}, QImage::Format_RGB32), 20);
-    QVERIFY(shown.picture() != empty);
-    shown.surface.setPixmap({});
-    QCOMPARE(shown.picture(), empty);
-}
-
-void SurfacePaintingTest::partialPaintsAreAlike_data()
-{
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<double>("zoom");
-    QTest::newRow("reduced") << QSize(900, 700) << 0.37;
-    QTest::newRow("enlarged") << QSize(100, 80) << 5.3;
-    QTest::newRow("labelled") << QSize(20, 10) << Surface::scalingMax();
-    QTest::newRow("in bands") << QSize(16500, 20) << 7.7;
-}
-
-void SurfacePaintingTest::partialPaintsAreAlike()
-{
-    QFETCH(QSize, size);
-    QFETCH(double, zoom);
-    ShownSurface shown({400, 300});
-    shown.show(noise(size, QImage::Format_RGB32), zoom, {1e9, 1e9});
-    shown.surface.setImageSrc(shown.surface.pixmap().toImage());
-    const auto onScreen = [&] {
-        return shown.host.screen()->grabWindow(shown.host.winId()).toImage().convertToFormat(QImage::Format_RGB32);
-    };
-    shown.surface.repaint();
-    const QImage whole = onScreen();
-    QCOMPARE(whole, shown.picture());
-    for (const QRect& area :
-         {QRect(0, 0, 400, 20), QRect(57, 43, 1, 1), QRect(133, 71, 130, 90), QRect(399, 0, 1, 300)}) {
-        shown.surface.repaint(area);
-        QCOMPARE(onScreen(), whole);
     }
 }
 
@@ -231,28 +183,6 @@ void SurfacePaintingTest::crosshair()
     for (int x = 0; x < 96; ++x)
         white += picture.pixel(x, corner.y()) == 0xFFFFFFFF;
     QVERIFY2(white >= 40 && white <= 56, QByteArray::number(white));
-}
-
-void SurfacePaintingTest::crosshairIsHidden_data()
-{
-    QTest::addColumn<QPoint>("pixel");
-    QTest::addColumn<bool>("isSwitchedOn");
-    QTest::newRow("switched off") << QPoint(5, 5) << false;
-    QTest::newRow("no pixel") << QPoint(-1, -1) << true;
-    QTest::newRow("left of the view") << QPoint(1, 5) << true;
-    QTest::newRow("below the view") << QPoint(5, 11) << true;
-}
-
-void SurfacePaintingTest::crosshairIsHidden()
-{
-    QFETCH(QPoint, pixel);
-    QFETCH(bool, isSwitchedOn);
-    ShownSurface shown({40, 30});
-    shown.show(noise({16, 12}, QImage::Format_RGB32), 4, pixel.x() < 0 ? QPointF() : QPointF(12, 8));
-    const QImage plain = shown.picture();
-    shown.surface.setActivePixel(pixel);
-    shown.surface.setCrosshairVisible(isSwitchedOn);
-    QCOMPARE(shown.picture(), plain);
 }
 
 QTEST_MAIN(SurfacePaintingTest)

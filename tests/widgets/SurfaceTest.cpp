@@ -33,10 +33,8 @@ private Q_SLOTS:
     void announcements_data();
     void announcements();
     void resizeKeepsTheCentre();
-    void slotsMayCallBack();
     void slotsMayDeleteTheSurface_data();
     void slotsMayDeleteTheSurface();
-    void hostsPixmapIsItsOwn();
     void feedingFromAnotherThread();
 };
 
@@ -157,39 +155,6 @@ void SurfaceTest::resizeKeepsTheCentre()
     QCOMPARE(shown.surface.visibleImageRectF().center(), centre);
 }
 
-void SurfaceTest::slotsMayCallBack()
-{
-    ShownSurface shown({400, 300});
-    Surface& surface = shown.surface;
-    int calls = 0;
-    const auto callBack = [&] {
-        ++calls;
-        const QPixmap pixmap = surface.pixmap();
-        surface.setScaledOffset(surface.scaledOffset());
-        surface.setScaling(3);
-        surface.setPixmap(pixmap);
-        surface.setImageSrc(pixmap.toImage());
-        PixVal value;
-        QVERIFY(surface.imageSrcPixVal({0, 0}, value));
-        surface.clearImageSrc();
-        QVERIFY(surface.visibleImageRect().isValid());
-        shown.picture();
-    };
-    connect(&surface, &Surface::pixelRangeChanged, callBack);
-    connect(&surface, &Surface::pixelOffsetChanged, callBack);
-    connect(&surface, &Surface::scalingChanged, callBack);
-
-    surface.setPixmap(pixmapOf(1000, 800)); // range and scaling, then the same from the slot's own zoom
-    QCOMPARE(calls, 4);
-    surface.setScaledOffset({300, 200});
-    QCOMPARE(calls, 5);
-    surface.setScaling(2);
-    QCOMPARE(surface.scaling(), 3.0);
-    QVERIFY(calls < 12);
-    surface.resize(300, 200);
-    QCOMPARE(surface.scaling(), 3.0);
-}
-
 void SurfaceTest::slotsMayDeleteTheSurface_data()
 {
     QTest::addColumn<Operation>("operation");
@@ -211,19 +176,6 @@ void SurfaceTest::slotsMayDeleteTheSurface()
     connect(surface, &Surface::pixelOffsetChanged, [=] { delete surface; });
     operation(*surface);
     QVERIFY(surface.isNull());
-}
-
-void SurfaceTest::hostsPixmapIsItsOwn()
-{
-    ShownSurface shown({40, 40});
-    const QImage gray(pixmapOf(40, 40).toImage());
-    QPixmap given = QPixmap::fromImage(gray);
-    shown.surface.setPixmap(given);
-    QPixmap taken = shown.surface.pixmap();
-    QPainter(&given).fillRect(given.rect(), Qt::red);
-    QPainter(&taken).fillRect(taken.rect(), Qt::red);
-    QCOMPARE(shown.picture(), gray);
-    QCOMPARE(shown.surface.pixmap().toImage(), gray);
 }
 
 void SurfaceTest::feedingFromAnotherThread()
