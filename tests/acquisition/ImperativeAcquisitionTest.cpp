@@ -4,7 +4,6 @@
 
 #include <QtTest/QtTest>
 
-#include <algorithm>
 #include <thread>
 
 using namespace Vistrel;

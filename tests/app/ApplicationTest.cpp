@@ -8,7 +8,6 @@
 #include <QtCore/QTimer>
 #include <QtTest/QtTest>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QWidget>
 
 #include <functional>
 #include <memory>
@@ -79,12 +78,14 @@ private Q_SLOTS:
     void failedConstructionLeavesNothing_data();
     void failedConstructionLeavesNothing();
     void foreignToolkitIsARefusal();
+    void commandLineIsCopied();
     void exitEndsTheLoopOnce_data();
     void exitEndsTheLoopOnce();
     void exitFromAnotherThreadInsideTheLoop();
     void idleMethodsRunInOrder();
     void idleMethodsRunOnlyInTheLoop();
     void idleMethodAddedInAPass();
+    void idleMethodAddedInTheLoop();
     void idleMethodThatThrows();
 
 private:
@@ -160,6 +161,17 @@ void ApplicationTest::foreignToolkitIsARefusal()
     }
     const Application application(3, commandLine);
     QCOMPARE(Application::global(), &application);
+}
+
+void ApplicationTest::commandLineIsCopied()
+{
+    auto argument = std::make_unique<std::string>("a rather long argument, too long for any short-string storage");
+    const QString expected = QString::fromStdString(*argument);
+    auto argv = std::make_unique<std::vector<const char*>>(2, argument->c_str());
+    const Application application(2, argv->data());
+    argument.reset();
+    argv.reset();
+    QCOMPARE(QCoreApplication::arguments(), QStringList({expected, expected}));
 }
 
 // The loop ------------------------------------------------------------------------------------------------------------
@@ -263,6 +275,13 @@ void ApplicationTest::idleMethodAddedInAPass()
     QVERIFY2(application.trace.startsWith("azaz" + QByteArray(100, 'b')), application.trace.constData());
 }
 
+void ApplicationTest::idleMethodAddedInTheLoop()
+{
+    TracedApplication application;
+    QTimer::singleShot(0, QCoreApplication::instance(), [&] { application.add('a', [&] { application.exit(4); }); });
+    QCOMPARE(application.exec(), 4);
+}
+
 void ApplicationTest::idleMethodThatThrows()
 {
     TracedApplication application;
@@ -280,8 +299,6 @@ void ApplicationTest::idleMethodThatThrows()
         QVERIFY2(line.contains(QLatin1String("idle method")), qPrintable(line));
     QVERIFY(application.lines[0].contains(QLatin1String("the film ran out")));
 }
-
-// The last window -----------------------------------------------------------------------------------------------------
 
 QTEST_APPLESS_MAIN(ApplicationTest)
 #include "ApplicationTest.moc"
