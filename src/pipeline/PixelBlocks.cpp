@@ -15,13 +15,16 @@ struct PixelBlocks::FreeList
 
     std::unique_ptr<PixelBuffer> take(std::size_t bytes)
     {
+        std::unique_ptr<PixelBuffer> oldest; // freed after the lock is released
         const std::lock_guard<std::mutex> guard(mutex);
         const auto found = std::find_if(buffers.rbegin(), buffers.rend(),
                                         [bytes](const auto& buffer) { return buffer->size() == bytes; });
         if (found == buffers.rend()) {
             // Another size is in use now: what was used before goes block by block.
-            if (!buffers.empty())
+            if (!buffers.empty()) {
+                oldest = std::move(buffers.front());
                 buffers.erase(buffers.begin());
+            }
             return nullptr;
         }
         std::unique_ptr<PixelBuffer> buffer = std::move(*found);
