@@ -132,8 +132,7 @@ int Application::exec()
 {
     const bool wasRunning = std::exchange(m_data->isRunning, true);
     // Runs as the loop's first event: an exit that was asked for before the loop is up would be forgotten by it.
-    QMetaObject::invokeMethod(
-        m_data->toolkit.get(), [this] { m_data->applyKeptExit(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(m_data, "applyKeptExit", Qt::QueuedConnection);
     if (m_data->idleTimer)
         m_data->idleTimer->start();
     const int returnCode = QApplication::exec();
@@ -145,15 +144,16 @@ int Application::exec()
 
 void Application::exit(int returnCode)
 {
+    const bool isHere = QThread::currentThread() == m_data->thread();
     {
         const std::lock_guard<std::mutex> guard(m_data->exitMutex);
         m_data->keptExit = returnCode;
+        // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
+        if (!isHere)
+            QMetaObject::invokeMethod(m_data, "applyKeptExit", Qt::QueuedConnection);
     }
-    if (QThread::currentThread() == m_data->toolkit->thread())
+    if (isHere)
         m_data->applyKeptExit();
-    else
-        QMetaObject::invokeMethod(
-            m_data->toolkit.get(), [this] { m_data->applyKeptExit(); }, Qt::QueuedConnection);
 }
 
 bool Application::quitOnLastWindowClosed() const
