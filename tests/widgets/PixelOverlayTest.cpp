@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: MIT
 // Tests the coordinates and values written into the cells of enlarged pixels.
-#include "AskingSource.h"
 #include "ShownSurface.h"
 
 #include "base/Report.h"
+#include "support/FakeSources.h"
 
+#include <QtCore/QScopeGuard>
 #include <QtGui/QFontDatabase>
 #include <QtGui/QFontInfo>
 #include <QtGui/QFontMetricsF>
 #include <QtGui/QPainter>
 
 using namespace Vistrel;
-
-using Operation = std::function<void(Surface&)>;
-Q_DECLARE_METATYPE(Operation)
 
 namespace {
 
@@ -22,41 +20,38 @@ constexpr QRgb white = 0xFFFFFFFF;
 
 std::atomic<int> reportedLines{0};
 
-QImage grayImage(const QSize& size)
+/// A source that asks the test for each lock.
+class AskingSource : public PullSource
+{
+public:
+    explicit AskingSource(std::function<ScopedLock()> ask)
+        : PullSource([](RawImage*, ScopedLock*) { return false; }), m_ask(std::move(ask))
+    {
+    }
+    ScopedLock getFrameLock(const RawImage&) override { return m_ask(); }
+
+private:
+    std::function<ScopedLock()> m_ask;
+};
+
+class FreeLock : public AbstractLock
+{
+};
+
+QImage colorImage(const QSize& size, QRgb color)
 {
     QImage image(size, QImage::Format_RGB32);
-    image.fill(gray);
+    image.fill(color);
     return image;
 }
 
-QImage indexedImage(const QSize& size, uchar value = 255)
+QImage indexedImage(const QSize& size, uchar value)
 {
     QImage image(size, QImage::Format_Indexed8);
-    QVector<QRgb> ramp(256);
     for (int i = 0; i < 256; ++i)
-        ramp[i] = qRgb(i, i, i);
-    image.setColorTable(ramp);
+        image.setColor(i, qRgb(i, i, i));
     image.fill(value);
     return image;
-}
-
-Operation from(const QImage& image)
-{
-    return [=](Surface& s) { s.setImageSrc(image); };
-}
-
-// A frame whose pixels can be read only under its lock; each of its bytes is `fill`.
-Operation fromLocked(const QSize& size, Format format, int fill = 0xFF)
-{
-    const auto width = static_cast<std::size_t>(size.width());
-    const auto height = static_cast<std::size_t>(size.height());
-    return [=, source = std::make_shared<ProtectedSource>(width, height, format)](Surface& s) {
-        RawImage raw;
-        ScopedLock lock;
-        source->getNextFrame(&raw, &lock);
-        std::memset(const_cast<std::uint8_t*>(raw.data), fill, width * height * bytesPerPixel(format));
-        s.setImageSrc(source.get(), raw);
-    };
 }
 
 bool isLabelled(const QImage& picture)
@@ -121,23 +116,11 @@ class PixelOverlayTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup() { setReportSink(nullptr); }
-
     void everyVisibleCellIsLabelled();
-    void labelsNeedLargeCells_data();
-    void labelsNeedLargeCells();
-    void labelsFollowTheSource();
+    void labelsFillLargeCells();
     void columnIsNamedBeforeTheRow();
-    void textIsNotCut_data();
-    void textIsNotCut();
+    void nothingIsReadWithoutALock();
 };
-
-void PixelOverlayTest::init()
-{
-    reportedLines = 0;
-    setReportSink([](const std::string&) { ++reportedLines; });
-}
 
 void PixelOverlayTest::everyVisibleCellIsLabelled()
 {
@@ -145,112 +128,100 @@ void PixelOverlayTest::everyVisibleCellIsLabelled()
     QImage values = indexedImage({5, 4}, 111);
     values.setPixel(2, 1, 112);
     ShownSurface shown({4 * zoom + 20, 300});
-    shown.show(grayImage({5, 4}), zoom, {40, 30});
+    shown.show(colorImage({5, 4}, gray), zoom, {40, 30});
     shown.surface.setImageSrc(values);
     const QImage picture = shown.picture();
 
     const Labels labels(shown.surface, QStringLiteral(" 4, 3 "), QStringLiteral(" 255 "));
-    QVERIFY(labels.neededCell < zoom);
     const auto cellOf = [](int x, int y) { return QRect(x * zoom - 40, y * zoom - 30, zoom, zoom); };
+    for (const QRect& cell : {cellOf(1, 1), cellOf(2, 1), cellOf(3, 1), cellOf(1, 2), cellOf(3, 2)}) { // seen whole
+        const QRect box = labels.boxIn(cell).toAlignedRect();
+        QImage beside = picture;
+        QPainter(&beside).fillRect(box.adjusted(-1, -1, 1, 1), QColor(gray));
+        QCOMPARE(beside.copy(cell), colorImage({zoom, zoom}, gray));
+        const QRect inside = box.adjusted(2, 2, -2, -2);
+        for (int i = inside.left(); i <= inside.right(); ++i)
+            QVERIFY(ink(picture, {i, inside.top() - 3, 1, 3}).isValid() &&
+                    ink(picture, {i, inside.bottom() + 1, 1, 3}).isValid());
+        for (int i = inside.top(); i <= inside.bottom(); ++i)
+            QVERIFY(ink(picture, {inside.left() - 3, i, 3, 1}).isValid() &&
+                    ink(picture, {inside.right() + 1, i, 3, 1}).isValid());
+        QVERIFY(isLabelled(picture.copy(inside)));
+    }
+    // Coordinates above, the value below.
     const auto upper = [&](int x, int y) { return picture.copy(cellOf(x, y)).copy(0, 0, zoom, 47); };
     const auto lower = [&](int x, int y) { return picture.copy(cellOf(x, y)).copy(0, 47, zoom, zoom - 47); };
-    for (int x = 1; x < 4; ++x) { // those that are seen whole
-        for (int y = 1; y < 3; ++y) {
-            const QRectF box = labels.boxIn(cellOf(x, y));
-            const QRect inside = box.toAlignedRect().adjusted(2, 2, -2, -2);
-            QImage beside = picture;
-            QPainter(&beside).fillRect(box.toAlignedRect().adjusted(-1, -1, 1, 1), QColor(gray));
-            QCOMPARE(beside.copy(cellOf(x, y)), grayImage({zoom, zoom}));
-            for (int i = inside.left(); i <= inside.right(); ++i)
-                QVERIFY(ink(picture, {i, inside.top() - 3, 1, 3}).isValid() &&
-                        ink(picture, {i, inside.bottom() + 1, 1, 3}).isValid());
-            for (int i = inside.top(); i <= inside.bottom(); ++i)
-                QVERIFY(ink(picture, {inside.left() - 3, i, 3, 1}).isValid() &&
-                        ink(picture, {inside.right() + 1, i, 3, 1}).isValid());
-            QVERIFY(isLabelled(picture.copy(inside)));
-            QVERIFY(ink(picture, inside).intersects(cellOf(x, y).adjusted(0, 0, 0, -55)));
-            QVERIFY(ink(picture, inside).intersects(cellOf(x, y).adjusted(0, 55, 0, 0)));
-        }
-    }
-    QVERIFY(upper(1, 1) != upper(3, 1));
-    QVERIFY(upper(1, 1) != upper(1, 2));
-    QVERIFY(lower(1, 1) == lower(1, 2));
-    QVERIFY(lower(1, 1) != lower(2, 1));
+    QVERIFY(upper(1, 1) != upper(3, 1) && upper(1, 1) != upper(1, 2));
+    QVERIFY(lower(1, 1) == lower(1, 2) && lower(1, 1) != lower(2, 1));
+
     for (const QRect& cut : {cellOf(0, 0), cellOf(0, 1), cellOf(4, 1), cellOf(2, 0), cellOf(2, 3)})
         QVERIFY(isLabelled(picture.copy(cut & picture.rect())));
+    // A paint that begins within one cell and ends within the next labels both.
+    const QImage part = shown.picture(cellOf(2, 1).translated(60, 0));
+    QVERIFY(isLabelled(part.copy(0, 0, 36, zoom)) && isLabelled(part.copy(36, 0, zoom - 36, zoom)));
 }
 
-void PixelOverlayTest::labelsNeedLargeCells_data()
+// One surface after the other source: each is measured anew, whatever it has in common with the one before.
+void PixelOverlayTest::labelsFillLargeCells()
 {
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<Operation>("source");
-    QTest::addColumn<QString>("position");
-    QTest::addColumn<QString>("value");
-    const QString grayText = QStringLiteral(" %1 ");
-    const QString colorText = QStringLiteral(" R: %1 \n G: %1 \n B: %1 ");
-    const QString last = QStringLiteral(" 9, 7 ");
-    const QSize size(10, 8);
-    QTest::newRow("gray image") << size << from(indexedImage(size)) << last << grayText.arg(255);
-    QTest::newRow("colour image") << size << from(grayImage(size)) << last << colorText.arg(255);
-    QTest::newRow("8-bit frame") << size << fromLocked(size, Mono8) << last << grayText.arg(255);
-    QTest::newRow("16-bit frame") << size << fromLocked(size, Mono16) << last << grayText.arg(65535);
-    QTest::newRow("mosaic frame") << size << fromLocked(size, BayerRG12) << last << grayText.arg(4095);
-    QTest::newRow("colour frame") << size << fromLocked(size, RGB8) << last << colorText.arg(255);
-    QTest::newRow("wide image") << QSize(12000, 8) << from(indexedImage({12000, 8})) << QStringLiteral(" 11999, 7 ")
-                                << grayText.arg(255);
-}
-
-void PixelOverlayTest::labelsNeedLargeCells()
-{
-    QFETCH(QSize, size);
-    QFETCH(Operation, source);
-    QFETCH(QString, position);
-    QFETCH(QString, value);
+    AskingSource source([] { return ScopedLock(new FreeLock); });
+    const TestFrame frame(10000, 8, RGB16, 0xFF);
     ShownSurface shown({300, 250});
-    const double needed = Labels(shown.surface, position, value).neededCell;
-    QVERIFY2(needed < Surface::scalingMax(), QByteArray::number(needed));
-    source(shown.surface);
-    for (const double zoom : {1.0, Surface::scalingMax() / 10 - 0.01, Surface::scalingMax() / 10, needed - 0.01,
-                              needed + 0.01, Surface::scalingMax(), needed - 0.01, needed + 0.01}) {
-        shown.show(grayImage(size), zoom);
-        QVERIFY2(isLabelled(shown.picture()) == (zoom > needed), QByteArray::number(zoom));
-    }
+    const double largest = Surface::scalingMax();
+    const auto check = [&](const QSize& size, const QString& value) {
+        const QString last = QStringLiteral(" %1, %2 ").arg(size.width() - 1).arg(size.height() - 1);
+        const Labels labels(shown.surface, last, value);
+        const double needed = labels.neededCell;
+        QVERIFY2(needed < largest, QByteArray::number(needed));
+        for (const double zoom : {needed + 0.01, needed - 0.01, 1.0, largest / 10, needed + 0.01, largest}) {
+            shown.show(colorImage(size, gray), zoom);
+            QVERIFY2(isLabelled(shown.picture()) == (zoom > needed), QByteArray::number(zoom));
+        }
+        // Nothing of the text is cut.
+        QImage whole = colorImage({200, 200}, white);
+        whole.setDotsPerMeterX(qRound(shown.surface.logicalDpiX() / 0.0254));
+        whole.setDotsPerMeterY(qRound(shown.surface.logicalDpiY() / 0.0254));
+        QPainter painter(&whole);
+        painter.setFont(labels.font);
+        painter.drawText(QRectF(20.5, 20.5, 150, 150), Qt::AlignLeft, value);
+        painter.end();
+        const QRectF written =
+            labels.boxIn({0, 0, largest, largest}).adjusted(2, labels.positionSize.height() + 2, -2, -2);
+        const QSize off = ink(shown.picture(), written.toAlignedRect()).size() - ink(whole, whole.rect()).size();
+        QVERIFY2(std::abs(off.width()) <= 1 && std::abs(off.height()) <= 1,
+                 qPrintable(QStringLiteral("%1 x %2 too large").arg(off.width()).arg(off.height())));
+    };
+    const auto checkImage = [&](const QImage& image, const QString& value) {
+        shown.surface.setImageSrc(image);
+        check(image.size(), value);
+    };
+    const auto checkFrame = [&](int width, Format format, const QString& value) {
+        shown.surface.setImageSrc(&source, {frame.pixels.data(), std::size_t(width), 8, format, nullptr});
+        check({width, 8}, value);
+    };
+    const QString monoText = QStringLiteral(" %1 ");
+    const QString colorText = QStringLiteral(" R: %1 \n G: %1 \n B: %1 ");
+    shown.surface.setImageSrc(indexedImage({10, 8}, 255));
+    shown.picture(); // at 100 %, which tells nothing for the next zoom
+    checkImage(indexedImage({10, 8}, 255), monoText.arg(255));
+    checkImage(indexedImage({10000, 8}, 255), monoText.arg(255));
+    checkImage(indexedImage({10, 8}, 255), monoText.arg(255));
+    checkImage(colorImage({10, 8}, white), colorText.arg(255));
+    checkFrame(10, Mono8, monoText.arg(255));
+    checkFrame(10, Mono16, monoText.arg(65535));
+    checkFrame(10000, Mono16, monoText.arg(65535));
+    checkFrame(10000, RGB10p32, colorText.arg(1023));
+    checkFrame(10, Mono8, monoText.arg(255));
     shown.surface.setValueOverlayEnabled(false);
     QVERIFY(!isLabelled(shown.picture()));
-}
-
-void PixelOverlayTest::labelsFollowTheSource()
-{
-    ShownSurface shown({300, 250});
-    AskingSource source([] { return ScopedLock(new FreeLock); });
-    const TestFrame frame(12000, 8, RGB8);
-    const auto raw = [&](std::size_t width, Format format) {
-        return [&, width, format](Surface& s) {
-            s.setImageSrc(&source, {frame.pixels.data(), width, 8, format, nullptr});
-        };
-    };
-    // Each is measured anew, whatever it has in common with the one before.
-    const Operation narrow[] = {from(indexedImage({10, 8})), raw(10, Mono8)};
-    const Operation wide[] = {from(indexedImage({12000, 8})), from(grayImage({10, 8})), raw(10, RGB8),
-                              raw(12000, Mono8)};
-    shown.show(grayImage({12000, 8}),
-               Labels(shown.surface, QStringLiteral(" 9, 7 "), QStringLiteral(" 255 ")).neededCell + 0.01);
-    for (const Operation& small : narrow) {
-        for (const Operation& large : wide) {
-            small(shown.surface);
-            QVERIFY(isLabelled(shown.picture()));
-            large(shown.surface);
-            QVERIFY(!isLabelled(shown.picture()));
-        }
-    }
 }
 
 void PixelOverlayTest::columnIsNamedBeforeTheRow()
 {
     ShownSurface shown({120, 120});
     const double zoom = Surface::scalingMax();
-    shown.show(grayImage({2, 2000}), zoom, {0, zoom * 1111});
-    shown.surface.setImageSrc(indexedImage({2, 2000}));
+    shown.show(colorImage({2, 2000}, gray), zoom, {0, zoom * 1111});
+    shown.surface.setImageSrc(indexedImage({2, 2000}, 255));
     const Labels labels(shown.surface, QStringLiteral(" 1, 1999 "), QStringLiteral(" 255 "));
     QRectF position = labels.boxIn({0, 0, zoom, zoom});
     position.setHeight(labels.positionSize.height() - 2);
@@ -259,51 +230,36 @@ void PixelOverlayTest::columnIsNamedBeforeTheRow()
     QVERIFY(comma.center().x() < text.center().x());
 }
 
-void PixelOverlayTest::textIsNotCut_data()
+void PixelOverlayTest::nothingIsReadWithoutALock()
 {
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<Operation>("source");
-    QTest::addColumn<QString>("value");
-    const QString colorText = QStringLiteral(" R: %1 \n G: %1 \n B: %1 ");
-    const QSize size(2, 2);
-    QTest::newRow("gray image") << size << from(indexedImage(size)) << QStringLiteral(" 255 ");
-    QTest::newRow("colour image") << size << from(grayImage(size)) << colorText.arg(128);
-    QTest::newRow("10-bit frame") << size << fromLocked(size, Mono10) << QStringLiteral(" 1023 ");
-    QTest::newRow("16-bit frame") << size << fromLocked(size, Mono16) << QStringLiteral(" 65535 ");
-    QTest::newRow("30-bit frame") << size << fromLocked(size, RGB10p32) << colorText.arg(1023);
-    QTest::newRow("48-bit frame") << size << fromLocked(size, RGB16) << colorText.arg(65535);
-}
-
-void PixelOverlayTest::textIsNotCut()
-{
-    QFETCH(QSize, size);
-    QFETCH(Operation, source);
-    QFETCH(QString, value);
-    const double zoom = Surface::scalingMax();
-    ShownSurface shown({120, 120});
-    shown.show(grayImage(size), zoom);
-    source(shown.surface);
-
-    const Labels labels(shown.surface, QStringLiteral(" 1, 1 "), value);
-    QImage whole(200, 200, QImage::Format_RGB32);
-    whole.setDotsPerMeterX(qRound(shown.surface.logicalDpiX() / 0.0254));
-    whole.setDotsPerMeterY(qRound(shown.surface.logicalDpiY() / 0.0254));
-    whole.fill(Qt::white);
-    QPainter painter(&whole);
-    painter.setFont(labels.font);
-    painter.drawText(QRectF(20.5, 20.5, 150, 150), Qt::AlignLeft, value);
-    painter.end();
-    const QSize uncut = ink(whole, whole.rect()).size();
-
-    const QRectF box = labels.boxIn(QRectF(0, 0, zoom, zoom));
-    const QRectF written = box.adjusted(2, labels.positionSize.height() + 2, -2, -2);
-    const QSize seen = ink(shown.picture(), written.toAlignedRect()).size();
-    QVERIFY2(std::abs(seen.width() - uncut.width()) <= 1 && std::abs(seen.height() - uncut.height()) <= 1,
-             qPrintable(QStringLiteral("%1 x %2, not %3 x %4")
-                            .arg(seen.width())
-                            .arg(seen.height())
-                            .arg(uncut.width())
-                            .arg(uncut.height())));
+    reportedLines = 0;
+    setReportSink([](const std::string&) { ++reportedLines; });
+    const auto reset = qScopeGuard([] { setReportSink(nullptr); });
+    ShownSurface shown({250, 200});
+    Surface& surface = shown.surface;
+    shown.show(colorImage({4, 4}, gray), Surface::scalingMax());
+    const TestFrame frame(4, 4, Mono8, 9);
+    bool isThrowing = false;
+    AskingSource source([&] {
+        surface.setImageSrc(&source, frame.raw); // no mutex is held
+        return isThrowing ? throw std::runtime_error("gone") : ScopedLock();
+    });
+    const auto isRead = [&] {
+        PixVal value{true, 1, true, 1, 1, 1};
+        const bool success = surface.imageSrcPixVal({1, 1}, value);
+        const bool isEmpty = !value.mono && !value.color && value.value + value.r + value.g + value.b == 0;
+        return success || !isEmpty || isLabelled(shown.picture());
+    };
+    surface.setImageSrc(colorImage({4, 4}, gray));
+    QVERIFY(isRead());
+    surface.clearImageSrc();
+    QVERIFY(!isRead());
+    surface.setImageSrc(&source, frame.raw);
+    QVERIFY(!isRead());
+    QCOMPARE(reportedLines.load(), 0);
+    isThrowing = true;
+    QVERIFY(!isRead());
+    QCOMPARE(reportedLines.load(), 2);
 }
 
 QTEST_MAIN(PixelOverlayTest)
