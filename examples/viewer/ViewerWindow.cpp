@@ -11,12 +11,34 @@
 #include <QtWidgets/QStatusBar>
 
 #include <cstdio>
+#include <ctime>
 #include <utility>
+
+#if defined(_WIN32)
+#include <windows.h>
+#endif
 
 namespace {
 
 constexpr int statusIntervalMs = 250;
 constexpr int noFrameMs = 20000;
+
+// What this process has used of its processors so far.
+double processorSeconds()
+{
+#if defined(_WIN32)
+    // The C library's own clock tells the time of day here.
+    FILETIME created, ended, kernel, user;
+    if (!GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user))
+        return 0;
+    const auto seconds = [](const FILETIME& time) {
+        return (time.dwHighDateTime * 4294967296.0 + time.dwLowDateTime) * 1e-7;
+    };
+    return seconds(kernel) + seconds(user);
+#else
+    return double(std::clock()) / CLOCKS_PER_SEC;
+#endif
+}
 
 } // namespace
 
@@ -73,8 +95,8 @@ void ViewerWindow::imageUpdated()
 {
     if (m_isClosed)
         return;
-    if (m_firstFrameClock == 0)
-        m_firstFrameClock = std::clock();
+    if (m_processorTime < 0)
+        m_processorTime = processorSeconds();
     showPixel();
     if (m_options.frames == 0)
         return;
@@ -173,7 +195,7 @@ void ViewerWindow::countFrames()
     const quint64 converted = m_stream.framesConverted();
     const quint64 published = m_stream.framesPublished();
     // What came before the first frame, the start of the program, is left out.
-    const double seconds = double(std::clock() - m_firstFrameClock) / CLOCKS_PER_SEC;
+    const double seconds = processorSeconds() - m_processorTime;
     const QString cost = published > 1 ? QString::number(seconds * 1000 / double(published - 1), 'f', 2) : tr("-");
     m_statistics =
         tr("%1: %2 frames delivered, %3 converted, %4 published, %5 replaced unseen; %6 ms processor time a frame")

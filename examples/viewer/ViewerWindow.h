@@ -12,8 +12,6 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMainWindow>
 
-#include <ctime>
-
 /// Shows a source, which must outlive the window, and carries out `--frames` and `--screenshot`.
 class ViewerWindow : public QMainWindow
 {
@@ -51,7 +49,7 @@ private:
     QElapsedTimer m_sinceRate;
     quint64 m_publishedAtRate = 0;
     double m_rate = 0;                  // published frames a second, at the last measurement
-    std::clock_t m_firstFrameClock = 0; // processor time of this process
+    double m_processorTime = -1; // seconds of this process at the first frame; below 0 before it
     QString m_statistics;
     bool m_isClosed = false;
     int m_exitCode = 0;

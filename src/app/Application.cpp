@@ -4,6 +4,7 @@
 
 #include "base/Report.h"
 #include "platform/PluginPath.h"
+#include "platform/TransientParents.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QThread>
@@ -38,8 +39,7 @@ class Application::PrivateData : public QObject
 
 public:
     PrivateData(int count, const char* const* values);
-    // The toolkit goes first: what is left of its objects may still call on the rest.
-    ~PrivateData() override { toolkit.reset(); }
+    ~PrivateData() override;
 
     int argc;
     std::vector<std::string> arguments;
@@ -74,6 +74,13 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
         refuse("The toolkit application exists already.");
     addToolkitPluginPath();
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
+}
+
+// The hooks of windows go first, and then the toolkit: what is left of its objects may still call on the rest.
+Application::PrivateData::~PrivateData()
+{
+    removeTransientParents();
+    toolkit.reset();
 }
 
 // An idle method may add others; those take part from the next pass on.

@@ -7,6 +7,7 @@
 #include <QtCore/QFileInfo>
 #include <QtCore/QString>
 
+#include <vector>
 #include <windows.h>
 #endif
 
@@ -18,10 +19,11 @@ void addToolkitPluginPath()
     const HMODULE module = GetModuleHandleW(L"Qt5Core.dll");
     if (!module)
         return;
-    char fileName[MAX_PATH] = {};
-    if (GetModuleFileNameA(module, fileName, MAX_PATH) == 0)
-        return;
-    QCoreApplication::addLibraryPath(QFileInfo(QString::fromLocal8Bit(fileName)).path());
+    // The wide form: a user's folder may have a name that the system's 8-bit encoding has no letters for.
+    std::vector<wchar_t> name(32768); // the longest path that there can be
+    const DWORD length = GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size()));
+    if (length > 0 && length < name.size())
+        QCoreApplication::addLibraryPath(QFileInfo(QString::fromWCharArray(name.data(), int(length))).path());
 #endif
 }
 

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Checks that the shared library exports what the public headers declare and nothing else:
-# exported_symbols.sh <nm> <library> <folder of public headers>
+# exported_symbols.sh <folder of public headers> <library> <nm> or, for a DLL, <objdump>
 set -euo pipefail
 export LC_ALL=C
-nm=$1 library=$2 headers=$3
+headers=$1 library=$2 tool=$3
 failures=0
 
 fail() {
@@ -13,8 +13,12 @@ fail() {
     failures=$((failures + 1))
 }
 
-mangled=$("$nm" -D --defined-only "$library" | awk '{print $NF}')
-symbols=$("$nm" -D -C --defined-only "$library" | sed -E 's/^[0-9a-f]* *[A-Za-z] //')
+if [[ $library == *.dll ]]; then
+    mangled=$("$tool" -p "$library" | awk '/^\[Ordinal\/Name Pointer\] Table/ { on = 1; next } !NF { on = 0 } on { print $NF }')
+else
+    mangled=$("$tool" -D --defined-only "$library" | awk '{print $NF}')
+fi
+symbols=$(c++filt <<<"$mangled")
 [ -n "$symbols" ] || { echo "FAIL: $library exports nothing"; exit 1; }
 
 # The linker adds the last five on some systems.

@@ -4,7 +4,7 @@
 
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 
-#include <sys/mman.h>
+#include "support/Pages.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -107,37 +107,29 @@ private:
 class ProtectedPixels
 {
 public:
-    explicit ProtectedPixels(std::size_t size) : m_size(size)
-    {
-        void* const pages = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (pages == MAP_FAILED)
-            throw std::bad_alloc();
-        m_pages = static_cast<std::uint8_t*>(pages);
-    }
-    ~ProtectedPixels() { munmap(m_pages, m_size); }
+    explicit ProtectedPixels(std::size_t size) : m_pages(size) {}
     ProtectedPixels(const ProtectedPixels&) = delete;
     ProtectedPixels& operator=(const ProtectedPixels&) = delete;
 
-    std::uint8_t* data() { return m_pages; }
+    std::uint8_t* data() const { return m_pages.data(); }
 
     void acquire()
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         if (m_holders++ == 0)
-            mprotect(m_pages, m_size, PROT_READ | PROT_WRITE);
+            m_pages.setAccessible(0, m_pages.size(), true);
     }
     void release()
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         if (--m_holders == 0)
-            mprotect(m_pages, m_size, PROT_NONE);
+            m_pages.setAccessible(0, m_pages.size(), false);
     }
 
 private:
     std::mutex m_mutex;
     int m_holders = 1; // who fills them first
-    std::size_t m_size;
-    std::uint8_t* m_pages;
+    Pages m_pages;
 };
 
 class PixelsLock : public Vistrel::AbstractLock

@@ -8,7 +8,6 @@
 #include <QtCore/QSize>
 
 #include <cstdio>
-#include <stdexcept>
 
 namespace {
 
@@ -19,24 +18,11 @@ public:
     bool isRunning() const override { return true; }
 };
 
-bool secondApplicationIsRefused(int argc, char** argv)
-{
-    try {
-        Vistrel::Application second(argc, argv);
-    } catch (const std::runtime_error&) {
-        return true;
-    }
-    return false;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     Vistrel::Application application(argc, argv);
-    if (!secondApplicationIsRefused(argc, argv))
-        return 2;
-
     static const unsigned char pixels[12] = {0, 20, 40, 60, 80, 100, 120, 140, 160, 180, 200, 220};
     Source source;
     source.setFramesLocked(true);

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// The window system's own handles, without its headers.
+#pragma once
+
+// The very types of the Windows headers, with or without them, in either order.
+#if defined(_WIN32) && defined(NO_STRICT)
+typedef void* HWND;
+typedef void* HICON;
+#else
+/// A native top-level window: a window handle on Windows; on X11 the window's number, as a pointer.
+typedef struct HWND__* HWND;
+#if defined(_WIN32)
+typedef struct HICON__* HICON;
+#endif
+#endif

@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# What the scripts for Windows share. Sourced by bash after ../common.sh, not run.
+
+# Where scripts/windows/toolchain puts what it builds; cmake/windows.cmake looks there too.
+windows_cache=${XDG_CACHE_HOME:-$HOME/.cache}/vistrel/windows
+windows_prefix=$windows_cache/prefix
+# Where the compiler keeps its run-time libraries.
+compiler_folders=(/usr/lib/gcc/x86_64-w64-mingw32/*-posix /usr/x86_64-w64-mingw32/lib)
+
+windows_packages=(cmake ninja-build make pkg-config python3 dpkg-dev g++ g++-mingw-w64-x86-64-posix
+    libboost1.74-tools-dev fonts-liberation)
+wine_packages=(wine64 wine fonts-wine imagemagick zip unzip)
+
+# use_wine [FOLDER]...: sets up this shell so that `wine` finds libraries in these folders. Its state is this tree's own.
+use_wine() {
+    local folders=
+    [ $# -eq 0 ] || folders=$(printf 'Z:%s;' "$@")
+    export WINEPATH=${folders//\//\\} WINEPREFIX=$root/build/windows/wine WINEDEBUG=${WINEDEBUG:--all}
+    # Not wanted for programs like these: Wine's offers to fetch more, and its entries in the desktop's menus.
+    export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+    mkdir -p "$root/build/windows"
+}

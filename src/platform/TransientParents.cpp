@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+// Keeps windows stacked above windows that another toolkit or thread owns.
+#include "platform/TransientParents.h"
+
+#if defined(_WIN32)
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <set>
+#include <vector>
+#include <windows.h>
+#endif
+
+namespace Vistrel {
+
+#if defined(_WIN32)
+
+namespace {
+
+struct Parent
+{
+    DWORD thread; // which owns the window
+    std::set<HWND> children;
+};
+
+// Never deleted: a hook procedure may still run while the process ends.
+struct Registry
+{
+    std::mutex mutex; // never held while a window is moved: that calls other windows
+    std::map<HWND, Parent> parents;
+    std::map<DWORD, HHOOK> hooks; // by thread, for each thread that owns a parent
+};
+
+Registry& registry()
+{
+    static Registry* const instance = new Registry;
+    return *instance;
+}
+
+// The thread of this process that owns a living window, or 0.
+DWORD threadOf(HWND window)
+{
+    DWORD process = 0;
+    const DWORD thread = window ? GetWindowThreadProcessId(window, &process) : 0;
+    return process == GetCurrentProcessId() ? thread : 0;
+}
+
+// Under the mutex. A thread that ended took its windows along without a word, and its number may be another thread's.
+void forgetTheDead(Registry& all)
+{
+    for (auto entry = all.parents.begin(); entry != all.parents.end();)
+        entry = threadOf(entry->first) == entry->second.thread ? std::next(entry) : all.parents.erase(entry);
+}
+
+// Under the mutex.
+void removeIdleHooks(Registry& all)
+{
+    for (auto hook = all.hooks.begin(); hook != all.hooks.end();) {
+        const bool isNeeded = std::any_of(all.parents.begin(), all.parents.end(),
+                                          [&](const auto& entry) { return entry.second.thread == hook->first; });
+        if (!isNeeded)
+            UnhookWindowsHookEx(hook->second);
+        hook = isNeeded ? std::next(hook) : all.hooks.erase(hook);
+    }
+}
+
+// Under the mutex. Whether `window` is to stay above `lower`, or above what stays above it, and so on.
+bool isKeptAbove(const Registry& all, HWND window, HWND lower)
+{
+    const auto entry = all.parents.find(lower);
+    return entry != all.parents.end() &&
+           std::any_of(entry->second.children.begin(), entry->second.children.end(),
+                       [&](HWND child) { return child == window || isKeptAbove(all, window, child); });
+}
+
+void forgetParent(HWND parent)
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    if (all.parents.erase(parent) != 0)
+        removeIdleHooks(all);
+}
+
+bool isTopmost(HWND window)
+{
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+}
+
+BOOL CALLBACK addWindow(HWND window, LPARAM list)
+{
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+    return TRUE;
+}
+
+// Puts the children, in the order that they have, between the parent and the lowest window above it that is none of
+// them.
+void stackAbove(HWND parent, const std::set<HWND>& children)
+{
+    std::vector<HWND> windows; // from the highest to the lowest
+    EnumWindows(addWindow, reinterpret_cast<LPARAM>(&windows));
+    const auto place = std::find(windows.rbegin(), windows.rend(), parent);
+    if (place == windows.rend())
+        return;
+    const auto isChild = [&](HWND window) { return children.count(window) != 0; };
+    const auto other = std::find_if_not(std::next(place), windows.rend(), isChild);
+    if (std::distance(std::next(place), other) == std::count_if(windows.begin(), windows.end(), isChild))
+        return;
+
+    // Behind a topmost window an ordinary one would become topmost too.
+    HWND above = other == windows.rend() ? HWND_TOP : *other;
+    if (above != HWND_TOP && isTopmost(above) && !isTopmost(parent))
+        above = HWND_TOP;
+    // Each goes right below `above`, so over those before it. Asynchronous: a child's thread may be waiting for this
+    // one.
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
+        if (isChild(*window))
+            SetWindowPos(*window, above, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_ASYNCWINDOWPOS);
+    }
+}
+
+void parentWasMoved(HWND parent)
+{
+    std::set<HWND> children;
+    {
+        Registry& all = registry();
+        const std::lock_guard<std::mutex> guard(all.mutex);
+        const auto entry = all.parents.find(parent);
+        if (entry != all.parents.end())
+            children = entry->second.children;
+    }
+    if (!children.empty())
+        stackAbove(parent, children);
+}
+
+LRESULT CALLBACK beforeWindowProcedure(int code, WPARAM wParam, LPARAM lParam)
+{
+    if (code == HC_ACTION) {
+        const auto* const call = reinterpret_cast<const CWPSTRUCT*>(lParam);
+        if (call->message == WM_WINDOWPOSCHANGED)
+            parentWasMoved(call->hwnd);
+        else if (call->message == WM_NCDESTROY)
+            forgetParent(call->hwnd);
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+} // namespace
+
+bool addTransientChild(HWND parent, HWND child)
+{
+    const DWORD thread = threadOf(parent);
+    if (thread == 0 || threadOf(child) == 0 || parent == child)
+        return false;
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    forgetTheDead(all);
+    removeIdleHooks(all);
+    // Two windows that go above each other would never come to rest.
+    if (isKeptAbove(all, parent, child))
+        return false;
+    if (all.hooks.count(thread) == 0) {
+        const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, beforeWindowProcedure, nullptr, thread);
+        if (!hook)
+            return false;
+        all.hooks[thread] = hook;
+    }
+    Parent& entry = all.parents[parent];
+    entry.thread = thread;
+    entry.children.insert(child);
+    return true;
+}
+
+void removeTransientChild(HWND parent, HWND child)
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    const auto entry = all.parents.find(parent);
+    if (entry == all.parents.end())
+        return;
+    entry->second.children.erase(child);
+    if (entry->second.children.empty())
+        all.parents.erase(entry);
+    removeIdleHooks(all);
+}
+
+void removeTransientParents()
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    all.parents.clear();
+    removeIdleHooks(all);
+}
+
+#else
+
+bool addTransientChild(HWND, HWND)
+{
+    return false;
+}
+
+void removeTransientChild(HWND, HWND) {}
+
+void removeTransientParents() {}
+
+#endif
+
+} // namespace Vistrel

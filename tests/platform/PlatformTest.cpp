@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+// Tests what the library asks of Windows: plug-in path, icons, stacking above windows of other threads.
+#include "platform/IconHandle.h"
+#include "platform/PluginPath.h"
+#include "platform/TransientParents.h"
+
+#include <QtCore/QDir>
+#include <QtGui/QImage>
+#include <QtTest/QtTest>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include <windows.h>
+
+using namespace Vistrel;
+
+namespace {
+
+// Hidden: what is seen may be stacked again by the desktop at any moment.
+HWND createWindow()
+{
+    return CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPEDWINDOW, 0, 0, 200, 150, nullptr, nullptr,
+                           GetModuleHandleW(nullptr), nullptr);
+}
+
+void raise(HWND window)
+{
+    SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+}
+
+// A window of another thread, as a host has it whose user interface is not the toolkit's.
+class ForeignWindow
+{
+public:
+    ForeignWindow()
+    {
+        std::atomic<HWND> created{nullptr};
+        m_thread = std::thread([&] {
+            m_threadId = GetCurrentThreadId();
+            created = createWindow();
+            MSG message;
+            while (GetMessageW(&message, nullptr, 0, 0) > 0)
+                DispatchMessageW(&message);
+        });
+        while (!created)
+            std::this_thread::yield();
+        handle = created;
+    }
+    // The thread ends with its window still there, as threads do.
+    ~ForeignWindow()
+    {
+        PostThreadMessageW(m_threadId, WM_QUIT, 0, 0);
+        m_thread.join();
+    }
+
+    HWND handle = nullptr;
+
+private:
+    std::thread m_thread;
+    DWORD m_threadId = 0;
+};
+
+// The windows directly above one, nearest first.
+std::vector<HWND> above(HWND window, std::size_t count)
+{
+    std::vector<HWND> found;
+    while (found.size() < count && (window = GetWindow(window, GW_HWNDPREV)) != nullptr)
+        found.push_back(window);
+    return found;
+}
+
+bool isAbove(HWND upper, HWND lower)
+{
+    const std::vector<HWND> all = above(lower, 1000);
+    return std::find(all.begin(), all.end(), upper) != all.end();
+}
+
+} // namespace
+
+class PlatformTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pluginsAreLookedForBesideTheToolkit();
+    void iconKeepsItsPixels();
+    void childrenStayDirectlyAboveTheParent();
+    void registrationsEnd();
+};
+
+void PlatformTest::pluginsAreLookedForBesideTheToolkit()
+{
+    QCoreApplication::setLibraryPaths({});
+    addToolkitPluginPath();
+    QCOMPARE(QCoreApplication::libraryPaths().size(), 1);
+    QVERIFY(QFile::exists(QDir(QCoreApplication::libraryPaths().constFirst()).filePath(QStringLiteral("Qt5Core.dll"))));
+}
+
+void PlatformTest::iconKeepsItsPixels()
+{
+    std::vector<quint32> pixels(16 * 16, 0xFF2040C0);
+    pixels[0] = 0;             // clear
+    pixels[15] = 0xFFFF0000;   // red, at the top right
+    pixels[240] = 0x80008000u; // half a green
+    std::vector<quint8> mask(16 * 2, 0);
+    ICONINFO information = {TRUE, 0, 0, CreateBitmap(16, 16, 1, 1, mask.data()),
+                            CreateBitmap(16, 16, 1, 32, pixels.data())};
+    const HICON icon = CreateIconIndirect(&information);
+    QVERIFY(icon);
+
+    const QImage image = pixmapFromIcon(icon).toImage().convertToFormat(QImage::Format_ARGB32);
+    QCOMPARE(image.size(), QSize(16, 16));
+    QCOMPARE(qAlpha(image.pixel(0, 0)), 0);
+    QCOMPARE(image.pixel(15, 0), 0xFFFF0000);
+    QCOMPARE(image.pixel(8, 8), 0xFF2040C0);
+    QCOMPARE(qAlpha(image.pixel(0, 15)), 0x80);
+
+    DestroyIcon(icon);
+    DeleteObject(information.hbmMask);
+    DeleteObject(information.hbmColor);
+    QVERIFY(pixmapFromIcon(icon).isNull());
+    QVERIFY(pixmapFromIcon(nullptr).isNull());
+}
+
+void PlatformTest::childrenStayDirectlyAboveTheParent()
+{
+    const ForeignWindow parent;
+    const HWND first = createWindow();
+    const HWND other = createWindow();
+    const HWND second = createWindow();
+    QVERIFY(addTransientChild(parent.handle, first));
+    QVERIFY(addTransientChild(parent.handle, second));
+    QVERIFY(addTransientChild(second, other));
+    QVERIFY(!addTransientChild(other, parent.handle)); // a circle would go round for ever
+    removeTransientChild(second, other);
+
+    raise(parent.handle);
+    QTRY_COMPARE(above(parent.handle, 2), (std::vector<HWND>{first, second}));
+    // What comes between goes above both, and their order stays.
+    raise(other);
+    raise(parent.handle);
+    QTRY_COMPARE(above(parent.handle, 2), (std::vector<HWND>{first, second}));
+
+    removeTransientChild(parent.handle, first);
+    raise(parent.handle);
+    QTRY_COMPARE(above(parent.handle, 1), std::vector<HWND>{second});
+    QVERIFY(!isAbove(first, parent.handle));
+    for (const HWND window : {first, other, second})
+        DestroyWindow(window);
+    removeTransientParents();
+}
+
+void PlatformTest::registrationsEnd()
+{
+    const HWND child = createWindow();
+    HWND gone = nullptr;
+    {
+        const ForeignWindow parent;
+        gone = parent.handle;
+        QVERIFY(!addTransientChild(parent.handle, parent.handle));
+        QVERIFY(!addTransientChild(parent.handle, nullptr));
+        QVERIFY(!addTransientChild(nullptr, child));
+        QVERIFY(!addTransientChild(GetDesktopWindow(), child)); // another process owns it
+        QVERIFY(addTransientChild(parent.handle, child));
+    }
+    QVERIFY(!addTransientChild(gone, child));
+    removeTransientChild(gone, child);
+
+    // With nothing registered, the parent goes above its former child.
+    const ForeignWindow parent;
+    QVERIFY(addTransientChild(parent.handle, child));
+    removeTransientParents();
+    raise(child);
+    raise(parent.handle);
+    QVERIFY(!isAbove(child, parent.handle));
+    DestroyWindow(child);
+}
+
+QTEST_MAIN(PlatformTest)
+#include "PlatformTest.moc"
