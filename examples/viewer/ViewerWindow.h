@@ -48,7 +48,7 @@ private:
     QTimer m_noFrame; // runs only with `--frames`, which promises an end
     QElapsedTimer m_sinceRate;
     quint64 m_publishedAtRate = 0;
-    double m_rate = 0;                  // published frames a second, at the last measurement
+    double m_rate = 0;           // published frames a second, at the last measurement
     double m_processorTime = -1; // seconds of this process at the first frame; below 0 before it
     QString m_statistics;
     bool m_isClosed = false;

@@ -8,7 +8,7 @@ typedef void* HWND;
 typedef void* HICON;
 #else
 /// A native top-level window: a window handle on Windows; on X11 the window's number, as a pointer.
-typedef struct HWND__* HWND;
+typedef struct HWND__* HWND; // NOLINT(bugprone-reserved-identifier): the system's own
 #if defined(_WIN32)
 typedef struct HICON__* HICON;
 #endif

@@ -3,6 +3,8 @@
 #include "platform/TransientParents.h"
 
 #if defined(_WIN32)
+#include "base/Report.h"
+
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -136,10 +138,15 @@ LRESULT CALLBACK beforeWindowProcedure(int code, WPARAM wParam, LPARAM lParam)
 {
     if (code == HC_ACTION) {
         const auto* const call = reinterpret_cast<const CWPSTRUCT*>(lParam);
-        if (call->message == WM_WINDOWPOSCHANGED)
-            parentWasMoved(call->hwnd);
-        else if (call->message == WM_NCDESTROY)
+        if (call->message == WM_WINDOWPOSCHANGED) {
+            try {
+                parentWasMoved(call->hwnd);
+            } catch (...) {
+                reportException("stacking above a transient parent"); // nothing may leave for the system
+            }
+        } else if (call->message == WM_NCDESTROY) {
             forgetParent(call->hwnd);
+        }
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }

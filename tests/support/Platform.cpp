@@ -5,7 +5,7 @@
 
 namespace {
 
-[[maybe_unused]] const bool isChosen = qEnvironmentVariableIsSet("QT_QPA_PLATFORM") ||
-                                       qputenv("QT_QPA_PLATFORM", VISTREL_TEST_PLATFORM);
+[[maybe_unused]] const bool isChosen =
+    qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qputenv("QT_QPA_PLATFORM", VISTREL_TEST_PLATFORM);
 
 } // namespace
