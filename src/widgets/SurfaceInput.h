@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+// What the mouse does over a surface in its scroll area.
+#pragma once
+
+#include <QtCore/QObject>
+#include <QtCore/QPoint>
+
+class QMouseEvent;
+
+namespace Vistrel {
+
+class Surface;
+class SurfaceScrollArea;
+
+/// The wheel zooms about the pointer, one step an event.
+class ViewportEventFilter : public QObject
+{
+public:
+    ViewportEventFilter(SurfaceScrollArea& area, Surface& surface);
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    SurfaceScrollArea& m_area;
+    Surface& m_surface;
+};
+
+/// The left button drags the image; the pixel under the pointer becomes the active one.
+class ImageSurfaceEventFilter : public QObject
+{
+public:
+    ImageSurfaceEventFilter(SurfaceScrollArea& area, Surface& surface);
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void press(const QMouseEvent& event);
+    bool move(QMouseEvent& event);
+    void followPointer(const QPoint& globalPosition);
+
+    SurfaceScrollArea& m_area;
+    Surface& m_surface;
+    bool m_isDragging = false;
+    QPoint m_pressed; // global
+    QPoint m_anchor;  // image offset plus global position, which a drag keeps
+};
+
+} // namespace Vistrel

@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: MIT
+// A surface with scroll bars, zoomed and moved by mouse and keys.
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include "widgets/SurfaceInput.h"
+
+#include <Vistrel/Surface.h>
+
+#include <QtCore/QSignalBlocker>
+#include <QtGui/QPalette>
+#include <QtWidgets/QGridLayout>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QShortcut>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Vistrel {
+
+namespace {
+
+constexpr QPoint viewCentre(-1, -1);
+
+} // namespace
+
+class SurfaceScrollArea::PrivateData : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PrivateData(SurfaceScrollArea* owner);
+
+    bool setRange(QScrollBar* bar, int imageLength, int viewLength, bool canScroll, int singleStep);
+    void setValues(const QPointF& offset);
+
+    SurfaceScrollArea* const area;
+    QGridLayout* const layout;
+    Surface* const surface;
+    QScrollBar* const horizontal;
+    QScrollBar* const vertical;
+    QWidget* corner = nullptr;
+
+public Q_SLOTS:
+    void updateScrollRange();
+    void updateScrollPos(QPointF offset);
+};
+
+SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
+    : area(owner),
+      layout(new QGridLayout(owner)),
+      surface(new Surface(owner)),
+      horizontal(new QScrollBar(Qt::Horizontal, owner)),
+      vertical(new QScrollBar(Qt::Vertical, owner))
+{
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(surface, 0, 0);
+    layout->addWidget(horizontal, 1, 0);
+    layout->addWidget(vertical, 0, 1);
+}
+
+SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
+{
+    Surface* const surface = m_data->surface;
+    QPalette palette = this->palette();
+    palette.setBrush(QPalette::Window, QBrush(Qt::darkGray, Qt::SolidPattern));
+    surface->setPalette(palette);
+    surface->setAutoFillBackground(true);
+
+    const std::pair<QKeySequence, const char*> shortcuts[] = {
+        {Qt::Key_Left, SLOT(stepLeft())},
+        {Qt::Key_Right, SLOT(stepRight())},
+        {Qt::Key_Up, SLOT(stepUp())},
+        {Qt::Key_Down, SLOT(stepDown())},
+        {int(Qt::CTRL) | int(Qt::Key_Left), SLOT(pageLeft())},
+        {int(Qt::CTRL) | int(Qt::Key_Right), SLOT(pageRight())},
+        {int(Qt::CTRL) | int(Qt::Key_Up), SLOT(pageUp())},
+        {int(Qt::CTRL) | int(Qt::Key_Down), SLOT(pageDown())},
+    };
+    for (const auto& [keys, slot] : shortcuts) {
+        auto* const shortcut = new QShortcut(keys, this);
+        shortcut->setContext(Qt::WindowShortcut);
+        connect(shortcut, SIGNAL(activated()), this, slot);
+    }
+    new ViewportEventFilter(*this, *surface);
+    new ImageSurfaceEventFilter(*this, *surface);
+
+    connect(surface, SIGNAL(pixelRangeChanged()), m_data, SLOT(updateScrollRange()), Qt::QueuedConnection);
+    connect(surface, SIGNAL(pixelOffsetChanged(QPointF)), m_data, SLOT(updateScrollPos(QPointF)), Qt::QueuedConnection);
+    connect(m_data->horizontal, SIGNAL(valueChanged(int)), surface, SLOT(setScaledOffsetX(int)));
+    connect(m_data->vertical, SIGNAL(valueChanged(int)), surface, SLOT(setScaledOffsetY(int)));
+    m_data->horizontal->hide();
+    m_data->vertical->hide();
+}
+
+SurfaceScrollArea::~SurfaceScrollArea()
+{
+    delete m_data;
+}
+
+Surface* SurfaceScrollArea::surface()
+{
+    return m_data->surface;
+}
+
+const Surface* SurfaceScrollArea::surface() const
+{
+    return m_data->surface;
+}
+
+QScrollBar* SurfaceScrollArea::horizontalScrollBar()
+{
+    return m_data->horizontal;
+}
+
+const QScrollBar* SurfaceScrollArea::horizontalScrollBar() const
+{
+    return m_data->horizontal;
+}
+
+QScrollBar* SurfaceScrollArea::verticalScrollBar()
+{
+    return m_data->vertical;
+}
+
+const QScrollBar* SurfaceScrollArea::verticalScrollBar() const
+{
+    return m_data->vertical;
+}
+
+QWidget* SurfaceScrollArea::cornerWidget()
+{
+    return m_data->corner;
+}
+
+const QWidget* SurfaceScrollArea::cornerWidget() const
+{
+    return m_data->corner;
+}
+
+void SurfaceScrollArea::setCornerWidget(QWidget* const widget)
+{
+    if (QWidget* const previous = m_data->corner) {
+        m_data->layout->removeWidget(previous);
+        if (previous->parent() == this && previous != widget)
+            delete previous;
+    }
+    m_data->corner = widget;
+    if (widget) {
+        widget->setParent(this);
+        m_data->layout->addWidget(widget, 1, 1);
+    }
+    m_data->updateScrollRange();
+}
+
+// Scroll bars ---------------------------------------------------------------------------------------------------------
+
+bool SurfaceScrollArea::PrivateData::setRange(QScrollBar* bar, int imageLength, int viewLength, bool canScroll,
+                                              int singleStep)
+{
+    const int range = std::max(imageLength - viewLength, 0);
+    const bool isScrollable = canScroll && range > 0;
+    const QSignalBlocker blocker(bar);
+    bar->setRange(0, range);
+    bar->setVisible(isScrollable);
+    bar->setEnabled(isScrollable);
+    bar->setSingleStep(singleStep);
+    bar->setPageStep(viewLength);
+    return isScrollable;
+}
+
+void SurfaceScrollArea::PrivateData::updateScrollRange()
+{
+    const bool wasHorizontal = area->hBarScrollable();
+    const bool wasVertical = area->vBarScrollable();
+    const QSize scaled = surface->scaledSize().toSize();
+    const bool canScroll = !surface->scaleToFit() && scaled.width() >= 1 && scaled.height() >= 1;
+    const int singleStep = static_cast<int>(std::max(surface->scaling(), 1.0));
+    const bool isHorizontal = setRange(horizontal, scaled.width(), surface->width(), canScroll, singleStep);
+    const bool isVertical = setRange(vertical, scaled.height(), surface->height(), canScroll, singleStep);
+
+    if (corner) {
+        const int side = std::min(horizontal->sizeHint().height(), vertical->sizeHint().width());
+        corner->setFixedSize(side, side);
+        corner->setVisible(isHorizontal || isVertical);
+    }
+    if (isHorizontal == wasHorizontal && isVertical == wasVertical)
+        return;
+    // The surface takes the cell of a hidden bar.
+    layout->removeWidget(surface);
+    layout->addWidget(surface, 0, 0, isHorizontal ? 1 : 2, isVertical ? 1 : 2);
+    Q_EMIT area->scrollabilityChanged(isHorizontal, isVertical);
+}
+
+// The surface is not told back: it has the exact offset, of which the bars show whole pixels.
+void SurfaceScrollArea::PrivateData::setValues(const QPointF& offset)
+{
+    const QSignalBlocker blockHorizontal(horizontal);
+    const QSignalBlocker blockVertical(vertical);
+    horizontal->setValue(static_cast<int>(offset.x()));
+    vertical->setValue(static_cast<int>(offset.y()));
+}
+
+void SurfaceScrollArea::PrivateData::updateScrollPos(QPointF offset)
+{
+    updateScrollRange();
+    setValues(offset);
+}
+
+QPoint SurfaceScrollArea::imageOffset() const
+{
+    return {m_data->horizontal->value(), m_data->vertical->value()};
+}
+
+bool SurfaceScrollArea::hBarScrollable() const
+{
+    return m_data->horizontal->isEnabled() && m_data->horizontal->isVisibleTo(this);
+}
+
+bool SurfaceScrollArea::vBarScrollable() const
+{
+    return m_data->vertical->isEnabled() && m_data->vertical->isVisibleTo(this);
+}
+
+void SurfaceScrollArea::setImageOffset(const QPointF& offset)
+{
+    m_data->setValues(offset);
+    m_data->surface->setScaledOffset(offset);
+}
+
+void SurfaceScrollArea::stepLeft()
+{
+    m_data->horizontal->triggerAction(QAbstractSlider::SliderSingleStepSub);
+}
+
+void SurfaceScrollArea::stepRight()
+{
+    m_data->horizontal->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+}
+
+void SurfaceScrollArea::stepUp()
+{
+    m_data->vertical->triggerAction(QAbstractSlider::SliderSingleStepSub);
+}
+
+void SurfaceScrollArea::stepDown()
+{
+    m_data->vertical->triggerAction(QAbstractSlider::SliderSingleStepAdd);
+}
+
+void SurfaceScrollArea::pageLeft()
+{
+    m_data->horizontal->triggerAction(QAbstractSlider::SliderPageStepSub);
+}
+
+void SurfaceScrollArea::pageRight()
+{
+    m_data->horizontal->triggerAction(QAbstractSlider::SliderPageStepAdd);
+}
+
+void SurfaceScrollArea::pageUp()
+{
+    m_data->vertical->triggerAction(QAbstractSlider::SliderPageStepSub);
+}
+
+void SurfaceScrollArea::pageDown()
+{
+    m_data->vertical->triggerAction(QAbstractSlider::SliderPageStepAdd);
+}
+
+// Zoom ----------------------------------------------------------------------------------------------------------------
+
+double SurfaceScrollArea::zoomScaling() const
+{
+    return m_data->surface->scaling();
+}
+
+bool SurfaceScrollArea::zoomToFit() const
+{
+    return m_data->surface->scaleToFit();
+}
+
+void SurfaceScrollArea::setZoomToFit(bool enabled)
+{
+    m_data->surface->setScaleToFit(enabled);
+}
+
+void SurfaceScrollArea::setZoomTo(double scale, const QPoint& centerRef)
+{
+    Surface* const surface = m_data->surface;
+    if (surface->pixmap().isNull())
+        return;
+    const double before = surface->scaling();
+    const QPointF offset = surface->scaledOffset();
+    const QRectF view = surface->rect();
+    surface->setScaling(scale);
+    const double after = surface->scaling();
+    if (std::abs(before - after) <= Surface::scalingMin())
+        return;
+    // Bars that come or go resize the surface, which moves the image; they do it before the image is put in its place.
+    m_data->updateScrollRange();
+    m_data->layout->activate();
+    const QPointF reference = view.contains(centerRef) ? QPointF(centerRef) : view.center();
+    surface->setScaledOffset((offset + reference) * after / before - reference);
+}
+
+void SurfaceScrollArea::doZoomIn(const QPoint& centerRef)
+{
+    setZoomTo(zoomScaling() * Surface::scalingRatio(), centerRef);
+}
+
+void SurfaceScrollArea::doZoomOut(const QPoint& centerRef)
+{
+    setZoomTo(zoomScaling() / Surface::scalingRatio(), centerRef);
+}
+
+void SurfaceScrollArea::doZoomTo25()
+{
+    setZoomTo(0.25, viewCentre);
+}
+
+void SurfaceScrollArea::doZoomTo50()
+{
+    setZoomTo(0.5, viewCentre);
+}
+
+void SurfaceScrollArea::doZoomTo100()
+{
+    setZoomTo(1.0, viewCentre);
+}
+
+void SurfaceScrollArea::doZoomTo200()
+{
+    setZoomTo(2.0, viewCentre);
+}
+
+void SurfaceScrollArea::doZoomTo400()
+{
+    setZoomTo(4.0, viewCentre);
+}
+
+void SurfaceScrollArea::doZoomTo800()
+{
+    setZoomTo(8.0, viewCentre);
+}
+
+} // namespace Vistrel
+
+#include "SurfaceScrollArea.moc"

@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: MIT
+// Tests zooming about a point, dragging, and scroll bars that follow the view, by real events.
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include <QtTest/QSignalSpy>
+#include <QtTest/QTest>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QScrollBar>
+
+using namespace Vistrel;
+
+namespace {
+
+struct ShownArea
+{
+    explicit ShownArea(const QSize& image = {600, 500})
+    {
+        area.resize(300, 200);
+        host.show();
+        if (!image.isEmpty())
+            surface->setPixmap(QPixmap(image));
+        settle();
+    }
+
+    static void settle() { QCoreApplication::processEvents(); }
+
+    // Scaled pixels from the image's corner, exact.
+    QPointF imagePoint(const QPointF& position) const
+    {
+        return (surface->scaledOffset() + position) / surface->scaling();
+    }
+
+    void wheel(const QPoint& position, const QPoint& turn)
+    {
+        QWheelEvent event(position, surface->mapToGlobal(position), {}, turn, Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        event.ignore();
+        QApplication::sendEvent(surface, &event);
+        isConsumed = event.isAccepted();
+    }
+
+    void mouse(QEvent::Type type, const QPoint& position, Qt::MouseButtons buttons)
+    {
+        QMouseEvent event(type, position, surface->mapToGlobal(position),
+                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, Qt::NoModifier);
+        QApplication::sendEvent(surface, &event);
+    }
+
+    QWidget host;
+    SurfaceScrollArea area{&host};
+    Surface* const surface = area.surface();
+    bool isConsumed = false;
+};
+
+bool isNear(const QPointF& a, const QPointF& b)
+{
+    return (a - b).manhattanLength() < 0.01;
+}
+
+} // namespace
+
+class SurfaceScrollAreaTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void zoomKeepsThePointUnderTheReference_data();
+    void zoomKeepsThePointUnderTheReference();
+    void wheelZoomsAStepAnEvent();
+    void dragBeginsAtThreePixels();
+    void activePixelIsUnderThePointer();
+    void barsComeAndGo();
+    void barsAndKeysMoveTheView();
+    void cornerWidgetIsOwned();
+};
+
+void SurfaceScrollAreaTest::zoomKeepsThePointUnderTheReference_data()
+{
+    QTest::addColumn<double>("before"); // 0: fitted, so the bars come with the zoom
+    QTest::addColumn<double>("after");
+    QTest::addColumn<QPoint>("reference");
+    QTest::addColumn<bool>("isInside");
+    QTest::newRow("at a point") << 1.0 << 2.0 << QPoint(40, 150) << true;
+    QTest::newRow("out at a point") << 2.0 << 1.0 << QPoint(40, 60) << true;
+    QTest::newRow("from fitted") << 0.0 << 2.0 << QPoint(120, 90) << true;
+    QTest::newRow("about the centre") << 1.0 << 2.0 << QPoint(-1, -1) << false;
+    QTest::newRow("outside the view") << 1.0 << 2.0 << QPoint(500, 10) << false;
+}
+
+void SurfaceScrollAreaTest::zoomKeepsThePointUnderTheReference()
+{
+    QFETCH(double, before);
+    QFETCH(double, after);
+    QFETCH(QPoint, reference);
+    QFETCH(bool, isInside);
+    ShownArea shown;
+    if (before > 0) {
+        shown.area.setZoomTo(before, {-1, -1});
+        shown.settle();
+        shown.area.setImageOffset({100, 120});
+        shown.settle();
+    }
+    const QPointF kept = isInside ? QPointF(reference) : QRectF(shown.surface->rect()).center();
+    const QPointF point = shown.imagePoint(kept);
+    shown.area.setZoomTo(after, reference);
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY2(isNear(shown.imagePoint(kept), point), QByteArray::number(i));
+        shown.settle(); // the bars follow, and leave it there
+    }
+    QCOMPARE(shown.area.zoomScaling(), after);
+    QVERIFY(!shown.area.zoomToFit() && shown.area.hBarScrollable() && shown.area.vBarScrollable());
+}
+
+void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
+{
+    ShownArea shown;
+    shown.area.setZoomTo(1, {-1, -1});
+    const QPoint position(70, 30);
+    const QPointF point = shown.imagePoint(position);
+    shown.wheel(position, {0, 360});
+    QCOMPARE(shown.area.zoomScaling(), 1.125);
+    QVERIFY(shown.isConsumed && isNear(shown.imagePoint(position), point));
+    shown.wheel(position, {0, -15});
+    QCOMPARE(shown.area.zoomScaling(), 1.0);
+    QVERIFY(shown.isConsumed);
+    shown.wheel(position, {120, 0});
+    QCOMPARE(shown.area.zoomScaling(), 1.0);
+    QVERIFY(!shown.isConsumed);
+
+    ShownArea empty{QSize()};
+    const double scaling = empty.area.zoomScaling();
+    empty.area.doZoomTo400();
+    empty.wheel(position, {0, 120});
+    QCOMPARE(empty.area.zoomScaling(), scaling);
+    QVERIFY(empty.area.zoomToFit());
+}
+
+void SurfaceScrollAreaTest::dragBeginsAtThreePixels()
+{
+    ShownArea shown;
+    shown.area.setZoomTo(1, {-1, -1});
+    shown.settle();
+    shown.area.setImageOffset({100, 120});
+    QCOMPARE(shown.surface->cursor().shape(), Qt::OpenHandCursor);
+    shown.mouse(QEvent::MouseButtonPress, {50, 50}, Qt::LeftButton);
+    QCOMPARE(shown.surface->cursor().shape(), Qt::ClosedHandCursor);
+    shown.mouse(QEvent::MouseMove, {49, 49}, Qt::LeftButton);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(100, 120));
+    shown.mouse(QEvent::MouseMove, {48, 49}, Qt::LeftButton);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(102, 121));
+    shown.settle();
+    shown.mouse(QEvent::MouseMove, {90, 20}, Qt::LeftButton);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(60, 150));
+    shown.mouse(QEvent::MouseMove, {2000, 2000}, Qt::LeftButton);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(0, 0));
+    shown.mouse(QEvent::MouseButtonRelease, {2000, 2000}, Qt::NoButton);
+    QCOMPARE(shown.surface->cursor().shape(), Qt::OpenHandCursor);
+    shown.mouse(QEvent::MouseMove, {10, 10}, Qt::NoButton);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(0, 0));
+}
+
+void SurfaceScrollAreaTest::activePixelIsUnderThePointer()
+{
+    ShownArea shown({30, 20}); // smaller than the view, so in its middle
+    shown.area.setZoomTo(4, {-1, -1});
+    shown.settle();
+    const QPointF corner = shown.surface->scaledRect().topLeft();
+    const QPoint position = (corner + QPointF(4 * 7 + 3, 4 * 2)).toPoint();
+    shown.mouse(QEvent::MouseMove, position, Qt::NoButton);
+    QCOMPARE(shown.surface->activePixel(), QPoint(7, 2));
+    shown.mouse(QEvent::MouseMove, {-1, 20}, Qt::NoButton);
+    QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
+    shown.mouse(QEvent::MouseMove, position, Qt::NoButton);
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(shown.surface, &leave);
+    QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
+}
+
+void SurfaceScrollAreaTest::barsComeAndGo()
+{
+    ShownArea shown({600, 100});
+    QSignalSpy changed(&shown.area, &SurfaceScrollArea::scrollabilityChanged);
+    QVERIFY(!shown.area.horizontalScrollBar()->isVisible() && shown.surface->size() == shown.area.size());
+    shown.area.setZoomTo(1, {-1, -1});
+    shown.settle();
+    QCOMPARE(changed.size(), 1);
+    QCOMPARE(changed.constFirst(), (QVariantList{true, false}));
+    const QScrollBar* const bar = shown.area.horizontalScrollBar();
+    QVERIFY(bar->isVisible() && !shown.area.verticalScrollBar()->isVisible());
+    QCOMPARE(shown.surface->size(), QSize(300, 200 - bar->height()));
+    QCOMPARE(bar->maximum(), 300);
+    QCOMPARE(bar->pageStep(), 300);
+    // Narrower than the view: the bar goes, once, and the surface takes its place.
+    shown.area.doZoomTo25();
+    for (int i = 0; i < 5; ++i)
+        shown.settle();
+    QCOMPARE(changed.size(), 2);
+    QVERIFY(!bar->isVisible() && shown.surface->size() == shown.area.size());
+    shown.area.doZoomTo800();
+    shown.area.setZoomToFit(true);
+    shown.settle();
+    QVERIFY(!bar->isVisible() && !shown.area.hBarScrollable());
+}
+
+void SurfaceScrollAreaTest::barsAndKeysMoveTheView()
+{
+    ShownArea shown;
+    shown.area.setZoomTo(2.5, {-1, -1});
+    shown.settle();
+    shown.area.setImageOffset({100.75, 120.25});
+    shown.settle();
+    QCOMPARE(shown.area.imageOffset(), QPoint(100, 120));
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(100.75, 120.25)); // not told back by the bars
+    QVERIFY(QTest::qWaitForWindowActive(&shown.host));
+    const int width = shown.surface->width();
+    QTest::keyClick(&shown.area, Qt::Key_Right);
+    QTest::keyClick(&shown.area, Qt::Key_Up);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(102, 118)); // an image pixel, in whole screen pixels
+    QTest::keyClick(&shown.area, Qt::Key_Right, Qt::ControlModifier);
+    QCOMPARE(shown.surface->scaledOffset().x(), 102.0 + width);
+    QTest::keyClick(&shown.area, Qt::Key_Left, Qt::ControlModifier);
+    QTest::keyClick(&shown.area, Qt::Key_Left);
+    QTest::keyClick(&shown.area, Qt::Key_Down, Qt::ControlModifier);
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(100, 118 + shown.surface->height()));
+}
+
+void SurfaceScrollAreaTest::cornerWidgetIsOwned()
+{
+    ShownArea shown;
+    const QPointer<QWidget> first = new QWidget;
+    const QPointer<QWidget> second = new QWidget;
+    shown.area.setCornerWidget(first);
+    QVERIFY(!first->isVisible());
+    shown.area.setZoomTo(1, {-1, -1});
+    shown.settle();
+    QVERIFY(first->isVisible() && first->width() == first->height());
+    shown.area.setCornerWidget(first); // again: it stays
+    QVERIFY(first);
+    shown.area.setCornerWidget(second);
+    QVERIFY(!first && shown.area.cornerWidget() == second && second->isVisible());
+    shown.area.setCornerWidget(nullptr);
+    QVERIFY(!second && !shown.area.cornerWidget());
+}
+
+QTEST_MAIN(SurfaceScrollAreaTest)
+#include "SurfaceScrollAreaTest.moc"
