@@ -50,6 +50,7 @@ ViewerWindow::ViewerWindow(Vistrel::AbstractAcquisitionInterface* source, const 
       m_pixel(new QLabel(this))
 {
     setWindowTitle(tr("%1 - Vistrel Viewer").arg(title));
+    setWindowIcon(QIcon(QStringLiteral(":/Icons/VistrelIcon.png")));
     setCentralWidget(m_view);
     statusBar()->setSizeGripEnabled(false);
     statusBar()->addWidget(m_status, 1);
