@@ -6,7 +6,7 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-if(DEFINED ENV{XDG_CACHE_HOME})
+if(NOT "$ENV{XDG_CACHE_HOME}" STREQUAL "")
   set(vistrel_cache $ENV{XDG_CACHE_HOME})
 else()
   set(vistrel_cache $ENV{HOME}/.cache)

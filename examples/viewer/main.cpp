@@ -11,6 +11,12 @@
 #include <cstdio>
 #include <exception>
 
+#if defined(_WIN32)
+#include <windows.h>
+
+#include <shellapi.h>
+#endif
+
 namespace {
 
 std::unique_ptr<Vistrel::AbstractAcquisitionInterface> openSource(const Options& options)
@@ -39,13 +45,34 @@ QString titleOf(const Options& options)
     return QStringLiteral("Test pattern");
 }
 
-} // namespace
-
-int main(int argc, char* argv[])
+#if defined(_WIN32)
+// From the system: the C library's own have lost every letter that the 8-bit encoding does not know.
+QStringList commandLine(int, char**)
+{
+    QStringList arguments;
+    int count = 0;
+    if (wchar_t** const values = CommandLineToArgvW(GetCommandLineW(), &count)) {
+        for (int i = 0; i < count; ++i)
+            arguments.append(QString::fromWCharArray(values[i]));
+        LocalFree(values);
+    }
+    return arguments;
+}
+#else
+QStringList commandLine(int argc, char** argv)
 {
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
+#endif
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QStringList arguments = commandLine(argc, argv);
     QString error;
     const std::optional<Options> options = parseOptions(arguments, &error);
     if (!options) {

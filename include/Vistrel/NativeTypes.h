@@ -3,7 +3,7 @@
 #pragma once
 
 // The very types of the Windows headers, with or without them, in either order.
-#if defined(_WIN32) && defined(NO_STRICT)
+#if defined(_WIN32) && defined(NO_STRICT) && !defined(STRICT)
 typedef void* HWND;
 typedef void* HICON;
 #else

@@ -2,13 +2,16 @@
 # What the scripts for Windows share. Sourced by bash after ../common.sh, not run.
 
 # Where scripts/windows/toolchain puts what it builds; cmake/windows.cmake looks there too.
-windows_cache=${XDG_CACHE_HOME:-$HOME/.cache}/vistrel/windows
+windows_cache=${XDG_CACHE_HOME:-${HOME:?names no folder to build in}/.cache}/vistrel/windows
 windows_prefix=$windows_cache/prefix
-# Where the compiler keeps its run-time libraries.
-compiler_folders=(/usr/lib/gcc/x86_64-w64-mingw32/*-posix /usr/x86_64-w64-mingw32/lib)
+
+# Where the compiler, once it is installed, keeps its run-time libraries.
+compiler_folders() {
+    printf '%s\n' /usr/lib/gcc/x86_64-w64-mingw32/*-posix /usr/x86_64-w64-mingw32/lib
+}
 
 windows_packages=(cmake ninja-build make pkg-config python3 dpkg-dev g++ g++-mingw-w64-x86-64-posix
-    libboost1.74-tools-dev fonts-liberation)
+    libboost1.74-tools-dev librsvg2-bin fonts-liberation)
 wine_packages=(wine64 wine fonts-wine imagemagick zip unzip)
 
 # use_wine [FOLDER]...: sets up this shell so that `wine` finds libraries in these folders. Its state is this tree's own.

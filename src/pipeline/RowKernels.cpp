@@ -6,7 +6,7 @@
 
 // This compiler does not align the stack for vectors of more than 16 bytes on Windows.
 #if defined(__MINGW32__) && !defined(__clang__)
-#define HWY_DISABLED_TARGETS (HWY_AVX2 | HWY_AVX3 | HWY_AVX3_DL)
+#define HWY_DISABLED_TARGETS (HWY_SSE4 - 1) // wider ones have the lower bits
 #endif
 
 #undef HWY_TARGET_INCLUDE

@@ -6,6 +6,7 @@
 #include "base/Report.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <set>
@@ -23,6 +24,7 @@ struct Parent
 {
     DWORD thread; // which owns the window
     std::set<HWND> children;
+    std::set<HWND> raised; // the children that became topmost with the parent
 };
 
 // Never deleted: a hook procedure may still run while the process ends.
@@ -88,6 +90,12 @@ bool isTopmost(HWND window)
     return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
 }
 
+// Asynchronous: the window's thread may be waiting for this one.
+void putBelow(HWND window, HWND upper)
+{
+    SetWindowPos(window, upper, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_ASYNCWINDOWPOS);
+}
+
 BOOL CALLBACK addWindow(HWND window, LPARAM list)
 {
     reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
@@ -100,6 +108,10 @@ void stackAbove(HWND parent, const std::set<HWND>& children)
 {
     std::vector<HWND> windows; // from the highest to the lowest
     EnumWindows(addWindow, reinterpret_cast<LPARAM>(&windows));
+    const bool isParentTopmost = isTopmost(parent);
+    // Above an ordinary parent a topmost child is anyway, and is to stay topmost.
+    if (!isParentTopmost)
+        windows.erase(std::remove_if(windows.begin(), windows.end(), isTopmost), windows.end());
     const auto place = std::find(windows.rbegin(), windows.rend(), parent);
     if (place == windows.rend())
         return;
@@ -107,29 +119,42 @@ void stackAbove(HWND parent, const std::set<HWND>& children)
     const auto other = std::find_if_not(std::next(place), windows.rend(), isChild);
     if (std::distance(std::next(place), other) == std::count_if(windows.begin(), windows.end(), isChild))
         return;
-
-    // Behind a topmost window an ordinary one would become topmost too.
-    HWND above = other == windows.rend() ? HWND_TOP : *other;
-    if (above != HWND_TOP && isTopmost(above) && !isTopmost(parent))
-        above = HWND_TOP;
-    // Each goes right below `above`, so over those before it. Asynchronous: a child's thread may be waiting for this
-    // one.
+    const HWND highest = isParentTopmost ? HWND_TOPMOST : HWND_TOP;
+    // Each goes right below the same window, so over those before it.
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
         if (isChild(*window))
-            SetWindowPos(*window, above, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_ASYNCWINDOWPOS);
+            putBelow(*window, other == windows.rend() ? highest : *other);
     }
 }
 
-void parentWasMoved(HWND parent)
+// The children to stack above a parent; with a topmost one they become topmost, and with an ordinary one no longer.
+std::set<HWND> childrenOf(HWND parent)
 {
+    const bool isParentTopmost = isTopmost(parent);
     std::set<HWND> children;
+    std::set<HWND> lowered;
     {
         Registry& all = registry();
         const std::lock_guard<std::mutex> guard(all.mutex);
         const auto entry = all.parents.find(parent);
-        if (entry != all.parents.end())
-            children = entry->second.children;
+        if (entry == all.parents.end())
+            return {};
+        children = entry->second.children;
+        if (!isParentTopmost)
+            lowered.swap(entry->second.raised);
+        else
+            std::copy_if(children.begin(), children.end(),
+                         std::inserter(entry->second.raised, entry->second.raised.end()),
+                         [](HWND child) { return !isTopmost(child); });
     }
+    for (const HWND child : lowered)
+        putBelow(child, HWND_NOTOPMOST);
+    return children;
+}
+
+void parentWasMoved(HWND parent)
+{
+    const std::set<HWND> children = childrenOf(parent);
     if (!children.empty())
         stackAbove(parent, children);
 }
@@ -151,17 +176,27 @@ LRESULT CALLBACK beforeWindowProcedure(int code, WPARAM wParam, LPARAM lParam)
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
+// Under the mutex.
+void removeChild(Registry& all, HWND child)
+{
+    for (auto entry = all.parents.begin(); entry != all.parents.end();) {
+        entry->second.children.erase(child);
+        entry->second.raised.erase(child);
+        entry = entry->second.children.empty() ? all.parents.erase(entry) : std::next(entry);
+    }
+}
+
 } // namespace
 
 bool addTransientChild(HWND parent, HWND child)
 {
+    parent = GetAncestor(parent, GA_ROOT);
     const DWORD thread = threadOf(parent);
     if (thread == 0 || threadOf(child) == 0 || parent == child)
         return false;
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.mutex);
     forgetTheDead(all);
-    removeIdleHooks(all);
     // Two windows that go above each other would never come to rest.
     if (isKeptAbove(all, parent, child))
         return false;
@@ -171,22 +206,19 @@ bool addTransientChild(HWND parent, HWND child)
             return false;
         all.hooks[thread] = hook;
     }
+    removeChild(all, child);
     Parent& entry = all.parents[parent];
     entry.thread = thread;
     entry.children.insert(child);
+    removeIdleHooks(all);
     return true;
 }
 
-void removeTransientChild(HWND parent, HWND child)
+void removeTransientChild(HWND child)
 {
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.mutex);
-    const auto entry = all.parents.find(parent);
-    if (entry == all.parents.end())
-        return;
-    entry->second.children.erase(child);
-    if (entry->second.children.empty())
-        all.parents.erase(entry);
+    removeChild(all, child);
     removeIdleHooks(all);
 }
 
@@ -205,7 +237,7 @@ bool addTransientChild(HWND, HWND)
     return false;
 }
 
-void removeTransientChild(HWND, HWND) {}
+void removeTransientChild(HWND) {}
 
 void removeTransientParents() {}
 

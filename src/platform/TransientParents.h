@@ -7,16 +7,20 @@
 namespace Vistrel {
 
 /// From now on, whenever `parent` is moved or raised, all windows registered with it are put directly above it.
-/// `parent` may belong to any thread of this process, `child` is a top-level window. Registering a pair again changes
-/// nothing. An entry ends with its parent; a child is to be removed before it goes. Returns false, and registers
-/// nothing, for a handle that is no living window of this process, for a window that would have to be above itself, and
-/// where the system offers no such hook: everywhere but on Windows. Thread-safe.
+/// `parent` stands for the top-level window that it is or lies in, which may belong to any thread of this process;
+/// `child` is a top-level window and has one parent, the last one named. An entry ends with its parent; a child is to
+/// be removed before it goes. Returns false, and changes nothing, for a handle that is no living window of this
+/// process, for a window that would have to be above itself, and where the system offers no such hook: everywhere but
+/// on Windows.
+///
+/// To be called on one thread, the user-interface thread: a hook goes with the thread that put it in. The stacking is
+/// done on the parent's thread.
 bool addTransientChild(HWND parent, HWND child);
 
-/// Ends one registration; unknown ones are ignored. Thread-safe.
-void removeTransientChild(HWND parent, HWND child);
+/// Ends the registration of a window, if there is one.
+void removeTransientChild(HWND child);
 
-/// Ends all registrations and takes every hook out. Thread-safe.
+/// Ends all registrations and takes every hook out.
 void removeTransientParents();
 
 } // namespace Vistrel

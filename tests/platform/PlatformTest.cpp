@@ -26,9 +26,9 @@ HWND createWindow()
                            GetModuleHandleW(nullptr), nullptr);
 }
 
-void raise(HWND window)
+void raise(HWND window, HWND place = HWND_TOP)
 {
-    SetWindowPos(window, HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    SetWindowPos(window, place, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
 
 // A window of another thread, as a host has it whose user interface is not the toolkit's.
@@ -70,6 +70,11 @@ std::vector<HWND> above(HWND window, std::size_t count)
     while (found.size() < count && (window = GetWindow(window, GW_HWNDPREV)) != nullptr)
         found.push_back(window);
     return found;
+}
+
+bool isTopmost(HWND window)
+{
+    return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
 }
 
 bool isAbove(HWND upper, HWND lower)
@@ -135,7 +140,7 @@ void PlatformTest::childrenStayDirectlyAboveTheParent()
     QVERIFY(addTransientChild(parent.handle, second));
     QVERIFY(addTransientChild(second, other));
     QVERIFY(!addTransientChild(other, parent.handle)); // a circle would go round for ever
-    removeTransientChild(second, other);
+    removeTransientChild(other);
 
     raise(parent.handle);
     QTRY_COMPARE(above(parent.handle, 2), (std::vector<HWND>{first, second}));
@@ -144,13 +149,24 @@ void PlatformTest::childrenStayDirectlyAboveTheParent()
     raise(parent.handle);
     QTRY_COMPARE(above(parent.handle, 2), (std::vector<HWND>{first, second}));
 
-    removeTransientChild(parent.handle, first);
+    // A child follows its parent to the topmost windows and back; one that is there by itself stays.
+    const HWND topmost = createWindow();
+    raise(topmost, HWND_TOPMOST);
+    QVERIFY(addTransientChild(parent.handle, topmost));
+    raise(parent.handle, HWND_TOPMOST);
+    QTRY_COMPARE(above(parent.handle, 3), (std::vector<HWND>{first, second, topmost}));
+    raise(parent.handle, HWND_NOTOPMOST);
+    QTRY_VERIFY(!isTopmost(first) && !isTopmost(second));
+    QTRY_COMPARE(above(parent.handle, 2), (std::vector<HWND>{first, second}));
+    QVERIFY(isTopmost(topmost) && isAbove(topmost, parent.handle));
+
+    removeTransientChild(first);
     raise(parent.handle);
     QTRY_COMPARE(above(parent.handle, 1), std::vector<HWND>{second});
     QVERIFY(!isAbove(first, parent.handle));
-    for (const HWND window : {first, other, second})
-        DestroyWindow(window);
     removeTransientParents();
+    for (const HWND window : {first, other, second, topmost})
+        DestroyWindow(window);
 }
 
 void PlatformTest::registrationsEnd()
@@ -167,15 +183,23 @@ void PlatformTest::registrationsEnd()
         QVERIFY(addTransientChild(parent.handle, child));
     }
     QVERIFY(!addTransientChild(gone, child));
-    removeTransientChild(gone, child);
 
-    // With nothing registered, the parent goes above its former child.
-    const ForeignWindow parent;
-    QVERIFY(addTransientChild(parent.handle, child));
+    // A child has the last parent alone, named by any window in it, and then none.
+    const ForeignWindow first;
+    const ForeignWindow second;
+    const HWND panel = CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, second.handle, nullptr,
+                                       GetModuleHandleW(nullptr), nullptr);
+    QVERIFY(addTransientChild(first.handle, child));
+    QVERIFY(addTransientChild(panel, child));
+    raise(second.handle);
+    QTRY_COMPARE(above(second.handle, 1), std::vector<HWND>{child});
+    raise(first.handle);
+    QCoreApplication::processEvents();
+    QVERIFY(!isAbove(child, first.handle));
     removeTransientParents();
-    raise(child);
-    raise(parent.handle);
-    QVERIFY(!isAbove(child, parent.handle));
+    raise(second.handle);
+    QCoreApplication::processEvents();
+    QVERIFY(!isAbove(child, second.handle));
     DestroyWindow(child);
 }
 
