@@ -103,6 +103,7 @@ Q_SIGNALS:
     void bitmapLockChanged(bool locked);
 
 private:
+    friend class WindowQt; // which may go while the source blocks
     class VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };

@@ -32,7 +32,12 @@ void StreamWorker::start()
     m_running.store(true);
     m_started = false;
     try {
-        m_thread = std::make_unique<boost::thread>([this] { work(); });
+        m_thread = std::make_unique<boost::thread>([this] {
+            work();
+            std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> left;
+            const std::lock_guard<std::mutex> guard(m_handshakeMutex);
+            left.swap(m_left);
+        });
     } catch (...) {
         m_running.store(false);
         throw;
@@ -51,6 +56,21 @@ void StreamWorker::stop()
     }
     if (thread)
         thread->join();
+}
+
+void StreamWorker::leave(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive)
+{
+    {
+        const std::lock_guard<std::mutex> handshake(worker->m_handshakeMutex);
+        worker->m_running.store(false);
+        worker->m_handshakeCondition.notify_all();
+        if (worker->m_isServing) {
+            worker->m_thread->detach();
+            worker->m_thread.reset();
+            worker->m_left = {worker, std::move(keptAlive)};
+        }
+    }
+    worker->stop();
 }
 
 void StreamWorker::request()
@@ -78,9 +98,11 @@ void StreamWorker::work()
         if (!m_running.load())
             return;
         const std::uint64_t serving = m_requested;
+        m_isServing = true;
         handshake.unlock();
         serve();
         handshake.lock();
+        m_isServing = false;
         m_served = serving;
         m_handshakeCondition.notify_all();
     }
@@ -119,10 +141,10 @@ void StreamWorker::convertDelivered(const RawImage& delivered, bool underLock, s
             previous = std::exchange(m_front, frame);
             m_framesConverted.store(frame->sequence);
         }
-        hostCall("publishing", false, [this] {
+        // Not once the stream has left: whoever it tells may be gone.
+        const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+        if (m_running.load())
             m_converted();
-            return true;
-        });
         return;
     }
 }

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace boost {
 class thread;
@@ -26,7 +27,7 @@ class AbstractAcquisitionInterface;
 class StreamWorker
 {
 public:
-    /// `converted` is called on the worker's thread, with no lock held, whenever there is another front picture.
+    /// `converted` is called on the worker's thread whenever there is another front picture. It must not call back.
     StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted);
     /// Waits for a fetch or conversion that is under way.
     ~StreamWorker();
@@ -34,6 +35,9 @@ public:
     /// Starts the thread and returns when it runs; a second start does nothing.
     void start();
     void stop();
+    /// Stops without waiting: when the source is being asked for a frame, or the frame converted, the worker and
+    /// `keptAlive` live on until that is over, and are let go on the worker's thread.
+    static void leave(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive);
 
     /// Asks for one fetch. Requests that come while a fetch is under way are served together by one more.
     void request();
@@ -99,6 +103,8 @@ private:
     std::uint64_t m_requested = 0;
     std::uint64_t m_served = 0; // of the requests, all up to this one
     bool m_started = false;
+    bool m_isServing = false;
+    std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> m_left; // this worker and what it keeps, once left
 
     std::atomic<bool> m_running{false}; // set and cleared under the handshake mutex
     std::atomic<std::uint64_t> m_framesConverted{0};

@@ -51,7 +51,7 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       surface(target),
       source(acquisitionInterface),
       refreshTimer(new QTimer(owner)),
-      worker(acquisitionInterface, [this] { post(); })
+      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { post(); }))
 {
     refreshTimer->setTimerType(Qt::PreciseTimer);
     refreshTimer->setInterval(firstIntervalMs);
@@ -62,7 +62,7 @@ SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterfac
     : m_data(new PrivateData(this, surface, acquisitionInterface))
 {
     setRefreshRateAuto(true);
-    m_data->worker.start();
+    m_data->worker->start();
     if (!acquisitionInterface)
         return;
     const AcquisitionSignalHandler* const handler = acquisitionInterface->signalHandler();
@@ -75,7 +75,10 @@ SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterfac
 SurfaceStream::~SurfaceStream()
 {
     m_data->refreshTimer->stop();
-    m_data->worker.stop();
+    if (m_data->keptAlive)
+        StreamWorker::leave(m_data->worker, std::move(m_data->keptAlive));
+    else
+        m_data->worker->stop();
     // The source may go any time after this, and the surface would still ask it for pixel values.
     if (m_data->surface)
         m_data->surface->clearImageSrc();
@@ -181,11 +184,11 @@ void SurfaceStream::PrivateData::updateStreamStates()
     isSourceSetUp = asksSetUp();
     if (!isSourceSetUp) {
         refreshTimer->stop();
-        worker.clear();
+        worker->clear();
         updateImage();
         return;
     }
-    worker.acceptFrames();
+    worker->acceptFrames();
     if (!refreshTimer->isActive())
         refreshTimer->start();
 }
@@ -206,9 +209,9 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
     if (!isSourceSetUp && asksSetUp())
         updateStreamStates();
     if (getNew)
-        worker.requestAndWait();
+        worker->requestAndWait();
     else
-        worker.request();
+        worker->request();
     publishNew();
 }
 
@@ -227,14 +230,14 @@ void SurfaceStream::PrivateData::publish()
 
 void SurfaceStream::PrivateData::publishNew()
 {
-    const DisplayFramePtr front = worker.front();
+    const DisplayFramePtr front = worker->front();
     if (front && front->sequence > publishedSequence)
         updateImage();
 }
 
 void SurfaceStream::PrivateData::updateImage()
 {
-    const DisplayFramePtr front = worker.front();
+    const DisplayFramePtr front = worker->front();
     if (front && front->sequence > publishedSequence) {
         publishedSequence = front->sequence;
         ++framesPublished;
@@ -261,7 +264,7 @@ void SurfaceStream::PrivateData::updateImage()
 
 quint64 SurfaceStream::framesConverted() const
 {
-    return m_data->worker.framesConverted();
+    return m_data->worker->framesConverted();
 }
 
 quint64 SurfaceStream::framesPublished() const
@@ -273,25 +276,25 @@ quint64 SurfaceStream::framesPublished() const
 
 bool SurfaceStream::bayerDemosaicEnabled() const
 {
-    return m_data->worker.settings().demosaicEnabled;
+    return m_data->worker->settings().demosaicEnabled;
 }
 
 void SurfaceStream::setBayerDemosaicEnabled(bool enabled)
 {
-    const ConversionSettings before = m_data->worker.settings();
+    const ConversionSettings before = m_data->worker->settings();
     if (before.demosaicEnabled == enabled)
         return;
-    m_data->worker.changeSettings([enabled](ConversionSettings& settings) { settings.demosaicEnabled = enabled; });
-    const DisplayFramePtr front = m_data->worker.front();
+    m_data->worker->changeSettings([enabled](ConversionSettings& settings) { settings.demosaicEnabled = enabled; });
+    const DisplayFramePtr front = m_data->worker->front();
     const bool hasPattern = front && (before.filterOverride != 0 || (front->delivered.format & formatPatternMask) != 0);
     if (hasPattern && !front->lockedBitmap && isMonochrome(front->delivered.format) &&
-        m_data->worker.convertFrontAgain(false))
+        m_data->worker->convertFrontAgain(false))
         m_data->updateImage();
 }
 
 Format SurfaceStream::bayerDemosaicFilter() const
 {
-    return m_data->worker.settings().filterOverride;
+    return m_data->worker->settings().filterOverride;
 }
 
 void SurfaceStream::setBayerDemosaicFilter(Format filter)
@@ -299,40 +302,40 @@ void SurfaceStream::setBayerDemosaicFilter(Format filter)
     const auto pattern = static_cast<Format>(filter & formatPatternMask);
     if (pattern > BayerBG || bayerDemosaicFilter() == pattern)
         return;
-    m_data->worker.changeSettings([pattern](ConversionSettings& settings) { settings.filterOverride = pattern; });
-    const DisplayFramePtr front = m_data->worker.front();
+    m_data->worker->changeSettings([pattern](ConversionSettings& settings) { settings.filterOverride = pattern; });
+    const DisplayFramePtr front = m_data->worker->front();
     if (front && !front->lockedBitmap && isMonochrome(front->delivered.format) &&
-        m_data->worker.convertFrontAgain(false))
+        m_data->worker->convertFrontAgain(false))
         m_data->updateImage();
 }
 
 bool SurfaceStream::rgbOrderReversed() const
 {
-    return m_data->worker.settings().rgbOrderReversed;
+    return m_data->worker->settings().rgbOrderReversed;
 }
 
 void SurfaceStream::setRgbOrderReversed(bool reversed)
 {
     if (rgbOrderReversed() == reversed)
         return;
-    m_data->worker.changeSettings([reversed](ConversionSettings& settings) { settings.rgbOrderReversed = reversed; });
-    const DisplayFramePtr front = m_data->worker.front();
+    m_data->worker->changeSettings([reversed](ConversionSettings& settings) { settings.rgbOrderReversed = reversed; });
+    const DisplayFramePtr front = m_data->worker->front();
     if (front && isColor(front->delivered.format) && !front->image.isNull() && !front->pixmap.isNull() &&
-        m_data->worker.convertFrontAgain(true))
+        m_data->worker->convertFrontAgain(true))
         m_data->updateImage();
 }
 
 QVector<unsigned int> SurfaceStream::colorPalette() const
 {
-    return m_data->worker.settings().palette;
+    return m_data->worker->settings().palette;
 }
 
 void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
 {
-    m_data->worker.changeSettings([&palette](ConversionSettings& settings) { settings.palette = palette; });
-    if (!m_data->worker.renderFrontAgain())
+    m_data->worker->changeSettings([&palette](ConversionSettings& settings) { settings.palette = palette; });
+    if (!m_data->worker->renderFrontAgain())
         return;
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     if (front && front->sequence > m_data->publishedSequence) // its pixel values must come with it
         m_data->updateImage();
     else if (front && m_data->surface)
@@ -345,7 +348,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
 {
     if (lock)
         lock->reset(nullptr); // the source may have but one lock for all its frames
-    for (DisplayFramePtr front = m_data->worker.front(); image && front && front->delivered.data;) {
+    for (DisplayFramePtr front = m_data->worker->front(); image && front && front->delivered.data;) {
         *image = front->delivered;
         if (!lock)
             return true;
@@ -353,7 +356,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
         if (!*lock)
             return false;
         // While this thread waited for the lock, another frame may have been delivered.
-        const DisplayFramePtr newest = m_data->worker.front();
+        const DisplayFramePtr newest = m_data->worker->front();
         if (newest == front)
             return true;
         lock->reset(nullptr);
@@ -364,7 +367,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
 
 QImage SurfaceStream::cloneLatestImage() const
 {
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     if (!front)
         return QImage();
     const auto pixels = pixelLock(*front);
@@ -373,7 +376,7 @@ QImage SurfaceStream::cloneLatestImage() const
 
 QImage SurfaceStream::cloneLatestImageForRender() const
 {
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     if (!front)
         return QImage();
     const QVector<unsigned int> palette = colorPalette();
@@ -383,25 +386,25 @@ QImage SurfaceStream::cloneLatestImageForRender() const
 
 QPixmap SurfaceStream::peekPixmap() const
 {
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     return front ? front->pixmap : QPixmap();
 }
 
 QSize SurfaceStream::latestImageSize() const
 {
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     return front ? front->image.size() : QSize(0, 0);
 }
 
 Format SurfaceStream::latestImageFormat() const
 {
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     return front && !front->image.isNull() ? front->effective.format : Format(0);
 }
 
 QImage::Format SurfaceStream::latestQImageFormat() const
 {
-    const DisplayFramePtr front = m_data->worker.front();
+    const DisplayFramePtr front = m_data->worker->front();
     return front ? front->image.format() : QImage::Format_Invalid;
 }
 
@@ -411,27 +414,27 @@ bool SurfaceStream::setBitmapLocked(int width, int height, Format format)
 {
     if (format != Mono8 && format != RGB8 && format != RGBa8)
         return false;
-    const bool isLocked = m_data->worker.lockBitmap(width, height, format);
+    const bool isLocked = m_data->worker->lockBitmap(width, height, format);
     Q_EMIT bitmapLockChanged(isLocked);
     return isLocked;
 }
 
 bool SurfaceStream::bitmapLocked() const
 {
-    return m_data->worker.settings().lockedBitmap != nullptr;
+    return m_data->worker->settings().lockedBitmap != nullptr;
 }
 
 void SurfaceStream::unlockBitmap()
 {
     if (!bitmapLocked())
         return;
-    m_data->worker.changeSettings([](ConversionSettings& settings) { settings.lockedBitmap = nullptr; });
+    m_data->worker->changeSettings([](ConversionSettings& settings) { settings.lockedBitmap = nullptr; });
     Q_EMIT bitmapLockChanged(false);
 }
 
 bool SurfaceStream::getBitmap(RawImage* const image) const
 {
-    const std::shared_ptr<LockedBitmap> bitmap = m_data->worker.settings().lockedBitmap;
+    const std::shared_ptr<LockedBitmap> bitmap = m_data->worker->settings().lockedBitmap;
     if (!image || !bitmap)
         return false;
     *image = bitmap->description;

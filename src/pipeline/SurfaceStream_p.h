@@ -40,7 +40,9 @@ public:
     DisplayFramePtr published; // keeps what the surface reads pixel values from, be it a locked bitmap
     bool isSourceSetUp = true; // as it was found last; not known at first
 
-    StreamWorker worker; // last, so that it ends before what it posts to
+    std::shared_ptr<StreamWorker> worker;
+    // What the source lives in. While it is set, the stream's end does not wait for the source: it leaves the worker.
+    std::shared_ptr<void> keptAlive;
 
 public Q_SLOTS:
     void applyRefreshRateHz(qreal rateHz);

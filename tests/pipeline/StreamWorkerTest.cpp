@@ -20,6 +20,7 @@ private Q_SLOTS:
     void clearDropsFramesUntilTheyAreAccepted();
     void settingsChangedDuringAConversionHold();
     void stopDropsTheFrameBeingFetched();
+    void leavingDoesNotWait();
 };
 
 void StreamWorkerTest::requestsDuringAFetchAreServedByOneMore()
@@ -143,6 +144,28 @@ void StreamWorkerTest::stopDropsTheFrameBeingFetched()
     gate.openForGood();
     stopping.join();
     QVERIFY(!worker.front());
+}
+
+void StreamWorkerTest::leavingDoesNotWait()
+{
+    for (const bool isFetching : {true, false}) {
+        const auto gate = std::make_shared<Gate>();
+        auto blocked = std::make_shared<PullSource>([gate](RawImage*, ScopedLock*) { return gate->pass(), true; });
+        const std::weak_ptr<PullSource> alive = blocked;
+        auto announced = std::make_shared<std::atomic<int>>(0);
+        auto worker = std::make_shared<StreamWorker>(blocked.get(), [announced] { ++*announced; });
+        worker->start();
+        if (isFetching)
+            worker->request();
+        QTRY_COMPARE(gate->arrived(), isFetching ? 1 : 0);
+        const std::weak_ptr<StreamWorker> workerAlive = worker;
+        StreamWorker::leave(std::move(worker), std::move(blocked));
+        QCOMPARE(alive.expired(), !isFetching);
+        if (isFetching)
+            gate->openForGood();
+        QTRY_VERIFY(alive.expired() && workerAlive.expired());
+        QCOMPARE(announced->load(), 0);
+    }
 }
 
 QTEST_MAIN(StreamWorkerTest)
