@@ -28,6 +28,12 @@ public:
 
     void openForGood() { open(1 << 20); }
 
+    void close()
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        m_passes = 0;
+    }
+
     void pass()
     {
         std::unique_lock<std::mutex> guard(m_mutex);

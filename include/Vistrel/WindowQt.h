@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+// The main window that shows a source's live images and drives the source.
+#pragma once
+
+#include <Vistrel/ColorTable.h>
+#include <Vistrel/Export.h>
+#include <Vistrel/Format.h>
+#include <Vistrel/ScopedAcquisitionInterface.h>
+
+#include <QtWidgets/QMainWindow>
+
+namespace Vistrel {
+
+class SurfaceScrollArea;
+class SurfaceStream;
+
+/// Shows the frames of a source, with actions for all that the source offers and that can be done now. Commands run
+/// on a thread of their own, one at a time, in the order in which they were asked for.
+///
+/// When it is closed it tells the source, hides at once and deletes itself; a source that is still busy outlives it
+/// until its call has returned. Bound to the user-interface thread.
+class VISTREL_EXPORT WindowQt : public QMainWindow
+{
+    Q_OBJECT
+    Q_PROPERTY(bool closeable READ closeable WRITE setCloseable)
+    Q_PROPERTY(bool bayerDemosaicEnabled READ bayerDemosaicEnabled WRITE setBayerDemosaicEnabled)
+    Q_PROPERTY(bool rgbOrderReversed READ rgbOrderReversed WRITE setRgbOrderReversed)
+    Q_PROPERTY(bool pixelCrosshairVisible READ pixelCrosshairVisible WRITE setPixelCrosshairVisible)
+
+public:
+    /// Takes the source over; without one, nothing is offered. Not shown yet.
+    explicit WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent = nullptr);
+    ~WindowQt() override;
+
+    AbstractAcquisitionInterface* acquisitionInterface();
+    const AbstractAcquisitionInterface* acquisitionInterface() const;
+    SurfaceStream* surfaceStream();
+    const SurfaceStream* surfaceStream() const;
+    SurfaceScrollArea* surfaceScrollArea();
+    const SurfaceScrollArea* surfaceScrollArea() const;
+
+    bool closeable() const; ///< whether the user may close the window
+    ColorTable colorTable() const;
+    bool bayerDemosaicEnabled() const;
+    Format bayerDemosaicFilter() const;
+    bool rgbOrderReversed() const;
+    bool pixelCrosshairVisible() const;
+
+    QMenu* createPopupMenu() override; ///< none: the bars are not the user's to hide
+
+public Q_SLOTS:
+    void setCloseable(bool closeable);
+
+    // Brings the source to a state, by a command that runs in its turn. Nothing happens when it is there already.
+    void setRunning();
+    void setConfigured();
+    void setUnconfigured();
+
+    /// Asks the source again what it offers.
+    void updateFeatureSet();
+    /// Asks the source again what state it is in.
+    void updateAcquisitionState();
+
+    /// Shows monochrome images in a palette. An unknown value is reported and changes nothing.
+    void setColorTable(Vistrel::ColorTable table);
+    void setColorTableGray();
+    void setColorTableGray2x();
+    void setColorTableGrayInverse();
+    void setColorTableSine();
+    void setColorTableCosine();
+    void setColorTableRainbow(); ///< by the values of the rainbow dock
+    void setColorTableRandom();  ///< another one each time
+    void setColorTableContours();
+
+    void setBayerDemosaicEnabled(bool enabled);
+    void setBayerDemosaicFilterAuto();
+    void setBayerDemosaicFilterRGGB();
+    void setBayerDemosaicFilterGRBG();
+    void setBayerDemosaicFilterGBRG();
+    void setBayerDemosaicFilterBGGR();
+    void setRgbOrderReversed(bool reversed);
+    void setPixelCrosshairVisible(bool visible);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    class VISTREL_LOCAL PrivateData;
+    PrivateData* m_data;
+};
+
+} // namespace Vistrel

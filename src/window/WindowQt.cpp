@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: MIT
+// The main window that shows a source's live images and drives the source.
+#include "window/WindowQt_p.h"
+
+#include "pipeline/SurfaceStream_p.h"
+
+#include <Vistrel/AcquisitionSignalHandler.h>
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QThread>
+#include <QtGui/QCloseEvent>
+#include <QtWidgets/QActionGroup>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QProgressBar>
+#include <QtWidgets/QToolButton>
+
+namespace Vistrel {
+
+namespace {
+
+// The source is deleted on the user-interface thread, where its signal handler lives, whoever lets it go last.
+std::shared_ptr<AbstractAcquisitionInterface> keep(ScopedAcquisitionInterface&& given)
+{
+    auto* const owner = new ScopedAcquisitionInterface(std::move(given));
+    return {owner->get(), [owner](AbstractAcquisitionInterface*) {
+                QCoreApplication* const application = QCoreApplication::instance();
+                if (application && QThread::currentThread() != application->thread())
+                    QMetaObject::invokeMethod(
+                        application, [owner] { delete owner; }, Qt::QueuedConnection);
+                else if (application)
+                    delete owner;
+                else
+                    reportLine(
+                        "Vistrel::WindowQt: A source that returned after the application had ended is left alone.");
+            }};
+}
+
+} // namespace
+
+WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface)
+    : window(owner), source(keep(std::move(acquisitionInterface))), busyWork(source)
+{
+    qRegisterMetaType<Vistrel::BusyWorkResult>("Vistrel::BusyWorkResult");
+    form.setupUi(window);
+    scrollArea = new SurfaceScrollArea(form.centralwidget);
+    form.verticalLayout->addWidget(scrollArea);
+    stream = std::make_unique<SurfaceStream>(scrollArea->surface(), source.get());
+
+    setupModes = new QMenu(window);
+    form.actionSetup_Mode->setMenu(setupModes);
+
+    progress = new QProgressBar(window);
+    progress->setRange(0, 0);
+    progress->setTextVisible(false);
+    progress->hide();
+    form.statusBar->addPermanentWidget(progress);
+    paletteButton = new QToolButton(window);
+    paletteButton->setMenu(form.menuColor_Palette);
+    paletteButton->setPopupMode(QToolButton::InstantPopup);
+    paletteButton->setAutoRaise(true);
+    paletteButton->setFocusPolicy(Qt::NoFocus);
+    form.statusBar->addPermanentWidget(paletteButton);
+
+    for (QMenu* const menu : {form.menuColor_Palette, form.menuBayer_Filter}) {
+        auto* const group = new QActionGroup(menu);
+        for (QAction* const action : menu->actions())
+            group->addAction(action);
+    }
+    // Shortcuts live while the bars are hidden, too.
+    window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
+}
+
+// A call that is under way keeps the source; nothing here waits for it.
+WindowQt::PrivateData::~PrivateData()
+{
+    stream->m_data->keptAlive = source;
+    stream.reset();
+}
+
+void WindowQt::PrivateData::connectActions()
+{
+    const auto& f = form;
+    const std::pair<QAction*, const char*> commands[] = {
+        {f.actionSetup, SLOT(setupAsync())},
+        {f.actionCleanup, SLOT(cleanupAsync())},
+        {f.actionTrigger, SLOT(triggerAsync())},
+        {f.actionStart_Single_Reverse, SLOT(startSingleReverseAsync())},
+        {f.actionStart_Reverse, SLOT(startReverseAsync())},
+        {f.actionStart, SLOT(startAsync())},
+        {f.actionStart_Single, SLOT(startSingleAsync())},
+        {f.actionPause, SLOT(pauseAsync())},
+        {f.actionStop, SLOT(stopAsync())},
+    };
+    for (const auto& [action, slot] : commands)
+        connect(action, SIGNAL(triggered()), this, slot);
+
+    const std::pair<QAction*, const char*> zooms[] = {
+        {f.actionZoom_In, SLOT(doZoomIn())},     {f.actionZoom_Out, SLOT(doZoomOut())},
+        {f.actionZoom_25, SLOT(doZoomTo25())},   {f.actionZoom_50, SLOT(doZoomTo50())},
+        {f.actionZoom_100, SLOT(doZoomTo100())}, {f.actionZoom_200, SLOT(doZoomTo200())},
+        {f.actionZoom_400, SLOT(doZoomTo400())}, {f.actionZoom_800, SLOT(doZoomTo800())},
+    };
+    for (const auto& [action, slot] : zooms)
+        connect(action, SIGNAL(triggered()), scrollArea, slot);
+    connect(f.actionZoom_Fit, SIGNAL(triggered(bool)), scrollArea, SLOT(setZoomToFit(bool)));
+
+    const std::pair<QAction*, const char*> choices[] = {
+        {f.actionClose, SLOT(close())},
+        {f.actionColor_Palette_Gray, SLOT(setColorTableGray())},
+        {f.actionColor_Palette_Gray_2x, SLOT(setColorTableGray2x())},
+        {f.actionColor_Palette_Gray_Inverse, SLOT(setColorTableGrayInverse())},
+        {f.actionColor_Palette_Sine, SLOT(setColorTableSine())},
+        {f.actionColor_Palette_Cosine, SLOT(setColorTableCosine())},
+        {f.actionColor_Palette_Contours, SLOT(setColorTableContours())},
+        {f.actionColor_Palette_Rainbow, SLOT(setColorTableRainbow())},
+        {f.actionColor_Palette_Random, SLOT(setColorTableRandom())},
+        {f.actionBayer_Filter_Auto, SLOT(setBayerDemosaicFilterAuto())},
+        {f.actionBayerRG_Filter, SLOT(setBayerDemosaicFilterRGGB())},
+        {f.actionBayerGR_Filter, SLOT(setBayerDemosaicFilterGRBG())},
+        {f.actionBayerGB_Filter, SLOT(setBayerDemosaicFilterGBRG())},
+        {f.actionBayerBG_Filter, SLOT(setBayerDemosaicFilterBGGR())},
+    };
+    for (const auto& [action, slot] : choices)
+        connect(action, SIGNAL(triggered()), window, slot);
+    connect(f.actionDecode_Bayer_Images, SIGNAL(triggered(bool)), window, SLOT(setBayerDemosaicEnabled(bool)));
+    connect(f.actionReverse_RGB_Order, SIGNAL(triggered(bool)), window, SLOT(setRgbOrderReversed(bool)));
+    connect(f.actionPixel_Crosshair_Visible, SIGNAL(triggered(bool)), window, SLOT(setPixelCrosshairVisible(bool)));
+
+    connect(f.rainbow_generatePushButton, SIGNAL(clicked()), window, SLOT(setColorTableRainbow()));
+    for (const QDoubleSpinBox* const box : f.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>()) {
+        connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [this] {
+            if (colorTable == ColorTable::Rainbow)
+                window->setColorTableRainbow();
+        });
+    }
+
+    connect(&busyWork, SIGNAL(delayed(QString)), this, SLOT(showBusyWork(QString)));
+    connect(&busyWork, SIGNAL(completed(Vistrel::BusyWorkResult)), this,
+            SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)));
+    connect(this, SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)), this,
+            SLOT(cleanupBusyWork(Vistrel::BusyWorkResult)));
+    connect(scrollArea->surface(), SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()),
+            Qt::QueuedConnection);
+    connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
+    connect(stream.get(), SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
+    if (!source)
+        return;
+    const AcquisitionSignalHandler* const handler = source->signalHandler();
+    connect(handler, SIGNAL(featureSetChanged()), window, SLOT(updateFeatureSet()), Qt::QueuedConnection);
+    connect(handler, SIGNAL(acquisitionStateChanged()), window, SLOT(updateAcquisitionState()), Qt::QueuedConnection);
+}
+
+WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent)
+    : QMainWindow(parent), m_data(new PrivateData(this, std::move(acquisitionInterface)))
+{
+    m_data->connectActions();
+    setColorTableGray();
+    setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
+    updateFeatureSet();
+    m_data->updateActionStates();
+}
+
+WindowQt::~WindowQt()
+{
+    delete m_data;
+}
+
+AbstractAcquisitionInterface* WindowQt::acquisitionInterface()
+{
+    return m_data->source.get();
+}
+
+const AbstractAcquisitionInterface* WindowQt::acquisitionInterface() const
+{
+    return m_data->source.get();
+}
+
+SurfaceStream* WindowQt::surfaceStream()
+{
+    return m_data->stream.get();
+}
+
+const SurfaceStream* WindowQt::surfaceStream() const
+{
+    return m_data->stream.get();
+}
+
+SurfaceScrollArea* WindowQt::surfaceScrollArea()
+{
+    return m_data->scrollArea;
+}
+
+const SurfaceScrollArea* WindowQt::surfaceScrollArea() const
+{
+    return m_data->scrollArea;
+}
+
+QMenu* WindowQt::createPopupMenu()
+{
+    return nullptr;
+}
+
+// Closing -------------------------------------------------------------------------------------------------------------
+
+bool WindowQt::closeable() const
+{
+    return m_data->form.actionClose->isEnabled();
+}
+
+void WindowQt::setCloseable(bool closeable)
+{
+    m_data->form.actionClose->setEnabled(closeable);
+    Qt::WindowFlags flags = windowFlags() & Qt::WindowType_Mask;
+    if (!closeable)
+        flags |=
+            Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint;
+    if (flags == windowFlags())
+        return;
+    // Other flags make another native window, which is hidden and placed anew.
+    const bool wasVisible = isVisible();
+    const Qt::WindowStates state = windowState();
+    const QRect place = geometry();
+    setWindowFlags(flags);
+    if (state == Qt::WindowNoState)
+        setGeometry(place);
+    setWindowState(Qt::WindowNoState);
+    setWindowState(state);
+    setVisible(wasVisible);
+}
+
+void WindowQt::closeEvent(QCloseEvent* event)
+{
+    if (!closeable()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+    if (m_data->isClosed)
+        return;
+    m_data->isClosed = true;
+    m_data->busyWork.abortWaiting();
+    m_data->stream->setRefreshEnabled(false);
+    if (m_data->source)
+        hostCall("uxClosed", false, [this] { return m_data->source->uxClosed(), true; });
+    deleteLater();
+}
+
+} // namespace Vistrel

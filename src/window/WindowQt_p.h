@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// State of the main window, for its source files: layout, what the source offers, commands, palettes.
+#pragma once
+
+#include <Vistrel/WindowQt.h>
+
+#include "base/Report.h"
+#include "ui_WindowQt.h"
+#include "window/BusyWork.h"
+
+#include <Vistrel/AbstractAcquisitionInterface.h>
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <utility>
+
+class QActionGroup;
+class QProgressBar;
+class QToolButton;
+
+namespace Vistrel {
+
+class WindowQt::PrivateData : public QObject
+{
+    Q_OBJECT
+
+public:
+    PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface);
+    ~PrivateData() override;
+
+    /// Asks the source; false without one, and when the query throws.
+    bool ask(const char* query, bool (AbstractAcquisitionInterface::*question)() const) const
+    {
+        return source && hostCall(query, false, [&] { return (source.get()->*question)(); });
+    }
+    /// A text that the source hands out; empty without one.
+    QByteArray askText(const char* query, const std::function<bool(char* buffer, std::size_t* size)>& question) const;
+
+    void connectActions();
+    void showSetupToggle(bool canSetup, bool canCleanup);
+    void showBadge(const QString& state);
+    void runCommand(const char* operation, const QString& message, BusyWork::Command command);
+    void applyColorTable(ColorTable table, QAction* action);
+    void setBayerFilter(Format filter, QAction* action);
+
+    WindowQt* const window;
+    Ui::WindowQt form;
+    // Not null; it may hold no source. Shared with the threads on which the source is called.
+    const std::shared_ptr<AbstractAcquisitionInterface> source;
+    SurfaceScrollArea* scrollArea = nullptr;
+    std::unique_ptr<SurfaceStream> stream;
+    BusyWork busyWork;
+
+    QMenu* setupModes = nullptr;
+    QToolButton* paletteButton = nullptr;
+    QProgressBar* progress = nullptr;
+
+    ColorTable colorTable = ColorTable::Gray;
+    QString badge; // the state picture on the window's icon
+    bool isClosed = false;
+
+Q_SIGNALS:
+    void busyWorkComplete(Vistrel::BusyWorkResult result);
+
+public Q_SLOTS:
+    void updateActionStates();
+    void updateZoomStates();
+    void updateBitmapLockedStates(bool bitmapLocked);
+    void showBusyWork(const QString& message);
+    void cleanupBusyWork(Vistrel::BusyWorkResult result);
+
+    void setupAsync();
+    void setupModeAsync();
+    void setupStartAsync();
+    void triggerAsync();
+    void startSingleReverseAsync();
+    void startReverseAsync();
+    void startAsync();
+    void startFixedAsync(size_t count);
+    void startSingleAsync();
+    void pauseAsync();
+    void stopAsync();
+    void cleanupAsync();
+};
+
+} // namespace Vistrel

@@ -1,0 +1,300 @@
+// SPDX-License-Identifier: MIT
+// Tests the main window by keys, menus and closing: what it offers of a source, in which order its commands reach it,
+// and that a source which blocks holds up nothing.
+#include <Vistrel/SurfaceStream.h>
+#include <Vistrel/WindowQt.h>
+
+#include "support/FakeSources.h"
+
+#include <QtCore/QPointer>
+#include <QtTest/QTest>
+#include <QtWidgets/QDoubleSpinBox>
+#include <QtWidgets/QMenu>
+#include <QtWidgets/QProgressBar>
+#include <QtWidgets/QStatusBar>
+#include <QtWidgets/QToolBar>
+#include <QtWidgets/QToolButton>
+
+using namespace Vistrel;
+
+namespace {
+
+// What a source and its test share; the source may go first.
+struct Events
+{
+    void add(const std::string& event)
+    {
+        const std::lock_guard<std::mutex> guard(mutex);
+        list += list.empty() ? event : " " + event;
+    }
+    std::string seen()
+    {
+        const std::lock_guard<std::mutex> guard(mutex);
+        return list;
+    }
+
+    std::mutex mutex;
+    std::string list;
+    Gate gate; // that commands pass
+};
+
+// Offers everything, and tells what it is asked to do.
+class Camera : public PushSource
+{
+public:
+    explicit Camera(std::shared_ptr<Events> events) : m_events(std::move(events))
+    {
+        setHasSetup(true);
+        setHasCleanup(true);
+        setHasStart(true);
+        setHasPause(true);
+        setHasStop(true);
+        setHasStartSingle(true);
+        setHasTrigger(true);
+        m_events->gate.openForGood();
+    }
+    ~Camera() override { m_events->add("gone"); }
+
+    bool run(const char* command)
+    {
+        m_events->gate.pass();
+        m_events->add(command);
+        return success;
+    }
+    bool setup() override { return run("setup"); }
+    bool cleanup() override { return run("cleanup"); }
+    bool start() override { return run("start"); }
+    bool pause() override { return run("pause"); }
+    bool stop() override { return run("stop"); }
+    bool startSingle() override { return run("single"); }
+    bool trigger() override { return run("trigger"); }
+    bool setupMode(const char* const name) override { return run(name); }
+    void uxClosed() override { m_events->add("closed"); }
+
+    bool canSetup() const override { return able && !setUp; }
+    bool canCleanup() const override { return able && setUp; }
+    bool canSetupMode() const override { return able; }
+    bool canStart() const override { return able; }
+    bool canPause() const override { return able && running; }
+    bool canStop() const override { return able && running; }
+    bool canStartSingle() const override { return able; }
+    bool canTrigger() const override { return able; }
+    bool isRunning() const override { return running; }
+    bool activeSetupMode(char* const buffer, std::size_t* const size) const override
+    {
+        return setupModeName(1, buffer, size);
+    }
+
+    void announce()
+    {
+        signalFeatureSetChange();
+        signalAcquisitionStateChange();
+    }
+
+    std::atomic<bool> able{true};
+    std::atomic<bool> running{false};
+    std::atomic<bool> success{true};
+
+private:
+    const std::shared_ptr<Events> m_events;
+};
+
+struct ShownWindow
+{
+    ShownWindow()
+    {
+        window->show();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+    }
+    ~ShownWindow() { delete window; }
+
+    QAction* action(const char* name) const { return window->findChild<QAction*>(QLatin1String(name)); }
+    QProgressBar* progress() const { return window->findChild<QProgressBar*>(); }
+    std::string toolBar() const
+    {
+        std::string names;
+        for (const QAction* const entry : window->findChild<QToolBar*>()->actions())
+            names += entry->isSeparator() ? "| " : entry->objectName().mid(6).toStdString() + " ";
+        return names;
+    }
+
+    std::shared_ptr<Events> events = std::make_shared<Events>();
+    Camera* camera = new Camera(events);
+    QPointer<WindowQt> window = new WindowQt(ScopedAcquisitionInterface(camera));
+};
+
+} // namespace
+
+class WindowQtTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keysRunCommands_data();
+    void keysRunCommands();
+    void toolBarFollowsWhatIsOffered();
+    void slowCommandIsShownAndDisablesTheOthers();
+    void setupModes();
+    void palettes();
+    void closeableIsObeyed();
+    void closingWhileTheSourceBlocks();
+};
+
+void WindowQtTest::keysRunCommands_data()
+{
+    QTest::addColumn<bool>("isRunning");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("modifier");
+    QTest::addColumn<QByteArray>("command");
+    QTest::newRow("set up") << false << int(Qt::Key_F5) << int(Qt::NoModifier) << QByteArray();
+    QTest::newRow("clean up") << false << int(Qt::Key_F5) << int(Qt::ShiftModifier) << QByteArray("cleanup");
+    QTest::newRow("start") << false << int(Qt::Key_Space) << int(Qt::NoModifier) << QByteArray("start");
+    QTest::newRow("pause, though it can start too")
+        << true << int(Qt::Key_Space) << int(Qt::NoModifier) << QByteArray("pause");
+    QTest::newRow("stop") << true << int(Qt::Key_Period) << int(Qt::NoModifier) << QByteArray("stop");
+    QTest::newRow("one") << true << int(Qt::Key_Plus) << int(Qt::NoModifier) << QByteArray("single");
+    QTest::newRow("trigger") << true << int(Qt::Key_F10) << int(Qt::NoModifier) << QByteArray("trigger");
+    QTest::newRow("not offered") << true << int(Qt::Key_Asterisk) << int(Qt::NoModifier) << QByteArray();
+}
+
+void WindowQtTest::keysRunCommands()
+{
+    QFETCH(bool, isRunning);
+    QFETCH(int, key);
+    QFETCH(int, modifier);
+    QFETCH(QByteArray, command);
+    ShownWindow shown;
+    shown.camera->running = isRunning;
+    shown.camera->announce();
+    QTRY_COMPARE(shown.action("actionStop")->isEnabled(), isRunning);
+    QTest::keyClick(shown.window, Qt::Key(key), Qt::KeyboardModifiers(modifier));
+    QTest::keyClick(shown.window, Qt::Key_F10); // whatever came before has run by then
+    const std::string wanted =
+        (command.isEmpty() || command == "trigger" ? "" : command.toStdString() + " ") + "trigger";
+    QTRY_VERIFY(QString::fromStdString(shown.events->seen()).endsWith(QLatin1String("trigger")));
+    QTRY_VERIFY(shown.action("actionTrigger")->isEnabled());
+    QCOMPARE(shown.events->seen(), command == "trigger" ? "trigger trigger" : wanted);
+}
+
+void WindowQtTest::toolBarFollowsWhatIsOffered()
+{
+    ShownWindow shown;
+    const std::string picture = "Zoom_Editor Zoom_Fit Zoom_100 | Quick_View ";
+    QCOMPARE(shown.toolBar(), "Setup_Cleanup | Start Start_Single Pause Stop | Trigger | " + picture);
+    QVERIFY(!shown.action("actionNo_Controls_Available")->isVisible());
+    QCOMPARE(shown.action("actionSetup_Cleanup")->toolTip(),
+             QStringLiteral("Depress to Cleanup the acquisition interface, freeing its resources."));
+    shown.camera->setUp = false;
+    shown.camera->announce();
+    QTRY_COMPARE(shown.action("actionSetup_Cleanup")->toolTip(),
+                 QStringLiteral("Press to Setup the interface for acquisition."));
+    QVERIFY(!shown.action("actionSetup_Cleanup")->isChecked());
+    shown.action("actionSetup_Cleanup")->trigger();
+    QTRY_COMPARE(shown.events->seen(), std::string("setup"));
+
+    // As often as a source likes, and with nothing left of it.
+    const int children = shown.window->findChildren<QObject*>().size();
+    for (int i = 0; i < 100; ++i)
+        shown.window->updateFeatureSet();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QCOMPARE(shown.window->findChildren<QObject*>().size(), children);
+
+    WindowQt empty{ScopedAcquisitionInterface()};
+    const auto* const none = empty.findChild<QAction*>(QStringLiteral("actionNo_Controls_Available"));
+    QVERIFY(none->isVisible() && !none->isEnabled());
+    QVERIFY(!empty.findChild<QAction*>(QStringLiteral("actionSetup"))->isVisible());
+    QCOMPARE(empty.findChild<QToolBar*>()->actions().size(), 5);
+}
+
+void WindowQtTest::slowCommandIsShownAndDisablesTheOthers()
+{
+    ShownWindow shown;
+    shown.camera->success = false;
+    shown.events->gate.close();
+    QTest::keyClick(shown.window, Qt::Key_Space);
+    QTRY_VERIFY(shown.progress()->isVisible());
+    const auto* const bar = shown.window->statusBar();
+    QCOMPARE(bar->currentMessage(), QStringLiteral("Acquisition start ongoing"));
+    for (const char* const name : {"actionStart", "actionSetup_Cleanup", "actionCleanup", "actionTrigger"})
+        QVERIFY2(!shown.action(name)->isEnabled(), name);
+    QTest::keyClick(shown.window, Qt::Key_F10);
+    shown.events->gate.openForGood();
+    QTRY_VERIFY(shown.action("actionStart")->isEnabled());
+    QVERIFY(!shown.progress()->isVisible());
+    QCOMPARE(bar->currentMessage(), QStringLiteral("Operation failed!"));
+    QCOMPARE(shown.events->seen(), std::string("start"));
+}
+
+void WindowQtTest::setupModes()
+{
+    ShownWindow shown;
+    shown.camera->setHasSetupMode(true);
+    shown.camera->addSetupMode("Fast & dark", "Short exposure");
+    shown.camera->addSetupMode("Slow");
+    shown.camera->announce();
+    const QMenu* const menu = shown.action("actionSetup_Mode")->menu();
+    QTRY_COMPARE(menu->actions().size(), 2);
+    QVERIFY(!menu->actions()[0]->isChecked() && !menu->actions()[0]->font().bold());
+    QVERIFY(menu->actions()[1]->isChecked() && menu->actions()[1]->font().bold());
+    QCOMPARE(menu->actions()[0]->toolTip(), QStringLiteral("Short exposure"));
+    menu->actions()[0]->trigger();
+    shown.window->updateFeatureSet(); // the entry is gone before its command runs
+    QTRY_COMPARE(shown.events->seen(), std::string("Fast & dark"));
+}
+
+void WindowQtTest::palettes()
+{
+    ShownWindow shown;
+    QVERIFY(!shown.action("actionColor_Palette_Gray")->menu());
+    const auto* const menu = shown.window->findChild<QMenu*>(QStringLiteral("menuColor_Palette"));
+    QVERIFY(!menu->isEnabled());
+    const TestFrame frame(4, 3, Mono8, 10);
+    shown.camera->push(frame.raw);
+    QTRY_VERIFY(menu->isEnabled());
+    shown.action("actionColor_Palette_Gray_Inverse")->trigger();
+    QCOMPARE(shown.window->colorTable(), ColorTable::GrayInverse);
+    QCOMPARE(shown.window->surfaceStream()->colorPalette()[10], 0xFFF5F5F5);
+    QVERIFY(!shown.action("actionColor_Palette_Gray")->isChecked());
+    shown.window->setColorTableRainbow();
+    auto* const center = shown.window->findChild<QDoubleSpinBox*>(QStringLiteral("rainbow_centerSpinBox"));
+    QVERIFY(center->isVisible());
+    const QVector<unsigned int> before = shown.window->surfaceStream()->colorPalette();
+    center->setValue(200);
+    QVERIFY(shown.window->surfaceStream()->colorPalette() != before);
+    const TestFrame color(4, 3, RGB8, 10);
+    shown.camera->push(color.raw);
+    QTRY_VERIFY(!menu->isEnabled());
+}
+
+void WindowQtTest::closeableIsObeyed()
+{
+    ShownWindow shown;
+    shown.window->setGeometry(50, 60, 500, 400);
+    shown.window->setCloseable(false);
+    QVERIFY(shown.window->isVisible() && !(shown.window->windowFlags() & Qt::WindowCloseButtonHint));
+    QCOMPARE(shown.window->size(), QSize(500, 400));
+    QVERIFY(!shown.window->close() && shown.window->isVisible());
+    shown.window->setCloseable(true);
+    QVERIFY(shown.window->isVisible() && QTest::qWaitForWindowActive(shown.window));
+    QTest::keyClick(shown.window, Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(!shown.window);
+    QTRY_COMPARE(shown.events->seen(), std::string("closed gone"));
+}
+
+void WindowQtTest::closingWhileTheSourceBlocks()
+{
+    ShownWindow shown;
+    shown.events->gate.close();
+    QTest::keyClick(shown.window, Qt::Key_Space);
+    QTRY_VERIFY(!shown.action("actionStart")->isEnabled());
+    shown.window->setUnconfigured(); // waits, and never runs
+    shown.window->close();
+    QVERIFY(!shown.window->isVisible());
+    QTRY_VERIFY(!shown.window);
+    QCOMPARE(shown.events->seen(), std::string("closed"));
+    shown.events->gate.openForGood();
+    QTRY_COMPARE(shown.events->seen(), std::string("closed start gone"));
+}
+
+QTEST_MAIN(WindowQtTest)
+#include "WindowQtTest.moc"
