@@ -25,6 +25,9 @@ class VISTREL_EXPORT WindowQt : public QMainWindow
     Q_PROPERTY(bool closeable READ closeable WRITE setCloseable)
     Q_PROPERTY(bool bayerDemosaicEnabled READ bayerDemosaicEnabled WRITE setBayerDemosaicEnabled)
     Q_PROPERTY(bool rgbOrderReversed READ rgbOrderReversed WRITE setRgbOrderReversed)
+    Q_PROPERTY(bool keepImageInfoVisible READ keepImageInfoVisible WRITE setKeepImageInfoVisible)
+    Q_PROPERTY(bool fullScreen READ fullScreen WRITE setFullScreen)
+    Q_PROPERTY(bool exhibitView READ exhibitView WRITE setExhibitView)
     Q_PROPERTY(bool pixelCrosshairVisible READ pixelCrosshairVisible WRITE setPixelCrosshairVisible)
 
 public:
@@ -45,6 +48,9 @@ public:
     Format bayerDemosaicFilter() const;
     bool rgbOrderReversed() const;
     bool pixelCrosshairVisible() const;
+    bool fullScreen() const;
+    bool exhibitView() const;
+    bool keepImageInfoVisible() const;
 
     QMenu* createPopupMenu() override; ///< none: the bars are not the user's to hide
 
@@ -81,8 +87,18 @@ public Q_SLOTS:
     void setRgbOrderReversed(bool reversed);
     void setPixelCrosshairVisible(bool visible);
 
+    // In full screen, and in the exhibit view within an ordinary window, the image is alone. The bars come over it when
+    // the pointer touches the window's upper or lower edge; the status bar stays when the image information is kept.
+    void setFullScreen(bool enabled);
+    void toggleFullScreen();
+    void setExhibitView(bool enabled);
+    void toggleExhibitView();
+    void setKeepImageInfoVisible(bool visible);
+
 protected:
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     class VISTREL_LOCAL PrivateData;

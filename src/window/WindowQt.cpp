@@ -21,6 +21,8 @@ namespace Vistrel {
 
 namespace {
 
+constexpr int barsMs = 800;
+
 // The source is deleted on the user-interface thread, where its signal handler lives, whoever lets it go last.
 std::shared_ptr<AbstractAcquisitionInterface> keep(ScopedAcquisitionInterface&& given)
 {
@@ -69,6 +71,13 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
         for (QAction* const action : menu->actions())
             group->addAction(action);
     }
+    leaveAction = new QAction(window);
+    leaveAction->setShortcut(Qt::Key_Escape);
+    leaveAction->setEnabled(false);
+    window->addAction(leaveAction);
+    barsTimer.setSingleShot(true);
+    barsTimer.setInterval(barsMs);
+    scrollArea->surface()->installEventFilter(this);
     // Shortcuts live while the bars are hidden, too.
     window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
 }
@@ -128,6 +137,16 @@ void WindowQt::PrivateData::connectActions()
     connect(f.actionDecode_Bayer_Images, SIGNAL(triggered(bool)), window, SLOT(setBayerDemosaicEnabled(bool)));
     connect(f.actionReverse_RGB_Order, SIGNAL(triggered(bool)), window, SLOT(setRgbOrderReversed(bool)));
     connect(f.actionPixel_Crosshair_Visible, SIGNAL(triggered(bool)), window, SLOT(setPixelCrosshairVisible(bool)));
+
+    connect(f.actionFull_Screen, SIGNAL(triggered()), window, SLOT(toggleFullScreen()));
+    connect(f.actionExhibit_View, SIGNAL(triggered()), window, SLOT(toggleExhibitView()));
+    connect(f.actionKeep_Stats_Visible, SIGNAL(triggered(bool)), window, SLOT(setKeepImageInfoVisible(bool)));
+    connect(leaveAction, SIGNAL(triggered()), this, SLOT(leaveViewMode()));
+    connect(&barsTimer, SIGNAL(timeout()), this, SLOT(hideWindowBars()));
+    for (const QAction* const entry : f.menuBar->actions()) {
+        connect(entry->menu(), SIGNAL(aboutToShow()), this, SLOT(showWindowBars()));
+        connect(entry->menu(), SIGNAL(aboutToHide()), &barsTimer, SLOT(start()));
+    }
 
     connect(f.rainbow_generatePushButton, SIGNAL(clicked()), window, SLOT(setColorTableRainbow()));
     for (const QDoubleSpinBox* const box : f.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>()) {

@@ -41,6 +41,9 @@ public:
     void showSetupToggle(bool canSetup, bool canCleanup);
     void showBadge(const QString& state);
     void runCommand(const char* operation, const QString& message, BusyWork::Command command);
+    void applyViewMode();
+    void setBarsVisible(bool visible);
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void applyColorTable(ColorTable table, QAction* action);
     void setBayerFilter(Format filter, QAction* action);
 
@@ -57,7 +60,12 @@ public:
     QProgressBar* progress = nullptr;
 
     ColorTable colorTable = ColorTable::Gray;
-    QString badge; // the state picture on the window's icon
+    bool isExhibited = false;
+    bool isImageAlone = false;   // full screen or exhibited
+    bool hadRainbowDock = false; // before the image was alone
+    QAction* leaveAction = nullptr;
+    QTimer barsTimer; // of bars that come over the image
+    QString badge;    // the state picture on the window's icon
     bool isClosed = false;
 
 Q_SIGNALS:
@@ -67,6 +75,9 @@ public Q_SLOTS:
     void updateActionStates();
     void updateZoomStates();
     void updateBitmapLockedStates(bool bitmapLocked);
+    void showWindowBars();
+    void hideWindowBars();
+    void leaveViewMode();
     void showBusyWork(const QString& message);
     void cleanupBusyWork(Vistrel::BusyWorkResult result);
 

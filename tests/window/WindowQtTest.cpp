@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Tests the main window by keys, menus and closing: what it offers of a source, in which order its commands reach it,
 // and that a source which blocks holds up nothing.
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 #include <Vistrel/WindowQt.h>
 
@@ -10,6 +12,7 @@
 #include <QtTest/QTest>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QMenuBar>
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolBar>
@@ -136,6 +139,7 @@ private Q_SLOTS:
     void slowCommandIsShownAndDisablesTheOthers();
     void setupModes();
     void palettes();
+    void imageIsAloneInViewModes();
     void closeableIsObeyed();
     void closingWhileTheSourceBlocks();
 };
@@ -264,6 +268,42 @@ void WindowQtTest::palettes()
     const TestFrame color(4, 3, RGB8, 10);
     shown.camera->push(color.raw);
     QTRY_VERIFY(!menu->isEnabled());
+}
+
+void WindowQtTest::imageIsAloneInViewModes()
+{
+    ShownWindow shown;
+    const TestFrame frame(4, 3, Mono8, 10);
+    shown.camera->push(frame.raw);
+    QTRY_VERIFY(shown.action("actionSave_Image")->isEnabled());
+    const auto* const bar = shown.window->findChild<QToolBar*>();
+    const Surface* const surface = shown.window->surfaceScrollArea()->surface();
+    const QSize before = surface->size();
+    QCursor::setPos(shown.window->geometry().center()); // away from the bars
+    QTest::keyClick(shown.window, Qt::Key_F11, Qt::ControlModifier);
+    QVERIFY(shown.window->exhibitView());
+    QVERIFY(!bar->isVisible());
+    QVERIFY(!shown.window->statusBar()->isVisible());
+    QCOMPARE(surface->size(), shown.window->size());
+    // Keys live while the bars are hidden; the bars come over the image.
+    QTest::keyClick(shown.window, Qt::Key_X);
+    QVERIFY(shown.window->pixelCrosshairVisible());
+    QMenu* const menu = shown.window->findChild<QMenu*>(QStringLiteral("menuImage"));
+    Q_EMIT menu->aboutToShow();
+    QVERIFY(bar->isVisible());
+    QCOMPARE(surface->size(), shown.window->size());
+    Q_EMIT menu->aboutToHide();
+    QTRY_VERIFY(!bar->isVisible());
+    QTest::keyClick(shown.window, Qt::Key_K, Qt::ControlModifier);
+    QVERIFY(shown.window->statusBar()->isVisible() && !bar->isVisible());
+
+    QTest::keyClick(shown.window, Qt::Key_F11);
+    QTRY_VERIFY(shown.window->fullScreen() && shown.action("actionFull_Screen")->isChecked());
+    QTest::keyClick(shown.window, Qt::Key_Escape);
+    QTRY_VERIFY(!shown.window->fullScreen() && shown.window->exhibitView());
+    QTest::keyClick(shown.window, Qt::Key_Escape);
+    QVERIFY(!shown.window->exhibitView() && bar->isVisible() && shown.window->menuBar()->isVisible());
+    QTRY_COMPARE(surface->size(), before);
 }
 
 void WindowQtTest::closeableIsObeyed()
