@@ -24,6 +24,7 @@ struct BusyWork::Worker
     const char* operation = nullptr;
     Command command; // the next one to run, or none
     bool isRunning = false;
+    bool success = false; // of the command that returned last
 };
 
 void BusyWork::Worker::work()
@@ -36,12 +37,13 @@ void BusyWork::Worker::work()
         const Command running = std::exchange(command, nullptr);
         isRunning = true;
         guard.unlock();
-        const bool success = hostCall(operation, false, running);
+        const bool result = hostCall(operation, false, running);
         guard.lock();
+        success = result;
         isRunning = false;
         // Under the mutex, so that the owner cannot go meanwhile.
         if (owner)
-            QMetaObject::invokeMethod(owner, "finish", Qt::QueuedConnection, Q_ARG(bool, success));
+            QMetaObject::invokeMethod(owner, "finish", Qt::QueuedConnection);
     }
 }
 
@@ -99,8 +101,13 @@ void BusyWork::runNext()
     m_worker->wake.notify_one();
 }
 
-void BusyWork::finish(bool success)
+void BusyWork::finish()
 {
+    bool success = false;
+    {
+        const std::lock_guard<std::mutex> guard(m_worker->mutex);
+        success = m_worker->success;
+    }
     m_grace.stop();
     m_isBusy = false;
     // Queued, for a slot may delete this object.

@@ -54,7 +54,7 @@ Q_SIGNALS:
     void completed(Vistrel::BusyWorkResult result);
 
 private Q_SLOTS:
-    void finish(bool success);
+    void finish();
     void runNext();
 
 private:

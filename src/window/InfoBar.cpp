@@ -30,13 +30,16 @@ struct Wording
     const char* name;
     const char* caption; // around the value and its unit, in the bar alone
     const char* unit;
-    const char* usual; // the value that there is room for from the beginning
+    const char* usual; // the value that there is room for from the beginning; null: a dash
     int importance;    // the smallest is the first to make way
 };
 
+constexpr int pixelImportance = 11;
+constexpr int buttonImportance = 8;
+
 constexpr Wording wordings[infoItemCount] = {
     {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Playback Mode"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Mode: %1"), "%1",
-     "", 6},
+     nullptr, 6},
     {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frame Rate"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 fps"),
      "000.00", 9},
     {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Queued"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Queued: %1"), "%1",
@@ -47,13 +50,12 @@ constexpr Wording wordings[infoItemCount] = {
      "%1", "000", 7},
     {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Delivered"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Delivered: %1"),
      "%1", "00000", 4},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dimensions"), "%1", "%1", "", 5},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Image Format"), "%1", "%1", "", 1},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Zoom Level"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 %"), "0000.0",
+    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dimensions"), "%1", "%1", nullptr, 5},
+    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Image Format"), "%1", "%1", nullptr, 1},
+    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Zoom Level"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 %"), "000.0",
      10},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Pixel Value"), "%1", "%1", "", 11},
+    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Pixel Value"), "%1", "%1", nullptr, pixelImportance},
 };
-constexpr int buttonImportance = 8;
 constexpr int longestMode = 32;  // characters; a longer name is cut in the bar
 constexpr int messageMargin = 8; // pixels that the status bar leaves on either side of a message
 
@@ -154,7 +156,8 @@ InfoBar::InfoBar(QStatusBar* statusBar) : QWidget(statusBar), m_statusBar(status
         label->setText(infoText(item, {}));
         label->hide();
         m_items[i].label = label;
-        m_items[i].widest = infoText(item, QLatin1String(wordings[i].usual));
+        const QString usual = QString::fromLatin1(wordings[i].usual);
+        m_items[i].widest = infoText(item, usual);
     }
     measure();
     statusBar->installEventFilter(this);
@@ -367,8 +370,11 @@ void InfoBar::arrange()
     int used = gap() / 2;
     std::vector<QWidget*> inView;
     for (const Place& place : ranked) {
-        if (used + place.width + gap() > width())
-            continue; // something narrower may still have room
+        if (used + place.width + gap() > width()) {
+            if (place.importance == pixelImportance)
+                continue; // colours of many bits may be too wide on their own
+            break;
+        }
         used += place.width + gap();
         inView.push_back(place.widget);
     }
@@ -412,7 +418,7 @@ void InfoBar::makeWay()
     }
     const int text = m_statusBar->fontMetrics().horizontalAdvance(message) + 2 * messageMargin;
     int room = m_statusBar->width() - std::min(text, m_statusBar->width() / 2);
-    for (QWidget* const other : m_statusBar->findChildren<QWidget*>({}, Qt::FindDirectChildrenOnly)) {
+    for (QWidget* const other : m_statusBar->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
         if (other != this && !other->isHidden())
             room -= QWidgetItem(other).sizeHint().width() + m_statusBar->layout()->spacing();
     }

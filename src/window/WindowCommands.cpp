@@ -5,6 +5,8 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QProgressBar>
 
+#include <string>
+
 namespace Vistrel {
 
 namespace {
@@ -52,9 +54,9 @@ void WindowQt::PrivateData::setupModeAsync()
         return;
     }
     const QByteArray bytes = action->data().toByteArray(); // as the source gave it
-    const QByteArray name = bytes.isNull() ? action->whatsThis().toLocal8Bit() : bytes;
+    const std::string name = (bytes.isNull() ? action->whatsThis().toLocal8Bit() : bytes).toStdString();
     runCommand("setupMode", tr("Acquisition setup (%1) ongoing").arg(action->text()),
-               [s = source.get(), name] { return s->setupMode(name.constData()); });
+               [s = source.get(), name] { return s->setupMode(name.c_str()); });
 }
 
 void WindowQt::PrivateData::setupStartAsync()

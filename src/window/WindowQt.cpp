@@ -17,27 +17,55 @@
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QToolButton>
 
+#include <mutex>
+
 namespace Vistrel {
 
 namespace {
 
 constexpr int barsMs = 800;
 
-// The source is deleted on the user-interface thread, where its signal handler lives, whoever lets it go last.
+// Owns a source, and deletes it on the user-interface thread, where its signal handler lives, whoever lets it go last.
+class SourceKeeper : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SourceKeeper(ScopedAcquisitionInterface&& source) : m_source(std::move(source)) {}
+
+    AbstractAcquisitionInterface* source() const { return m_source.get(); }
+
+    void letGo()
+    {
+        if (!QCoreApplication::instance()) {
+            reportLine("Vistrel::WindowQt: A source that returned after the application had gone is left alone.");
+        } else if (QThread::currentThread() == thread()) {
+            delete this;
+        } else {
+            const std::lock_guard<std::mutex> guard(m_mutex);
+            QMetaObject::invokeMethod(this, "end", Qt::QueuedConnection);
+        }
+    }
+
+public Q_SLOTS:
+    void end()
+    {
+        {
+            const std::lock_guard<std::mutex> guard(m_mutex); // whoever let go has left
+        }
+        m_source.reset(nullptr);
+        deleteLater();
+    }
+
+private:
+    std::mutex m_mutex;
+    ScopedAcquisitionInterface m_source;
+};
+
 std::shared_ptr<AbstractAcquisitionInterface> keep(ScopedAcquisitionInterface&& given)
 {
-    auto* const owner = new ScopedAcquisitionInterface(std::move(given));
-    return {owner->get(), [owner](AbstractAcquisitionInterface*) {
-                QCoreApplication* const application = QCoreApplication::instance();
-                if (application && QThread::currentThread() != application->thread())
-                    QMetaObject::invokeMethod(
-                        application, [owner] { delete owner; }, Qt::QueuedConnection);
-                else if (application)
-                    delete owner;
-                else
-                    reportLine(
-                        "Vistrel::WindowQt: A source that returned after the application had ended is left alone.");
-            }};
+    auto* const keeper = new SourceKeeper(std::move(given));
+    return {keeper->source(), [keeper](AbstractAcquisitionInterface*) { keeper->letGo(); }};
 }
 
 } // namespace
@@ -58,6 +86,7 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     progress->setRange(0, 0);
     progress->setTextVisible(false);
     progress->hide();
+    form.statusBar->setAutoFillBackground(true); // it may lie over the image
     form.statusBar->addPermanentWidget(progress);
     paletteButton = new QToolButton(window);
     paletteButton->setMenu(form.menuColor_Palette);
@@ -268,3 +297,5 @@ void WindowQt::closeEvent(QCloseEvent* event)
 }
 
 } // namespace Vistrel
+
+#include "WindowQt.moc"

@@ -282,7 +282,7 @@ void WindowQt::PrivateData::showBadge(const QString& state)
     for (const QSize& size : application.availableSizes())
         pictures.append(application.pixmap(size));
     if (pictures.isEmpty()) {
-        for (const int side : {16, 24, 32, 48, 64, 128, 256})
+        for (const int side : {16, 24, 32, 48, 64, 128})
             pictures.append(QPixmap(side == 48 ? QStringLiteral(":/Icons/VistrelIcon.png")
                                                : QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
     }

@@ -2,6 +2,7 @@
 // Tests what the image information bar says, how it keeps still, and what it leaves out of a narrow window.
 #include "window/InfoBar.h"
 
+#include <QtCore/QSet>
 #include <QtTest/QTest>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QLabel>
@@ -13,6 +14,8 @@
 #include <memory>
 
 using namespace Vistrel;
+
+Q_DECLARE_METATYPE(Vistrel::InfoItem)
 
 namespace {
 
@@ -101,6 +104,7 @@ private Q_SLOTS:
     void reportTellsWhatIsKnown();
     void nothingMovesWhileDigitsChange();
     void narrowWindowLeavesOutTheLeastImportant();
+    void widePixelValueLeavesTheZoomInView();
     void messageKeepsRoom();
     void droppedIsAmberWhileItRises();
     void userActions();
@@ -190,7 +194,7 @@ void InfoBarTest::nothingMovesWhileDigitsChange()
     const QList<QRect> before = geometries();
     set(1.11, 1, 0.011, {1, 1}, 1);
     QCOMPARE(geometries(), before);
-    set(888.88, 88, 88.888, {1919, 1079}, 4095);
+    set(888.88, 88, 8.888, {1919, 1079}, 4095);
     QCOMPARE(geometries(), before);
     f.bar->setPixel({}, std::nullopt);
     QCOMPARE(geometries(), before);
@@ -214,24 +218,41 @@ void InfoBarTest::narrowWindowLeavesOutTheLeastImportant()
     Fixture f;
     f.showAll();
     QVERIFY(f.bar->minimumSizeHint().width() < 100);
-    f.bar->show();
-    f.show(3000);
+    QSet<int> counts;
+    const auto verify = [&](int width) {
+        f.show(width);
+        QStringList left = f.inView();
+        const int count = left.size();
+        counts.insert(count);
+        QCOMPARE(count == 10, f.bar->width() >= f.bar->sizeHint().width());
+        for (const QLabel* const label : f.bar->findChildren<QLabel*>())
+            QVERIFY(label->isHidden() || f.bar->rect().contains(label->geometry()));
+        if (left == QStringList{infoName(InfoItem::Zoom)})
+            return; // too narrow for the pixel value
+        for (int i = 10 - count; i < 10; ++i)
+            QVERIFY2(left.removeOne(infoName(leastFirst[i])), qPrintable(infoName(leastFirst[i])));
+    };
+    for (int width = 1600; width > 40; width -= 9)
+        verify(width);
+    QCOMPARE(counts.size(), 11); // one at a time, from all to none
+    for (int width = 40; width < 1600; width += 100)
+        verify(width);
     QCOMPARE(f.inView().size(), 10);
-    // Each item is the first to go once all that are less important have been switched off.
-    for (const InfoItem item : leastFirst) {
-        f.show(3000);
-        const QStringList wide = f.inView();
-        QVERIFY(wide.contains(infoName(item)));
-        const int needed = f.bar->sizeHint().width();
-        f.show(needed + 3000 - f.bar->mapTo(&f.statusBar, QPoint(f.bar->width(), 0)).x());
-        QCOMPARE(f.inView(), wide);
-        f.show(f.statusBar.width() - needed + f.bar->width() - 30);
-        QVERIFY2(!f.label(item)->isVisible(), qPrintable(infoName(item)));
-        f.show(3000);
-        QCOMPARE(f.inView(), wide);
-        f.bar->setItemShown(item, false);
-    }
-    QVERIFY(f.inView().isEmpty());
+}
+
+void InfoBarTest::widePixelValueLeavesTheZoomInView()
+{
+    Fixture f;
+    f.bar->setItemShown(InfoItem::Zoom, true);
+    f.show(250);
+    const QStringList zoom{infoName(InfoItem::Zoom)};
+    QCOMPARE(f.inView(), zoom);
+    f.bar->setItemShown(InfoItem::PixelValue, true);
+    f.bar->setImage(frameOf(10000, 10000, RGB16));
+    f.show(250);
+    QCOMPARE(f.inView(), zoom);
+    f.show(900);
+    QCOMPARE(f.inView(), zoom + QStringList{infoName(InfoItem::PixelValue)});
 }
 
 void InfoBarTest::messageKeepsRoom()

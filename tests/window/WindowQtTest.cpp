@@ -172,12 +172,10 @@ void WindowQtTest::keysRunCommands()
     shown.camera->announce();
     QTRY_COMPARE(shown.action("actionStop")->isEnabled(), isRunning);
     QTest::keyClick(shown.window, Qt::Key(key), Qt::KeyboardModifiers(modifier));
-    QTest::keyClick(shown.window, Qt::Key_F10); // whatever came before has run by then
-    const std::string wanted =
-        (command.isEmpty() || command == "trigger" ? "" : command.toStdString() + " ") + "trigger";
-    QTRY_VERIFY(QString::fromStdString(shown.events->seen()).endsWith(QLatin1String("trigger")));
-    QTRY_VERIFY(shown.action("actionTrigger")->isEnabled());
-    QCOMPARE(shown.events->seen(), command == "trigger" ? "trigger trigger" : wanted);
+    // Where nothing is to come of a key, the next command shows that nothing has.
+    if (command.isEmpty())
+        QTest::keyClick(shown.window, Qt::Key_F10);
+    QTRY_COMPARE(shown.events->seen(), command.isEmpty() ? std::string("trigger") : command.toStdString());
 }
 
 void WindowQtTest::toolBarFollowsWhatIsOffered()
