@@ -25,6 +25,16 @@ class VISTREL_EXPORT WindowQt : public QMainWindow
     Q_PROPERTY(bool closeable READ closeable WRITE setCloseable)
     Q_PROPERTY(bool bayerDemosaicEnabled READ bayerDemosaicEnabled WRITE setBayerDemosaicEnabled)
     Q_PROPERTY(bool rgbOrderReversed READ rgbOrderReversed WRITE setRgbOrderReversed)
+    Q_PROPERTY(bool previewSetupMode READ previewSetupMode WRITE setPreviewSetupMode)
+    Q_PROPERTY(bool previewFrameRate READ previewFrameRate WRITE setPreviewFrameRate)
+    Q_PROPERTY(bool previewBuffersQueued READ previewBuffersQueued WRITE setPreviewBuffersQueued)
+    Q_PROPERTY(bool previewBuffersFilled READ previewBuffersFilled WRITE setPreviewBuffersFilled)
+    Q_PROPERTY(bool previewBuffersDropped READ previewBuffersDropped WRITE setPreviewBuffersDropped)
+    Q_PROPERTY(bool previewBuffersDelivered READ previewBuffersDelivered WRITE setPreviewBuffersDelivered)
+    Q_PROPERTY(bool previewImageDimensions READ previewImageDimensions WRITE setPreviewImageDimensions)
+    Q_PROPERTY(bool previewImageFormat READ previewImageFormat WRITE setPreviewImageFormat)
+    Q_PROPERTY(bool previewZoomLevel READ previewZoomLevel WRITE setPreviewZoomLevel)
+    Q_PROPERTY(bool previewPixelValue READ previewPixelValue WRITE setPreviewPixelValue)
     Q_PROPERTY(bool keepImageInfoVisible READ keepImageInfoVisible WRITE setKeepImageInfoVisible)
     Q_PROPERTY(bool fullScreen READ fullScreen WRITE setFullScreen)
     Q_PROPERTY(bool exhibitView READ exhibitView WRITE setExhibitView)
@@ -51,6 +61,18 @@ public:
     bool fullScreen() const;
     bool exhibitView() const;
     bool keepImageInfoVisible() const;
+
+    // Which items the image information bar shows, of those that the source has.
+    bool previewSetupMode() const;
+    bool previewFrameRate() const;
+    bool previewBuffersQueued() const;
+    bool previewBuffersFilled() const;
+    bool previewBuffersDropped() const;
+    bool previewBuffersDelivered() const;
+    bool previewImageDimensions() const;
+    bool previewImageFormat() const;
+    bool previewZoomLevel() const;
+    bool previewPixelValue() const;
 
     QMenu* createPopupMenu() override; ///< none: the bars are not the user's to hide
 
@@ -94,6 +116,20 @@ public Q_SLOTS:
     void setExhibitView(bool enabled);
     void toggleExhibitView();
     void setKeepImageInfoVisible(bool visible);
+
+    void setPreviewSetupMode(bool enabled);
+    void setPreviewFrameRate(bool enabled);
+    void setPreviewBuffersQueued(bool enabled);
+    void setPreviewBuffersFilled(bool enabled);
+    void setPreviewBuffersDropped(bool enabled);
+    void setPreviewBuffersDelivered(bool enabled);
+    void setPreviewImageDimensions(bool enabled);
+    void setPreviewImageFormat(bool enabled);
+    void setPreviewZoomLevel(bool enabled);
+    void setPreviewPixelValue(bool enabled);
+
+    void copyCurrentPixelValue(); ///< as text, of the pixel under the pointer or clicked last
+    void copyCurrentImageStats(); ///< as text, a line for each item of the information bar that has a value
 
 protected:
     void changeEvent(QEvent* event) override;

@@ -103,11 +103,15 @@ BOOL CALLBACK addWindow(HWND window, LPARAM list)
 }
 
 // Puts the children, in the order that they have, between the parent and the lowest window above it that is none of
-// them.
-void stackAbove(HWND parent, const std::set<HWND>& children)
+// them. Those in `lowered` leave the topmost windows first.
+void stackAbove(HWND parent, const std::set<HWND>& children, const std::set<HWND>& lowered)
 {
     std::vector<HWND> windows; // from the highest to the lowest
     EnumWindows(addWindow, reinterpret_cast<LPARAM>(&windows));
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
+        if (lowered.count(*window) != 0)
+            putBelow(*window, HWND_NOTOPMOST); // above all ordinary windows, and so above the parent
+    }
     const bool isParentTopmost = isTopmost(parent);
     // Above an ordinary parent a topmost child is anyway, and is to stay topmost.
     if (!isParentTopmost)
@@ -127,10 +131,9 @@ void stackAbove(HWND parent, const std::set<HWND>& children)
     }
 }
 
-// The children to stack above a parent; with a topmost one they become topmost, and with an ordinary one no longer.
-std::set<HWND> childrenOf(HWND parent)
+// With a topmost parent the children become topmost, and with an ordinary one no longer.
+void parentWasMoved(HWND parent)
 {
-    const bool isParentTopmost = isTopmost(parent);
     std::set<HWND> children;
     std::set<HWND> lowered;
     {
@@ -138,25 +141,16 @@ std::set<HWND> childrenOf(HWND parent)
         const std::lock_guard<std::mutex> guard(all.mutex);
         const auto entry = all.parents.find(parent);
         if (entry == all.parents.end())
-            return {};
+            return;
         children = entry->second.children;
-        if (!isParentTopmost)
-            lowered.swap(entry->second.raised);
+        std::set<HWND>& raised = entry->second.raised;
+        if (!isTopmost(parent))
+            lowered.swap(raised);
         else
-            std::copy_if(children.begin(), children.end(),
-                         std::inserter(entry->second.raised, entry->second.raised.end()),
+            std::copy_if(children.begin(), children.end(), std::inserter(raised, raised.end()),
                          [](HWND child) { return !isTopmost(child); });
     }
-    for (const HWND child : lowered)
-        putBelow(child, HWND_NOTOPMOST);
-    return children;
-}
-
-void parentWasMoved(HWND parent)
-{
-    const std::set<HWND> children = childrenOf(parent);
-    if (!children.empty())
-        stackAbove(parent, children);
+    stackAbove(parent, children, lowered);
 }
 
 LRESULT CALLBACK beforeWindowProcedure(int code, WPARAM wParam, LPARAM lParam)

@@ -166,9 +166,11 @@ InfoBar::InfoBar(QStatusBar* statusBar) : QWidget(statusBar), m_statusBar(status
 
 InfoBar::~InfoBar()
 {
-    // First, as an action may be a child, too.
-    for (const QToolButton* const button : m_buttons)
-        delete button;
+    // An action may be a child, too, and go when there is no list of buttons any more.
+    for (const QToolButton* const button : m_buttons) {
+        if (QAction* const action = button->defaultAction())
+            action->disconnect(this);
+    }
 }
 
 bool InfoBar::isItemShown(InfoItem item) const
@@ -193,8 +195,8 @@ void InfoBar::addUserAction(QAction* action)
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_buttons.push_back(button);
     connect(action, &QAction::changed, this, &InfoBar::arrangeAnew);
-    // Its own click may be what ends the action.
-    connect(action, &QObject::destroyed, button, [this, button] {
+    // Its own click may be what ends the action. The button itself forgets what it is connected to before that.
+    connect(action, &QObject::destroyed, this, [this, button] {
         m_buttons.erase(std::find(m_buttons.begin(), m_buttons.end(), button));
         button->hide();
         button->deleteLater();

@@ -24,6 +24,7 @@ namespace Vistrel {
 namespace {
 
 constexpr int barsMs = 800;
+constexpr int statisticsMs = 250;
 
 // Owns a source, and deletes it on the user-interface thread, where its signal handler lives, whoever lets it go last.
 class SourceKeeper : public QObject
@@ -94,6 +95,12 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     paletteButton->setAutoRaise(true);
     paletteButton->setFocusPolicy(Qt::NoFocus);
     form.statusBar->addPermanentWidget(paletteButton);
+
+    infoBar = new InfoBar(form.statusBar);
+    form.statusBar->addPermanentWidget(infoBar);
+    statisticsTimer.setInterval(statisticsMs);
+    statisticsTimer.start();
+    pixelTimer.setSingleShot(true);
 
     for (QMenu* const menu : {form.menuColor_Palette, form.menuBayer_Filter}) {
         auto* const group = new QActionGroup(menu);
@@ -185,6 +192,19 @@ void WindowQt::PrivateData::connectActions()
         });
     }
 
+    for (std::size_t i = 0; i < infoItemCount; ++i)
+        connect(infoSwitch(static_cast<InfoItem>(i)), SIGNAL(triggered()), this, SLOT(updateInfoSwitches()));
+    connect(f.actionImage_Stats, SIGNAL(triggered()), this, SLOT(showInfoSwitches()));
+    connect(f.actionCopy_Pixel_Value, SIGNAL(triggered()), window, SLOT(copyCurrentPixelValue()));
+    connect(f.actionCopy_Image_Stats, SIGNAL(triggered()), window, SLOT(copyCurrentImageStats()));
+    connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateImageStats()));
+    connect(&pixelTimer, SIGNAL(timeout()), this, SLOT(updatePixelValue()));
+    f.statusBar->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(f.statusBar, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showInfoSwitches()));
+    scrollArea->surface()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(scrollArea->surface(), SIGNAL(customContextMenuRequested(QPoint)), this,
+            SLOT(showSurfaceContextMenu(QPoint)));
+
     connect(&busyWork, SIGNAL(delayed(QString)), this, SLOT(showBusyWork(QString)));
     connect(&busyWork, SIGNAL(completed(Vistrel::BusyWorkResult)), this,
             SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)));
@@ -193,6 +213,7 @@ void WindowQt::PrivateData::connectActions()
     connect(scrollArea->surface(), SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()),
             Qt::QueuedConnection);
     connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
+    connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateImageInfo()), Qt::QueuedConnection);
     connect(stream.get(), SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
     if (!source)
         return;
@@ -204,11 +225,12 @@ void WindowQt::PrivateData::connectActions()
 WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent)
     : QMainWindow(parent), m_data(new PrivateData(this, std::move(acquisitionInterface)))
 {
+    m_data->makeEditors();
     m_data->connectActions();
     setColorTableGray();
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
     updateFeatureSet();
-    m_data->updateActionStates();
+    m_data->updateZoomStates();
 }
 
 WindowQt::~WindowQt()
@@ -289,6 +311,7 @@ void WindowQt::closeEvent(QCloseEvent* event)
     if (m_data->isClosed)
         return;
     m_data->isClosed = true;
+    m_data->statisticsTimer.stop();
     m_data->busyWork.abortWaiting();
     m_data->stream->setRefreshEnabled(false);
     if (m_data->source)

@@ -7,6 +7,7 @@
 #include "base/Report.h"
 #include "ui_WindowQt.h"
 #include "window/BusyWork.h"
+#include "window/InfoBar.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
@@ -20,6 +21,11 @@ class QProgressBar;
 class QToolButton;
 
 namespace Vistrel {
+
+class MiniMap;
+class PopoverWindow;
+class StartFixedEditor;
+class ZoomEditor;
 
 class WindowQt::PrivateData : public QObject
 {
@@ -41,6 +47,11 @@ public:
     void showSetupToggle(bool canSetup, bool canCleanup);
     void showBadge(const QString& state);
     void runCommand(const char* operation, const QString& message, BusyWork::Command command);
+    QAction* infoSwitch(InfoItem item) const;
+    void setPreview(InfoItem item, bool enabled);
+    PopoverWindow* makePopover(QWidget* contents, QAction* action);
+    void makeEditors();
+    void toggle(PopoverWindow* popover, QAction* action);
     void applyViewMode();
     void setBarsVisible(bool visible);
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -58,6 +69,15 @@ public:
     QMenu* setupModes = nullptr;
     QToolButton* paletteButton = nullptr;
     QProgressBar* progress = nullptr;
+    InfoBar* infoBar = nullptr;
+    PopoverWindow* zoomPopover = nullptr;
+    PopoverWindow* startFixedPopover = nullptr;
+    PopoverWindow* quickViewPopover = nullptr;
+    ZoomEditor* zoomEditor = nullptr;
+    StartFixedEditor* startFixedEditor = nullptr;
+    MiniMap* miniMap = nullptr;
+    QTimer statisticsTimer;
+    QTimer pixelTimer; // after the events that move the pointer
 
     ColorTable colorTable = ColorTable::Gray;
     bool isExhibited = false;
@@ -75,6 +95,16 @@ public Q_SLOTS:
     void updateActionStates();
     void updateZoomStates();
     void updateBitmapLockedStates(bool bitmapLocked);
+    void zoomEditorOpen();
+    void startFixedSelect();
+    void startFixedAccepted(int count);
+    void quickViewPopoverOpen();
+    void updateInfoSwitches();
+    void updateImageStats();
+    void updateImageInfo();
+    void updatePixelValue();
+    void showInfoSwitches();
+    void showSurfaceContextMenu(const QPoint& position);
     void showWindowBars();
     void hideWindowBars();
     void leaveViewMode();

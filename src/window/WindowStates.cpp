@@ -3,6 +3,7 @@
 #include "window/WindowQt_p.h"
 
 #include "pipeline/SurfaceStream_p.h"
+#include "window/StartFixedEditor.h"
 
 #include <Vistrel/SurfaceScrollArea.h>
 
@@ -165,6 +166,10 @@ void WindowQt::updateFeatureSet()
     offer(form.actionBuffers_Dropped, has(&Source::hasFramesDropped));
     offer(form.actionBuffers_Delivered, has(&Source::hasFramesDelivered));
     offer(form.actionActive_Setup_Mode, hasSetupMode);
+    if (source)
+        d.startFixedEditor->setBounds(source->startFixedMin(), source->startFixedMax(), source->startFixedInc());
+    d.updateInfoSwitches();
+    d.updateImageStats();
     d.updateActionStates();
 }
 
@@ -199,6 +204,7 @@ void WindowQt::PrivateData::updateActionStates()
         setupModes->isEmpty() ? QByteArray() : askText("activeSetupMode", [this](char* text, std::size_t* length) {
             return source->activeSetupMode(text, length);
         });
+    infoBar->setSetupMode(QString::fromLocal8Bit(activeMode));
     for (QAction* const mode : setupModes->actions()) {
         const bool isActive = !activeMode.isNull() && mode->data().toByteArray() == activeMode;
         mode->setEnabled(canSetupMode);
@@ -236,6 +242,7 @@ void WindowQt::PrivateData::updateActionStates()
     form.actionStart_Reverse->setEnabled(can("canStartReverse", &Source::canStartReverse));
     form.actionStart->setEnabled(canStart);
     form.actionStart_Fixed->setEnabled(can("canStartFixed", &Source::canStartFixed));
+    startFixedEditor->setStartEnabled(form.actionStart_Fixed->isEnabled());
     form.actionStart_Single->setEnabled(can("canStartSingle", &Source::canStartSingle));
     form.actionPause->setEnabled(canPause);
     form.actionStop->setEnabled(can("canStop", &Source::canStop));
@@ -295,6 +302,7 @@ void WindowQt::PrivateData::showBadge(const QString& state)
 void WindowQt::PrivateData::updateZoomStates()
 {
     form.actionZoom_Fit->setChecked(scrollArea->zoomToFit());
+    infoBar->setZoom(scrollArea->zoomScaling());
 }
 
 void WindowQt::PrivateData::updateBitmapLockedStates(bool bitmapLocked)

@@ -151,6 +151,8 @@ void WindowQt::PrivateData::leaveViewMode()
 
 bool WindowQt::PrivateData::eventFilter(QObject*, QEvent* event)
 {
+    if (event->type() == QEvent::MouseMove || event->type() == QEvent::Enter || event->type() == QEvent::Leave)
+        pixelTimer.start(0);
     if (isImageAlone && (event->type() == QEvent::MouseMove || event->type() == QEvent::Leave)) {
         const int y = window->mapFromGlobal(QCursor::pos()).y();
         const bool isAtEdge = event->type() == QEvent::MouseMove && (y < edge || y >= window->height() - edge);

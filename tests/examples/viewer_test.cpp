@@ -131,7 +131,18 @@ struct Ending
     QString errors;
 };
 
-Ending runViewer(const char* arguments, const QTemporaryDir& folder)
+// Windows keeps a program's working folder for a moment after its end.
+struct WorkingFolder : QTemporaryDir
+{
+    ~WorkingFolder()
+    {
+        setAutoRemove(false);
+        if (!QTest::qWaitFor([this] { return QDir(path()).removeRecursively(); }))
+            qWarning("The working folder is still in use");
+    }
+};
+
+Ending runViewer(const char* arguments, const WorkingFolder& folder)
 {
     QProcess viewer;
     viewer.setWorkingDirectory(folder.path());
@@ -259,7 +270,7 @@ void ViewerTest::windowShowsFiles()
     QFETCH(QString, file);
     QFETCH(QImage::Format, format);
     QFETCH(QString, shownAs);
-    const QTemporaryDir folder;
+    const WorkingFolder folder;
     const QImage picture = gradient(QSize(203, 104), format); // rows that the toolkit pads
     if (shownAs == QLatin1String("Mono12"))
         writeDeepPgm(folder.filePath(file), picture, 12);
@@ -278,7 +289,7 @@ void ViewerTest::windowShowsFiles()
 
 void ViewerTest::endings()
 {
-    const QTemporaryDir folder;
+    const WorkingFolder folder;
     QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("empty")) && QDir(folder.path()).mkdir(QStringLiteral("broken")));
     writeText(folder.filePath(QStringLiteral("broken/a.png")), "");
     const auto check = [&](const char* arguments, int exitCode, const char* message) {

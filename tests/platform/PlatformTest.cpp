@@ -191,6 +191,7 @@ void PlatformTest::registrationsEnd()
                                        GetModuleHandleW(nullptr), nullptr);
     QVERIFY(addTransientChild(first.handle, child));
     QVERIFY(addTransientChild(panel, child));
+    raise(first.handle); // what is highest already is not moved
     raise(second.handle);
     QTRY_COMPARE(above(second.handle, 1), std::vector<HWND>{child});
     raise(first.handle);
@@ -200,6 +201,7 @@ void PlatformTest::registrationsEnd()
     raise(second.handle);
     QCoreApplication::processEvents();
     QVERIFY(!isAbove(child, second.handle));
+    DestroyWindow(panel); // its parent's thread would wait for this one
     DestroyWindow(child);
 }
 

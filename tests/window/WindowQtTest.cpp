@@ -7,13 +7,16 @@
 #include <Vistrel/WindowQt.h>
 
 #include "support/FakeSources.h"
+#include "window/StartFixedEditor.h"
 
 #include <QtCore/QPointer>
+#include <QtGui/QClipboard>
 #include <QtTest/QTest>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QProgressBar>
+#include <QtWidgets/QSpinBox>
 #include <QtWidgets/QStatusBar>
 #include <QtWidgets/QToolBar>
 #include <QtWidgets/QToolButton>
@@ -71,6 +74,7 @@ public:
     bool stop() override { return run("stop"); }
     bool startSingle() override { return run("single"); }
     bool trigger() override { return run("trigger"); }
+    bool startFixed(size_t frames) override { return run(("fixed " + std::to_string(frames)).c_str()); }
     bool setupMode(const char* const name) override { return run(name); }
     void uxClosed() override { m_events->add("closed"); }
 
@@ -82,6 +86,7 @@ public:
     bool canStop() const override { return able && running; }
     bool canStartSingle() const override { return able; }
     bool canTrigger() const override { return able; }
+    bool canStartFixed() const override { return able; }
     bool isRunning() const override { return running; }
     bool activeSetupMode(char* const buffer, std::size_t* const size) const override
     {
@@ -140,6 +145,8 @@ private Q_SLOTS:
     void setupModes();
     void palettes();
     void imageIsAloneInViewModes();
+    void imageIsToldOf();
+    void fixedCountIsStarted();
     void closeableIsObeyed();
     void closingWhileTheSourceBlocks();
 };
@@ -302,6 +309,52 @@ void WindowQtTest::imageIsAloneInViewModes()
     QTest::keyClick(shown.window, Qt::Key_Escape);
     QVERIFY(!shown.window->exhibitView() && bar->isVisible() && shown.window->menuBar()->isVisible());
     QTRY_COMPARE(surface->size(), before);
+}
+
+void WindowQtTest::imageIsToldOf()
+{
+    ShownWindow shown;
+    shown.camera->setHasFramesDelivered(true);
+    shown.camera->announce();
+    const TestFrame frame(4, 3, Mono12, 10);
+    shown.camera->push(frame.raw);
+    QTRY_VERIFY(shown.action("actionCopy_Image_Stats")->isEnabled());
+    QTRY_VERIFY(shown.action("actionBuffers_Delivered")->isVisible());
+    Surface* const surface = shown.window->surfaceScrollArea()->surface();
+    const auto pointAtLastPixel = [surface] {
+        QTest::mouseMove(surface, (surface->scaledRect().topLeft() + QPointF(3.25, 2.25)).toPoint());
+        return surface->activePixel() == QPoint(3, 2);
+    };
+    QTRY_VERIFY(pointAtLastPixel()); // the bars may still be taking their places
+    QTest::keyClick(shown.window, Qt::Key_P, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("(3, 2) 2570"));
+    QTest::keyClick(shown.window, Qt::Key_I, Qt::ControlModifier);
+    const QString report = QGuiApplication::clipboard()->text();
+    for (const char* const line : {"Frames Delivered: 0\n", "Dimensions: 4 x 3 x 12 bit\n", "Image Format: Mono12\n",
+                                   "Zoom Level: 100.0 %\n", "Pixel Value: (3, 2) 2570\n"})
+        QVERIFY2(report.contains(QLatin1String(line)), qPrintable(report));
+    QVERIFY(!report.contains(QLatin1String("Frame Rate")));
+
+    QVERIFY(shown.window->previewZoomLevel() && !shown.window->previewImageFormat());
+    shown.window->setPreviewImageFormat(true);
+    QVERIFY(shown.action("actionImage_Format")->isChecked());
+}
+
+void WindowQtTest::fixedCountIsStarted()
+{
+    ShownWindow shown;
+    shown.camera->setHasStartFixed(true);
+    shown.camera->setStartFixedMin(3);
+    shown.camera->announce();
+    QTRY_VERIFY(shown.action("actionStart_Fixed")->isVisible());
+    QTest::keyClick(shown.window, Qt::Key_Asterisk);
+    auto* const editor = shown.window->findChild<StartFixedEditor*>();
+    QTRY_VERIFY(editor->isVisible() && shown.action("actionStart_Fixed")->isChecked());
+    auto* const count = editor->findChild<QSpinBox*>();
+    QTest::keyClicks(count, QStringLiteral("12"));
+    QTest::keyClick(count, Qt::Key_Return);
+    QTRY_COMPARE(shown.events->seen(), std::string("fixed 12"));
+    QVERIFY(!editor->isVisible() && !shown.action("actionStart_Fixed")->isChecked());
 }
 
 void WindowQtTest::closeableIsObeyed()

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+// A small picture of the whole image, with the visible part framed.
+#pragma once
+
+#include <Vistrel/Export.h>
+
+#include <QtWidgets/QWidget>
+
+namespace Vistrel {
+
+class SurfaceScrollArea;
+
+/// Shows the whole image of a scroll area, scaled into the widget, and which part of it the area shows. A press or a
+/// drag with the left button centres the area's view there; the wheel zooms about the view's centre.
+///
+/// The small picture is made when it is painted, at most 20 times a second, and only of another image or size than last
+/// time; while it is hidden nothing is done.
+///
+/// Bound to the user-interface thread.
+class VISTREL_EXPORT MiniMap : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit MiniMap(QWidget* parent = nullptr);
+    ~MiniMap() override;
+
+    /// Null for none. The area may be deleted first. Its moves and zooms are followed; of its images, which may be
+    /// many, the owner says by `updateView()` that there is another.
+    void setScrollArea(SurfaceScrollArea* area);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+public Q_SLOTS:
+    void updateView(); ///< the image or the visible part changed
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    class VISTREL_LOCAL PrivateData;
+    PrivateData* m_data;
+};
+
+} // namespace Vistrel

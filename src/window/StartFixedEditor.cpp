@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+// Asks for how many frames an acquisition is to run, and starts it.
+#include "window/StartFixedEditor.h"
+
+#include <QtCore/QSignalBlocker>
+#include <QtGui/QKeyEvent>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QSpinBox>
+
+#include <algorithm>
+
+namespace Vistrel {
+
+StartFixedEditor::StartFixedEditor(QWidget* parent)
+    : QWidget(parent), m_spinBox(new QSpinBox(this)), m_button(new QPushButton(tr("&Start"), this))
+{
+    setAccessibleName(tr("Start of a fixed number of frames"));
+    auto* const label = new QLabel(tr("&Frames:"), this);
+    label->setBuddy(m_spinBox);
+    m_spinBox->setAccessibleName(tr("Number of frames"));
+    m_spinBox->setAlignment(Qt::AlignRight);
+    m_button->setToolTip(tr("Start acquisition of this number of frames."));
+
+    auto* const layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(label);
+    layout->addWidget(m_spinBox, 1);
+    layout->addWidget(m_button);
+    setFocusProxy(m_spinBox);
+
+    setBounds(1, 65536, 1);
+    connect(m_spinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int value) { m_wanted = value; });
+    connect(m_button, &QPushButton::clicked, this, &StartFixedEditor::start);
+}
+
+void StartFixedEditor::setBounds(int min, int max, int step)
+{
+    min = std::max(min, 0);
+    max = std::max(max, min);
+    m_spinBox->setSingleStep(std::max(step, 1));
+    // The same again must not disturb who types.
+    if (min == m_spinBox->minimum() && max == m_spinBox->maximum())
+        return;
+    const QSignalBlocker blocker(m_spinBox);
+    m_spinBox->setRange(min, max);
+    m_spinBox->setValue(m_wanted);
+}
+
+int StartFixedEditor::count() const
+{
+    return m_spinBox->value();
+}
+
+void StartFixedEditor::setStartEnabled(bool isEnabled)
+{
+    m_button->setEnabled(isEnabled);
+}
+
+void StartFixedEditor::start()
+{
+    m_spinBox->interpretText();
+    if (m_button->isEnabled())
+        Q_EMIT started(count());
+}
+
+// Enter comes here from the number and from the button. A key that is held starts once.
+void StartFixedEditor::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
+        QWidget::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        start();
+}
+
+void StartFixedEditor::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    m_spinBox->selectAll();
+}
+
+} // namespace Vistrel

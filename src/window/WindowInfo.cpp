@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: MIT
+// What the main window tells of its image and source: information bar, its switches, and copies of it as text.
+#include "window/WindowQt_p.h"
+
+#include "pipeline/SurfaceStream_p.h"
+#include "window/InfoBar.h"
+
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include <QtGui/QClipboard>
+#include <QtGui/QCursor>
+#include <QtGui/QGuiApplication>
+#include <QtWidgets/QAction>
+#include <QtWidgets/QMenu>
+
+namespace Vistrel {
+
+namespace {
+
+using Source = AbstractAcquisitionInterface;
+
+} // namespace
+
+QAction* WindowQt::PrivateData::infoSwitch(InfoItem item) const
+{
+    QAction* const switches[infoItemCount] = {
+        form.actionActive_Setup_Mode, form.actionFrame_Rate,      form.actionBuffers_Queued,
+        form.actionBuffers_Filled,    form.actionBuffers_Dropped, form.actionBuffers_Delivered,
+        form.actionImageDimensions,   form.actionImage_Format,    form.actionZoom_Level,
+        form.actionPixel_Value,
+    };
+    return switches[static_cast<std::size_t>(item)];
+}
+
+void WindowQt::PrivateData::setPreview(InfoItem item, bool enabled)
+{
+    infoSwitch(item)->setChecked(enabled);
+    updateInfoSwitches();
+}
+
+void WindowQt::PrivateData::updateInfoSwitches()
+{
+    for (std::size_t i = 0; i < infoItemCount; ++i) {
+        const QAction* const action = infoSwitch(static_cast<InfoItem>(i));
+        infoBar->setItemShown(static_cast<InfoItem>(i), action->isChecked() && action->isVisible());
+    }
+}
+
+// Numbers that nobody could read as fast as they change.
+void WindowQt::PrivateData::updateImageStats()
+{
+    const auto count = [this](bool (Source::*has)() const, const char* query, std::size_t (Source::*value)() const) {
+        using Count = std::optional<std::size_t>;
+        return source && (source.get()->*has)()
+                   ? hostCall(query, Count(), [&] { return Count((source.get()->*value)()); })
+                   : Count();
+    };
+    using Rate = std::optional<double>;
+    infoBar->setFrameRate(source && source->hasFrameRate()
+                              ? hostCall("frameRate", Rate(), [this] { return Rate(source->frameRate()); })
+                              : Rate());
+    infoBar->setQueued(count(&Source::hasFramesQueued, "framesQueued", &Source::framesQueued));
+    infoBar->setFilled(count(&Source::hasFramesFilled, "framesFilled", &Source::framesFilled));
+    infoBar->setDropped(count(&Source::hasFramesDropped, "framesDropped", &Source::framesDropped));
+    infoBar->setDelivered(count(&Source::hasFramesDelivered, "framesDelivered", &Source::framesDelivered));
+}
+
+void WindowQt::PrivateData::updateImageInfo()
+{
+    const DisplayFramePtr front = stream->m_data->worker->front();
+    infoBar->setImage(front ? front->delivered : RawImage());
+    updatePixelValue();
+}
+
+void WindowQt::PrivateData::updatePixelValue()
+{
+    Surface* const surface = scrollArea->surface();
+    const QPoint pixel = surface->activePixel();
+    PixVal value;
+    const bool isRead = surface->imageSrcPixVal({pixel.x(), pixel.y()}, value);
+    const bool isInside = pixel.x() >= 0 && pixel.y() >= 0 && QRect({}, surface->pixmap().size()).contains(pixel);
+    infoBar->setPixel(isInside ? PixPos{pixel.x(), pixel.y()} : PixPos{-1, -1},
+                      isRead ? std::optional<PixVal>(value) : std::nullopt);
+}
+
+void WindowQt::PrivateData::showInfoSwitches()
+{
+    auto* const menu = new QMenu(window);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    for (std::size_t i = 0; i < infoItemCount; ++i)
+        menu->addAction(infoSwitch(static_cast<InfoItem>(i)));
+    menu->addSeparator();
+    menu->addActions({form.actionKeep_Stats_Visible, form.actionCopy_Image_Stats});
+    menu->popup(QCursor::pos());
+}
+
+// What can be done with the image, and with the pixel that was clicked.
+void WindowQt::PrivateData::showSurfaceContextMenu(const QPoint& position)
+{
+    auto* const menu = new QMenu(window);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    updatePixelValue();
+    menu->addActions({form.actionCopy_Pixel_Value, form.actionCopy_Image, form.actionSave_Image});
+    menu->addSeparator();
+    menu->addActions({form.actionZoom_In, form.actionZoom_Out, form.actionZoom_Fit, form.actionZoom_100});
+    menu->addSeparator();
+    menu->addMenu(form.menuColor_Palette);
+    menu->addAction(form.actionPixel_Crosshair_Visible);
+    menu->addSeparator();
+    menu->addActions({form.actionExhibit_View, form.actionFull_Screen});
+    menu->popup(scrollArea->surface()->mapToGlobal(position));
+}
+
+void WindowQt::copyCurrentPixelValue()
+{
+    const QPoint pixel = m_data->scrollArea->surface()->activePixel();
+    PixVal value;
+    if (m_data->scrollArea->surface()->imageSrcPixVal({pixel.x(), pixel.y()}, value))
+        QGuiApplication::clipboard()->setText(pixelText({pixel.x(), pixel.y()}, value));
+}
+
+void WindowQt::copyCurrentImageStats()
+{
+    m_data->updateImageStats();
+    m_data->updateImageInfo();
+    QGuiApplication::clipboard()->setText(m_data->infoBar->report());
+}
+
+bool WindowQt::previewSetupMode() const
+{
+    return m_data->infoSwitch(InfoItem::SetupMode)->isChecked();
+}
+
+bool WindowQt::previewFrameRate() const
+{
+    return m_data->infoSwitch(InfoItem::FrameRate)->isChecked();
+}
+
+bool WindowQt::previewBuffersQueued() const
+{
+    return m_data->infoSwitch(InfoItem::Queued)->isChecked();
+}
+
+bool WindowQt::previewBuffersFilled() const
+{
+    return m_data->infoSwitch(InfoItem::Filled)->isChecked();
+}
+
+bool WindowQt::previewBuffersDropped() const
+{
+    return m_data->infoSwitch(InfoItem::Dropped)->isChecked();
+}
+
+bool WindowQt::previewBuffersDelivered() const
+{
+    return m_data->infoSwitch(InfoItem::Delivered)->isChecked();
+}
+
+bool WindowQt::previewImageDimensions() const
+{
+    return m_data->infoSwitch(InfoItem::Dimensions)->isChecked();
+}
+
+bool WindowQt::previewImageFormat() const
+{
+    return m_data->infoSwitch(InfoItem::Format)->isChecked();
+}
+
+bool WindowQt::previewZoomLevel() const
+{
+    return m_data->infoSwitch(InfoItem::Zoom)->isChecked();
+}
+
+bool WindowQt::previewPixelValue() const
+{
+    return m_data->infoSwitch(InfoItem::PixelValue)->isChecked();
+}
+
+void WindowQt::setPreviewSetupMode(bool enabled)
+{
+    m_data->setPreview(InfoItem::SetupMode, enabled);
+}
+
+void WindowQt::setPreviewFrameRate(bool enabled)
+{
+    m_data->setPreview(InfoItem::FrameRate, enabled);
+}
+
+void WindowQt::setPreviewBuffersQueued(bool enabled)
+{
+    m_data->setPreview(InfoItem::Queued, enabled);
+}
+
+void WindowQt::setPreviewBuffersFilled(bool enabled)
+{
+    m_data->setPreview(InfoItem::Filled, enabled);
+}
+
+void WindowQt::setPreviewBuffersDropped(bool enabled)
+{
+    m_data->setPreview(InfoItem::Dropped, enabled);
+}
+
+void WindowQt::setPreviewBuffersDelivered(bool enabled)
+{
+    m_data->setPreview(InfoItem::Delivered, enabled);
+}
+
+void WindowQt::setPreviewImageDimensions(bool enabled)
+{
+    m_data->setPreview(InfoItem::Dimensions, enabled);
+}
+
+void WindowQt::setPreviewImageFormat(bool enabled)
+{
+    m_data->setPreview(InfoItem::Format, enabled);
+}
+
+void WindowQt::setPreviewZoomLevel(bool enabled)
+{
+    m_data->setPreview(InfoItem::Zoom, enabled);
+}
+
+void WindowQt::setPreviewPixelValue(bool enabled)
+{
+    m_data->setPreview(InfoItem::PixelValue, enabled);
+}
+
+} // namespace Vistrel
