@@ -35,6 +35,12 @@ StartFixedEditor::StartFixedEditor(QWidget* parent)
     connect(m_button, &QPushButton::clicked, this, &StartFixedEditor::start);
 }
 
+// The box may take in what was typed when it loses the focus, which is when the widget under this one goes.
+StartFixedEditor::~StartFixedEditor()
+{
+    m_spinBox->disconnect(this);
+}
+
 void StartFixedEditor::setBounds(int min, int max, int step)
 {
     min = std::max(min, 0);

@@ -17,6 +17,7 @@ class StartFixedEditor : public QWidget
 
 public:
     explicit StartFixedEditor(QWidget* parent = nullptr);
+    ~StartFixedEditor() override;
 
     /// Sets what a count may be, and by how much the arrows change it; 1, 65536 and 1 at first. Bounds below zero count
     /// as zero, an upper bound below the lower one as that one, and a step below one as one.

@@ -110,6 +110,12 @@ ZoomEditor::ZoomEditor(SurfaceScrollArea* area, QWidget* parent) : QWidget(paren
     updateView();
 }
 
+// The box ends its editing when it loses the focus, which is when the widget under this one goes.
+ZoomEditor::~ZoomEditor()
+{
+    m_percent->disconnect(this);
+}
+
 void ZoomEditor::zoomTo(double scaling)
 {
     if (m_area)

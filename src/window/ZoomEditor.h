@@ -21,6 +21,7 @@ class ZoomEditor : public QWidget
 
 public:
     explicit ZoomEditor(SurfaceScrollArea* area, QWidget* parent = nullptr);
+    ~ZoomEditor() override;
 
 public Q_SLOTS:
     void updateView(); ///< shows what the area's zoom is now
