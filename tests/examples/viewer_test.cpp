@@ -112,7 +112,7 @@ public Q_SLOTS:
     {
         RawImage frame;
         ScopedLock lock;
-        if (count == wanted || !m_source->getNextFrame(&frame, &lock))
+        if (count == wanted || !m_source.load()->getNextFrame(&frame, &lock))
             return;
         frames.push_back(frame);
         for (std::size_t i = frames.size(); i > 0 && i + 3 > frames.size(); --i) // this one and the last two before it
@@ -121,7 +121,7 @@ public Q_SLOTS:
     }
 
 private:
-    AbstractAcquisitionInterface* m_source = nullptr;
+    std::atomic<AbstractAcquisitionInterface*> m_source{nullptr};
 };
 
 struct Ending
