@@ -50,20 +50,17 @@ void WindowQt::PrivateData::updateInfoSwitches()
 // Numbers that nobody could read as fast as they change.
 void WindowQt::PrivateData::updateImageStats()
 {
-    const auto count = [this](bool (Source::*has)() const, const char* query, std::size_t (Source::*value)() const) {
-        using Count = std::optional<std::size_t>;
+    const auto statistic = [this](bool (Source::*has)() const, const char* query, auto value) {
+        using Value = std::optional<decltype((source.get()->*value)())>;
         return source && (source.get()->*has)()
-                   ? hostCall(query, Count(), [&] { return Count((source.get()->*value)()); })
-                   : Count();
+                   ? hostCall(query, Value(), [&] { return Value((source.get()->*value)()); })
+                   : Value();
     };
-    using Rate = std::optional<double>;
-    infoBar->setFrameRate(source && source->hasFrameRate()
-                              ? hostCall("frameRate", Rate(), [this] { return Rate(source->frameRate()); })
-                              : Rate());
-    infoBar->setQueued(count(&Source::hasFramesQueued, "framesQueued", &Source::framesQueued));
-    infoBar->setFilled(count(&Source::hasFramesFilled, "framesFilled", &Source::framesFilled));
-    infoBar->setDropped(count(&Source::hasFramesDropped, "framesDropped", &Source::framesDropped));
-    infoBar->setDelivered(count(&Source::hasFramesDelivered, "framesDelivered", &Source::framesDelivered));
+    infoBar->setFrameRate(statistic(&Source::hasFrameRate, "frameRate", &Source::frameRate));
+    infoBar->setQueued(statistic(&Source::hasFramesQueued, "framesQueued", &Source::framesQueued));
+    infoBar->setFilled(statistic(&Source::hasFramesFilled, "framesFilled", &Source::framesFilled));
+    infoBar->setDropped(statistic(&Source::hasFramesDropped, "framesDropped", &Source::framesDropped));
+    infoBar->setDelivered(statistic(&Source::hasFramesDelivered, "framesDelivered", &Source::framesDelivered));
 }
 
 void WindowQt::PrivateData::updateImageInfo()
@@ -78,8 +75,9 @@ void WindowQt::PrivateData::updatePixelValue()
     Surface* const surface = scrollArea->surface();
     const QPoint pixel = surface->activePixel();
     PixVal value;
-    const bool isRead = surface->imageSrcPixVal({pixel.x(), pixel.y()}, value);
-    const bool isInside = pixel.x() >= 0 && pixel.y() >= 0 && QRect({}, surface->pixmap().size()).contains(pixel);
+    const bool isInside = QRect({}, surface->pixmap().size()).contains(pixel);
+    // The source is asked for its lock only when there is a pixel to read.
+    const bool isRead = isInside && surface->imageSrcPixVal({pixel.x(), pixel.y()}, value);
     infoBar->setPixel(isInside ? PixPos{pixel.x(), pixel.y()} : PixPos{-1, -1},
                       isRead ? std::optional<PixVal>(value) : std::nullopt);
 }
