@@ -16,7 +16,8 @@ class Surface;
 
 /// Shows a `Surface` with two scroll bars, which are there while the image is larger than the view, and an optional
 /// widget in the corner between them. The wheel zooms about the pointer, the left button drags the image, the arrow
-/// keys step by an image pixel and page with Ctrl. The pixel under the pointer is the surface's active pixel.
+/// keys step by an image pixel and page with Ctrl, a double click changes between the whole image and 100 % at the
+/// pointer. The pixel under the pointer is the surface's active pixel.
 ///
 /// Bound to the user-interface thread. Points are in the surface's coordinates, offsets in scaled pixels.
 class VISTREL_EXPORT SurfaceScrollArea : public QWidget

@@ -5,8 +5,12 @@
 #include "base/Report.h"
 #include "platform/PluginPath.h"
 #include "platform/TransientParents.h"
+#include "window/SourceKeeper.h"
+
+#include <Vistrel/WindowQt.h>
 
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 #include <QtCore/QThread>
 #include <QtCore/QTimer>
 #include <QtWidgets/QApplication>
@@ -76,9 +80,17 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
 }
 
-// The hooks of windows go first, and then the toolkit: what is left of its objects may still call on the rest.
+// The windows go first, then their hooks, and then the toolkit: what is left of its objects may still call on the rest.
 Application::PrivateData::~PrivateData()
 {
+    QList<QPointer<WindowQt>> windows; // one may be another's child
+    for (QWidget* const widget : QApplication::allWidgets()) {
+        if (auto* const window = qobject_cast<WindowQt*>(widget))
+            windows.append(window);
+    }
+    for (const QPointer<WindowQt>& window : qAsConst(windows))
+        delete window;
+    leaveSources();
     removeTransientParents();
     toolkit.reset();
 }

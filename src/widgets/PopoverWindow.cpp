@@ -2,10 +2,11 @@
 // A small panel that opens beside the button that it belongs to.
 #include <Vistrel/PopoverWindow.h>
 
+#include "widgets/PlainKey.h"
+
 #include <QtCore/QPointer>
 #include <QtGui/QCursor>
 #include <QtGui/QGuiApplication>
-#include <QtGui/QKeyEvent>
 #include <QtGui/QPainter>
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
@@ -31,12 +32,6 @@ bool isWithin(const QWidget* widget, const QWidget* ancestor)
     while (widget && widget != ancestor)
         widget = widget->parentWidget();
     return widget;
-}
-
-bool isPlain(const QKeyEvent& key)
-{
-    return !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) &&
-           (key.key() < Qt::Key_F1 || key.key() > Qt::Key_F35);
 }
 
 QRect screenAround(const QPoint& point, const QWidget* widget)

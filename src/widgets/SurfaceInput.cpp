@@ -54,6 +54,8 @@ bool ImageSurfaceEventFilter::eventFilter(QObject*, QEvent* event)
     case QEvent::MouseButtonPress:
         press(*static_cast<QMouseEvent*>(event));
         return false;
+    case QEvent::MouseButtonDblClick:
+        return doubleClick(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseMove:
         return move(*static_cast<QMouseEvent*>(event));
     case QEvent::MouseButtonRelease:
@@ -83,6 +85,20 @@ void ImageSurfaceEventFilter::press(const QMouseEvent& event)
     m_surface.setCursor(Qt::ClosedHandCursor);
     m_isDragging = false; // the last release may have gone elsewhere
     m_pressed = event.globalPos();
+}
+
+// From the whole image to its own pixels where the pointer is, and back.
+bool ImageSurfaceEventFilter::doubleClick(QMouseEvent& event)
+{
+    if (event.button() != Qt::LeftButton)
+        return false;
+    if (m_area.zoomToFit())
+        m_area.setZoomTo(1.0, event.pos());
+    else
+        m_area.setZoomToFit(true);
+    followPointer(event.globalPos());
+    event.accept();
+    return true;
 }
 
 bool ImageSurfaceEventFilter::move(QMouseEvent& event)

@@ -33,6 +33,7 @@ public:
 
 private:
     void press(const QMouseEvent& event);
+    bool doubleClick(QMouseEvent& event);
     bool move(QMouseEvent& event);
     void followPointer(const QPoint& globalPosition);
 

@@ -61,6 +61,7 @@ SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
 
 SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
 {
+    setFocusPolicy(Qt::ClickFocus); // a click on the image ends the typing elsewhere
     Surface* const surface = m_data->surface;
     QPalette palette = this->palette();
     palette.setBrush(QPalette::Window, QBrush(Qt::darkGray, Qt::SolidPattern));

@@ -8,6 +8,7 @@
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 
+#include <QtGui/QPainter>
 #include <QtWidgets/QToolButton>
 
 #include <chrono>
@@ -23,19 +24,61 @@ QString withoutMnemonic(const QString& text)
     return plain.remove(QLatin1Char('&'));
 }
 
+// The colours from the darkest level to the brightest, in a thin frame.
+QIcon rampOf(const QVector<unsigned int>& colors, const QColor& ink)
+{
+    constexpr int side = 16;
+    constexpr int scale = 4; // sharp on every screen
+    QImage ramp(side * scale, side * scale, QImage::Format_ARGB32);
+    ramp.fill(Qt::transparent);
+    QPainter painter(&ramp);
+    const QRect frame = ramp.rect().adjusted(0, 2 * scale, 0, -2 * scale);
+    painter.fillRect(frame, ink);
+    const QRect inner = frame.adjusted(scale, scale, -scale, -scale);
+    for (int x = 0; x < inner.width(); ++x)
+        painter.fillRect(inner.x() + x, inner.y(), 1, inner.height(), QColor(colors[x * 255 / (inner.width() - 1)]));
+    painter.end();
+    QPixmap pixmap = QPixmap::fromImage(ramp);
+    pixmap.setDevicePixelRatio(scale);
+    return QIcon(pixmap);
+}
+
 } // namespace
 
-void WindowQt::PrivateData::applyColorTable(ColorTable table, QAction* action)
+QVector<unsigned int> WindowQt::PrivateData::colorsOf(ColorTable table) const
 {
     const RainbowParameters rainbow{form.rainbow_periodSpinBox->value(),    form.rainbow_rPhaseSpinBox->value(),
                                     form.rainbow_gPhaseSpinBox->value(),    form.rainbow_bPhaseSpinBox->value(),
                                     form.rainbow_amplitudeSpinBox->value(), form.rainbow_centerSpinBox->value()};
     const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
+    return makeColorTable(table, rainbow, static_cast<std::uint32_t>(ticks));
+}
+
+void WindowQt::PrivateData::applyColorTable(ColorTable table, QAction* action)
+{
+    const QVector<unsigned int> colors = colorsOf(table);
     colorTable = table;
-    stream->setColorPalette(makeColorTable(table, rainbow, static_cast<std::uint32_t>(ticks)));
+    stream->setColorPalette(colors);
     action->setChecked(true);
+    action->setIcon(rampOf(colors, window->palette().color(QPalette::Mid)));
     paletteButton->setText(tr("Palette: %1").arg(withoutMnemonic(action->text())));
     form.rainbowRulesDockWidget->setVisible(table == ColorTable::Rainbow);
+}
+
+void WindowQt::PrivateData::showRamps()
+{
+    const std::pair<QAction*, ColorTable> entries[] = {
+        {form.actionColor_Palette_Gray, ColorTable::Gray},
+        {form.actionColor_Palette_Gray_2x, ColorTable::Gray2x},
+        {form.actionColor_Palette_Gray_Inverse, ColorTable::GrayInverse},
+        {form.actionColor_Palette_Sine, ColorTable::Sine},
+        {form.actionColor_Palette_Cosine, ColorTable::Cosine},
+        {form.actionColor_Palette_Rainbow, ColorTable::Rainbow},
+        {form.actionColor_Palette_Random, ColorTable::Random},
+        {form.actionColor_Palette_Contours, ColorTable::Contours},
+    };
+    for (const auto& [action, table] : entries)
+        action->setIcon(rampOf(colorsOf(table), window->palette().color(QPalette::Mid)));
 }
 
 ColorTable WindowQt::colorTable() const

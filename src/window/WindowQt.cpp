@@ -3,21 +3,20 @@
 #include "window/WindowQt_p.h"
 
 #include "pipeline/SurfaceStream_p.h"
+#include "window/SourceKeeper.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QThread>
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QActionGroup>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QToolButton>
-
-#include <mutex>
+#include <QtWidgets/QVBoxLayout>
 
 namespace Vistrel {
 
@@ -26,53 +25,10 @@ namespace {
 constexpr int barsMs = 800;
 constexpr int statisticsMs = 250;
 
-// Owns a source, and deletes it on the user-interface thread, where its signal handler lives, whoever lets it go last.
-class SourceKeeper : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit SourceKeeper(ScopedAcquisitionInterface&& source) : m_source(std::move(source)) {}
-
-    AbstractAcquisitionInterface* source() const { return m_source.get(); }
-
-    void letGo()
-    {
-        if (!QCoreApplication::instance()) {
-            reportLine("Vistrel::WindowQt: A source that returned after the application had gone is left alone.");
-        } else if (QThread::currentThread() == thread()) {
-            delete this;
-        } else {
-            const std::lock_guard<std::mutex> guard(m_mutex);
-            QMetaObject::invokeMethod(this, "end", Qt::QueuedConnection);
-        }
-    }
-
-public Q_SLOTS:
-    void end()
-    {
-        {
-            const std::lock_guard<std::mutex> guard(m_mutex); // whoever let go has left
-        }
-        m_source.reset(nullptr);
-        deleteLater();
-    }
-
-private:
-    std::mutex m_mutex;
-    ScopedAcquisitionInterface m_source;
-};
-
-std::shared_ptr<AbstractAcquisitionInterface> keep(ScopedAcquisitionInterface&& given)
-{
-    auto* const keeper = new SourceKeeper(std::move(given));
-    return {keeper->source(), [keeper](AbstractAcquisitionInterface*) { keeper->letGo(); }};
-}
-
 } // namespace
 
 WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface)
-    : window(owner), source(keep(std::move(acquisitionInterface))), busyWork(source)
+    : window(owner), source(keepSource(std::move(acquisitionInterface))), busyWork(source)
 {
     qRegisterMetaType<Vistrel::BusyWorkResult>("Vistrel::BusyWorkResult");
     form.setupUi(window);
@@ -83,6 +39,20 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     setupModes = new QMenu(window);
     form.actionSetup_Mode->setMenu(setupModes);
 
+    auto* const overImage = new QVBoxLayout(scrollArea->surface());
+    hintLabel = new QLabel(scrollArea->surface());
+    hintLabel->setAlignment(Qt::AlignCenter);
+    hintLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    hintLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
+    hintLabel->setStyleSheet(QStringLiteral("color: #f0f0f0; font-size: 15pt"));
+    overImage->addWidget(hintLabel);
+
+    stateLabel = new QLabel(window);
+    stateLabel->setToolTip(tr("State of the acquisition"));
+    stateLabel->setAccessibleName(tr("Acquisition State"));
+    stateLabel->setContentsMargins(6, 0, 6, 0);
+    stateLabel->setMinimumWidth(stateLabel->fontMetrics().horizontalAdvance(tr("Not set up")) + 12);
+    form.statusBar->addWidget(stateLabel);
     progress = new QProgressBar(window);
     progress->setRange(0, 0);
     progress->setTextVisible(false);
@@ -114,8 +84,22 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     barsTimer.setSingleShot(true);
     barsTimer.setInterval(barsMs);
     scrollArea->surface()->installEventFilter(this);
+    form.rainbowRulesDockWidget->installEventFilter(this);
+    nameForAssistance();
+    showRamps();
     // Shortcuts live while the bars are hidden, too.
     window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
+}
+
+void WindowQt::PrivateData::nameForAssistance()
+{
+    form.menuBar->setAccessibleName(tr("Menus"));
+    form.acquisitionToolBar->setAccessibleName(tr("Acquisition Commands"));
+    form.statusBar->setAccessibleName(tr("Status and Image Information"));
+    scrollArea->setAccessibleName(tr("Image"));
+    scrollArea->surface()->setAccessibleName(tr("Live Image"));
+    progress->setAccessibleName(tr("Command under Way"));
+    paletteButton->setAccessibleName(tr("Color Palette"));
 }
 
 // A call that is under way keeps the source; nothing here waits for it.
@@ -320,5 +304,3 @@ void WindowQt::closeEvent(QCloseEvent* event)
 }
 
 } // namespace Vistrel
-
-#include "WindowQt.moc"

@@ -16,7 +16,7 @@
 #include <memory>
 #include <utility>
 
-class QActionGroup;
+class QLabel;
 class QProgressBar;
 class QToolButton;
 
@@ -43,9 +43,11 @@ public:
     /// A text that the source hands out; empty without one.
     QByteArray askText(const char* query, const std::function<bool(char* buffer, std::size_t* size)>& question) const;
 
+    void nameForAssistance();
     void connectActions();
     void showSetupToggle(bool canSetup, bool canCleanup);
     void showBadge(const QString& state);
+    void showHint(bool hasImage);
     void runCommand(const char* operation, const QString& message, BusyWork::Command command);
     QAction* infoSwitch(InfoItem item) const;
     void setPreview(InfoItem item, bool enabled);
@@ -55,7 +57,10 @@ public:
     void applyViewMode();
     void setBarsVisible(bool visible);
     bool eventFilter(QObject* watched, QEvent* event) override;
+    bool filterDockKeys(QEvent& event);
+    QVector<unsigned int> colorsOf(ColorTable table) const;
     void applyColorTable(ColorTable table, QAction* action);
+    void showRamps();
     void setBayerFilter(Format filter, QAction* action);
 
     WindowQt* const window;
@@ -69,6 +74,8 @@ public:
     QMenu* setupModes = nullptr;
     QToolButton* paletteButton = nullptr;
     QProgressBar* progress = nullptr;
+    QLabel* stateLabel = nullptr; // what state the source is in
+    QLabel* hintLabel = nullptr;  // over a view without an image
     InfoBar* infoBar = nullptr;
     PopoverWindow* zoomPopover = nullptr;
     PopoverWindow* startFixedPopover = nullptr;

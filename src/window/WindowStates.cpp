@@ -35,6 +35,34 @@ bool offer(QAction* action, bool isOffered)
     return isOffered;
 }
 
+struct State
+{
+    const char* picture; // on the window's icon
+    const char* words;
+};
+
+template <typename Asked>
+State currentState(const Asked& window, bool hasImage)
+{
+    if (!window.ask("isSetup", &Source::isSetup))
+        return {"Cleanup", QT_TR_NOOP("Not set up")};
+    if (window.ask("isStopped", &Source::isStopped))
+        return {hasImage ? "Stop" : "Setup", QT_TR_NOOP("Stopped")};
+    if (window.ask("isPaused", &Source::isPaused))
+        return {"Pause", QT_TR_NOOP("Paused")};
+    if (window.ask("isRunningSingle", &Source::isRunningSingle))
+        return {"PlayOne", QT_TR_NOOP("Running, one image")};
+    if (window.ask("isRunningSingleReverse", &Source::isRunningSingleReverse))
+        return {"PlayOneReverse", QT_TR_NOOP("Running backwards, one image")};
+    if (window.ask("isRunningReverse", &Source::isRunningReverse))
+        return {"PlayReverse", QT_TR_NOOP("Running backwards")};
+    if (window.ask("isRunningFixed", &Source::isRunningFixed))
+        return {"PlayFixed", QT_TR_NOOP("Running, counted")};
+    if (window.ask("isRunning", &Source::isRunning))
+        return {"Play", QT_TR_NOOP("Running")};
+    return {"AmbiguousState", QT_TR_NOOP("Unknown state")};
+}
+
 QPixmap iconPicture(const QString& name, const QSize& size)
 {
     return QIcon(QStringLiteral(":/Icons/%1.png").arg(name)).pixmap(size);
@@ -216,24 +244,9 @@ void WindowQt::PrivateData::updateActionStates()
         }
     }
 
-    const char* state = "AmbiguousState";
-    if (!ask("isSetup", &Source::isSetup))
-        state = "Cleanup";
-    else if (ask("isStopped", &Source::isStopped))
-        state = hasImage ? "Stop" : "Setup";
-    else if (ask("isPaused", &Source::isPaused))
-        state = "Pause";
-    else if (ask("isRunningSingle", &Source::isRunningSingle))
-        state = "PlayOne";
-    else if (ask("isRunningSingleReverse", &Source::isRunningSingleReverse))
-        state = "PlayOneReverse";
-    else if (ask("isRunningReverse", &Source::isRunningReverse))
-        state = "PlayReverse";
-    else if (ask("isRunningFixed", &Source::isRunningFixed))
-        state = "PlayFixed";
-    else if (ask("isRunning", &Source::isRunning))
-        state = "Play";
-    showBadge(QLatin1String(state));
+    const State state = currentState(*this, hasImage);
+    showBadge(QLatin1String(state.picture));
+    stateLabel->setText(source ? tr(state.words) : QString());
 
     const bool canStart = can("canStart", &Source::canStart);
     const bool canPause = can("canPause", &Source::canPause);
@@ -251,6 +264,7 @@ void WindowQt::PrivateData::updateActionStates()
     const QKeySequence startKey = canStart && canPause && form.actionPause->isVisible() ? QKeySequence() : key;
     if (form.actionStart->shortcut() != startKey)
         form.actionStart->setShortcut(startKey);
+    showHint(hasImage);
 
     form.actionSave_Image->setEnabled(hasImage);
     form.actionCopy_Image->setEnabled(hasImage);
@@ -277,6 +291,29 @@ void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
     toggle->setToolTip(toolTip);
     disconnect(toggle, SIGNAL(triggered()), this, nullptr);
     connect(toggle, SIGNAL(triggered()), this, canCleanup ? SLOT(cleanupAsync()) : SLOT(setupAsync()));
+}
+
+// What an empty view says of what to do next.
+void WindowQt::PrivateData::showHint(bool hasImage)
+{
+    const std::pair<const QAction*, QString> steps[] = {
+        {form.actionSetup, tr("Set up: %1")},
+        {form.actionStart, tr("Start: %1")},
+        {form.actionStart_Single, tr("Take one image: %1")},
+        {form.actionTrigger, tr("Trigger: %1")},
+    };
+    QString hint = tr("No image");
+    const bool isRunning = ask("isRunning", &Source::isRunning);
+    if (isRunning)
+        hint = tr("Waiting for the first image");
+    for (const auto& [action, text] : steps) {
+        if (action->isVisible() && action->isEnabled() && (!isRunning || action == form.actionTrigger)) {
+            hint = text.arg(action->shortcut().toString(QKeySequence::NativeText));
+            break;
+        }
+    }
+    hintLabel->setText(hint);
+    hintLabel->setVisible(!hasImage);
 }
 
 void WindowQt::PrivateData::showBadge(const QString& state)

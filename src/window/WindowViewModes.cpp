@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Full screen and exhibit view: the image takes the whole window, and the bars come over it at the window's edges.
+#include "widgets/PlainKey.h"
 #include "window/WindowQt_p.h"
 
 #include <Vistrel/Surface.h>
@@ -149,8 +150,10 @@ void WindowQt::PrivateData::leaveViewMode()
         window->setExhibitView(false);
 }
 
-bool WindowQt::PrivateData::eventFilter(QObject*, QEvent* event)
+bool WindowQt::PrivateData::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == form.rainbowRulesDockWidget)
+        return filterDockKeys(*event);
     if (event->type() == QEvent::MouseMove || event->type() == QEvent::Enter || event->type() == QEvent::Leave)
         pixelTimer.start(0);
     if (isImageAlone && (event->type() == QEvent::MouseMove || event->type() == QEvent::Leave)) {
@@ -162,6 +165,22 @@ bool WindowQt::PrivateData::eventFilter(QObject*, QEvent* event)
             barsTimer.start();
     }
     return false;
+}
+
+// What is typed into the dock's boxes is no command of the window; Esc goes back to the image.
+bool WindowQt::PrivateData::filterDockKeys(QEvent& event)
+{
+    if (event.type() != QEvent::ShortcutOverride && event.type() != QEvent::KeyPress)
+        return false;
+    auto& key = static_cast<QKeyEvent&>(event);
+    const bool isEscape = key.key() == Qt::Key_Escape;
+    if (event.type() == QEvent::ShortcutOverride) {
+        key.setAccepted(isEscape || isPlain(key));
+        return key.isAccepted();
+    }
+    if (isEscape)
+        scrollArea->setFocus();
+    return isEscape;
 }
 
 } // namespace Vistrel

@@ -3,6 +3,9 @@
 #include "base/Report.h"
 
 #include <Vistrel/Application.h>
+#include <Vistrel/WindowQt.h>
+
+#include "support/FakeSources.h"
 
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTimer>
@@ -23,6 +26,23 @@ namespace {
 const char* const commandLine[] = {"program", "one", "two words"};
 
 QStringList* reportedLines = nullptr;
+
+/// A source whose setup takes its time, or never ends.
+class SlowSource : public PushSource
+{
+public:
+    struct Progress
+    {
+        Gate gate;
+        std::atomic<bool> isGone{false};
+    };
+    explicit SlowSource(Progress& progress) : m_progress(progress) { setUp = false; }
+    ~SlowSource() override { m_progress.isGone = true; }
+    bool setup() override { return m_progress.gate.pass(), true; }
+
+private:
+    Progress& m_progress;
+};
 
 /// An application whose idle methods write a trace.
 class TracedApplication : public Application
@@ -65,6 +85,7 @@ private Q_SLOTS:
     void exitEndsTheLoopOnce();
     void idleMethodsRunInOrder();
     void idleMethodsRunOnlyInTheLoop();
+    void endTakesTheWindowsAlong();
 
 private:
     QTemporaryDir m_runtimeDir;
@@ -180,6 +201,33 @@ void ApplicationTest::idleMethodsRunOnlyInTheLoop()
     QCOMPARE(application.trace, traced);
     application.exec();
     QVERIFY(application.trace.size() > traced.size());
+}
+
+void ApplicationTest::endTakesTheWindowsAlong()
+{
+    QStringList lines;
+    reportedLines = &lines;
+    setReportSink([](const std::string& line) { reportedLines->append(QString::fromStdString(line)); });
+    auto& never = *new SlowSource::Progress; // for a thread that stays
+    SlowSource::Progress slow;
+    std::thread opener;
+    {
+        const Application application(3, commandLine);
+        for (SlowSource::Progress* const progress : {&slow, &never}) {
+            (new WindowQt(ScopedAcquisitionInterface(new SlowSource(*progress))))->setConfigured();
+            QTRY_COMPARE(progress->gate.arrived(), 1);
+        }
+        opener = std::thread([&] {
+            while (Application::global())
+                std::this_thread::yield();
+            slow.gate.open();
+        });
+    }
+    opener.join();
+    setReportSink(nullptr);
+    QVERIFY(slow.isGone && !never.isGone);
+    QCOMPARE(lines,
+             QStringList(QStringLiteral("Vistrel::Application: A source whose call has not returned is left alone.")));
 }
 
 QTEST_APPLESS_MAIN(ApplicationTest)

@@ -68,6 +68,7 @@ private Q_SLOTS:
     void zoomKeepsThePointUnderTheReference_data();
     void zoomKeepsThePointUnderTheReference();
     void wheelZoomsAStepAnEvent();
+    void doubleClickShowsTheWholeOrItsPixels();
     void dragBeginsAtThreePixels();
     void activePixelIsUnderThePointer();
     void barsComeAndGo();
@@ -134,6 +135,20 @@ void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
     empty.wheel(position, {0, 120});
     QCOMPARE(empty.area.zoomScaling(), scaling);
     QVERIFY(empty.area.zoomToFit());
+}
+
+void SurfaceScrollAreaTest::doubleClickShowsTheWholeOrItsPixels()
+{
+    ShownArea shown;
+    const QPoint position(120, 90);
+    const QPointF point = shown.imagePoint(position);
+    QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, position);
+    QCOMPARE(shown.area.zoomScaling(), 1.0);
+    QVERIFY(!shown.area.zoomToFit() && isNear(shown.imagePoint(position), point));
+    QTest::mouseDClick(shown.surface, Qt::RightButton, {}, position);
+    QVERIFY(!shown.area.zoomToFit());
+    QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, position);
+    QVERIFY(shown.area.zoomToFit());
 }
 
 void SurfaceScrollAreaTest::dragBeginsAtThreePixels()

@@ -13,6 +13,7 @@
 #include <QtGui/QClipboard>
 #include <QtTest/QTest>
 #include <QtWidgets/QDoubleSpinBox>
+#include <QtWidgets/QLabel>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
 #include <QtWidgets/QProgressBar>
@@ -142,6 +143,7 @@ private Q_SLOTS:
     void keysRunCommands();
     void toolBarFollowsWhatIsOffered();
     void slowCommandIsShownAndDisablesTheOthers();
+    void stateIsToldInWords();
     void setupModes();
     void palettes();
     void imageIsAloneInViewModes();
@@ -234,6 +236,31 @@ void WindowQtTest::slowCommandIsShownAndDisablesTheOthers()
     QCOMPARE(shown.events->seen(), std::string("start"));
 }
 
+void WindowQtTest::stateIsToldInWords()
+{
+    ShownWindow shown;
+    const auto tells = [&](const char* state, const char* hint) {
+        QStringList texts;
+        for (const QLabel* const label : shown.window->findChildren<QLabel*>()) {
+            if (label->isVisible())
+                texts += label->text();
+        }
+        return texts.contains(QLatin1String(state)) && texts.contains(QLatin1String(hint)) == (*hint != 0);
+    };
+    shown.camera->setUp = false;
+    shown.camera->announce();
+    QTRY_VERIFY(tells("Not set up", "Set up: F5"));
+    shown.camera->setUp = true;
+    shown.camera->announce();
+    QTRY_VERIFY(tells("Stopped", "Start: Space"));
+    shown.camera->running = true;
+    shown.camera->announce();
+    QTRY_VERIFY(tells("Running", "Trigger: F10"));
+    const TestFrame frame(4, 3, Mono8, 10);
+    shown.camera->push(frame.raw);
+    QTRY_VERIFY(tells("Running", ""));
+}
+
 void WindowQtTest::setupModes()
 {
     ShownWindow shown;
@@ -270,6 +297,14 @@ void WindowQtTest::palettes()
     const QVector<unsigned int> before = shown.window->surfaceStream()->colorPalette();
     center->setValue(200);
     QVERIFY(shown.window->surfaceStream()->colorPalette() != before);
+    center->setFocus();
+    QTest::keyClick(center, Qt::Key_Up); // for the box, which keeps what is typed in it
+    QTest::keyClick(center, Qt::Key_Plus);
+    QCOMPARE(center->value(), 201.0);
+    QTest::keyClick(center, Qt::Key_Escape);
+    QVERIFY(!center->hasFocus());
+    QTest::keyClick(shown.window, Qt::Key_F10);
+    QTRY_COMPARE(shown.events->seen(), std::string("trigger"));
     const TestFrame color(4, 3, RGB8, 10);
     shown.camera->push(color.raw);
     QTRY_VERIFY(!menu->isEnabled());
