@@ -12,6 +12,7 @@
 #include <new>
 #include <random>
 #include <string>
+#include <utility>
 
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -132,6 +133,14 @@ double quantile(std::vector<double> samples, double fraction)
     const auto rank = std::lround(fraction * static_cast<double>(samples.size() - 1));
     std::nth_element(samples.begin(), samples.begin() + rank, samples.end());
     return samples[static_cast<std::size_t>(rank)];
+}
+
+double medianRatio(const std::vector<double>& samples, const std::vector<double>& references)
+{
+    std::vector<double> ratios(std::min(samples.size(), references.size()));
+    for (std::size_t i = 0; i < ratios.size(); ++i)
+        ratios[i] = samples[i] / references[i];
+    return quantile(std::move(ratios), 0.5);
 }
 
 PageMemory::PageMemory(std::size_t size)

@@ -43,6 +43,8 @@ public:
 
 /// The sample below which `fraction` of the samples lie; 0 without samples.
 double quantile(std::vector<double> samples, double fraction);
+/// The median of samples divided each by the one that was taken next to it: the machine's own drift cancels out.
+double medianRatio(const std::vector<double>& samples, const std::vector<double>& references);
 
 /// Bytes from the start of a page on, touched already. A copy can be several times slower when its target lies a few
 /// bytes behind its source within their pages: what is timed here shall not depend on where memory happens to lie.

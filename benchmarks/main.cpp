@@ -11,12 +11,16 @@
 
 void registerConversions();
 void registerDisplay();
+void registerInteraction();
+void registerWindow();
 
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     registerConversions();
     registerDisplay();
+    registerInteraction();
+    registerWindow();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
