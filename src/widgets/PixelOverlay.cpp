@@ -74,7 +74,6 @@ void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const
                         double scaling) const
 {
     painter.setFont(m_font);
-    painter.setBrush(Qt::white);
     painter.setBackground(Qt::white);
     painter.setBackgroundMode(Qt::OpaqueMode);
     painter.setRenderHint(QPainter::TextAntialiasing);
@@ -87,8 +86,10 @@ void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const
         const double top = scaledRect.y() + scaling * cell.y + (scaling - box.height()) / 2;
         const QRectF position(QPointF(left + (scaling - m_position.width()) / 2, top), m_position);
         const QRectF value(QPointF(left + (scaling - m_value.width()) / 2, top + m_position.height()), m_value);
+        const QRect frame = QRectF(QPointF(left + (scaling - box.width()) / 2, top), box).toRect().adjusted(0, 0, 1, 1);
+        painter.fillRect(frame, Qt::black); // many times faster than an outlined rectangle
+        painter.fillRect(frame.adjusted(1, 1, -1, -1), Qt::white);
         painter.setPen(solid);
-        painter.drawRect(QRectF(QPointF(left + (scaling - box.width()) / 2, top), box));
         painter.drawText(position, Qt::AlignCenter, positionText(cell.x, cell.y));
         painter.drawText(value, cell.value.color ? Qt::AlignJustify : Qt::AlignCenter, valueText(cell.value));
         painter.setPen(dotted);

@@ -144,7 +144,7 @@ void Surface::paintEvent(QPaintEvent* event)
     QPainter painter(this);
 
     painter.save();
-    m_data->paintImage(painter);
+    m_data->paintImage(painter, event->region());
     painter.restore();
 
     if (m_data->valueOverlayEnabled) {
@@ -159,7 +159,8 @@ void Surface::paintEvent(QPaintEvent* event)
     }
 }
 
-void Surface::PrivateData::paintImage(QPainter& painter)
+// An opaque surface that fills its background does so here, only where the image leaves it to be seen.
+void Surface::PrivateData::paintImage(QPainter& painter, const QRegion& region)
 {
     QPixmap shown;
     QRectF source;
@@ -170,7 +171,14 @@ void Surface::PrivateData::paintImage(QPainter& painter)
         source = geometry.visibleImageRectF();
         target = geometry.scaledRect().intersected(QRectF(QPointF(0, 0), QSizeF(geometry.viewSize())));
     }
-    if (!source.isEmpty() && !target.isEmpty())
+    const bool isShown = !source.isEmpty() && !target.isEmpty();
+    // Pixels at the image's edge may be covered in part.
+    const QRect covered = isShown && !shown.hasAlphaChannel() ? target.toAlignedRect().adjusted(1, 1, -1, -1) : QRect();
+    if (surface->autoFillBackground() && surface->testAttribute(Qt::WA_OpaquePaintEvent)) {
+        for (const QRect& rect : region.subtracted(covered))
+            painter.fillRect(rect, surface->palette().brush(QPalette::Window));
+    }
+    if (isShown)
         drawPart(painter, target, shown, source);
 }
 

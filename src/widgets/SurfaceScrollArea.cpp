@@ -67,6 +67,7 @@ SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(
     palette.setBrush(QPalette::Window, QBrush(Qt::darkGray, Qt::SolidPattern));
     surface->setPalette(palette);
     surface->setAutoFillBackground(true);
+    surface->setAttribute(Qt::WA_OpaquePaintEvent); // not under the image
 
     const std::pair<QKeySequence, const char*> shortcuts[] = {
         {Qt::Key_Left, SLOT(stepLeft())},

@@ -71,7 +71,7 @@ public:
     ImageSource imageSource() const;
     ScopedLock frameLock(const ImageSource& asked) const;
 
-    void paintImage(QPainter& painter);
+    void paintImage(QPainter& painter, const QRegion& region);
     void paintOverlay(QPainter& painter, const QRectF& area);
     void paintCrosshair(QPainter& painter, const QRectF& area);
 

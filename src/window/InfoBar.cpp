@@ -306,6 +306,9 @@ bool InfoBar::widen(Item& item, QString text)
         if (character.isDigit())
             character = m_widestDigit;
     }
+    if (text == item.measured)
+        return false;
+    item.measured = text;
     const int width = item.label->fontMetrics().horizontalAdvance(text) + 2; // for what leans over its advance
     if (width <= item.width)
         return false;
@@ -323,6 +326,7 @@ void InfoBar::measure()
     }
     for (Item& item : m_items) {
         item.width = 0;
+        item.measured.clear();
         widen(item, QString(item.widest));
     }
     arrangeAnew();

@@ -101,7 +101,8 @@ private:
         QLabel* label = nullptr;
         bool isShown = false;
         QString value;
-        QString widest; // the text that its width is for, each digit the widest one
+        QString widest;   // the text that its width is for, each digit the widest one
+        QString measured; // the last text that its width was taken of
         int width = 0;
     };
     struct Place

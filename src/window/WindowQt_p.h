@@ -11,6 +11,9 @@
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
+#include <QtCore/QHash>
+#include <QtGui/QIcon>
+
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -92,7 +95,8 @@ public:
     bool hadRainbowDock = false; // before the image was alone
     QAction* leaveAction = nullptr;
     QTimer barsTimer; // of bars that come over the image
-    QString badge;    // the state picture on the window's icon
+    QString badge;    // which of the icons below is the window's
+    QHash<QString, QIcon> badgedIcons;
     bool isClosed = false;
 
 Q_SIGNALS:

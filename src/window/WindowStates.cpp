@@ -87,6 +87,22 @@ QPixmap withBadge(const QPixmap& icon, const QString& state)
     return badged;
 }
 
+QIcon makeBadgedIcon(const QIcon& application, const QString& state)
+{
+    QList<QPixmap> pictures;
+    for (const QSize& size : application.availableSizes())
+        pictures.append(application.pixmap(size));
+    if (pictures.isEmpty()) {
+        for (const int side : {16, 24, 32, 48, 64, 128})
+            pictures.append(QPixmap(side == 48 ? QStringLiteral(":/Icons/VistrelIcon.png")
+                                               : QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
+    }
+    QIcon icon;
+    for (const QPixmap& picture : qAsConst(pictures))
+        icon.addPixmap(withBadge(picture, state));
+    return icon;
+}
+
 } // namespace
 
 QByteArray WindowQt::PrivateData::askText(const char* query,
@@ -244,10 +260,6 @@ void WindowQt::PrivateData::updateActionStates()
         }
     }
 
-    const State state = currentState(*this, hasImage);
-    showBadge(QLatin1String(state.picture));
-    stateLabel->setText(source ? tr(state.words) : QString());
-
     const bool canStart = can("canStart", &Source::canStart);
     const bool canPause = can("canPause", &Source::canPause);
     form.actionTrigger->setEnabled(can("canTrigger", &Source::canTrigger));
@@ -273,6 +285,10 @@ void WindowQt::PrivateData::updateActionStates()
     paletteButton->setEnabled(hasPalette);
     form.rainbowRulesContentsWidget->setEnabled(hasPalette);
     form.actionQuick_View->setEnabled(hasImage);
+
+    const State state = currentState(*this, hasImage);
+    showBadge(QLatin1String(state.picture));
+    stateLabel->setText(source ? tr(state.words) : QString());
 }
 
 void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
@@ -318,21 +334,14 @@ void WindowQt::PrivateData::showHint(bool hasImage)
 
 void WindowQt::PrivateData::showBadge(const QString& state)
 {
-    if (badge == state)
-        return;
-    badge = state;
     const QIcon application = QApplication::windowIcon();
-    QList<QPixmap> pictures;
-    for (const QSize& size : application.availableSizes())
-        pictures.append(application.pixmap(size));
-    if (pictures.isEmpty()) {
-        for (const int side : {16, 24, 32, 48, 64, 128})
-            pictures.append(QPixmap(side == 48 ? QStringLiteral(":/Icons/VistrelIcon.png")
-                                               : QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
-    }
-    QIcon icon;
-    for (const QPixmap& picture : qAsConst(pictures))
-        icon.addPixmap(withBadge(picture, state));
+    const QString key = state + QString::number(application.cacheKey());
+    if (badge == key)
+        return;
+    badge = key;
+    QIcon& icon = badgedIcons[key];
+    if (icon.isNull())
+        icon = makeBadgedIcon(application, state);
     window->setWindowIcon(icon);
 }
 
