@@ -2,6 +2,7 @@
 // A GigE Vision or USB3 Vision camera, through Aravis.
 #include "CameraSource.h"
 
+#include "PlayedSource.h"
 #include "RecentFrames.h"
 
 #include <arv.h>
@@ -102,32 +103,38 @@ void forgetNote(gpointer note, GClosure*)
 
 } // namespace
 
-class CameraSource : public Vistrel::AbstractAcquisitionInterface
+class CameraSource : public PlayedSource<Vistrel::AbstractAcquisitionInterface>
 {
 public:
     CameraSource(const QByteArray& name, std::optional<Vistrel::Format> format);
     ~CameraSource() override;
 
-    bool isSetup() const override { return m_isRunning; }
-    bool isRunning() const override { return m_isRunning; }
-    std::size_t framesDropped() const override { return m_dropped; }
+    bool start() override { return startRun(Length::Endless); }
+    bool startSingle() override { return startRun(Length::Single); }
+    bool stop() override;
+
+    std::size_t framesQueued() const override;
+    std::size_t framesFilled() const override;
+    std::size_t framesDropped() const override;
     std::size_t framesDelivered() const override { return m_recent.delivered(); }
 
     bool getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock) override;
     Vistrel::ScopedLock getFrameLock(const Vistrel::RawImage& image) override { return m_recent.lock(image); }
 
 private:
-    ArvBuffer* popNewest();
-    bool isComplete(ArvBuffer* buffer) const;
-    void stopRunning(const char* why);
+    bool startRun(Length length);
+    bool finishFrame(const Playback::Run& run, std::size_t made);
+    ArvBuffer* popNewest(std::size_t* popped);
+    bool holdsFrame(ArvBuffer* buffer) const;
+    void giveUp(const char* why);
 
     const std::shared_ptr<Device> m_device = std::make_shared<Device>();
     Vistrel::Format m_format{};
     ArvPixelFormat m_cameraFormat = 0; // what each frame must come in
     const LossNote m_isLost = std::make_shared<std::atomic<bool>>(false);
-    std::atomic<bool> m_isRunning{false};
-    std::atomic<std::size_t> m_dropped{0}; // incomplete, or older than the newest one when the display asked
+    std::atomic<std::size_t> m_leftOut{0}; // older than the newest one when the display asked
     RecentFrames m_recent;
+    std::mutex m_commandMutex; // one command at a time: the camera runs exactly while the playback does
 };
 
 CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format> format)
@@ -161,47 +168,87 @@ CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format
     g_signal_connect_data(arv_camera_get_device(camera), "control-lost", G_CALLBACK(noteLoss), new LossNote(m_isLost),
                           forgetNote, GConnectFlags(0));
 
-    arv_camera_start_acquisition(camera, error.target());
-    error.check("start");
-    m_isRunning = true;
+    setHasStart(true);
+    setHasStartSingle(true);
+    setHasStop(true);
+    setHasFrameRate(true);
+    setHasFramesQueued(true);
+    setHasFramesFilled(true);
     setHasFramesDropped(true);
     setHasFramesDelivered(true);
+    m_playback.setup();
+    startRun(Length::Endless);
 }
 
 CameraSource::~CameraSource()
 {
     // A lost camera would let each command run into its timeout.
-    if (m_isRunning && !*m_isLost)
+    if (m_playback.isRunning() && !*m_isLost)
         arv_camera_stop_acquisition(m_device->camera, nullptr);
 }
 
+// Commands ------------------------------------------------------------------------------------------------------------
+
+bool CameraSource::startRun(Length length)
+{
+    const std::lock_guard<std::mutex> guard(m_commandMutex);
+    if (!isRunning()) {
+        // Frames from before the last stop are not to be shown now.
+        while (ArvBuffer* const buffer = arv_stream_try_pop_buffer(m_device->stream))
+            arv_stream_push_buffer(m_device->stream, buffer);
+        Error error;
+        arv_camera_start_acquisition(m_device->camera, error.target());
+        error.check("start");
+    }
+    return m_playback.start(length);
+}
+
+bool CameraSource::stop()
+{
+    const std::lock_guard<std::mutex> guard(m_commandMutex);
+    if (!m_playback.stop())
+        return false;
+    Error error;
+    arv_camera_stop_acquisition(m_device->camera, error.target());
+    error.check("stop");
+    return true;
+}
+
+// Frames --------------------------------------------------------------------------------------------------------------
+
 bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock)
 {
-    if (!m_isRunning)
+    if (hasFailed())
         return false;
     if (*m_isLost) {
-        stopRunning("the camera was lost");
+        giveUp("the camera was lost");
         return false;
     }
-    ArvBuffer* const buffer = popNewest();
+    const std::optional<Playback::Run> run = m_playback.run();
+    std::size_t popped = 0;
+    ArvBuffer* const buffer = run ? popNewest(&popped) : nullptr;
     if (!buffer)
         return false;
 
     // From here on the buffer goes back to the camera when nobody refers to it any more.
     const LentBuffer lent(
         buffer, [device = m_device](ArvBuffer* returned) { arv_stream_push_buffer(device->stream, returned); });
-    if (!isComplete(buffer)) {
-        ++m_dropped;
-        return false;
-    }
+    if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS)
+        return false; // the stream counts it as a failure
     gint rowPadding = 0;
     gint framePadding = 0;
     arv_buffer_get_image_padding(buffer, &rowPadding, &framePadding);
     if (rowPadding != 0 || arv_buffer_get_image_pixel_format(buffer) != m_cameraFormat) {
-        stopRunning(rowPadding != 0 ? "the camera pads its rows, which cannot be shown as it is"
-                                    : "the camera has changed its pixel format");
+        giveUp(rowPadding != 0 ? "the camera pads its rows, which cannot be shown as it is"
+                               : "the camera has changed its pixel format");
         return false;
     }
+    if (!holdsFrame(buffer)) {
+        ++m_leftOut;
+        return false;
+    }
+    if (!finishFrame(*run, popped))
+        return false;
     const Vistrel::RawImage frame{static_cast<const std::uint8_t*>(arv_buffer_get_image_data(buffer, nullptr)),
                                   std::size_t(arv_buffer_get_image_width(buffer)),
                                   std::size_t(arv_buffer_get_image_height(buffer)), m_format, nullptr};
@@ -209,22 +256,31 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
     return true;
 }
 
+bool CameraSource::finishFrame(const Playback::Run& run, std::size_t made)
+{
+    const std::lock_guard<std::mutex> guard(m_commandMutex);
+    if (!m_playback.finishFrame(run, made))
+        return false;
+    if (!isRunning()) // it was a single one
+        arv_camera_stop_acquisition(m_device->camera, nullptr);
+    return true;
+}
+
 // The newest filled buffer; older ones go back unseen. Null when none comes in time.
-ArvBuffer* CameraSource::popNewest()
+ArvBuffer* CameraSource::popNewest(std::size_t* popped)
 {
     ArvBuffer* newest = arv_stream_timeout_pop_buffer(m_device->stream, longestWait);
-    while (ArvBuffer* const newer = newest ? arv_stream_try_pop_buffer(m_device->stream) : nullptr) {
+    for (*popped = 1; ArvBuffer* const newer = newest ? arv_stream_try_pop_buffer(m_device->stream) : nullptr;
+         ++*popped) {
         arv_stream_push_buffer(m_device->stream, newest);
-        ++m_dropped;
+        ++m_leftOut;
         newest = newer;
     }
     return newest;
 }
 
-bool CameraSource::isComplete(ArvBuffer* buffer) const
+bool CameraSource::holdsFrame(ArvBuffer* buffer) const
 {
-    if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS)
-        return false;
     size_t bytes = 0;
     const void* const data = arv_buffer_get_image_data(buffer, &bytes);
     const auto width = std::size_t(arv_buffer_get_image_width(buffer));
@@ -232,11 +288,35 @@ bool CameraSource::isComplete(ArvBuffer* buffer) const
     return data && width * height * bytesPerPixel(m_format) <= bytes;
 }
 
-void CameraSource::stopRunning(const char* why)
+void CameraSource::giveUp(const char* why)
 {
     std::fprintf(stderr, "viewer: %s\n", why);
-    m_isRunning = false;
-    signalAcquisitionStateChange();
+    m_playback.fail();
+}
+
+// Statistics ----------------------------------------------------------------------------------------------------------
+
+std::size_t CameraSource::framesQueued() const
+{
+    gint queued = 0;
+    arv_stream_get_n_buffers(m_device->stream, &queued, nullptr);
+    return std::size_t(std::max(queued, 0));
+}
+
+std::size_t CameraSource::framesFilled() const
+{
+    gint filled = 0;
+    arv_stream_get_n_buffers(m_device->stream, nullptr, &filled);
+    return std::size_t(std::max(filled, 0));
+}
+
+std::size_t CameraSource::framesDropped() const
+{
+    guint64 completed = 0;
+    guint64 failures = 0;
+    guint64 underruns = 0; // packets, not frames, for which no buffer was free
+    arv_stream_get_statistics(m_device->stream, &completed, &failures, &underruns);
+    return std::size_t(failures) + m_leftOut;
 }
 
 std::unique_ptr<Vistrel::AbstractAcquisitionInterface> openCamera(const QString& name,

@@ -13,7 +13,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using Clock = Playback::Clock;
 
 // Copies an image's rows without their padding, pixel by pixel of `bytes` bytes at the start of every `step`.
 void packRows(const QImage& image, int step, int bytes, std::vector<std::uint8_t>& pixels)
@@ -69,19 +69,24 @@ FileSource::FileSource(const QString& folder, double fps) : m_fps(fps)
     if (m_files.isEmpty())
         throw std::runtime_error(qPrintable(QStringLiteral("no PNG, PGM or JPEG files in \"%1\"").arg(folder)));
 
+    setHasStartSingleReverse(true);
+    setHasStartReverse(true);
+    setHasStart(true);
+    setHasStartSingle(true);
+    setHasPause(true);
+    setHasStop(true);
+    setHasFrameRate(true);
     setHasFramesDelivered(true);
     // Without this the display takes no frame; with it, framesLocked() tells when it has finished reading.
     setFramesLocked(true);
+    m_playback.setup();
+    m_playback.start(Length::Endless);
     m_player = std::thread([this] { play(); });
 }
 
 FileSource::~FileSource()
 {
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        m_isStopping = true;
-        m_stopRequested.notify_all();
-    }
+    m_playback.close();
     m_player.join();
 }
 
@@ -89,38 +94,57 @@ void FileSource::play()
 {
     const auto interval = std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1 / m_fps));
     Clock::time_point due = Clock::now();
+    std::uint64_t runNumber = 0;
     std::uintptr_t number = 0;
-    while (!m_files.isEmpty()) {
-        for (QStringList::iterator file = m_files.begin(); file != m_files.end();) {
-            QImageReader reader(*file);
-            Vistrel::Format deepGray = Vistrel::Mono16;
-            QImage image = readDeepPgm(*file, &deepGray);
-            if (image.isNull())
-                image = reader.read();
-            if (image.isNull()) {
-                std::fprintf(stderr, "viewer: %s: %s; skipped\n", qPrintable(*file), qPrintable(reader.errorString()));
-                file = m_files.erase(file);
-                continue;
-            }
-            ++file;
-
-            Buffer& buffer = bufferForWriting();
-            const Vistrel::Format format = toFrame(image, deepGray, buffer.pixels);
-            due = std::max(due + interval, Clock::now());
-            if (!waitFor(due))
-                return;
-            {
-                const std::lock_guard<std::mutex> guard(m_mutex);
-                m_pushed = buffer.number = ++number;
-            }
-            setNextFrame(buffer.pixels.data(), std::size_t(image.width()), std::size_t(image.height()), format,
-                         reinterpret_cast<void*>(number));
-            signalGetFrameNow();
+    while (const std::optional<Playback::Run> run = m_playback.waitForRun()) {
+        Vistrel::Format deepGray = Vistrel::Mono16;
+        int index = 0;
+        const QImage image = readNext(run->isReverse, &deepGray, &index);
+        if (image.isNull()) {
+            std::fprintf(stderr, "viewer: none of the files can be read\n");
+            m_playback.fail();
+            return;
         }
+        Buffer& buffer = bufferForWriting();
+        const Vistrel::Format format = toFrame(image, deepGray, buffer.pixels);
+        const bool isFirst = run->number != runNumber;
+        due = isFirst ? Clock::now() : std::max(due + interval, Clock::now());
+        // After another command the picture need not be the right one any more.
+        if (!m_playback.waitUntil(due, *run) || !m_playback.finishFrame(*run))
+            continue;
+        runNumber = run->number;
+        m_shown = index;
+        {
+            const std::lock_guard<std::mutex> guard(m_mutex);
+            m_pushed = buffer.number = ++number;
+        }
+        setNextFrame(buffer.pixels.data(), std::size_t(image.width()), std::size_t(image.height()), format,
+                     reinterpret_cast<void*>(number));
+        signalGetFrameNow();
     }
-    std::fprintf(stderr, "viewer: none of the files can be read\n");
-    m_isPlaying = false;
-    signalAcquisitionStateChange();
+}
+
+// The picture after, or before, the one shown last. Null when none of the files can be read.
+QImage FileSource::readNext(bool isReverse, Vistrel::Format* deepGray, int* index)
+{
+    while (!m_files.isEmpty()) {
+        const int count = m_files.size();
+        const int next = isReverse ? (std::max(m_shown, 0) + count - 1) % count : (m_shown + 1) % count;
+        const QString& file = m_files[next];
+        QImageReader reader(file);
+        QImage image = readDeepPgm(file, deepGray);
+        if (image.isNull())
+            image = reader.read();
+        if (!image.isNull()) {
+            *index = next;
+            return image;
+        }
+        std::fprintf(stderr, "viewer: %s: %s; skipped\n", qPrintable(file), qPrintable(reader.errorString()));
+        m_files.removeAt(next);
+        if (next < m_shown)
+            --m_shown;
+    }
+    return {};
 }
 
 FileSource::Buffer& FileSource::bufferForWriting()
@@ -135,13 +159,6 @@ FileSource::Buffer& FileSource::bufferForWriting()
     Buffer& buffer = *std::find_if(m_buffers.begin(), m_buffers.end(), isFree);
     buffer.number = 0;
     return buffer;
-}
-
-// False when the source is to stop.
-bool FileSource::waitFor(Clock::time_point time)
-{
-    std::unique_lock<std::mutex> guard(m_mutex);
-    return !m_stopRequested.wait_until(guard, time, [this] { return m_isStopping; });
 }
 
 bool FileSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock)

@@ -2,31 +2,31 @@
 // The pictures of a folder, played as frames: a source that pushes frames to the display.
 #pragma once
 
+#include "PlayedSource.h"
+
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtGui/QImage>
 
 #include <array>
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <mutex>
-#include <optional>
 #include <thread>
 #include <vector>
 
-/// Plays PNG, PGM and JPEG files in name order, again and again. A file that cannot be read is reported once and then
-/// left out; when none is left, the source is no longer set up.
-class FileSource : public Vistrel::ImperativeAcquisitionInterface
+/// Plays PNG, PGM and JPEG files in name order, again and again, forwards or backwards, or shows the next or the
+/// previous one; plays at first. A file that cannot be read is reported once and then left out; when none is left, the
+/// source has failed.
+class FileSource : public PlayedSource<Vistrel::ImperativeAcquisitionInterface>
 {
 public:
     /// Throws `std::runtime_error` when the folder has no picture files.
     FileSource(const QString& folder, double fps);
     ~FileSource() override;
 
-    bool isSetup() const override { return m_isPlaying; }
-    bool isRunning() const override { return m_isPlaying; }
     std::size_t framesDelivered() const override { return m_delivered; }
 
     bool getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock) override;
@@ -40,17 +40,17 @@ private:
     };
 
     void play();
+    QImage readNext(bool isReverse, Vistrel::Format* deepGray, int* index);
     Buffer& bufferForWriting();
-    bool waitFor(std::chrono::steady_clock::time_point time);
 
-    QStringList m_files; // playing thread only
     const double m_fps;
-    std::atomic<bool> m_isPlaying{true};
+    // Used by the playing thread alone.
+    QStringList m_files;
+    int m_shown = -1; // index of the file pushed last
+
     std::atomic<std::size_t> m_delivered{0};
 
     std::mutex m_mutex; // guards all below
-    std::condition_variable m_stopRequested;
-    bool m_isStopping = false;
     // The frame that was pushed last and the last two that the display took are kept; one buffer is being written.
     std::array<Buffer, 4> m_buffers;
     std::uintptr_t m_pushed = 0;

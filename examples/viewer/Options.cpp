@@ -34,11 +34,12 @@ Shows live images in a window.
   --format NAME      pixel format, such as Mono12, BayerRG8, RGB8 (pattern: default RGB8; camera: asked of the camera)
   --size WxH         size of the test picture, 16x16 to 8192x8192 (default 1280x960)
   --fps N            frames a second of pattern and files, 0.1 to 1000 (default 60)
+  --zoom PERCENT     zoom at the start, 1 to 10000 (default: to fit)
   --frames N         quit after N frames were shown
   --screenshot FILE  save the window when it closes
   --help             show this text
 
-Keys: wheel zooms, drag pans, F fits, C sets or clears the crosshair at the pointer, Esc or Ctrl+Q quits.
+The menus tell the keys. The wheel zooms, a drag pans, a double click changes between fit and 100 %.
 )");
 }
 
@@ -49,11 +50,12 @@ std::optional<Options> parseOptions(const QStringList& arguments, QString* error
     const QCommandLineOption format(QStringLiteral("format"), none, QStringLiteral("name"));
     const QCommandLineOption size(QStringLiteral("size"), none, QStringLiteral("size"));
     const QCommandLineOption fps(QStringLiteral("fps"), none, QStringLiteral("rate"));
+    const QCommandLineOption zoom(QStringLiteral("zoom"), none, QStringLiteral("percent"));
     const QCommandLineOption frames(QStringLiteral("frames"), none, QStringLiteral("count"));
     const QCommandLineOption screenshot(QStringLiteral("screenshot"), none, QStringLiteral("file"));
     const QCommandLineOption help(QStringList{QStringLiteral("help"), QStringLiteral("h")});
     QCommandLineParser parser;
-    parser.addOptions({source, format, size, fps, frames, screenshot, help});
+    parser.addOptions({source, format, size, fps, zoom, frames, screenshot, help});
 
     const auto wrong = [error](const QString& text) {
         *error = text;
@@ -103,6 +105,11 @@ std::optional<Options> parseOptions(const QStringList& arguments, QString* error
             return wrong(QStringLiteral("--fps does not go with --source camera: the camera sets the pace"));
         if (!(options.fps >= 0.1 && options.fps <= 1000))
             return wrong(QStringLiteral("--fps must be a number from 0.1 to 1000"));
+    }
+    if (parser.isSet(zoom)) {
+        options.zoom = parser.value(zoom).toDouble();
+        if (!(options.zoom >= 1 && options.zoom <= 10000))
+            return wrong(QStringLiteral("--zoom must be a number from 1 to 10000"));
     }
     if (parser.isSet(frames)) {
         options.frames = parser.value(frames).toULongLong();

@@ -19,6 +19,7 @@ struct Options
     std::optional<Vistrel::Format> format; // of the pattern, or asked of the camera
     QSize size{1280, 960};                 // pixels, of the pattern
     double fps = 60;                       // of the pattern and the files
+    double zoom = 0;                       // percent; 0: to fit
     quint64 frames = 0;                    // ends after so many published frames; 0: never
     QString screenshot;                    // file that the window is saved to at the end
     bool help = false;

@@ -2,24 +2,32 @@
 // A moving test picture in any pixel format: a source that the display pulls frames from.
 #pragma once
 
+#include "PlayedSource.h"
 #include "RecentFrames.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
 #include <QtCore/QSize>
 
-#include <chrono>
+#include <atomic>
 #include <memory>
+#include <mutex>
+#include <vector>
 
-class PatternSource : public Vistrel::AbstractAcquisitionInterface
+/// Has every command; runs at first. The setup modes are pixel formats: a change of mode does not end a run. In
+/// reverse, time runs backwards.
+class PatternSource : public PlayedSource<Vistrel::AbstractAcquisitionInterface>
 {
 public:
     PatternSource(Vistrel::Format format, const QSize& size, double fps);
     ~PatternSource() override;
 
-    bool isSetup() const override { return true; }
-    bool isRunning() const override { return true; }
-    double frameRate() const override { return m_fps; }
+    bool setup() override;
+    bool setupMode(const char* const name) override;
+    bool cleanup() override;
+    bool activeSetupMode(char* const buffer, std::size_t* const size) const override;
+
+    std::size_t framesDropped() const override { return m_dropped; }
     std::size_t framesDelivered() const override { return m_recent.delivered(); }
 
     /// Waits for the next frame while that takes no longer than a few milliseconds. Frames that nobody asked for in
@@ -28,18 +36,23 @@ public:
     Vistrel::ScopedLock getFrameLock(const Vistrel::RawImage& image) override { return m_recent.lock(image); }
 
 private:
-    class Buffers;
-    struct Buffer;
+    class Pattern;
 
-    void drawFrame(Buffer& buffer, qint64 number) const;
+    void addMode(Vistrel::Format format, const char* description);
+    void drawPattern();
 
-    const Vistrel::Format m_format;
     const QSize m_size;
     const double m_fps;
-    struct Picture;
-    std::unique_ptr<const Picture> m_picture;
-    std::shared_ptr<Buffers> m_buffers;
+    std::vector<Vistrel::Format> m_formats; // of the setup modes, in their order
+    std::atomic<std::size_t> m_mode{0};
+    std::atomic<std::size_t> m_dropped{0};
     RecentFrames m_recent;
-    const std::chrono::steady_clock::time_point m_start;
-    qint64 m_lastNumber = -1; // of the frame delivered last; used by the fetching thread alone
+    std::mutex m_mutex;
+    std::shared_ptr<Pattern> m_pattern; // guarded by the mutex; null after a clean-up
+
+    // Used by the fetching thread alone.
+    qint64 m_number = -1; // of the frame delivered last
+    std::uint64_t m_runNumber = 0;
+    Playback::Clock::time_point m_runStart;
+    qint64 m_runFrames = 0; // how many frames of the run are over
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Shows live images in a window: the smallest complete host, with three kinds of sources to copy from.
+// Shows live images in the library's window: a complete host, with three kinds of sources to copy from.
 #include "CameraSource.h"
 #include "FileSource.h"
 #include "Options.h"
@@ -86,13 +86,14 @@ int main(int argc, char* argv[])
 
     try {
         Vistrel::Application application(argc, argv);
-        // Made before the window and gone after it: the display does not own the source.
-        const std::unique_ptr<Vistrel::AbstractAcquisitionInterface> source = openSource(*options);
-        ViewerWindow window(source.get(), titleOf(*options), *options);
-        window.show();
+        Outcome outcome;
+        auto* const window =
+            new ViewerWindow(Vistrel::ScopedAcquisitionInterface(openSource(*options).release()), *options, &outcome);
+        window->setWindowTitle(QStringLiteral("%1 - Vistrel Viewer").arg(titleOf(*options)));
+        window->show();
         application.exec();
-        std::printf("%s\n", qPrintable(window.statistics()));
-        return window.exitCode();
+        std::printf("%s\n", qPrintable(outcome.statistics));
+        return outcome.exitCode;
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "viewer: %s\n", failure.what());
         return 1;

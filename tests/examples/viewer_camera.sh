@@ -40,7 +40,7 @@ camera_listens() { ss --no-header --listening --udp --numeric 'sport = :3956' | 
 received_bytes() { awk '$1 == "lo:" { print $2 }' /proc/net/dev; }
 
 show() { # FORMAT KIND: the camera's picture in that format is on the screen
-    timeout 60 "$viewer" --source camera --format "$1" --frames 40 --screenshot "$folder/$1.png" ||
+    timeout 60 "$viewer" --source camera --format "$1" --zoom 100 --frames 40 --screenshot "$folder/$1.png" ||
         { fail "$1: viewer ended with $?"; return; }
     "$checker" "$folder/$1.png" "$2" || fail "$1: not the camera's picture"
 }

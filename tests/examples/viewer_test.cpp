@@ -45,12 +45,16 @@ double percentDifferent(const QImage& seen, const QImage& wanted, int tolerance)
     return 100.0 * different / (a.width() * a.height());
 }
 
-// The unscaled picture in a screenshot of the viewer, above and left of which there is only background.
+// The unscaled picture in a screenshot of the viewer, where all else between the bars is background.
 QImage pictureIn(const QImage& shot, const QSize& size)
 {
-    for (int y = 0; y < shot.height(); ++y) {
+    const QRgb background = shot.pixel(0, shot.height() / 2);
+    int top = shot.height() / 2;
+    while (top > 0 && shot.pixel(0, top - 1) == background)
+        --top;
+    for (int y = top; y < shot.height(); ++y) {
         for (int x = 0; x < shot.width(); ++x) {
-            if (shot.pixel(x, y) != shot.pixel(0, 0))
+            if (shot.pixel(x, y) != background)
                 return shot.copy(QRect(QPoint(x, y), size));
         }
     }
@@ -156,6 +160,35 @@ Ending runViewer(const char* arguments, const WorkingFolder& folder)
             QString::fromLocal8Bit(viewer.readAllStandardError())};
 }
 
+using Source = AbstractAcquisitionInterface;
+
+// The letters of what the source says that it is, and that it can do now.
+QByteArray stateOf(const Source& source)
+{
+    static constexpr std::pair<char, bool (Source::*)() const> queries[] = {
+        {'U', &Source::isSetup},        {'R', &Source::isRunning},       {'V', &Source::isRunningReverse},
+        {'F', &Source::isRunningFixed}, {'1', &Source::isRunningSingle}, {'W', &Source::isRunningSingleReverse},
+        {'P', &Source::isPaused},       {'S', &Source::isStopped},       {'u', &Source::canSetup},
+        {'c', &Source::canCleanup},     {'r', &Source::canStart},        {'v', &Source::canStartReverse},
+        {'p', &Source::canPause},       {'s', &Source::canStop},         {'t', &Source::canTrigger},
+    };
+    QByteArray state;
+    for (const auto& [letter, ask] : queries) {
+        if ((source.*ask)())
+            state += letter;
+    }
+    return state;
+}
+
+void writePictures(const QTemporaryDir& folder)
+{
+    for (int i = 1; i <= 3; ++i) {
+        QImage image(20 + i, 10, QImage::Format_Grayscale8);
+        image.fill(uint(i));
+        QVERIFY(image.save(folder.filePath(QStringLiteral("%1.png").arg(i))));
+    }
+}
+
 void writeText(const QString& fileName, const char* text)
 {
     QFile file(fileName);
@@ -173,6 +206,11 @@ private Q_SLOTS:
     void everyFormatShowsThePicture();
     void lentFramesStayAsTheyAre();
     void filesPlayInOrderAgainAndAgain();
+    void commandsChangeTheState_data();
+    void commandsChangeTheState();
+    void runsEndByThemselves();
+    void stepsGoForthAndBack();
+    void modesChangeTheRun();
     void windowShowsFiles_data();
     void windowShowsFiles();
     void endings();
@@ -233,11 +271,7 @@ void ViewerTest::lentFramesStayAsTheyAre()
 void ViewerTest::filesPlayInOrderAgainAndAgain()
 {
     QTemporaryDir folder;
-    for (int i = 1; i <= 3; ++i) {
-        QImage image(20 + i, 10, QImage::Format_Grayscale8);
-        image.fill(uint(i));
-        QVERIFY(image.save(folder.filePath(QStringLiteral("%1.png").arg(i))));
-    }
+    writePictures(folder);
     FrameTaker taker;
     FileSource source(folder.path(), 50);
     taker.take(source);
@@ -249,6 +283,89 @@ void ViewerTest::filesPlayInOrderAgainAndAgain()
         width = width == 23 ? 21 : width + 1;
     }
     QVERIFY(taker.areIntact);
+}
+
+void ViewerTest::commandsChangeTheState_data()
+{
+    QTest::addColumn<QByteArray>("state");
+    QTest::newRow("start") << QByteArray("URcvps");
+    QTest::newRow("startReverse") << QByteArray("URVcrps");
+    QTest::newRow("startSingle") << QByteArray("UR1crvps");
+    QTest::newRow("startSingleReverse") << QByteArray("URWcrvps");
+    QTest::newRow("startReverse startFixed") << QByteArray("URFcrvps");
+    QTest::newRow("startSingle pause") << QByteArray("UPcrvst");
+    QTest::newRow("pause startReverse") << QByteArray("URVcrps");
+    QTest::newRow("pause stop pause") << QByteArray("UScrv");
+    QTest::newRow("cleanup start stop pause") << QByteArray("Su");
+    QTest::newRow("cleanup setup") << QByteArray("UScrv");
+}
+
+void ViewerTest::commandsChangeTheState()
+{
+    QFETCH(QByteArray, state);
+    PatternSource source(Mono8, QSize(64, 48), 100);
+    QCOMPARE(stateOf(source), QByteArray("URcvps"));
+    for (const QByteArray& command : QByteArray(QTest::currentDataTag()).split(' ')) {
+        const auto count = command == "startFixed" ? Q_ARG(size_t, 2) : QGenericArgument();
+        QVERIFY(QMetaObject::invokeMethod(source.signalHandler(), command.constData(), Qt::DirectConnection, count));
+    }
+    QCOMPARE(stateOf(source), state);
+    QCOMPARE(source.getNextFrame(nullptr, nullptr), source.isRunning());
+}
+
+void ViewerTest::runsEndByThemselves()
+{
+    PatternSource source(Mono8, QSize(64, 48), 1000);
+    QVERIFY(source.pause() && !source.getNextFrame(nullptr, nullptr));
+    QVERIFY(source.trigger() && source.getNextFrame(nullptr, nullptr) && !source.getNextFrame(nullptr, nullptr));
+    QVERIFY(!source.startFixed(0) && source.startFixed(3));
+    const QSignalSpy changes(source.signalHandler(), SIGNAL(acquisitionStateChanged()));
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(source.isRunningFixed() && changes.isEmpty() && source.getNextFrame(nullptr, nullptr));
+    QVERIFY(source.isStopped() && changes.count() == 1 && !source.getNextFrame(nullptr, nullptr));
+}
+
+void ViewerTest::stepsGoForthAndBack()
+{
+    QTemporaryDir folder;
+    writePictures(folder);
+    // Their second frames would come by themselves after ten seconds.
+    PatternSource pattern(Mono8, QSize(320, 240), 0.1);
+    FileSource files(folder.path(), 0.1);
+    for (Source* const source : {static_cast<Source*>(&pattern), static_cast<Source*>(&files)}) {
+        std::vector<std::vector<std::uint8_t>> pictures;
+        const auto take = [&] {
+            RawImage frame;
+            ScopedLock lock;
+            bool isTaken = false;
+            QTRY_VERIFY(isTaken = isTaken || source->getNextFrame(&frame, &lock));
+            pictures.emplace_back(frame.data, frame.data + frame.width * frame.height);
+        };
+        take();
+        for (const char step : QByteArray(">><<<>")) {
+            QVERIFY(step == '>' ? source->startSingle() : source->startSingleReverse());
+            take();
+            QVERIFY(source->isStopped());
+        }
+        QCOMPARE(pictures.size(), std::size_t(7));
+        QVERIFY(pictures[0] != pictures[1] && pictures[1] != pictures[2] && pictures[5] != pictures[0]);
+        QVERIFY(pictures[3] == pictures[1] && pictures[4] == pictures[0] && pictures[6] == pictures[0]);
+        QVERIFY(source == &pattern || pictures[5] == pictures[2]); // before the first picture there is the last one
+    }
+}
+
+void ViewerTest::modesChangeTheRun()
+{
+    PatternSource source(Mono10p, QSize(64, 48), 1000);
+    char name[16] = "";
+    std::size_t size = sizeof name;
+    QVERIFY(source.setupMode("Mono12") && !source.setupMode("Mono9") && source.activeSetupMode(name, &size));
+    RawImage frame;
+    QVERIFY(source.getNextFrame(&frame, nullptr));
+    QVERIFY(frame.format == Mono12 && qstrcmp(name, "Mono12") == 0);
+    QVERIFY(source.cleanup() && !source.activeSetupMode(name, &size));
+    QVERIFY(source.setupMode("Mono10p") && source.start() && source.getNextFrame(&frame, nullptr));
+    QCOMPARE(frame.format, Mono10p);
 }
 
 void ViewerTest::windowShowsFiles_data()
@@ -305,6 +422,7 @@ void ViewerTest::endings()
     check("--size 15x16", 2, "--size");
     check("--size 16x8193", 2, "--size");
     check("--fps 0", 2, "--fps");
+    check("--zoom 0.5", 2, "--zoom");
     check("--frames 0", 2, "--frames");
     check("somewhere", 2, "somewhere");
     check("--source files", 2, "folder");

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// Which image file formats a host loads and saves.
+#pragma once
+
+#include <Vistrel/BaseClass.h>
+#include <Vistrel/RawImage.h>
+
+#include <cstddef>
+
+namespace Vistrel {
+
+class FileIO;
+
+/// A host's own image files: a registry of their formats, and the loading and saving of frames. The display offers the
+/// registered formats where an image is saved, and hands over the frame as it was acquired.
+///
+/// Each format is known by its primary file extension; further ones may belong to it. An extension is written with or
+/// without its leading dot and in any letter case, and consists of ASCII letters and digits.
+///
+/// The registry is thread-safe. `load` and `save` are called on the user-interface thread; an exception that leaves
+/// them is caught by the caller, reported in one line on the standard error stream, and counts as failure.
+class VISTREL_EXPORT AbstractFileInterface : public BaseClass
+{
+public:
+    ~AbstractFileInterface() override;
+    AbstractFileInterface(const AbstractFileInterface&) = delete;
+    AbstractFileInterface& operator=(const AbstractFileInterface&) = delete;
+
+    /// Registers a format. `extensions` lists further extensions, separated by spaces; it and `description` may be
+    /// null. Repeated extensions count once. False, and the registry unchanged, when an extension is invalid or
+    /// registered already.
+    bool addFormat(const char* const extension, const char* const extensions, const char* const description);
+
+    /// Whether the extension is registered, as a primary or a further one.
+    bool hasFormat(const char* const extension) const;
+
+    /// Writes the count of formats to `count`, unless it is null, and their primary extensions (lower case, with dot,
+    /// sorted, separated by single spaces) to `buffer`. `*bufferSize` is the buffer's capacity on entry and the text's
+    /// length plus one on return; a text too long arrives cut and terminated; a null buffer only measures. False, and
+    /// nothing written, only for a buffer without `bufferSize`.
+    bool queryFormats(std::size_t* const count, char* const buffer, std::size_t* const bufferSize) const;
+
+    /// Writes the file dialog's pattern of the format with this primary extension, such as "TIFF Image (*.tif *.tiff)",
+    /// in the same way; ".tif image file" stands for a missing description. False, too, when there is no such format.
+    bool queryFormatPattern(const char* const extension, char* const buffer, std::size_t* const bufferSize) const;
+
+    /// Removes all formats.
+    void clearFormats();
+
+    /// Orders two extensions by their bytes: 0 for two spellings of one extension, else negative or positive; the
+    /// smallest `int` when either is invalid.
+    static int compareExtensions(const char* const first, const char* const second);
+
+    /// Reads a file of a registered format into `image`. `fileName` is in the local 8-bit encoding, here and below.
+    /// Returns false by default.
+    virtual bool load(const char* const fileName, FileIO* const image);
+
+    /// Writes the frame, which is readable until this returns, to a file of a registered format. Returns false by
+    /// default.
+    virtual bool save(const RawImage& image, const char* const fileName);
+
+protected:
+    AbstractFileInterface();
+
+private:
+    struct VISTREL_LOCAL PrivateData;
+    PrivateData* m_data;
+};
+
+} // namespace Vistrel

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// A ready file interface that saves frames in full depth.
+#pragma once
+
+#include <Vistrel/AbstractFileInterface.h>
+
+namespace Vistrel {
+
+/// Claims ".png" and writes the acquired frame instead of the displayed image, lossless, as `FileIO` tells. Names with
+/// another suffix are refused. Thread-safe.
+class VISTREL_EXPORT PngFileInterface final : public AbstractFileInterface
+{
+public:
+    PngFileInterface();
+    ~PngFileInterface() override;
+
+    bool load(const char* const fileName, FileIO* const image) override;
+    bool save(const RawImage& image, const char* const fileName) override;
+};
+
+} // namespace Vistrel

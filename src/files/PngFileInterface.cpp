@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// A ready file interface that saves frames in full depth.
+#include <Vistrel/PngFileInterface.h>
+
+#include "files/PictureFile.h"
+
+#include <Vistrel/FileIO.h>
+
+namespace Vistrel {
+
+PngFileInterface::PngFileInterface()
+{
+    addFormat(".png", nullptr, "Portable Network Graphics Image");
+}
+
+PngFileInterface::~PngFileInterface() = default;
+
+bool PngFileInterface::load(const char* const fileName, FileIO* const image)
+{
+    return image && pictureType(fileName) == PictureType::Png && image->load(fileName);
+}
+
+bool PngFileInterface::save(const RawImage& image, const char* const fileName)
+{
+    return pictureType(fileName) == PictureType::Png && FileIO(image).save(fileName);
+}
+
+} // namespace Vistrel
