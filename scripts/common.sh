@@ -4,7 +4,8 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # libusb is named by the package description of Aravis, whose development package does not bring it along.
-build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libboost-thread-dev libhwy-dev librsvg2-bin
+build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libqt5x11extras5-dev libxcb1-dev
+    libboost-thread-dev libhwy-dev librsvg2-bin
     libaravis-dev libusb-1.0-0-dev)
 display_packages=(xvfb openbox xauth fonts-dejavu-core)
 # The camera test: a fake camera, in a network namespace of its own.

@@ -6,8 +6,12 @@
 #include <Vistrel/Export.h>
 #include <Vistrel/Format.h>
 #include <Vistrel/ScopedAcquisitionInterface.h>
+#include <Vistrel/ScopedFileInterface.h>
 
 #include <QtWidgets/QMainWindow>
+
+class QAction;
+class QDialog;
 
 namespace Vistrel {
 
@@ -43,10 +47,15 @@ class VISTREL_EXPORT WindowQt : public QMainWindow
 public:
     /// Takes the source over; without one, nothing is offered. Not shown yet.
     explicit WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent = nullptr);
+    /// Takes over what the host's own image files are saved by, too.
+    WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface,
+             QWidget* parent = nullptr);
     ~WindowQt() override;
 
     AbstractAcquisitionInterface* acquisitionInterface();
     const AbstractAcquisitionInterface* acquisitionInterface() const;
+    AbstractFileInterface* fileInterface();
+    const AbstractFileInterface* fileInterface() const;
     SurfaceStream* surfaceStream();
     const SurfaceStream* surfaceStream() const;
     SurfaceScrollArea* surfaceScrollArea();
@@ -73,6 +82,16 @@ public:
     bool previewImageFormat() const;
     bool previewZoomLevel() const;
     bool previewPixelValue() const;
+
+    // Add an action of the host's, which is the window's child and leaves no trace when it is deleted: to the menu of
+    // that title, which stands before Help and is there while it has an action, to the tool bar, or to the information
+    // bar.
+    QAction* addMainMenuAction(const QString& menuTitle, const QString& text);
+    QAction* addToolBarAction(const QString& text);
+    QAction* addImageStatsAction(const QString& text);
+
+    /// What "About Application..." runs. Not owned; null takes the entry away.
+    void setApplicationAbout(QDialog* dialog);
 
     QMenu* createPopupMenu() override; ///< none: the bars are not the user's to hide
 
@@ -128,8 +147,13 @@ public Q_SLOTS:
     void setPreviewZoomLevel(bool enabled);
     void setPreviewPixelValue(bool enabled);
 
+    void saveCurrentImage(); ///< to a file that the user names
+    void copyCurrentImage(); ///< to the clipboard, as it is shown, in full size
     void copyCurrentPixelValue(); ///< as text, of the pixel under the pointer or clicked last
     void copyCurrentImageStats(); ///< as text, a line for each item of the information bar that has a value
+
+Q_SIGNALS:
+    void partsGoing(); ///< at the beginning of the destruction, when everything is still there
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -137,6 +161,9 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    friend class Window;
+    VISTREL_LOCAL void discard();
+
     class VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };

@@ -103,10 +103,12 @@ void Application::PrivateData::runIdlePass()
         const auto [method, userData] = idleMethods[i];
         if (!method)
             continue;
-        hostCall("idle method", false, [method = method, userData = userData] {
+        // Not from within a window: a host may delete one here, at once.
+        try {
             method(userData);
-            return true;
-        });
+        } catch (...) {
+            reportException("idle method");
+        }
     }
 }
 

@@ -11,6 +11,7 @@ namespace Vistrel {
 namespace {
 
 std::atomic<ReportSink> reportSink{nullptr};
+thread_local int hostCallDepth = 0;
 
 } // namespace
 
@@ -46,6 +47,21 @@ void reportException(const char* operation) noexcept
     } catch (...) {
         std::fputs("Vistrel: out of memory\n", stderr);
     }
+}
+
+bool isInHostCall() noexcept
+{
+    return hostCallDepth > 0;
+}
+
+HostCallScope::HostCallScope() noexcept
+{
+    ++hostCallDepth;
+}
+
+HostCallScope::~HostCallScope()
+{
+    --hostCallDepth;
 }
 
 } // namespace Vistrel

@@ -18,10 +18,24 @@ void reportException(const char* operation) noexcept;
 using ReportSink = void (*)(const std::string& line);
 void setReportSink(ReportSink sink) noexcept;
 
+/// Whether this thread is inside a `hostCall`.
+bool isInHostCall() noexcept;
+
+/// Counts the calls that this thread is inside of.
+class HostCallScope
+{
+public:
+    HostCallScope() noexcept;
+    ~HostCallScope();
+    HostCallScope(const HostCallScope&) = delete;
+    HostCallScope& operator=(const HostCallScope&) = delete;
+};
+
 /// Runs `call`, which enters the host's code; an exception is reported and gives `failure`.
 template <typename Result, typename Call>
 Result hostCall(const char* operation, Result failure, Call&& call) noexcept
 {
+    const HostCallScope scope;
     try {
         return std::forward<Call>(call)();
     } catch (...) {

@@ -12,6 +12,14 @@
 #include <set>
 #include <vector>
 #include <windows.h>
+#elif defined(VISTREL_HAS_X11)
+#include <QtX11Extras/QX11Info>
+
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <xcb/xcb.h>
 #endif
 
 namespace Vistrel {
@@ -222,6 +230,73 @@ void removeTransientParents()
     const std::lock_guard<std::mutex> guard(all.mutex);
     all.parents.clear();
     removeIdleHooks(all);
+}
+
+#elif defined(VISTREL_HAS_X11)
+
+namespace {
+
+struct Registry
+{
+    std::map<HWND, HWND> parents; // by child; user-interface thread only
+};
+
+Registry& registry()
+{
+    static Registry* const instance = new Registry;
+    return *instance;
+}
+
+xcb_window_t numberOf(HWND window)
+{
+    return static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window));
+}
+
+template <typename Reply>
+using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
+
+bool isLiving(xcb_connection_t* connection, xcb_window_t window)
+{
+    const Owned<xcb_get_window_attributes_reply_t> reply(
+        xcb_get_window_attributes_reply(connection, xcb_get_window_attributes(connection, window), nullptr),
+        &std::free);
+    return reply != nullptr;
+}
+
+bool isKeptAbove(HWND window, HWND lower)
+{
+    const auto entry = registry().parents.find(window);
+    return entry != registry().parents.end() && (entry->second == lower || isKeptAbove(entry->second, lower));
+}
+
+} // namespace
+
+// The window manager keeps a window above the one that it is transient for.
+bool addTransientChild(HWND parent, HWND child)
+{
+    xcb_connection_t* const connection = QX11Info::isPlatformX11() ? QX11Info::connection() : nullptr;
+    if (!connection || !parent || !child || parent == child || isKeptAbove(parent, child) ||
+        !isLiving(connection, numberOf(parent)) || !isLiving(connection, numberOf(child)))
+        return false;
+    const xcb_window_t number = numberOf(parent);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW,
+                        32, 1, &number);
+    xcb_flush(connection);
+    registry().parents[child] = parent;
+    return true;
+}
+
+void removeTransientChild(HWND child)
+{
+    if (registry().parents.erase(child) == 0 || !QX11Info::isPlatformX11())
+        return;
+    xcb_delete_property(QX11Info::connection(), numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR);
+    xcb_flush(QX11Info::connection());
+}
+
+void removeTransientParents()
+{
+    registry().parents.clear();
 }
 
 #else

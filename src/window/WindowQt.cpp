@@ -5,6 +5,7 @@
 #include "pipeline/SurfaceStream_p.h"
 #include "window/SourceKeeper.h"
 
+#include <Vistrel/AbstractFileInterface.h>
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
@@ -25,10 +26,21 @@ namespace {
 constexpr int barsMs = 800;
 constexpr int statisticsMs = 250;
 
+// Shared with what is being saved, which may see the window go.
+std::shared_ptr<AbstractFileInterface> keepFiles(ScopedFileInterface&& given)
+{
+    const auto owner = std::make_shared<ScopedFileInterface>(std::move(given));
+    return {owner, owner->get()};
+}
+
 } // namespace
 
-WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface)
-    : window(owner), source(keepSource(std::move(acquisitionInterface))), busyWork(source)
+WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface,
+                                   ScopedFileInterface&& fileInterface)
+    : window(owner),
+      source(keepSource(std::move(acquisitionInterface))),
+      files(keepFiles(std::move(fileInterface))),
+      busyWork(source)
 {
     qRegisterMetaType<Vistrel::BusyWorkResult>("Vistrel::BusyWorkResult");
     form.setupUi(window);
@@ -163,10 +175,8 @@ void WindowQt::PrivateData::connectActions()
     connect(f.actionKeep_Stats_Visible, SIGNAL(triggered(bool)), window, SLOT(setKeepImageInfoVisible(bool)));
     connect(leaveAction, SIGNAL(triggered()), this, SLOT(leaveViewMode()));
     connect(&barsTimer, SIGNAL(timeout()), this, SLOT(hideWindowBars()));
-    for (const QAction* const entry : f.menuBar->actions()) {
-        connect(entry->menu(), SIGNAL(aboutToShow()), this, SLOT(showWindowBars()));
-        connect(entry->menu(), SIGNAL(aboutToHide()), &barsTimer, SLOT(start()));
-    }
+    for (const QAction* const entry : f.menuBar->actions())
+        connectMenu(entry->menu());
 
     connect(f.rainbow_generatePushButton, SIGNAL(clicked()), window, SLOT(setColorTableRainbow()));
     for (const QDoubleSpinBox* const box : f.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>()) {
@@ -179,6 +189,12 @@ void WindowQt::PrivateData::connectActions()
     for (std::size_t i = 0; i < infoItemCount; ++i)
         connect(infoSwitch(static_cast<InfoItem>(i)), SIGNAL(triggered()), this, SLOT(updateInfoSwitches()));
     connect(f.actionImage_Stats, SIGNAL(triggered()), this, SLOT(showInfoSwitches()));
+    connect(f.actionSave_Image, SIGNAL(triggered()), window, SLOT(saveCurrentImage()));
+    connect(f.actionCopy_Image, SIGNAL(triggered()), window, SLOT(copyCurrentImage()));
+    connect(f.actionAbout_Vistrel, SIGNAL(triggered()), this, SLOT(showAboutVistrel()));
+    connect(f.actionAbout_Qt, SIGNAL(triggered()), this, SLOT(showAboutQt()));
+    connect(f.actionQt_LGPL_Licensing, SIGNAL(triggered()), this, SLOT(showLicensing()));
+    connect(f.actionAbout_Application, SIGNAL(triggered()), this, SLOT(showApplicationAbout()));
     connect(f.actionCopy_Pixel_Value, SIGNAL(triggered()), window, SLOT(copyCurrentPixelValue()));
     connect(f.actionCopy_Image_Stats, SIGNAL(triggered()), window, SLOT(copyCurrentImageStats()));
     connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateImageStats()));
@@ -206,12 +222,26 @@ void WindowQt::PrivateData::connectActions()
     connect(handler, SIGNAL(acquisitionStateChanged()), window, SLOT(updateAcquisitionState()), Qt::QueuedConnection);
 }
 
+// Bars over the image stay while a menu is open.
+void WindowQt::PrivateData::connectMenu(const QMenu* menu)
+{
+    connect(menu, SIGNAL(aboutToShow()), this, SLOT(showWindowBars()));
+    connect(menu, SIGNAL(aboutToHide()), &barsTimer, SLOT(start()));
+}
+
 WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent)
-    : QMainWindow(parent), m_data(new PrivateData(this, std::move(acquisitionInterface)))
+    : WindowQt(std::move(acquisitionInterface), ScopedFileInterface(), parent)
+{
+}
+
+WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface,
+                   QWidget* parent)
+    : QMainWindow(parent), m_data(new PrivateData(this, std::move(acquisitionInterface), std::move(fileInterface)))
 {
     m_data->makeEditors();
     m_data->connectActions();
     setColorTableGray();
+    setApplicationAbout(nullptr);
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
     updateFeatureSet();
     m_data->updateZoomStates();
@@ -219,6 +249,7 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* p
 
 WindowQt::~WindowQt()
 {
+    Q_EMIT partsGoing();
     delete m_data;
 }
 
@@ -230,6 +261,16 @@ AbstractAcquisitionInterface* WindowQt::acquisitionInterface()
 const AbstractAcquisitionInterface* WindowQt::acquisitionInterface() const
 {
     return m_data->source.get();
+}
+
+AbstractFileInterface* WindowQt::fileInterface()
+{
+    return m_data->files.get();
+}
+
+const AbstractFileInterface* WindowQt::fileInterface() const
+{
+    return m_data->files.get();
 }
 
 SurfaceStream* WindowQt::surfaceStream()
@@ -294,12 +335,31 @@ void WindowQt::closeEvent(QCloseEvent* event)
     event->accept();
     if (m_data->isClosed)
         return;
-    m_data->isClosed = true;
-    m_data->statisticsTimer.stop();
-    m_data->busyWork.abortWaiting();
-    m_data->stream->setRefreshEnabled(false);
+    m_data->endWork();
+    deleteLater();
     if (m_data->source)
         hostCall("uxClosed", false, [this] { return m_data->source->uxClosed(), true; });
+}
+
+void WindowQt::PrivateData::endWork()
+{
+    isClosed = true;
+    statisticsTimer.stop();
+    busyWork.abortWaiting();
+    stream->setRefreshEnabled(false);
+}
+
+// A host that deletes its window in one of its own functions, which this window has called, gets that function's caller
+// back first.
+void WindowQt::discard()
+{
+    if (!isInHostCall()) {
+        delete this;
+        return;
+    }
+    Q_EMIT partsGoing();
+    m_data->endWork();
+    hide();
     deleteLater();
 }
 

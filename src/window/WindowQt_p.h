@@ -12,7 +12,9 @@
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
 #include <QtCore/QHash>
+#include <QtCore/QPointer>
 #include <QtGui/QIcon>
+#include <QtWidgets/QDialog>
 
 #include <cstddef>
 #include <functional>
@@ -25,6 +27,8 @@ class QToolButton;
 
 namespace Vistrel {
 
+class AboutDialog;
+class KVQtLgplDialog;
 class MiniMap;
 class PopoverWindow;
 class StartFixedEditor;
@@ -35,7 +39,8 @@ class WindowQt::PrivateData : public QObject
     Q_OBJECT
 
 public:
-    PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface);
+    PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface,
+                ScopedFileInterface&& fileInterface);
     ~PrivateData() override;
 
     /// Asks the source; false without one, and when the query throws.
@@ -48,6 +53,8 @@ public:
 
     void nameForAssistance();
     void connectActions();
+    void connectMenu(const QMenu* menu);
+    void endWork();
     void showSetupToggle(bool canSetup, bool canCleanup);
     void showBadge(const QString& state);
     void showHint(bool hasImage);
@@ -57,6 +64,10 @@ public:
     PopoverWindow* makePopover(QWidget* contents, QAction* action);
     void makeEditors();
     void toggle(PopoverWindow* popover, QAction* action);
+    bool claims(const QByteArray& suffix) const; ///< whether the host's file interface does
+    QStringList saveFilters() const;
+    QString askSavePath();
+    QString saveImage(const QString& path);
     void applyViewMode();
     void setBarsVisible(bool visible);
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -70,6 +81,7 @@ public:
     Ui::WindowQt form;
     // Not null; it may hold no source. Shared with the threads on which the source is called.
     const std::shared_ptr<AbstractAcquisitionInterface> source;
+    const std::shared_ptr<AbstractFileInterface> files; // or null
     SurfaceScrollArea* scrollArea = nullptr;
     std::unique_ptr<SurfaceStream> stream;
     BusyWork busyWork;
@@ -99,6 +111,13 @@ public:
     QHash<QString, QIcon> badgedIcons;
     bool isClosed = false;
 
+    QList<QAction*> userToolBarActions;
+    QPointer<QDialog> applicationAbout;
+    AboutDialog* aboutVistrel = nullptr; // made when it is first asked for, as the next
+    KVQtLgplDialog* licensing = nullptr;
+    QString savedPath;   // of the image saved last
+    QString savedFilter; // that was chosen last
+
 Q_SIGNALS:
     void busyWorkComplete(Vistrel::BusyWorkResult result);
 
@@ -119,6 +138,12 @@ public Q_SLOTS:
     void showWindowBars();
     void hideWindowBars();
     void leaveViewMode();
+    void userMenuActionDestroyed();
+    void userToolBarActionDestroyed();
+    void showApplicationAbout();
+    void showAboutVistrel();
+    void showAboutQt();
+    void showLicensing();
     void showBusyWork(const QString& message);
     void cleanupBusyWork(Vistrel::BusyWorkResult result);
 

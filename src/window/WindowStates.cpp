@@ -94,8 +94,7 @@ QIcon makeBadgedIcon(const QIcon& application, const QString& state)
         pictures.append(application.pixmap(size));
     if (pictures.isEmpty()) {
         for (const int side : {16, 24, 32, 48, 64, 128})
-            pictures.append(QPixmap(side == 48 ? QStringLiteral(":/Icons/VistrelIcon.png")
-                                               : QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
+            pictures.append(QPixmap(QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
     }
     QIcon icon;
     for (const QPixmap& picture : qAsConst(pictures))
@@ -203,6 +202,9 @@ void WindowQt::updateFeatureSet()
     bar->addActions({form.actionZoom_Editor, form.actionZoom_Fit, form.actionZoom_100});
     bar->addSeparator();
     bar->addAction(form.actionQuick_View);
+    if (!d.userToolBarActions.isEmpty())
+        bar->addSeparator();
+    bar->addActions(d.userToolBarActions);
 
     offer(form.actionFrame_Rate, has(&Source::hasFrameRate));
     offer(form.actionBuffers_Queued, has(&Source::hasFramesQueued));

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+// The licences under which the toolkit is used.
+#include "window/KVQtLgplDialog.h"
+
+#include "ui_KVQtLgplDialog.h"
+#include "window/AboutDialog.h"
+
+#include <QtCore/QFile>
+#include <QtGui/QFontDatabase>
+#include <QtGui/QScreen>
+#include <QtWidgets/QScrollBar>
+#include <QtWidgets/QTabBar>
+
+namespace Vistrel {
+
+namespace {
+
+constexpr int shownLines = 30;
+
+QString licenseText(const char* name)
+{
+    QFile file(QStringLiteral(":/licenses/%1.txt").arg(QLatin1String(name)));
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    return QString::fromUtf8(file.readAll()).remove(QLatin1Char('\f')); // page breaks, for printers alone
+}
+
+} // namespace
+
+KVQtLgplDialog::KVQtLgplDialog(QWidget* parent) : QDialog(parent)
+{
+    Ui::KVQtLgplDialog form;
+    form.setupUi(this);
+
+    const struct
+    {
+        QLabel* label;
+        const char* name;
+    } licenses[] = {
+        {form.lgpl21Label, "LGPL-2.1"}, {form.lgpl30Label, "LGPL-3.0"}, {form.exceptionLabel, "Qt-LGPL-exception-1.1"}};
+    for (const auto& license : licenses) {
+        license.label->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        license.label->setText(licenseText(license.name));
+    }
+
+    form.sourceCodeLabel->setText(
+        tr("For at least three years from when you received this library, %1 sends you the source code of Qt %2, which "
+           "it uses, on request and for no more than the cost of doing so.")
+            .arg(AboutDialog::makerLink(), QLatin1String(qVersion())));
+
+    // The text's whole width and a page of it, as far as the screen has room.
+    const int lineHeight = form.lgpl21Label->fontMetrics().lineSpacing();
+    const int textWidth =
+        form.lgpl21Label->sizeHint().width() + form.lgpl21Area->verticalScrollBar()->sizeHint().width();
+    const QSize wanted(textWidth + 3 * lineHeight, shownLines * lineHeight);
+    resize(wanted.boundedTo(screen()->availableSize() * 0.8));
+    form.tabWidget->tabBar()->setFocus();
+}
+
+} // namespace Vistrel

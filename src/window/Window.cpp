@@ -1,0 +1,503 @@
+// SPDX-License-Identifier: MIT
+// A display window, for hosts that do not use the toolkit.
+#include "window/Window_p.h"
+
+#include "base/Report.h"
+#include "base/TextOut.h"
+#include "platform/TransientParents.h"
+
+#include <Vistrel/Action.h>
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
+
+#include <QtCore/QDataStream>
+#include <QtCore/QEvent>
+#include <QtWidgets/QAction>
+
+#include <cassert>
+#include <string>
+#include <utility>
+
+namespace Vistrel {
+
+namespace {
+
+HWND handleOf(WId id)
+{
+    return reinterpret_cast<HWND>(id);
+}
+
+// Whether the toolkit's saved geometry has all that its version holds; what is missing it would take for zeros.
+bool isWhole(const QByteArray& geometry)
+{
+    constexpr int sizes[] = {0, 46, 50, 66}; // bytes, by major version
+    QDataStream stream(geometry);
+    quint32 magic = 0;
+    quint16 version = 0;
+    stream >> magic >> version;
+    return stream.status() == QDataStream::Ok && version >= 1 &&
+           geometry.size() >= sizes[std::min<std::size_t>(version, std::size(sizes) - 1)];
+}
+
+} // namespace
+
+bool latin1Out(const QString& text, char* buffer, std::size_t* size)
+{
+    const QByteArray bytes = text.toLatin1();
+    return textOut({bytes.constData(), static_cast<std::size_t>(bytes.size())}, buffer, size);
+}
+
+// The window behind it ------------------------------------------------------------------------------------------------
+
+Window::PrivateData::PrivateData(Window* owner, WindowQt* newWindow) : window(owner), windowQt(newWindow)
+{
+    connect(windowQt, SIGNAL(partsGoing()), this, SLOT(windowQtDestroyed()));
+    connect(windowQt, SIGNAL(destroyed()), this, SLOT(windowQtDestroyed()));
+    windowQt->installEventFilter(this);
+}
+
+void Window::PrivateData::windowQtDestroyed()
+{
+    forgetTransientParent();
+    windowQt = nullptr;
+}
+
+void Window::PrivateData::windowIsGone(const char* member)
+{
+#if !defined(NDEBUG)
+    reportLine(std::string("Vistrel::Window::") + member + ": The window has been closed.");
+    assert(!"a member of Vistrel::Window was called after the window had been closed");
+#endif
+    static_cast<void>(member);
+}
+
+void Window::PrivateData::forgetTransientParent()
+{
+    if (transientChild)
+        removeTransientChild(transientChild);
+    transientChild = nullptr;
+    transientParentHandle = nullptr;
+}
+
+// A native window that is made anew, or shown again, knows nothing of a parent. It will only be there after this event.
+bool Window::PrivateData::eventFilter(QObject*, QEvent* event)
+{
+    if (transientParentHandle && (event->type() == QEvent::WinIdChange || event->type() == QEvent::Show))
+        QMetaObject::invokeMethod(this, "renewTransientParent", Qt::QueuedConnection);
+    return false;
+}
+
+void Window::PrivateData::renewTransientParent()
+{
+    if (windowQt && transientParentHandle)
+        window->setTransientParent(transientParentHandle);
+}
+
+Window::Window(ScopedAcquisitionInterface&& acquisitionInterface)
+    : Window(std::move(acquisitionInterface), ScopedFileInterface())
+{
+}
+
+Window::Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface)
+    : m_data(new PrivateData(this, new WindowQt(std::move(acquisitionInterface), std::move(fileInterface))))
+{
+}
+
+Window::~Window()
+{
+    m_data->forgetTransientParent();
+    if (WindowQt* const window = std::exchange(m_data->windowQt, nullptr))
+        window->discard();
+    delete m_data;
+}
+
+bool Window::good() const
+{
+    return m_data->windowQt;
+}
+
+QWidget* Window::qt_handle()
+{
+    return m_data->windowQt;
+}
+
+const QWidget* Window::qt_handle() const
+{
+    return m_data->windowQt;
+}
+
+HWND Window::native_handle() const
+{
+    return m_data->ask("native_handle", [](WindowQt& w) { return handleOf(w.winId()); });
+}
+
+AbstractAcquisitionInterface* Window::acquisitionInterface()
+{
+    return m_data->ask("acquisitionInterface", [](WindowQt& w) { return w.acquisitionInterface(); });
+}
+
+const AbstractAcquisitionInterface* Window::acquisitionInterface() const
+{
+    return const_cast<Window*>(this)->acquisitionInterface();
+}
+
+AbstractFileInterface* Window::fileInterface()
+{
+    return m_data->ask("fileInterface", [](WindowQt& w) { return w.fileInterface(); });
+}
+
+const AbstractFileInterface* Window::fileInterface() const
+{
+    return const_cast<Window*>(this)->fileInterface();
+}
+
+SurfaceStream* Window::surfaceStream()
+{
+    return m_data->ask("surfaceStream", [](WindowQt& w) { return w.surfaceStream(); });
+}
+
+const SurfaceStream* Window::surfaceStream() const
+{
+    return const_cast<Window*>(this)->surfaceStream();
+}
+
+SurfaceScrollArea* Window::surfaceScrollArea()
+{
+    return m_data->ask("surfaceScrollArea", [](WindowQt& w) { return w.surfaceScrollArea(); });
+}
+
+const SurfaceScrollArea* Window::surfaceScrollArea() const
+{
+    return const_cast<Window*>(this)->surfaceScrollArea();
+}
+
+// Place and size ------------------------------------------------------------------------------------------------------
+
+void Window::move(int x, int y)
+{
+    m_data->tell("move", [=](WindowQt& w) { w.move(x, y); });
+}
+
+void Window::resize(int width, int height)
+{
+    m_data->tell("resize", [=](WindowQt& w) { w.resize(width, height); });
+}
+
+int Window::width() const
+{
+    return m_data->ask("width", [](WindowQt& w) { return w.width(); });
+}
+
+int Window::height() const
+{
+    return m_data->ask("height", [](WindowQt& w) { return w.height(); });
+}
+
+void Window::getGeometry(int& x, int& y, int& width, int& height) const
+{
+    m_data->ask("getGeometry", [](WindowQt& w) { return w.geometry(); }).getRect(&x, &y, &width, &height);
+}
+
+void Window::getFrameGeometry(int& x, int& y, int& width, int& height) const
+{
+    m_data->ask("getFrameGeometry", [](WindowQt& w) { return w.frameGeometry(); }).getRect(&x, &y, &width, &height);
+}
+
+void Window::setGeometry(int x, int y, int width, int height)
+{
+    m_data->tell("setGeometry", [=](WindowQt& w) { w.setGeometry(x, y, width, height); });
+}
+
+void Window::setFrameGeometry(int x, int y, int width, int height)
+{
+    m_data->tell("setFrameGeometry", [=](WindowQt& w) {
+        const QSize frame = w.frameGeometry().size() - w.size();
+        w.move(x, y);
+        w.resize(QSize(width, height) - frame);
+    });
+}
+
+bool Window::saveGeometry(char* const buffer, std::size_t* const size) const
+{
+    return m_data->ask("saveGeometry", [=](WindowQt& w) {
+        return latin1Out(QString::fromLatin1(w.saveGeometry().toHex()), buffer, size);
+    });
+}
+
+bool Window::restoreGeometry(const char* const text)
+{
+    return m_data->ask("restoreGeometry", [=](WindowQt& w) {
+        const QByteArray hexadecimal = QByteArray(text).toLower();
+        const QByteArray geometry = QByteArray::fromHex(hexadecimal);
+        return geometry.toHex() == hexadecimal && isWhole(geometry) && w.restoreGeometry(geometry);
+    });
+}
+
+// Visibility ----------------------------------------------------------------------------------------------------------
+
+void Window::show()
+{
+    setVisible(true);
+}
+
+void Window::hide()
+{
+    setVisible(false);
+}
+
+void Window::setVisible(bool visible)
+{
+    m_data->tell("setVisible", [=](WindowQt& w) { w.setVisible(visible); });
+}
+
+bool Window::isVisible() const
+{
+    return m_data->ask("isVisible", [](WindowQt& w) { return w.isVisible(); });
+}
+
+void Window::raise()
+{
+    m_data->tell("raise", [](WindowQt& w) { w.raise(); });
+}
+
+void Window::minimize()
+{
+    m_data->tell("minimize", [](WindowQt& w) { w.showMinimized(); });
+}
+
+void Window::maximize()
+{
+    m_data->tell("maximize", [](WindowQt& w) { w.showMaximized(); });
+}
+
+void Window::restore()
+{
+    m_data->tell("restore", [](WindowQt& w) { w.showNormal(); });
+}
+
+bool Window::isMinimized() const
+{
+    return m_data->ask("isMinimized", [](WindowQt& w) { return w.isMinimized(); });
+}
+
+bool Window::isMaximized() const
+{
+    return m_data->ask("isMaximized", [](WindowQt& w) { return w.isMaximized(); });
+}
+
+bool Window::isFullScreen() const
+{
+    return m_data->ask("isFullScreen", [](WindowQt& w) { return w.fullScreen(); });
+}
+
+bool Window::isExhibitView() const
+{
+    return m_data->ask("isExhibitView", [](WindowQt& w) { return w.exhibitView(); });
+}
+
+void Window::setTitle(const char* const title)
+{
+    m_data->tell("setTitle", [=](WindowQt& w) { w.setWindowTitle(QString::fromLatin1(title)); });
+}
+
+bool Window::title(char* const buffer, std::size_t* const size) const
+{
+    return m_data->ask("title", [=](WindowQt& w) { return latin1Out(w.windowTitle(), buffer, size); });
+}
+
+void Window::setRunning()
+{
+    m_data->tell("setRunning", [](WindowQt& w) { w.setRunning(); });
+}
+
+void Window::setConfigured()
+{
+    m_data->tell("setConfigured", [](WindowQt& w) { w.setConfigured(); });
+}
+
+void Window::setUnconfigured()
+{
+    m_data->tell("setUnconfigured", [](WindowQt& w) { w.setUnconfigured(); });
+}
+
+// Switches ------------------------------------------------------------------------------------------------------------
+
+// clang-format off
+#define VISTREL_FORWARD_SWITCH(Setter, getter, target)                                                                 \
+    void Window::Setter(bool enabled) { m_data->tell(#Setter, [=](WindowQt& w) { (target).Setter(enabled); }); }       \
+    bool Window::getter() const { return m_data->ask(#getter, [](WindowQt& w) { return (target).getter(); }); }
+
+VISTREL_FORWARD_SWITCH(setCloseable, closeable, w)
+VISTREL_FORWARD_SWITCH(setPreviewFrameRate, previewFrameRate, w)
+VISTREL_FORWARD_SWITCH(setPreviewBuffersQueued, previewBuffersQueued, w)
+VISTREL_FORWARD_SWITCH(setPreviewBuffersFilled, previewBuffersFilled, w)
+VISTREL_FORWARD_SWITCH(setPreviewBuffersDropped, previewBuffersDropped, w)
+VISTREL_FORWARD_SWITCH(setPreviewBuffersDelivered, previewBuffersDelivered, w)
+VISTREL_FORWARD_SWITCH(setPreviewImageDimensions, previewImageDimensions, w)
+VISTREL_FORWARD_SWITCH(setPreviewImageFormat, previewImageFormat, w)
+VISTREL_FORWARD_SWITCH(setPreviewPixelValue, previewPixelValue, w)
+VISTREL_FORWARD_SWITCH(setPreviewZoomLevel, previewZoomLevel, w)
+VISTREL_FORWARD_SWITCH(setPreviewSetupMode, previewSetupMode, w)
+VISTREL_FORWARD_SWITCH(setKeepImageInfoVisible, keepImageInfoVisible, w)
+VISTREL_FORWARD_SWITCH(setBayerDemosaicEnabled, bayerDemosaicEnabled, w)
+VISTREL_FORWARD_SWITCH(setRgbOrderReversed, rgbOrderReversed, w)
+VISTREL_FORWARD_SWITCH(setPixelCrosshairVisible, pixelCrosshairVisible, w)
+VISTREL_FORWARD_SWITCH(setRefreshEnabled, refreshEnabled, *w.surfaceStream())
+VISTREL_FORWARD_SWITCH(setRefreshRateAuto, refreshRateAuto, *w.surfaceStream())
+VISTREL_FORWARD_SWITCH(setZoomToFit, zoomToFit, *w.surfaceScrollArea())
+
+#undef VISTREL_FORWARD_SWITCH
+// clang-format on
+
+void Window::setFullScreen(bool enabled)
+{
+    m_data->tell("setFullScreen", [=](WindowQt& w) { w.setFullScreen(enabled); });
+}
+
+void Window::setExhibitView(bool enabled)
+{
+    m_data->tell("setExhibitView", [=](WindowQt& w) { w.setExhibitView(enabled); });
+}
+
+// The image -----------------------------------------------------------------------------------------------------------
+
+void Window::setColorTable(ColorTable table)
+{
+    m_data->tell("setColorTable", [=](WindowQt& w) { w.setColorTable(table); });
+}
+
+ColorTable Window::colorTable() const
+{
+    return m_data->ask("colorTable", [](WindowQt& w) { return w.colorTable(); });
+}
+
+void Window::setBayerFilterOverride(Format filter)
+{
+    m_data->tell("setBayerFilterOverride", [=](WindowQt& w) {
+        switch (static_cast<std::uint32_t>(filter)) {
+        case 0:
+            return w.setBayerDemosaicFilterAuto();
+        case 0x100:
+            return w.setBayerDemosaicFilterGBRG();
+        case 0x200:
+            return w.setBayerDemosaicFilterGRBG();
+        case 0x300:
+            return w.setBayerDemosaicFilterRGGB();
+        case 0x400:
+            return w.setBayerDemosaicFilterBGGR();
+        }
+        reportLine("Vistrel::Window::setBayerFilterOverride: Unknown Bayer filter with index " +
+                   std::to_string(static_cast<std::uint32_t>(filter)) + ".");
+    });
+}
+
+Format Window::bayerFilterOverride() const
+{
+    return m_data->ask("bayerFilterOverride", [](WindowQt& w) { return w.bayerDemosaicFilter(); });
+}
+
+void Window::setRefreshRate(int rate)
+{
+    m_data->tell("setRefreshRate", [=](WindowQt& w) { w.surfaceStream()->setRefreshRate(rate); });
+}
+
+int Window::refreshRate() const
+{
+    return m_data->ask("refreshRate", [](WindowQt& w) { return w.surfaceStream()->refreshRate(); });
+}
+
+void Window::setZoomLevel(double zoom)
+{
+    m_data->tell("setZoomLevel", [=](WindowQt& w) { w.surfaceScrollArea()->setZoomTo(zoom, QPoint(-1, -1)); });
+}
+
+double Window::zoomLevel() const
+{
+    return m_data->ask("zoomLevel", [](WindowQt& w) { return w.surfaceScrollArea()->zoomScaling(); });
+}
+
+void Window::setImageOffset(int x, int y)
+{
+    m_data->tell("setImageOffset", [=](WindowQt& w) { w.surfaceScrollArea()->setImageOffset(QPointF(x, y)); });
+}
+
+int Window::imageOffsetX() const
+{
+    return m_data->ask("imageOffsetX", [](WindowQt& w) { return w.surfaceScrollArea()->imageOffset().x(); });
+}
+
+int Window::imageOffsetY() const
+{
+    return m_data->ask("imageOffsetY", [](WindowQt& w) { return w.surfaceScrollArea()->imageOffset().y(); });
+}
+
+bool Window::setBitmapLocked(int width, int height, Format format)
+{
+    return m_data->ask("setBitmapLocked",
+                       [=](WindowQt& w) { return w.surfaceStream()->setBitmapLocked(width, height, format); });
+}
+
+void Window::unlockBitmap()
+{
+    m_data->tell("unlockBitmap", [](WindowQt& w) { w.surfaceStream()->unlockBitmap(); });
+}
+
+bool Window::bitmapLocked() const
+{
+    return m_data->ask("bitmapLocked", [](WindowQt& w) { return w.surfaceStream()->bitmapLocked(); });
+}
+
+bool Window::getBitmap(RawImage* const image) const
+{
+    return m_data->ask("getBitmap", [=](WindowQt& w) { return w.surfaceStream()->getBitmap(image); });
+}
+
+// Actions -------------------------------------------------------------------------------------------------------------
+
+Action* Window::addMainMenuAction(ScopedActionInterface&& actionInterface, const char* const menuTitle,
+                                  const char* const actionText)
+{
+    return m_data->ask("addMainMenuAction", [&](WindowQt& w) {
+        QAction* const action =
+            w.addMainMenuAction(QString::fromLocal8Bit(menuTitle), QString::fromLocal8Bit(actionText));
+        return new Action(this, action, std::move(actionInterface));
+    });
+}
+
+Action* Window::addToolBarAction(ScopedActionInterface&& actionInterface, const char* const actionText)
+{
+    return m_data->ask("addToolBarAction", [&](WindowQt& w) {
+        return new Action(this, w.addToolBarAction(QString::fromLocal8Bit(actionText)), std::move(actionInterface));
+    });
+}
+
+Action* Window::addImageStatsAction(ScopedActionInterface&& actionInterface, const char* const actionText)
+{
+    return m_data->ask("addImageStatsAction", [&](WindowQt& w) {
+        return new Action(this, w.addImageStatsAction(QString::fromLocal8Bit(actionText)), std::move(actionInterface));
+    });
+}
+
+// Transient parent ----------------------------------------------------------------------------------------------------
+
+void Window::setTransientParent(HWND parent)
+{
+    m_data->tell("setTransientParent", [=](WindowQt& w) {
+        m_data->forgetTransientParent();
+        if (!parent)
+            return;
+        const HWND child = handleOf(w.winId());
+        if (!addTransientChild(parent, child))
+            return;
+        m_data->transientChild = child;
+        m_data->transientParentHandle = parent;
+    });
+}
+
+HWND Window::transientParent() const
+{
+    return m_data->transientParentHandle;
+}
+
+} // namespace Vistrel

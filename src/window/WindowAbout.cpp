@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+// The about boxes of a display window: the host's, the library's and the toolkit's.
+#include "platform/IconHandle.h"
+#include "window/AboutDialog.h"
+#include "window/KVQtLgplDialog.h"
+#include "window/WindowQt_p.h"
+#include "window/Window_p.h"
+
+#include <QtGui/QIcon>
+#include <QtGui/QPixmap>
+#include <QtWidgets/QMessageBox>
+
+namespace Vistrel {
+
+namespace {
+
+QPixmap pixmapFromXpm(const char* const* xpm)
+{
+    return xpm ? QPixmap(xpm) : QPixmap();
+}
+
+} // namespace
+
+// The host's ----------------------------------------------------------------------------------------------------------
+
+void Window::setApplicationAbout(const char* const title, const char* const description, const char* const* const icon1,
+                                 const char* const* const icon2, const char* const* const icon3)
+{
+    m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromXpm(icon1),
+                                pixmapFromXpm(icon2), pixmapFromXpm(icon3));
+}
+
+#if defined(_WIN32)
+void Window::setApplicationAbout(const char* const title, const char* const description, HICON icon1, HICON icon2,
+                                 HICON icon3)
+{
+    m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromIcon(icon1),
+                                pixmapFromIcon(icon2), pixmapFromIcon(icon3));
+}
+#endif
+
+void Window::PrivateData::setApplicationAbout(const QString& title, const QString& description, const QPixmap& icon1,
+                                              const QPixmap& icon2, const QPixmap& icon3)
+{
+    tell("setApplicationAbout", [&](WindowQt& w) {
+        if (!aboutDialog)
+            aboutDialog = new AboutDialog(&w);
+        aboutDialog->setWindowTitle(title);
+        aboutDialog->setHeader(title, icon1);
+        QIcon icon;
+        for (const QPixmap& picture : {icon3, icon2, icon1}) {
+            if (!picture.isNull())
+                icon.addPixmap(picture);
+        }
+        aboutDialog->setWindowIcon(icon);
+        aboutDialog->setDetails(description);
+        if (title.isEmpty() && description.isEmpty() && icon1.isNull()) {
+            w.setApplicationAbout(nullptr);
+            return;
+        }
+        aboutDialog->fixSize();
+        w.setApplicationAbout(aboutDialog);
+    });
+}
+
+bool Window::applicationAboutTitle(char* const buffer, std::size_t* const size) const
+{
+    return m_data->ask("applicationAboutTitle", [&](WindowQt&) {
+        return latin1Out(m_data->aboutDialog ? m_data->aboutDialog->windowTitle() : QString(), buffer, size);
+    });
+}
+
+bool Window::applicationAboutDescription(char* const buffer, std::size_t* const size) const
+{
+    return m_data->ask("applicationAboutDescription", [&](WindowQt&) {
+        return latin1Out(m_data->aboutDialog ? m_data->aboutDialog->details() : QString(), buffer, size);
+    });
+}
+
+void WindowQt::setApplicationAbout(QDialog* dialog)
+{
+    m_data->applicationAbout = dialog;
+    m_data->form.actionAbout_Application->setVisible(dialog);
+}
+
+void WindowQt::PrivateData::showApplicationAbout()
+{
+    if (applicationAbout)
+        applicationAbout->exec();
+}
+
+// The library's and the toolkit's -------------------------------------------------------------------------------------
+
+void WindowQt::PrivateData::showAboutVistrel()
+{
+    if (!aboutVistrel) {
+        aboutVistrel = new AboutDialog(window);
+        aboutVistrel->describeLibrary();
+    }
+    aboutVistrel->exec();
+}
+
+void WindowQt::PrivateData::showAboutQt()
+{
+    QMessageBox::aboutQt(window);
+}
+
+void WindowQt::PrivateData::showLicensing()
+{
+    if (!licensing)
+        licensing = new KVQtLgplDialog(window);
+    licensing->exec();
+}
+
+} // namespace Vistrel

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: MIT
+// Tests message boxes, asked for on either side of the threads, and how they end without an answer.
+#include <Vistrel/Application.h>
+#include <Vistrel/MessageBoxDialog.h>
+#include <Vistrel/Window.h>
+
+#include <QtCore/QAbstractEventDispatcher>
+#include <QtCore/QTemporaryDir>
+#include <QtCore/QTimer>
+#include <QtTest/QtTest>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+
+#include <functional>
+#include <memory>
+#include <thread>
+#include <utility>
+
+using namespace Vistrel;
+
+namespace {
+
+const char* const commandLine[] = {"program"};
+
+/// A call from inside the event loop or, meanwhile, from another thread. `act` gets the box when it is up.
+DialogButton ask(bool isWorker, const std::function<void(QMessageBox&)>& act, const std::function<DialogButton()>& call)
+{
+    QTimer watch;
+    watch.callOnTimeout([&] {
+        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            watch.stop(), act(*box);
+    });
+    watch.start();
+    DialogButton button = DialogButton::Help;
+    std::thread worker;
+    const auto run = [&] { button = call(), Application::global()->exit(0); };
+    QTimer::singleShot(0, qApp, [&] { isWorker ? void(worker = std::thread(run)) : run(); });
+    Application::global()->exec();
+    if (isWorker)
+        worker.join();
+    return button;
+}
+
+} // namespace
+
+class MessageBoxTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The toolkit warns of a session without this folder.
+    void initTestCase() { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtimeDir.path())); }
+    void boxShowsWhatIsAsked();
+    void endsWithoutAnswer();
+    void workerAsksMeanwhile();
+    void workerDoesNotHang();
+
+private:
+    QTemporaryDir m_runtimeDir;
+};
+
+void MessageBoxTest::boxShowsWhatIsAsked()
+{
+    using Box = QMessageBox;
+    const Application application(1, commandLine);
+    Window window{ScopedAcquisitionInterface()};
+    const Box::StandardButton buttons[] = {Box::Ok,       Box::Open,    Box::Save,
+                                           Box::Cancel,   Box::Close,   Box::Discard,
+                                           Box::Apply,    Box::Reset,   Box::RestoreDefaults,
+                                           Box::Help,     Box::SaveAll, Box::Yes,
+                                           Box::YesToAll, Box::No,      Box::NoToAll,
+                                           Box::Abort,    Box::Retry,   Box::Ignore};
+    const std::pair<decltype(&MessageBoxDialog::critical), Box::Icon> kinds[] = {
+        {MessageBoxDialog::critical, Box::Critical},
+        {MessageBoxDialog::warning, Box::Warning},
+        {MessageBoxDialog::information, Box::Information},
+        {MessageBoxDialog::question, Box::Question}};
+    QSignalSpy lastWindowClosed(qApp, &QGuiApplication::lastWindowClosed);
+    for (int i = 0; i < 36; ++i) {
+        const int flag = 1 << i % 18;
+        const int other = 1 << (i + 1) % 18;
+        const Box::StandardButton button = buttons[i % 18];
+        const auto& kind = kinds[i / 2 % 4];
+        const bool isOffered = i < 18; // the default button
+        Window* const parent = i % 3 ? &window : nullptr;
+        const auto press = [&](Box& box) {
+            const auto click = qScopeGuard([&] { box.button(button)->click(); });
+            QCOMPARE(box.icon(), kind.second);
+            QCOMPARE(box.parentWidget(), parent ? window.qt_handle() : nullptr);
+            QCOMPARE(box.windowTitle(), QString::fromLocal8Bit("caf\xc3\xa9"));
+            QCOMPARE(box.standardButtons(), button | buttons[(i + 1) % 18]);
+            QCOMPARE(box.defaultButton(), isOffered ? box.button(button) : nullptr);
+        };
+        const DialogButton pressed = ask(i % 2, press, [&] {
+            return kind.first(parent, "caf\xc3\xa9", nullptr, DialogButtons(flag | other | 0x40000),
+                              static_cast<DialogButton>(isOffered ? flag : flag | other));
+        });
+        QCOMPARE(static_cast<int>(pressed), flag);
+    }
+    QVERIFY(lastWindowClosed.isEmpty());
+}
+
+void MessageBoxTest::endsWithoutAnswer()
+{
+    for (int i = 0; i < 6; ++i) {
+        const int end = i / 2; // by deleting the window, by closing it, by leaving the event loop
+        Application application(1, commandLine);
+        application.setQuitOnLastWindowClosed(false);
+        auto window = std::make_unique<Window>(ScopedAcquisitionInterface());
+        const auto call = [asked = window.get()] { return MessageBoxDialog::warning(asked, "", "", {}, {}); };
+        const auto act = [&](QMessageBox& box) {
+            if (!box.parentWidget()) // the window has been closed
+                box.button(QMessageBox::Ok)->click();
+            else if (end == 2)
+                application.exit(0);
+            else
+                end == 0 ? window.reset() : void(window->qt_handle()->close());
+        };
+        QCOMPARE(ask(i % 2, act, call), DialogButton::NoButton);
+        if (end == 1)
+            QCOMPARE(ask(i % 2, act, call), DialogButton::Ok);
+    }
+}
+
+void MessageBoxTest::workerAsksMeanwhile()
+{
+    const Application application(1, commandLine);
+    const auto call = [] { return MessageBoxDialog::warning(nullptr, "", "", DialogButton::Yes, {}); };
+    DialogButton second = DialogButton::Help;
+    std::thread worker;
+    const auto act = [&](QMessageBox& first) {
+        worker = std::thread([&] { second = call(), QMetaObject::invokeMethod(&first, "reject"); });
+        auto* const watch = new QTimer(&first);
+        watch->callOnTimeout([&] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box && box != &first)
+                box->button(QMessageBox::Yes)->click();
+        });
+        watch->start();
+    };
+    QCOMPARE(ask(false, act, call), DialogButton::NoButton);
+    worker.join();
+    QCOMPARE(second, DialogButton::Yes);
+}
+
+void MessageBoxTest::workerDoesNotHang()
+{
+    for (const bool withLoop : {false, true}) {
+        DialogButton button = DialogButton::Help;
+        std::thread worker;
+        const auto call = [&] { button = MessageBoxDialog::critical(nullptr, "", "", DialogButton::Ok, {}); };
+        const auto start = [&] {
+            worker = std::thread(call);
+            while (!QAbstractEventDispatcher::instance()->hasPendingEvents()) // the call
+                std::this_thread::yield();
+        };
+        auto application = std::make_unique<Application>(1, commandLine);
+        QCoreApplication::processEvents();
+        if (withLoop) {
+            // In a timer's event, after which the loop serves no more posts.
+            QTimer::singleShot(1, qApp, [&] { start(), application->exit(0); });
+            application->exec();
+        } else {
+            start();
+            application.reset();
+        }
+        worker.join();
+        QCOMPARE(button, DialogButton::NoButton);
+        application.reset(), button = DialogButton::Help, call();
+        QCOMPARE(button, DialogButton::NoButton);
+    }
+}
+
+QTEST_APPLESS_MAIN(MessageBoxTest)
+#include "MessageBoxTest.moc"

@@ -1,0 +1,224 @@
+// SPDX-License-Identifier: MIT
+// Tests the display window as hosts without the toolkit use it.
+#include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
+#include <Vistrel/Window.h>
+
+#include "base/Report.h"
+#include "support/FakeSources.h"
+
+#include <QtTest/QtTest>
+#include <QtWidgets/QAction>
+#include <QtWidgets/QDialog>
+#include <QtWidgets/QLabel>
+
+using namespace Vistrel;
+
+namespace {
+
+QStringList* reportedLines = nullptr;
+
+using TextGetter = bool (Window::*)(char*, std::size_t*) const;
+
+QByteArray textOf(const Window& window, TextGetter getter)
+{
+    std::size_t size = 0;
+    if (!(window.*getter)(nullptr, &size))
+        return QByteArray();
+    QByteArray text(static_cast<int>(size), 'x');
+    return (window.*getter)(text.data(), &size) ? QByteArray(text.constData()) : QByteArray();
+}
+
+const char* const redDot[] = {"2 2 1 1", ". c #ff0000", "..", ".."};
+
+} // namespace
+
+class WindowTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void textsAreCutToTheBuffer();
+    void geometryComesBack();
+    void geometryThatIsNotWholeIsRefused();
+    void settingsReachTheWindow();
+    void bayerFilterOverride();
+    void applicationAbout();
+    void closedWindowIsHarmless();
+};
+
+void WindowTest::textsAreCutToTheBuffer()
+{
+    Window window{ScopedAcquisitionInterface()};
+    window.setTitle("K\xFCnstlich 1"); // ten letters of Latin-1
+    std::size_t size = 7;
+    QVERIFY(!window.title(nullptr, nullptr));
+    QVERIFY(window.title(nullptr, &size));
+    QCOMPARE(size, std::size_t(12));
+    char buffer[16] = "###############";
+    size = 4;
+    QVERIFY(window.title(buffer, &size));
+    QCOMPARE(QByteArray(buffer), QByteArray("K\xFCn"));
+    QCOMPARE(size, std::size_t(12));
+    QCOMPARE(buffer[4], '#');
+    size = 0;
+    QVERIFY(window.title(buffer, &size) && size == 12 && buffer[0] == 'K');
+    QCOMPARE(textOf(window, &Window::title), QByteArray("K\xFCnstlich 1"));
+}
+
+void WindowTest::geometryComesBack()
+{
+    Window window{ScopedAcquisitionInterface()};
+    window.setGeometry(40, 50, 500, 400);
+    window.show();
+    int x = 0, y = 0, width = 0, height = 0;
+    window.getGeometry(x, y, width, height);
+    QCOMPARE(QRect(x, y, width, height), QRect(40, 50, 500, 400));
+    QCOMPARE(QSize(window.width(), window.height()), QSize(500, 400));
+    window.setFrameGeometry(30, 20, 450, 380);
+    window.getFrameGeometry(x, y, width, height);
+    QCOMPARE(QRect(x, y, width, height), QRect(30, 20, 450, 380));
+
+    const QByteArray saved = textOf(window, &Window::saveGeometry);
+    QCOMPARE(saved, saved.toLower());
+    window.setGeometry(100, 110, 480, 300);
+    QVERIFY(window.restoreGeometry(saved.constData()));
+    window.getFrameGeometry(x, y, width, height);
+    QCOMPARE(QRect(x, y, width, height), QRect(30, 20, 450, 380));
+}
+
+void WindowTest::geometryThatIsNotWholeIsRefused()
+{
+    Window window{ScopedAcquisitionInterface()};
+    window.setGeometry(40, 50, 500, 400);
+    const QByteArray saved = textOf(window, &Window::saveGeometry);
+    const QByteArray texts[] = {saved.left(saved.size() - 2),   saved.left(9), saved + "zz", "rubbish", "",
+                                QByteArray("00") + saved.mid(2)};
+    for (const QByteArray& text : texts)
+        QVERIFY2(!window.restoreGeometry(text.constData()), text.constData());
+    QVERIFY(!window.restoreGeometry(nullptr));
+    QCOMPARE(window.qt_handle()->geometry(), QRect(40, 50, 500, 400));
+}
+
+void WindowTest::settingsReachTheWindow()
+{
+    auto* const source = new PushSource;
+    Window window{ScopedAcquisitionInterface(source)};
+    QVERIFY(window.acquisitionInterface() == source && !window.fileInterface() && window.native_handle());
+    using Setter = void (Window::*)(bool);
+    using Getter = bool (Window::*)() const;
+    const std::pair<Setter, Getter> switches[] = {
+        {&Window::setCloseable, &Window::closeable},
+        {&Window::setPreviewFrameRate, &Window::previewFrameRate},
+        {&Window::setPreviewBuffersQueued, &Window::previewBuffersQueued},
+        {&Window::setPreviewBuffersFilled, &Window::previewBuffersFilled},
+        {&Window::setPreviewBuffersDropped, &Window::previewBuffersDropped},
+        {&Window::setPreviewBuffersDelivered, &Window::previewBuffersDelivered},
+        {&Window::setPreviewImageDimensions, &Window::previewImageDimensions},
+        {&Window::setPreviewImageFormat, &Window::previewImageFormat},
+        {&Window::setPreviewPixelValue, &Window::previewPixelValue},
+        {&Window::setPreviewZoomLevel, &Window::previewZoomLevel},
+        {&Window::setPreviewSetupMode, &Window::previewSetupMode},
+        {&Window::setKeepImageInfoVisible, &Window::keepImageInfoVisible},
+        {&Window::setBayerDemosaicEnabled, &Window::bayerDemosaicEnabled},
+        {&Window::setRgbOrderReversed, &Window::rgbOrderReversed},
+        {&Window::setPixelCrosshairVisible, &Window::pixelCrosshairVisible},
+        {&Window::setRefreshEnabled, &Window::refreshEnabled},
+        {&Window::setRefreshRateAuto, &Window::refreshRateAuto},
+        {&Window::setZoomToFit, &Window::zoomToFit},
+        {&Window::setExhibitView, &Window::isExhibitView},
+        {&Window::setVisible, &Window::isVisible},
+    };
+    // Each alone: no setter may reach another one's switch.
+    for (const auto& [set, get] : switches) {
+        for (const bool wanted : {false, true}) {
+            (window.*set)(wanted);
+            QCOMPARE((window.*get)(), wanted);
+        }
+    }
+    window.setExhibitView(false);
+    window.setRefreshRate(25);
+    QVERIFY(window.refreshRate() == 25 && !window.refreshRateAuto());
+    window.setColorTable(ColorTable::Sine);
+    QCOMPARE(window.colorTable(), ColorTable::Sine);
+
+    const TestFrame frame(900, 900, Mono8, 10);
+    source->push(frame.raw);
+    QTRY_COMPARE(window.surfaceStream()->latestImageSize(), QSize(900, 900));
+    window.resize(400, 300);
+    window.setZoomLevel(2);
+    QCOMPARE(window.zoomLevel(), 2.0);
+    window.setImageOffset(120, 70);
+    QVERIFY(window.imageOffsetX() == 120 && window.imageOffsetY() == 70);
+    QVERIFY(window.setBitmapLocked(8, 6, Mono8) && window.bitmapLocked());
+    RawImage bitmap;
+    QVERIFY(window.getBitmap(&bitmap) && bitmap.width == 8);
+    window.unlockBitmap();
+    QVERIFY(!window.bitmapLocked());
+}
+
+void WindowTest::bayerFilterOverride()
+{
+    Window window{ScopedAcquisitionInterface()};
+    const std::pair<int, const char*> filters[] = {{0x100, "actionBayerGB_Filter"},
+                                                   {0x200, "actionBayerGR_Filter"},
+                                                   {0x300, "actionBayerRG_Filter"},
+                                                   {0x400, "actionBayerBG_Filter"},
+                                                   {0, "actionBayer_Filter_Auto"}};
+    for (const auto& [value, name] : filters) {
+        window.setBayerFilterOverride(Format(value));
+        QCOMPARE(int(window.bayerFilterOverride()), value);
+        QVERIFY(window.qt_handle()->findChild<QAction*>(QLatin1String(name))->isChecked());
+    }
+    QStringList lines;
+    reportedLines = &lines;
+    setReportSink([](const std::string& line) { reportedLines->append(QString::fromStdString(line)); });
+    window.setBayerFilterOverride(Format(0x500));
+    setReportSink(nullptr);
+    QCOMPARE(int(window.bayerFilterOverride()), 0);
+    QCOMPARE(lines, QStringList(QStringLiteral(
+                        "Vistrel::Window::setBayerFilterOverride: Unknown Bayer filter with index 1280.")));
+}
+
+void WindowTest::applicationAbout()
+{
+    Window window{ScopedAcquisitionInterface()};
+    window.show();
+    auto* const action = window.qt_handle()->findChild<QAction*>(QStringLiteral("actionAbout_Application"));
+    QCOMPARE(textOf(window, &Window::applicationAboutTitle), QByteArray(""));
+    QVERIFY(!action->isVisible());
+    window.setApplicationAbout("Mill <3>", "Version 2", redDot, nullptr, redDot);
+    QVERIFY(action->isVisible());
+    QCOMPARE(textOf(window, &Window::applicationAboutTitle), QByteArray("Mill <3>"));
+    QCOMPARE(textOf(window, &Window::applicationAboutDescription), QByteArray("Version 2"));
+    QString shown;
+    QTimer::singleShot(0, this, [&] {
+        QWidget* const dialog = QApplication::activeModalWidget();
+        for (const QLabel* const label : dialog->findChildren<QLabel*>())
+            shown += label->text();
+        dialog->close();
+    });
+    action->trigger();
+    QVERIFY2(shown.contains(QLatin1String("Mill &lt;3&gt;")), qPrintable(shown));
+    window.setApplicationAbout(nullptr, nullptr);
+    QVERIFY(!action->isVisible());
+}
+
+void WindowTest::closedWindowIsHarmless()
+{
+    Window window{ScopedAcquisitionInterface(new PushSource)};
+    window.show();
+    window.qt_handle()->close();
+    QTRY_VERIFY(!window.good());
+#if defined(NDEBUG)
+    std::size_t size = 3;
+    QVERIFY(!window.qt_handle() && !window.native_handle() && !window.surfaceStream() && !window.isVisible());
+    QVERIFY(window.width() == 0 && window.zoomLevel() == 0 && !window.title(nullptr, &size));
+    window.setRunning();
+    window.setApplicationAbout("a", "b");
+    QVERIFY(!window.addToolBarAction(ScopedActionInterface(), "no"));
+#endif
+}
+
+QTEST_MAIN(WindowTest)
+#include "WindowTest.moc"
