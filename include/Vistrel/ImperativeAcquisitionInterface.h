@@ -36,8 +36,8 @@ public:
     /// Takes the pending frame. A caller that asks for a lock gets a frame only under one: while frames are not locked,
     /// the frame is dropped and the result is false. Whatever `*lock` held is released first.
     bool getNextFrame(RawImage* const image, ScopedLock* const lock) override;
-    /// A lock on the frames, empty while frames are not locked. It may be released on any thread, also after the source
-    /// is gone.
+    /// The one lock on all frames, which nobody else holds meanwhile; empty while frames are not locked. It may be
+    /// released on any thread, also after the source is gone.
     ScopedLock getFrameLock(const RawImage& image) override;
 
     /// Called at the start of every `getNextFrame`, on the same thread: the last moment to push a frame.

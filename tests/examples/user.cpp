@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+// Plays the user of an example program, which it is linked into: looks at its windows, uses them and closes them. The
+// program is to end by itself then.
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
+#include <Vistrel/WindowQt.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
+#include <QtCore/QTimer>
+#include <QtGui/QImage>
+#include <QtWidgets/QAction>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <vector>
+
+using namespace Vistrel;
+
+namespace {
+
+constexpr int patienceMs = 30000; // for all steps
+
+struct Step
+{
+    const char* name;
+    std::function<bool()> isDone; // asked until it is so
+};
+
+WindowQt* windowOf(const char* title = "")
+{
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        auto* const window = qobject_cast<WindowQt*>(widget);
+        if (window && window->isVisible() && window->windowTitle().startsWith(QLatin1String(title)))
+            return window;
+    }
+    return nullptr;
+}
+
+QImage pictureIn(WindowQt* window)
+{
+    return window ? window->surfaceScrollArea()->surface()->pixmap().toImage() : QImage();
+}
+
+// The entry of this text, or a window's own of this name.
+QAction* entry(const char* text)
+{
+    for (QAction* const action : windowOf()->findChildren<QAction*>()) {
+        if (action->text() == QLatin1String(text) || action->objectName() == QLatin1String(text))
+            return action;
+    }
+    return nullptr;
+}
+
+template <typename Dialog>
+Dialog* openDialog()
+{
+    return qobject_cast<Dialog*>(QApplication::activeModalWidget());
+}
+
+// Steps ---------------------------------------------------------------------------------------------------------------
+
+Step sees(const QSize& size, const char* title = "")
+{
+    return {"sees a picture", [=] { return pictureIn(windowOf(title)).size() == size; }};
+}
+
+Step seesMore(const char* title = "")
+{
+    return {"sees another picture", [=, first = QImage()]() mutable {
+                const QImage picture = pictureIn(windowOf(title));
+                if (first.isNull())
+                    first = picture;
+                return !picture.isNull() && picture != first;
+            }};
+}
+
+// Later, for a dialog that opens then would keep this step.
+Step triggers(const char* text)
+{
+    return {text, [=] {
+                QAction* const action = entry(text);
+                return action && action->isEnabled() && action->isVisible() &&
+                       QMetaObject::invokeMethod(action, "trigger", Qt::QueuedConnection);
+            }};
+}
+
+Step closes(const char* title = "")
+{
+    return {"closes a window", [=] { return windowOf(title)->close(); }};
+}
+
+bool isShownFrameIn(const QString& fileName)
+{
+    QFile file(fileName);
+    RawImage raw;
+    ScopedLock lock;
+    if (!file.open(QIODevice::ReadOnly) || !windowOf()->surfaceStream()->latestImage(&raw, &lock))
+        return false;
+    const QByteArray pixels(reinterpret_cast<const char*>(raw.data),
+                            static_cast<int>(raw.width * raw.height * bytesPerPixel(raw.format)));
+    return raw.format == Mono16 && file.readAll() == "FRAME Mono16 640 480\n" + pixels;
+}
+
+std::vector<Step> stepsFor(const QString& program)
+{
+    if (program == QLatin1String("push_frames_test"))
+        return {sees({640, 480}), seesMore(), closes()};
+    if (program == QLatin1String("pull_source_test")) {
+        return {sees({320, 240}),
+                seesMore(),
+                triggers("actionStop"),
+                triggers("Full"),
+                {"sees the mode", [] { return entry("Full")->isChecked(); }},
+                triggers("actionStart"),
+                sees({1280, 960}),
+                triggers("actionStop"),
+                triggers("actionCleanup"),
+                {"sees it cleaned up", [] { return entry("actionSetup")->isEnabled(); }},
+                closes()};
+    }
+    if (program == QLatin1String("file_format_test")) {
+        const QString given = QCoreApplication::arguments().value(1);
+        if (!given.isEmpty())
+            return {sees({640, 480}), {"sees what is in the file", [=] { return isShownFrameIn(given); }}, closes()};
+        const QString saved = QCoreApplication::applicationFilePath() + QStringLiteral(".frame");
+        QFile::remove(saved);
+        return {sees({640, 480}),
+                triggers("actionSave_Image"),
+                {"chooses the format and a file",
+                 [=] {
+                     auto* const dialog = openDialog<QFileDialog>();
+                     const QString filter = QStringLiteral("Camera Frame (*.frame)");
+                     if (!dialog || !dialog->nameFilters().contains(filter))
+                         return false;
+                     dialog->selectNameFilter(filter);
+                     dialog->selectFile(saved);
+                     return QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+                 }},
+                {"finds the frame in the file", [=] { return isShownFrameIn(saved); }},
+                closes()};
+    }
+    if (program == QLatin1String("user_actions_test")) {
+        const auto looksInverse = [] { return pictureIn(windowOf()).pixelColor(0, 0) == QColor(Qt::white); };
+        return {sees({256, 256}),
+                triggers("&Invert"),
+                {"sees it inverse", [=] { return entry("&Invert")->isChecked() && looksInverse(); }},
+                triggers("Crosshair"),
+                {"sees the crosshair", [] { return windowOf()->pixelCrosshairVisible(); }},
+                triggers("Reset"),
+                {"answers yes",
+                 [] {
+                     auto* const box = openDialog<QMessageBox>();
+                     return box &&
+                            QMetaObject::invokeMethod(box->button(QMessageBox::Yes), "click", Qt::QueuedConnection);
+                 }},
+                {"sees it as it was", [=] { return !entry("&Invert")->isChecked() && !looksInverse(); }},
+                triggers("&Go Away"),
+                {"sees it gone", [] { return !entry("&Go Away"); }},
+                closes()};
+    }
+    if (program == QLatin1String("two_windows_test")) {
+        return {sees({640, 480}, "First"), sees({640, 480}, "Second"), closes("First"), seesMore("Second"),
+                closes("Second")};
+    }
+    return {{"knows the example", [] { return false; }}};
+}
+
+// The user ------------------------------------------------------------------------------------------------------------
+
+class User : public QObject
+{
+    Q_OBJECT
+
+public:
+    User();
+
+public Q_SLOTS:
+    void takeStep();
+    void giveUp();
+    void endReached();
+
+private:
+    QTimer m_timer;
+    std::vector<Step> m_steps;
+    std::size_t m_next = 0;
+};
+
+User::User() : QObject(qApp)
+{
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+    m_steps = stepsFor(QFileInfo(QCoreApplication::applicationFilePath()).baseName());
+    connect(&m_timer, SIGNAL(timeout()), this, SLOT(takeStep()));
+    connect(qApp, SIGNAL(aboutToQuit()), this, SLOT(endReached()));
+    m_timer.start(10);
+    QTimer::singleShot(patienceMs, this, SLOT(giveUp()));
+}
+
+void User::takeStep()
+{
+    if (m_next == m_steps.size() || !m_steps[m_next].isDone())
+        return;
+    std::printf("The user: %s\n", m_steps[m_next].name);
+    ++m_next;
+}
+
+void User::giveUp()
+{
+    std::printf("FAIL: never: %s\n", m_next < m_steps.size() ? m_steps[m_next].name : "the program ends");
+    std::fflush(stdout);
+    std::_Exit(1);
+}
+
+// The last step closes the last window, from which the end may come at once.
+void User::endReached()
+{
+    if (m_next + 1 < m_steps.size())
+        giveUp();
+}
+
+// But for the platform's own, which tell what it cannot do.
+void refuseWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    std::printf("%s\n", qPrintable(text));
+    if (type == QtDebugMsg || type == QtInfoMsg || text.startsWith(QLatin1String("This plugin ")))
+        return;
+    std::printf("FAIL: a warning\n");
+    std::fflush(stdout);
+    std::_Exit(1);
+}
+
+void makeUser()
+{
+    qInstallMessageHandler(refuseWarnings);
+    new User;
+}
+
+Q_COREAPP_STARTUP_FUNCTION(makeUser)
+
+} // namespace
+
+#include "user.moc"
