@@ -7,6 +7,7 @@
 #include <cstddef>
 
 class QAction;
+class QObject;
 
 namespace Vistrel {
 
@@ -27,7 +28,7 @@ public:
     Action(const Action&) = delete;
     Action& operator=(const Action&) = delete;
 
-    Window* window();
+    Window* window(); ///< null once the host has deleted it
     const Window* window() const;
     QAction* qt_handle(); ///< null while the command is told that it has gone
     const QAction* qt_handle() const;
@@ -51,6 +52,9 @@ public:
     bool toolTip(char* const buffer, std::size_t* const bufferSize) const; ///< in the same way
 
 private:
+    friend class Window;
+    VISTREL_LOCAL void endWith(QObject* part); // of the window: there is no window any more once that has gone
+
     class VISTREL_LOCAL PrivateData;
     PrivateData* m_data;
 };

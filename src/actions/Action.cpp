@@ -45,6 +45,7 @@ public:
 private Q_SLOTS:
     void actionQtDestroyed();
     void actionQtTriggered(bool checked);
+    void windowDestroyed() { window = nullptr; }
 
 private:
     template <typename Call>
@@ -109,6 +110,11 @@ Action::~Action()
         delete action;
     }
     m_data->letGo();
+}
+
+void Action::endWith(QObject* part)
+{
+    QObject::connect(part, SIGNAL(destroyed()), m_data, SLOT(windowDestroyed()));
 }
 
 Window* Action::window()

@@ -409,7 +409,13 @@ int Window::refreshRate() const
 
 void Window::setZoomLevel(double zoom)
 {
-    m_data->tell("setZoomLevel", [=](WindowQt& w) { w.surfaceScrollArea()->setZoomTo(zoom, QPoint(-1, -1)); });
+    m_data->tell("setZoomLevel", [=](WindowQt& w) {
+        SurfaceScrollArea& area = *w.surfaceScrollArea();
+        if (area.surface()->pixmap().isNull())
+            area.surface()->setScaling(zoom); // for the images to come; there is no centre to keep
+        else
+            area.setZoomTo(zoom, QPoint(-1, -1));
+    });
 }
 
 double Window::zoomLevel() const
@@ -455,27 +461,33 @@ bool Window::getBitmap(RawImage* const image) const
 
 // Actions -------------------------------------------------------------------------------------------------------------
 
+Action* Window::PrivateData::tie(ScopedActionInterface&& actionInterface, QAction* entry)
+{
+    auto* const action = new Action(window, entry, std::move(actionInterface));
+    action->endWith(this);
+    return action;
+}
+
 Action* Window::addMainMenuAction(ScopedActionInterface&& actionInterface, const char* const menuTitle,
                                   const char* const actionText)
 {
     return m_data->ask("addMainMenuAction", [&](WindowQt& w) {
-        QAction* const action =
-            w.addMainMenuAction(QString::fromLocal8Bit(menuTitle), QString::fromLocal8Bit(actionText));
-        return new Action(this, action, std::move(actionInterface));
+        return m_data->tie(std::move(actionInterface),
+                           w.addMainMenuAction(QString::fromLocal8Bit(menuTitle), QString::fromLocal8Bit(actionText)));
     });
 }
 
 Action* Window::addToolBarAction(ScopedActionInterface&& actionInterface, const char* const actionText)
 {
     return m_data->ask("addToolBarAction", [&](WindowQt& w) {
-        return new Action(this, w.addToolBarAction(QString::fromLocal8Bit(actionText)), std::move(actionInterface));
+        return m_data->tie(std::move(actionInterface), w.addToolBarAction(QString::fromLocal8Bit(actionText)));
     });
 }
 
 Action* Window::addImageStatsAction(ScopedActionInterface&& actionInterface, const char* const actionText)
 {
     return m_data->ask("addImageStatsAction", [&](WindowQt& w) {
-        return new Action(this, w.addImageStatsAction(QString::fromLocal8Bit(actionText)), std::move(actionInterface));
+        return m_data->tie(std::move(actionInterface), w.addImageStatsAction(QString::fromLocal8Bit(actionText)));
     });
 }
 

@@ -41,6 +41,7 @@ public:
             windowIsGone(member);
     }
 
+    Action* tie(ScopedActionInterface&& actionInterface, QAction* entry);
     static void windowIsGone(const char* member);
     void forgetTransientParent();
     void setApplicationAbout(const QString& title, const QString& description, const QPixmap& icon1,

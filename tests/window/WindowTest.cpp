@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the display window as hosts without the toolkit use it.
+#include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 #include <Vistrel/Window.h>
@@ -144,7 +145,9 @@ void WindowTest::settingsReachTheWindow()
 
     const TestFrame frame(900, 900, Mono8, 10);
     source->push(frame.raw);
-    QTRY_COMPARE(window.surfaceStream()->latestImageSize(), QSize(900, 900));
+    window.setZoomLevel(3); // before there is an image
+    QTRY_VERIFY(!window.surfaceScrollArea()->surface()->pixmap().isNull());
+    QCOMPARE(window.zoomLevel(), 3.0);
     window.resize(400, 300);
     window.setZoomLevel(2);
     QCOMPARE(window.zoomLevel(), 2.0);

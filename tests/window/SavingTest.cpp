@@ -1,0 +1,337 @@
+// SPDX-License-Identifier: MIT
+// Tests saving and copying the image by the dialogs that the user answers, also when the window goes meanwhile.
+#include <Vistrel/FileIO.h>
+#include <Vistrel/MessageBoxDialog.h>
+#include <Vistrel/PngFileInterface.h>
+#include <Vistrel/SurfaceStream.h>
+#include <Vistrel/Window.h>
+#include <Vistrel/WindowQt.h>
+
+#include "base/Report.h"
+#include "support/FakeSources.h"
+
+#include <QtGui/QClipboard>
+#include <QtGui/QImageReader>
+#include <QtTest/QtTest>
+#include <QtWidgets/QAction>
+#include <QtWidgets/QFileDialog>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+
+#include <deque>
+
+using namespace Vistrel;
+
+namespace {
+
+using Answer = std::function<void(QDialog&)>;
+
+/// A user who gives the next answer to each dialog that appears, and then says yes to boxes and names no file.
+class User : public QObject
+{
+public:
+    User() { look(); }
+
+    std::deque<Answer> answers;
+    std::string asked; // "files", "replace?" or an error's text, each with a bar behind it
+
+private:
+    void look()
+    {
+        QTimer::singleShot(1, this, [this] {
+            look(); // also while the dialog's answer runs
+            auto* const dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (!dialog || dialog == m_answered)
+                return;
+            m_answered = dialog;
+            const auto* const box = qobject_cast<QMessageBox*>(dialog);
+            const bool isQuestion = box && box->buttons().size() == 2;
+            asked += (!box ? "files" : isQuestion ? "replace?" : box->text().toStdString()) + "|";
+            if (!answers.empty()) {
+                const Answer answer = answers.front();
+                answers.pop_front();
+                answer(*dialog);
+            } else if (box) {
+                QCOMPARE(box->windowTitle(), QLatin1String(isQuestion ? "Save Current Image" : "File Save Error"));
+                box->button(isQuestion ? QMessageBox::Yes : QMessageBox::Ok)->click();
+            } else {
+                dialog->reject();
+            }
+        });
+    }
+
+    QPointer<QDialog> m_answered;
+};
+
+Answer name(const QString& path, const char* filter = "")
+{
+    return [=](QDialog& dialog) {
+        dynamic_cast<QFileDialog&>(dialog).selectNameFilter(QLatin1String(filter));
+        auto* const edit = dialog.findChild<QLineEdit*>();
+        edit->selectAll();
+        QTest::keyClicks(edit, path);
+        dialog.accept();
+    };
+}
+
+/// Lends its frames only as long as the test wants.
+class LendingSource : public PushSource
+{
+public:
+    ScopedLock getFrameLock(const RawImage& frame) override
+    {
+        return lends ? PushSource::getFrameLock(frame) : ScopedLock();
+    }
+    std::atomic<bool> lends{true};
+};
+
+class HostFiles : public AbstractFileInterface
+{
+public:
+    HostFiles() { addFormat(".host", nullptr, nullptr); }
+    bool save(const RawImage& image, const char* const) override { return onSave(image); }
+    std::function<bool(const RawImage&)> onSave = [](const RawImage&) { return false; };
+};
+
+const char* const bitmaps = "Bitmap Image (*.bmp)";
+const char* const photographs = "Joint Photographic Expert Group Image (*.jpg *.jpeg)";
+
+} // namespace
+
+class SavingTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_user = std::make_unique<User>();
+        m_frame = TestFrame(16, 4, Mono8);
+        for (std::size_t i = 0; i < m_frame.pixels.size(); ++i)
+            m_frame.pixels[i] = static_cast<std::uint8_t>(i * 4 + 1);
+    }
+    void cleanup() { m_window.reset(), m_user.reset(); }
+    void filtersFollowTheHost();
+    void writesWhatIsShownOrAcquired();
+    void errorsAreTold();
+    void nameWithoutSuffixIsCompleted();
+    void dialogRemembers();
+    void windowGoesMeanwhile();
+    void copies();
+
+private:
+    void open(AbstractFileInterface* files = nullptr, bool hasImage = true)
+    {
+        m_source = new LendingSource;
+        m_window = std::make_unique<Window>(ScopedAcquisitionInterface(m_source), ScopedFileInterface(files));
+        m_window->show();
+        if (hasImage)
+            m_source->push(m_frame.raw);
+        QTRY_COMPARE(shown()->findChild<QAction*>(QStringLiteral("actionSave_Image"))->isEnabled(), hasImage);
+    }
+    // As an action does it: in an event loop.
+    std::string save(const std::deque<Answer>& answers)
+    {
+        m_user->asked.clear();
+        m_user->answers = answers;
+        QEventLoop loop;
+        QTimer::singleShot(0, &loop, [&] { shown()->saveCurrentImage(), loop.quit(); });
+        loop.exec();
+        return m_user->asked;
+    }
+    QString path(const char* file) const { return m_folder->filePath(QLatin1String(file)); }
+    QByteArray contents(const char* file) const
+    {
+        QFile one(path(file));
+        return one.open(QIODevice::ReadOnly) ? one.readAll() : QByteArray("none");
+    }
+    void make(const char* file) const
+    {
+        QFile one(path(file));
+        QVERIFY(one.open(QIODevice::WriteOnly) && one.write("old") == 3);
+    }
+    WindowQt* shown() { return static_cast<WindowQt*>(m_window->qt_handle()); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<User> m_user;
+    std::unique_ptr<Window> m_window;
+    TestFrame m_frame{16, 4, Mono8};
+    LendingSource* m_source = nullptr;
+};
+
+void SavingTest::filtersFollowTheHost()
+{
+    const auto filters = [this] {
+        QString found;
+        save({[&](QDialog& dialog) {
+            found = dynamic_cast<QFileDialog&>(dialog).nameFilters().join(QLatin1String(";;"));
+            dialog.reject();
+        }});
+        return found.toStdString();
+    };
+    open();
+    const std::string others = std::string(photographs) + ";;" + bitmaps;
+    QCOMPARE(filters(), "Portable Network Graphics Image (*.png);;" + others);
+    auto* const files = new HostFiles;
+    open(files);
+    files->addFormat(".png", ".tif", "Deep Image");
+    QCOMPARE(filters(), others + ";;.host image file (*.host);;Deep Image (*.png *.tif)");
+    files->addFormat(".jpeg", nullptr, "Lossy");
+    QCOMPARE(filters(), bitmaps + std::string(";;.host image file (*.host);;Lossy (*.jpeg);;Deep Image (*.png *.tif)"));
+}
+
+void SavingTest::writesWhatIsShownOrAcquired()
+{
+    open(new PngFileInterface);
+    shown()->setColorTableGrayInverse();
+    QCOMPARE(save({name(path("a.bmp"))}), std::string("files|"));
+    const QImage bitmap(path("a.bmp"));
+    QCOMPARE(bitmap.size(), QSize(16, 4));
+    for (int i = 0; i < 64; ++i)
+        QCOMPARE(bitmap.pixel(i % 16, i / 16), qRgb(254 - i * 4, 254 - i * 4, 254 - i * 4));
+    TestFrame deep(3, 2, Mono16);
+    for (std::size_t i = 0; i < deep.pixels.size(); ++i)
+        deep.pixels[i] = static_cast<std::uint8_t>(200 + i);
+    m_source->push(deep.raw);
+    QTRY_COMPARE(shown()->surfaceStream()->latestImageSize(), QSize(3, 2));
+    QCOMPARE(save({name(path("a.PNG"))}), std::string("files|"));
+    FileIO file;
+    RawImage raw;
+    QVERIFY(file.load(QFile::encodeName(path("a.PNG")).constData()) && file.getData(raw));
+    QVERIFY(raw.width == 3 && raw.height == 2 && raw.format == Mono16);
+    QCOMPARE(std::memcmp(raw.data, deep.pixels.data(), deep.pixels.size()), 0);
+}
+
+void SavingTest::errorsAreTold()
+{
+    const std::string access = " failed. Please verify that the current user has access to the selected location.";
+    const std::string buffer = "The image data buffer cannot be accessed at this time.";
+    const std::string bufferSave = "File save of an image data buffer" + access;
+    const std::string display = "The display image cannot be accessed at this time.";
+    const std::string displaySave = "File save of a display image" + access;
+    const struct
+    {
+        const char* file;
+        char fault; // n: no image, l: no lock, t: thrown, w: too wide for the format
+        const std::string& error;
+    } rows[] = {{"old.host", 'n', buffer},        {"old.HOST", 'l', buffer},          {"old.host", ' ', bufferSave},
+                {"old.host", 't', bufferSave},    {"old.bmp", 'n', display},          {"old.jpg", 'w', displaySave},
+                {"none/a.bmp", ' ', displaySave}, {"old.bmp/a.png", ' ', displaySave}};
+    setReportSink([](const std::string&) {});
+    const auto reset = qScopeGuard([] { setReportSink(nullptr); });
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("dimension")));
+    for (const auto& row : rows) {
+        init();
+        if (row.fault == 'w')
+            m_frame = TestFrame(70000, 1, Mono8);
+        auto* const files = new HostFiles;
+        files->onSave = [&](const RawImage&) { return row.fault == 't' ? throw 3 : false; };
+        open(files, row.fault != 'n');
+        m_source->lends = row.fault != 'l';
+        make("old.bmp");
+        const bool isOld = !std::strchr(row.file, '/');
+        if (isOld)
+            make(row.file);
+        const QStringList before = QDir(m_folder->path()).entryList();
+        QCOMPARE(save({name(path(row.file))}), (isOld ? "files|replace?|" : "files|") + row.error + "|");
+        QCOMPARE(QDir(m_folder->path()).entryList(), before); // nothing half written
+        QVERIFY(contents("old.bmp") == "old" && (!isOld || contents(row.file) == "old"));
+    }
+}
+
+void SavingTest::nameWithoutSuffixIsCompleted()
+{
+    open();
+    QCOMPARE(save({name(path("a"), photographs)}), std::string("files|"));
+    QCOMPARE(QImageReader::imageFormat(path("a.jpg")), QByteArray("jpeg"));
+    make("a.jpg");
+    // No leads back.
+    const Answer no = [](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::No)->click(); };
+    QCOMPARE(save({name(path("a"), photographs), no}), std::string("files|replace?|files|"));
+    QCOMPARE(contents("a.jpg"), QByteArray("old"));
+    QCOMPARE(save({name(path("a"), photographs)}), std::string("files|replace?|"));
+    QVERIFY(contents("a.jpg") != "old");
+    save({name(path("b.txt"), bitmaps)});
+    QCOMPARE(QImageReader::imageFormat(path("b.txt.bmp")), QByteArray("bmp"));
+}
+
+void SavingTest::dialogRemembers()
+{
+    open();
+    QString start;
+    QString filter;
+    const Answer look = [&](QDialog& dialog) {
+        auto& files = dynamic_cast<QFileDialog&>(dialog);
+        start = files.directory().filePath(files.findChild<QLineEdit*>()->text());
+        filter = files.selectedNameFilter();
+        files.selectNameFilter(QLatin1String(bitmaps));
+        dialog.reject();
+    };
+    save({name(path("first.jpg"), photographs)});
+    save({name(path("none/second.jpg"))});
+    for (const char* const expected : {photographs, bitmaps}) {
+        save({look});
+        QCOMPARE(start, path("first.jpg"));
+        QCOMPARE(filter, QLatin1String(expected));
+    }
+}
+
+// The host deletes its window while a dialog is open, in its own part of the saving, or both.
+void SavingTest::windowGoesMeanwhile()
+{
+    const struct
+    {
+        const char* file;
+        char inSave; // what the host does: d: deletes, f: fails as well, b: shows a box
+        std::string asked;
+    } rows[] = {{"", ' ', "files|"},
+                {"old.bmp", ' ', "files|replace?|"},
+                {"none/a.bmp", ' ',
+                 "files|File save of a display image failed. Please verify that the current user "
+                 "has access to the selected location.|"},
+                {"a.host", 'd', "files|"},
+                {"a.host", 'f', "files|"},
+                {"a.host", 'b', "files|Wait|"}};
+    const Answer go = [this](QDialog&) { m_window.reset(); };
+    for (const auto& row : rows) {
+        auto* const files = new HostFiles;
+        int saves = 0;
+        files->onSave = [&, files](const RawImage& image) {
+            if (row.inSave == 'b')
+                MessageBoxDialog::warning(m_window.get(), "", "Wait", DialogButton::Ok, DialogButton::Ok);
+            else
+                m_window.reset();
+            saves += files->hasFormat(".host") && image.data == m_frame.raw.data; // both are still there
+            return row.inSave == 'd';
+        };
+        open(files);
+        const QPointer<QWidget> window = shown();
+        make("old.bmp");
+        QCOMPARE(save(*row.file ? std::deque<Answer>{name(path(row.file)), go} : std::deque<Answer>{go}), row.asked);
+        QTRY_VERIFY(!window);
+        QCOMPARE(saves, row.inSave == ' ' ? 0 : 1);
+        QCOMPARE(contents("old.bmp"), QByteArray("old"));
+    }
+}
+
+void SavingTest::copies()
+{
+    QClipboard* const clipboard = QGuiApplication::clipboard();
+    clipboard->setText(QStringLiteral("before"));
+    open(nullptr, false);
+    shown()->copyCurrentImage();
+    QCOMPARE(clipboard->text(), QStringLiteral("before"));
+    open();
+    shown()->setColorTableRainbow();
+    shown()->copyCurrentImage();
+    const QImage copied = clipboard->image();
+    QCOMPARE(copied.size(), QSize(16, 4));
+    for (int i = 0; i < 64; ++i)
+        QCOMPARE(copied.pixel(i % 16, i / 16), shown()->surfaceStream()->colorPalette()[i * 4 + 1]);
+}
+
+QTEST_MAIN(SavingTest)
+#include "SavingTest.moc"
