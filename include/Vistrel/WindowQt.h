@@ -147,8 +147,8 @@ public Q_SLOTS:
     void setPreviewZoomLevel(bool enabled);
     void setPreviewPixelValue(bool enabled);
 
-    void saveCurrentImage(); ///< to a file that the user names
-    void copyCurrentImage(); ///< to the clipboard, as it is shown, in full size
+    void saveCurrentImage();      ///< to a file that the user names
+    void copyCurrentImage();      ///< to the clipboard, as it is shown, in full size
     void copyCurrentPixelValue(); ///< as text, of the pixel under the pointer or clicked last
     void copyCurrentImageStats(); ///< as text, a line for each item of the information bar that has a value
 

@@ -11,8 +11,8 @@ namespace Vistrel {
 /// `child` is a top-level window and has one parent, the last one named. An entry ends with its parent; a child is to
 /// be removed before it goes. Returns false, and changes nothing, for a handle that is no living window of this
 /// process, for a window that would have to be above itself, and where the system has no means: everywhere but on
-/// Windows and X11. On X11 the window manager does it, for a parent of any process; a window that is shown anew is to be
-/// registered again.
+/// Windows and X11. On X11 the window manager does it, for a parent of any process; a window that is shown anew is to
+/// be registered again.
 ///
 /// To be called on one thread, the user-interface thread: a hook goes with the thread that put it in. The stacking is
 /// done on the parent's thread.

@@ -16,8 +16,8 @@ bool fail(const char* why, int x, int y)
     return false;
 }
 
-// Where the picture begins, or -1. Nothing but background is left of it and, up to a scroll bar, right of it. A level of
-// the picture may be the background's, but not in the same column of several rows.
+// Where the picture begins, or -1. Nothing but background is left of it and, up to a scroll bar, right of it. A level
+// of the picture may be the background's, but not in the same column of several rows.
 int leftOfPicture(const QImage& shot)
 {
     constexpr int barWidth = 24;

@@ -4,9 +4,12 @@
 #include "platform/PluginPath.h"
 #include "platform/TransientParents.h"
 
+#include <Vistrel/Window.h>
+
 #include <QtCore/QDir>
 #include <QtGui/QImage>
 #include <QtTest/QtTest>
+#include <QtWidgets/QAction>
 
 #include <algorithm>
 #include <atomic>
@@ -94,6 +97,7 @@ private Q_SLOTS:
     void iconKeepsItsPixels();
     void childrenStayDirectlyAboveTheParent();
     void registrationsEnd();
+    void displayWindowKeepsItsParent();
 };
 
 void PlatformTest::pluginsAreLookedForBesideTheToolkit()
@@ -203,6 +207,38 @@ void PlatformTest::registrationsEnd()
     QVERIFY(!isAbove(child, second.handle));
     DestroyWindow(panel); // its parent's thread would wait for this one
     DestroyWindow(child);
+}
+
+void PlatformTest::displayWindowKeepsItsParent()
+{
+    const ForeignWindow first;
+    const ForeignWindow second;
+    Window window{ScopedAcquisitionInterface()};
+    window.setTransientParent(window.native_handle());
+    QVERIFY(!window.transientParent());
+    window.setTransientParent(first.handle);
+    window.setTransientParent(second.handle);
+    QCOMPARE(window.transientParent(), second.handle);
+    raise(first.handle);
+    raise(second.handle);
+    QTRY_COMPARE(above(second.handle, 1), std::vector<HWND>{window.native_handle()});
+    raise(first.handle);
+    QCoreApplication::processEvents();
+    QVERIFY(!isAbove(window.native_handle(), first.handle));
+
+    window.setCloseable(false); // which may take another native window
+    const auto isKept = [&] {
+        raise(first.handle);
+        raise(second.handle);
+        QCoreApplication::processEvents();
+        return above(second.handle, 1) == std::vector<HWND>{window.native_handle()};
+    };
+    QTRY_VERIFY(isKept());
+    window.setTransientParent(nullptr);
+    QVERIFY(!isKept());
+
+    window.setApplicationAbout("Mill", "2", LoadIconW(nullptr, MAKEINTRESOURCEW(32512)), nullptr, nullptr);
+    QVERIFY(window.qt_handle()->findChild<QAction*>(QStringLiteral("actionAbout_Application"))->isVisible());
 }
 
 QTEST_MAIN(PlatformTest)

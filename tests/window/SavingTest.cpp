@@ -69,8 +69,14 @@ Answer name(const QString& path, const char* filter = "")
     return [=](QDialog& dialog) {
         dynamic_cast<QFileDialog&>(dialog).selectNameFilter(QLatin1String(filter));
         auto* const edit = dialog.findChild<QLineEdit*>();
-        edit->selectAll();
-        QTest::keyClicks(edit, path);
+        // The dialog marks the file that it began with once its list is there, and then takes that one.
+        const auto isTyped = [&] {
+            edit->selectAll();
+            QTest::keyClicks(edit, path);
+            const QString chosen = dynamic_cast<QFileDialog&>(dialog).selectedFiles().value(0);
+            return QFileInfo(chosen).fileName() == QFileInfo(path).fileName();
+        };
+        QTRY_VERIFY(isTyped());
         dialog.accept();
     };
 }
