@@ -18,7 +18,7 @@ public:
     Application(int argc, const char* const* argv);
     /// Must run outside `exec()`. Deletes the windows that are left, with their sources, and the toolkit's application
     /// object. A call to a source has three seconds to return; then the source is left alone, with a line on the
-    /// standard error stream.
+    /// standard error stream. `global()` is null from the beginning of this.
     ~Application() override;
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;

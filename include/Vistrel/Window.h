@@ -36,7 +36,9 @@ public:
     explicit Window(ScopedAcquisitionInterface&& acquisitionInterface);
     /// Takes over what the host's own image files are saved by, too.
     Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface);
-    /// Closes the window without asking, and without `uxClosed()` on the source.
+    /// Closes the window without asking, and without `uxClosed()` on the source. The source goes with it, or later,
+    /// when a call to it returns that is under way; a window that is deleted in a function of the host's which it has
+    /// called stops at once, and goes when that function has returned. The source's destructor tells when.
     ~Window() override;
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
@@ -91,7 +93,8 @@ public:
     void setTitle(const char* const title); ///< Latin-1, as when it is read
     bool title(char* const buffer, std::size_t* const size) const;
 
-    // Bring the source to a state, by a command that runs in its turn. Nothing happens when it is there already.
+    // Bring the source to a state, by a command that runs in its turn. `setConfigured` stops a running source and sets
+    // up any other; the other two do nothing when the source is there already.
     void setRunning();
     void setConfigured();
     void setUnconfigured();
@@ -164,7 +167,7 @@ public:
     Action* addImageStatsAction(ScopedActionInterface&& actionInterface, const char* const actionText);
 
     /// What "About Application..." shows: a heading, text, and icons in XPM form, all Latin-1 and each optional: a
-    /// large one, which stands beside the heading, and two more sizes for the dialog's own window. Nothing at all, but
+    /// large one, which stands above the heading, and two more sizes for the dialog's own window. Nothing at all, but
     /// for the smaller icons, takes the entry away.
     void setApplicationAbout(const char* const title, const char* const description,
                              const char* const* const icon1 = nullptr, const char* const* const icon2 = nullptr,
@@ -173,6 +176,12 @@ public:
     /// The same with icon handles, which stay the caller's.
     void setApplicationAbout(const char* const title, const char* const description, HICON icon1, HICON icon2,
                              HICON icon3);
+    /// Without icons, where neither of the others would be the closer one.
+    void setApplicationAbout(const char* const title, const char* const description, std::nullptr_t, std::nullptr_t,
+                             std::nullptr_t)
+    {
+        setApplicationAbout(title, description);
+    }
 #endif
     bool applicationAboutTitle(char* const buffer, std::size_t* const size) const;
     bool applicationAboutDescription(char* const buffer, std::size_t* const size) const;

@@ -98,7 +98,8 @@ public:
 public Q_SLOTS:
     void setCloseable(bool closeable);
 
-    // Brings the source to a state, by a command that runs in its turn. Nothing happens when it is there already.
+    // Brings the source to a state, by a command that runs in its turn. `setConfigured` stops a running source and sets
+    // up any other; the other two do nothing when the source is there already.
     void setRunning();
     void setConfigured();
     void setUnconfigured();

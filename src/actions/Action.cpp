@@ -147,8 +147,9 @@ const AbstractActionInterface* Action::actionInterface() const
     return m_data->command.get();
 }
 
-// What the entry shows. The entry is missing while the command is told that it has gone.
-// --------------------------------
+// What the entry shows ------------------------------------------------------------------------------------------------
+
+// The entry is missing while the command is told that it has gone.
 
 bool Action::isCheckable() const
 {

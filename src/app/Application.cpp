@@ -3,6 +3,7 @@
 #include <Vistrel/Application.h>
 
 #include "base/Report.h"
+#include "dialogs/WaitingCalls.h"
 #include "platform/PluginPath.h"
 #include "platform/TransientParents.h"
 #include "window/SourceKeeper.h"
@@ -90,6 +91,7 @@ Application::PrivateData::~PrivateData()
     }
     for (const QPointer<WindowQt>& window : qAsConst(windows))
         delete window;
+    endWaitingCalls(); // a source may wait for one
     leaveSources();
     removeTransientParents();
     toolkit.reset();

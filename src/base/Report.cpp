@@ -37,7 +37,8 @@ void reportException(const char* operation) noexcept
         try {
             throw;
         } catch (const std::exception& exception) {
-            std::string line = prefix + exception.what();
+            const char* const what = exception.what();
+            std::string line = prefix + (what ? what : "unknown exception");
             std::replace_if(
                 line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
             reportLine(line);

@@ -2,6 +2,9 @@
 // Message boxes over a display window, from any thread.
 #include <Vistrel/MessageBoxDialog.h>
 
+#include "base/Report.h"
+#include "dialogs/WaitingCalls.h"
+
 #include <Vistrel/Window.h>
 
 #include <QtCore/QObject>
@@ -141,7 +144,12 @@ void CallCarrier::serve()
     WaitingCall* const call = calls.unserved.front();
     calls.unserved.pop_front();
     guard.unlock();
-    const DialogButton answer = call->show();
+    DialogButton answer = DialogButton::NoButton;
+    try {
+        answer = call->show();
+    } catch (...) { // not through the toolkit's loop, and not without an answer
+        reportException("message box");
+    }
     guard.lock();
     call->answer = answer;
     call->isAnswered = true;
@@ -212,6 +220,14 @@ DialogButton showOnUserInterfaceThread(const std::function<DialogButton()>& show
 }
 
 } // namespace
+
+void endWaitingCalls()
+{
+    WaitingCalls& calls = waitingCalls();
+    const std::lock_guard<std::mutex> guard(calls.mutex);
+    calls.hasLoopEnded = true;
+    dropUnserved(calls);
+}
 
 // The box -------------------------------------------------------------------------------------------------------------
 

@@ -17,6 +17,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <xcb/xcb.h>
@@ -275,20 +276,26 @@ bool isKeptAbove(HWND window, HWND lower)
 bool addTransientChild(HWND parent, HWND child)
 {
     xcb_connection_t* const connection = QX11Info::isPlatformX11() ? QX11Info::connection() : nullptr;
-    if (!connection || !parent || !child || parent == child || isKeptAbove(parent, child) ||
-        !isLiving(connection, numberOf(parent)) || !isLiving(connection, numberOf(child)))
+    if (!connection || !parent || !child || parent == child || !isLiving(connection, numberOf(parent)) ||
+        !isLiving(connection, numberOf(child)))
+        return false;
+    auto& parents = registry().parents;
+    for (auto entry = parents.begin(); entry != parents.end();) // numbers are used again
+        entry = isLiving(connection, numberOf(entry->second)) ? std::next(entry) : parents.erase(entry);
+    if (isKeptAbove(parent, child))
         return false;
     const xcb_window_t number = numberOf(parent);
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW,
                         32, 1, &number);
     xcb_flush(connection);
-    registry().parents[child] = parent;
+    parents[child] = parent;
     return true;
 }
 
 void removeTransientChild(HWND child)
 {
-    if (registry().parents.erase(child) == 0 || !QX11Info::isPlatformX11())
+    if (registry().parents.erase(child) == 0 || !QX11Info::isPlatformX11() ||
+        !isLiving(QX11Info::connection(), numberOf(child)))
         return;
     xcb_delete_property(QX11Info::connection(), numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR);
     xcb_flush(QX11Info::connection());

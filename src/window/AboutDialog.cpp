@@ -55,6 +55,7 @@ QString imageHtml(const QPixmap& picture)
 AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent), m_form(std::make_unique<Ui::AboutDialog>())
 {
     m_form->setupUi(this);
+    setAttribute(Qt::WA_QuitOnClose, false);
     m_form->okButton->setFocus(); // not the link in the details
 }
 

@@ -31,6 +31,7 @@ KVQtLgplDialog::KVQtLgplDialog(QWidget* parent) : QDialog(parent)
 {
     Ui::KVQtLgplDialog form;
     form.setupUi(this);
+    setAttribute(Qt::WA_QuitOnClose, false);
 
     const struct
     {

@@ -15,7 +15,10 @@
 #include <QtCore/QEvent>
 #include <QtWidgets/QAction>
 
+#include <algorithm>
 #include <cassert>
+#include <cstdint>
+#include <iterator>
 #include <string>
 #include <utility>
 

@@ -26,41 +26,42 @@ QPixmap pixmapFromXpm(const char* const* xpm)
 void Window::setApplicationAbout(const char* const title, const char* const description, const char* const* const icon1,
                                  const char* const* const icon2, const char* const* const icon3)
 {
-    m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromXpm(icon1),
-                                pixmapFromXpm(icon2), pixmapFromXpm(icon3));
+    m_data->tell("setApplicationAbout", [&](WindowQt&) {
+        m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromXpm(icon1),
+                                    pixmapFromXpm(icon2), pixmapFromXpm(icon3));
+    });
 }
 
 #if defined(_WIN32)
 void Window::setApplicationAbout(const char* const title, const char* const description, HICON icon1, HICON icon2,
                                  HICON icon3)
 {
-    m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromIcon(icon1),
-                                pixmapFromIcon(icon2), pixmapFromIcon(icon3));
+    m_data->tell("setApplicationAbout", [&](WindowQt&) {
+        m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromIcon(icon1),
+                                    pixmapFromIcon(icon2), pixmapFromIcon(icon3));
+    });
 }
 #endif
 
+// The window is there.
 void Window::PrivateData::setApplicationAbout(const QString& title, const QString& description, const QPixmap& icon1,
                                               const QPixmap& icon2, const QPixmap& icon3)
 {
-    tell("setApplicationAbout", [&](WindowQt& w) {
-        if (!aboutDialog)
-            aboutDialog = new AboutDialog(&w);
-        aboutDialog->setWindowTitle(title);
-        aboutDialog->setHeader(title, icon1);
-        QIcon icon;
-        for (const QPixmap& picture : {icon3, icon2, icon1}) {
-            if (!picture.isNull())
-                icon.addPixmap(picture);
-        }
-        aboutDialog->setWindowIcon(icon);
-        aboutDialog->setDetails(description);
-        if (title.isEmpty() && description.isEmpty() && icon1.isNull()) {
-            w.setApplicationAbout(nullptr);
-            return;
-        }
+    if (!aboutDialog)
+        aboutDialog = new AboutDialog(windowQt);
+    aboutDialog->setWindowTitle(title);
+    aboutDialog->setHeader(title, icon1);
+    QIcon icon; // the window's own without the third
+    for (const QPixmap& picture : {icon3, icon2, icon1}) {
+        if (!icon3.isNull() && !picture.isNull())
+            icon.addPixmap(picture);
+    }
+    aboutDialog->setWindowIcon(icon);
+    aboutDialog->setDetails(description);
+    const bool isEmpty = title.isEmpty() && description.isEmpty() && icon1.isNull();
+    if (!isEmpty)
         aboutDialog->fixSize();
-        w.setApplicationAbout(aboutDialog);
-    });
+    windowQt->setApplicationAbout(isEmpty ? nullptr : aboutDialog);
 }
 
 bool Window::applicationAboutTitle(char* const buffer, std::size_t* const size) const

@@ -17,8 +17,14 @@ constexpr int messageMs = 2000;
 
 void WindowQt::PrivateData::runCommand(const char* operation, const QString& message, BusyWork::Command command)
 {
-    if (source && !isClosed)
+    if (!source || isClosed)
+        return;
+    try {
         busyWork.start(operation, message, std::move(command));
+    } catch (...) { // there may be no thread for it
+        reportException(operation);
+        cleanupBusyWork(BusyWorkResult::Failed);
+    }
 }
 
 void WindowQt::PrivateData::showBusyWork(const QString& message)

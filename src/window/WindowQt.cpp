@@ -328,7 +328,7 @@ void WindowQt::setCloseable(bool closeable)
 
 void WindowQt::closeEvent(QCloseEvent* event)
 {
-    if (!closeable()) {
+    if (!closeable() && !m_data->isClosed) {
         event->ignore();
         return;
     }
@@ -347,6 +347,14 @@ void WindowQt::PrivateData::endWork()
     statisticsTimer.stop();
     busyWork.abortWaiting();
     stream->setRefreshEnabled(false);
+    // What the source announces from now on leads to no call of it.
+    if (source) {
+        const QObject* const handler = source->signalHandler();
+        for (const QObject* const caller : {static_cast<QObject*>(window), static_cast<QObject*>(stream.get()),
+                                            static_cast<QObject*>(stream->m_data)})
+            disconnect(handler, nullptr, caller, nullptr);
+    }
+    stream->disconnect(this);
 }
 
 // A host that deletes its window in one of its own functions, which this window has called, gets that function's caller
@@ -359,6 +367,8 @@ void WindowQt::discard()
     }
     Q_EMIT partsGoing();
     m_data->endWork();
+    if (isVisible())
+        close(); // hiding alone would not be the last window's closing
     hide();
     deleteLater();
 }

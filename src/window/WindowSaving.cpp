@@ -103,6 +103,7 @@ QString WindowQt::PrivateData::askSavePath()
     const QPointer<WindowQt> alive(window);
     while (true) {
         const QPointer<QFileDialog> dialog = new QFileDialog(window, tr("Save Current Image"));
+        dialog->setAttribute(Qt::WA_QuitOnClose, false);
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setFileMode(QFileDialog::AnyFile);
         dialog->setOption(QFileDialog::DontConfirmOverwrite); // its question would be on the stack; asked below
@@ -130,6 +131,7 @@ QString WindowQt::PrivateData::askSavePath()
             new QMessageBox(QMessageBox::Question, tr("Save Current Image"),
                             tr("%1 already exists.\nDo you want to replace it?").arg(QFileInfo(path).fileName()),
                             QMessageBox::Yes | QMessageBox::No, window);
+        question->setAttribute(Qt::WA_QuitOnClose, false);
         question->setDefaultButton(QMessageBox::No);
         const bool isReplaced = question->exec() == QMessageBox::Yes;
         if (!alive || !question)
@@ -174,13 +176,14 @@ void WindowQt::saveCurrentImage()
     if (!alive || path.isEmpty())
         return;
     const QString error = m_data->saveImage(path);
-    if (!alive || m_data->isClosed) // by the host, in its own part of that
+    if (!alive || m_data->isClosed) // the host's save may have closed the window
         return;
     if (error.isEmpty()) {
         m_data->savedPath = path;
     } else {
         const QPointer<QMessageBox> box =
             new QMessageBox(QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok, this);
+        box->setAttribute(Qt::WA_QuitOnClose, false);
         box->exec();
         if (!alive)
             return;

@@ -2,7 +2,10 @@
 // Tests the application object: one at a time, its event loop, its idle methods. Every test makes its own.
 #include "base/Report.h"
 
+#include <Vistrel/Action.h>
 #include <Vistrel/Application.h>
+#include <Vistrel/MessageBoxDialog.h>
+#include <Vistrel/Window.h>
 #include <Vistrel/WindowQt.h>
 
 #include "support/FakeSources.h"
@@ -10,6 +13,7 @@
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTimer>
 #include <QtTest/QtTest>
+#include <QtWidgets/QAction>
 
 #include <deque>
 #include <functional>
@@ -39,6 +43,27 @@ public:
     explicit SlowSource(Progress& progress) : m_progress(progress) { setUp = false; }
     ~SlowSource() override { m_progress.isGone = true; }
     bool setup() override { return m_progress.gate.pass(), true; }
+
+private:
+    Progress& m_progress;
+};
+
+/// A source whose setup asks the user.
+class AskingSource : public PushSource
+{
+public:
+    struct Progress
+    {
+        std::atomic<bool> isAsking{false};
+        std::atomic<bool> isGone{false};
+    };
+    explicit AskingSource(Progress& progress) : m_progress(progress) { setUp = false; }
+    ~AskingSource() override { m_progress.isGone = true; }
+    bool setup() override
+    {
+        m_progress.isAsking = true;
+        return MessageBoxDialog::question(nullptr, "", "", DialogButton::Yes, DialogButton::Yes) == DialogButton::Yes;
+    }
 
 private:
     Progress& m_progress;
@@ -85,6 +110,7 @@ private Q_SLOTS:
     void exitEndsTheLoopOnce();
     void idleMethodsRunInOrder();
     void idleMethodsRunOnlyInTheLoop();
+    void lastWindowEndsTheLoop();
     void endTakesTheWindowsAlong();
 
 private:
@@ -203,6 +229,21 @@ void ApplicationTest::idleMethodsRunOnlyInTheLoop()
     QVERIFY(application.trace.size() > traced.size());
 }
 
+void ApplicationTest::lastWindowEndsTheLoop()
+{
+    struct Quit : AbstractActionInterface
+    {
+        void triggered(bool) override { delete action()->window(); }
+    };
+    Application application(3, commandLine);
+    auto* const window = new Window(ScopedAcquisitionInterface(new PushSource));
+    window->show();
+    QAction* const quit = window->addToolBarAction(ScopedActionInterface(new Quit), "Quit")->qt_handle();
+    QTimer::singleShot(0, quit, [quit] { quit->trigger(); });
+    QTimer::singleShot(20000, QCoreApplication::instance(), [&] { application.exit(9); });
+    QCOMPARE(application.exec(), 0);
+}
+
 void ApplicationTest::endTakesTheWindowsAlong()
 {
     QStringList lines;
@@ -210,6 +251,8 @@ void ApplicationTest::endTakesTheWindowsAlong()
     setReportSink([](const std::string& line) { reportedLines->append(QString::fromStdString(line)); });
     auto& never = *new SlowSource::Progress; // for a thread that stays
     SlowSource::Progress slow;
+    AskingSource::Progress asking;
+    std::unique_ptr<Window> outlived;
     std::thread opener;
     {
         const Application application(3, commandLine);
@@ -217,6 +260,10 @@ void ApplicationTest::endTakesTheWindowsAlong()
             (new WindowQt(ScopedAcquisitionInterface(new SlowSource(*progress))))->setConfigured();
             QTRY_COMPARE(progress->gate.arrived(), 1);
         }
+        outlived = std::make_unique<Window>(ScopedAcquisitionInterface());
+        (new WindowQt(ScopedAcquisitionInterface(new AskingSource(asking))))->setConfigured();
+        while (!asking.isAsking) // no box without events
+            std::this_thread::yield();
         opener = std::thread([&] {
             while (Application::global())
                 std::this_thread::yield();
@@ -225,7 +272,10 @@ void ApplicationTest::endTakesTheWindowsAlong()
     }
     opener.join();
     setReportSink(nullptr);
-    QVERIFY(slow.isGone && !never.isGone);
+    QVERIFY(slow.isGone && asking.isGone && !never.isGone && !outlived->good());
+#if defined(NDEBUG)
+    outlived->setApplicationAbout("a", "b");
+#endif
     QCOMPARE(lines,
              QStringList(QStringLiteral("Vistrel::Application: A source whose call has not returned is left alone.")));
 }

@@ -203,7 +203,7 @@ void WindowTest::applicationAbout()
     });
     action->trigger();
     QVERIFY2(shown.contains(QLatin1String("Mill &lt;3&gt;")), qPrintable(shown));
-    window.setApplicationAbout(nullptr, nullptr);
+    window.setApplicationAbout(nullptr, nullptr, nullptr, nullptr, nullptr);
     QVERIFY(!action->isVisible());
 }
 
