@@ -46,6 +46,13 @@ ImageSurfaceEventFilter::ImageSurfaceEventFilter(SurfaceScrollArea& area, Surfac
     surface.setMouseTracking(true);
     surface.setCursor(Qt::OpenHandCursor);
     surface.installEventFilter(this);
+    // The image may move under a pointer that rests.
+    const auto follow = [this] {
+        if (m_surface.underMouse() && !m_isDragging)
+            followPointer(QCursor::pos());
+    };
+    connect(&surface, &Surface::pixelRangeChanged, this, follow);
+    connect(&surface, &Surface::pixelOffsetChanged, this, follow);
 }
 
 bool ImageSurfaceEventFilter::eventFilter(QObject*, QEvent* event)

@@ -212,6 +212,8 @@ void WindowQt::PrivateData::connectActions()
             SLOT(cleanupBusyWork(Vistrel::BusyWorkResult)));
     connect(scrollArea->surface(), SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()),
             Qt::QueuedConnection);
+    connect(scrollArea->surface(), SIGNAL(pixelRangeChanged()), &pixelTimer, SLOT(start()));
+    connect(scrollArea->surface(), SIGNAL(pixelOffsetChanged(QPointF)), &pixelTimer, SLOT(start()));
     connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
     connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateImageInfo()), Qt::QueuedConnection);
     connect(stream.get(), SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
@@ -307,13 +309,13 @@ bool WindowQt::closeable() const
 
 void WindowQt::setCloseable(bool closeable)
 {
+    if (closeable == this->closeable())
+        return;
     m_data->form.actionClose->setEnabled(closeable);
     Qt::WindowFlags flags = windowFlags() & Qt::WindowType_Mask;
     if (!closeable)
         flags |=
             Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint;
-    if (flags == windowFlags())
-        return;
     // Other flags make another native window, which is hidden and placed anew.
     const bool wasVisible = isVisible();
     const Qt::WindowStates state = windowState();

@@ -190,6 +190,15 @@ void SurfaceScrollAreaTest::activePixelIsUnderThePointer()
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(shown.surface, &leave);
     QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
+
+    // The image moves under a pointer that rests.
+    QTest::mouseMove(shown.surface, position);
+    QTRY_VERIFY(shown.surface->underMouse() && shown.surface->activePixel() == QPoint(7, 2));
+    shown.area.doZoomTo800();
+    shown.settle();
+    const QPointF point = QPointF(position - shown.surface->scaledRect().topLeft()) / 8;
+    QCOMPARE(shown.surface->activePixel(), QPoint(int(point.x()), int(point.y())));
+    QVERIFY(shown.surface->activePixel() != QPoint(7, 2));
 }
 
 void SurfaceScrollAreaTest::barsComeAndGo()
