@@ -25,16 +25,6 @@ QString decodedName(const char* fileName)
     return QFile::encodeName(name) == fileName ? name : QString();
 }
 
-PictureType typeOf(const QString& name)
-{
-    const QString suffix = QFileInfo(name).suffix().toLower();
-    if (suffix == QLatin1String("png"))
-        return PictureType::Png;
-    if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg"))
-        return PictureType::Jpeg;
-    return suffix == QLatin1String("bmp") ? PictureType::Bmp : PictureType::Unknown;
-}
-
 QByteArray toolkitName(PictureType type)
 {
     return type == PictureType::Png ? "png" : type == PictureType::Jpeg ? "jpg" : "bmp";
@@ -112,15 +102,25 @@ bool isWhole(QFile& file, PictureType type)
 
 } // namespace
 
+PictureType pictureType(const QString& fileName)
+{
+    const QString suffix = QFileInfo(fileName).suffix().toLower();
+    if (suffix == QLatin1String("png"))
+        return PictureType::Png;
+    if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg"))
+        return PictureType::Jpeg;
+    return suffix == QLatin1String("bmp") ? PictureType::Bmp : PictureType::Unknown;
+}
+
 PictureType pictureType(const char* fileName)
 {
-    return typeOf(decodedName(fileName));
+    return pictureType(decodedName(fileName));
 }
 
 QImage readPicture(const char* fileName)
 {
     const QString name = decodedName(fileName);
-    const PictureType type = typeOf(name);
+    const PictureType type = pictureType(name);
     if (type == PictureType::Unknown || !QFileInfo(name).isFile())
         return {};
     QFile file(name);
@@ -136,16 +136,20 @@ QImage readPicture(const char* fileName)
 
 bool writePicture(const QImage& image, const char* fileName)
 {
-    const QString name = decodedName(fileName);
-    const PictureType type = typeOf(name);
+    return writePicture(image, decodedName(fileName), jpegQuality);
+}
+
+bool writePicture(const QImage& image, const QString& fileName, int quality)
+{
+    const PictureType type = pictureType(fileName);
     if (type == PictureType::Unknown || !isSane(image.size()))
         return false;
-    QSaveFile file(name);
+    QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly))
         return false;
     QImageWriter writer(&file, toolkitName(type));
-    if (type == PictureType::Jpeg)
-        writer.setQuality(jpegQuality);
+    if (type == PictureType::Jpeg) // a quality of PNG is its compression
+        writer.setQuality(quality);
     return writer.write(image) && file.commit();
 }
 

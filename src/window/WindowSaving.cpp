@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Saves and copies the image that the main window shows.
+#include "files/PictureFile.h"
 #include "window/WindowQt_p.h"
 
 #include <Vistrel/AbstractFileInterface.h>
@@ -7,10 +8,8 @@
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
-#include <QtCore/QSaveFile>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
-#include <QtGui/QImageWriter>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMessageBox>
 
@@ -37,33 +36,12 @@ QByteArray suffixOf(const QString& path)
     return suffix.isEmpty() ? QByteArray() : '.' + suffix.toLocal8Bit();
 }
 
-bool isBuiltIn(const QByteArray& suffix)
-{
-    for (const BuiltInFormat& format : builtInFormats) {
-        for (const char* const known : format.suffixes) {
-            if (known && suffix.compare(known, Qt::CaseInsensitive) == 0)
-                return true;
-        }
-    }
-    return false;
-}
-
 // The first suffix in a filter's pattern, such as ".jpg" in "Photographs (*.jpg *.jpeg)".
 QString firstSuffix(const QString& filter)
 {
     const int begin = filter.lastIndexOf(QLatin1String("(*")) + 2;
     const int end = filter.indexOf(QRegularExpression(QStringLiteral("[ )]")), begin);
     return begin > 1 && end > begin ? filter.mid(begin, end - begin) : QString();
-}
-
-// The file appears, or replaces an older one, only when it is whole.
-bool writeWhole(const QImage& image, const QString& path)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QImageWriter writer(&file, QFileInfo(path).suffix().toLatin1());
-    return writer.write(image) && file.commit();
 }
 
 } // namespace
@@ -123,7 +101,7 @@ QString WindowQt::PrivateData::askSavePath()
         const QByteArray suffix = suffixOf(path);
         if (path.isEmpty())
             return path;
-        if (!claims(suffix) && !isBuiltIn(suffix))
+        if (!claims(suffix) && pictureType(path) == PictureType::Unknown)
             path += firstSuffix(savedFilter);
         if (!QFileInfo::exists(path))
             return path;
@@ -164,9 +142,10 @@ QString WindowQt::PrivateData::saveImage(const QString& path)
     const QImage image = stream->cloneLatestImageForRender();
     if (image.isNull())
         return tr("The display image cannot be accessed at this time.");
-    return writeWhole(image, path) ? QString()
-                                   : tr("File save of a display image failed. Please verify that the current user has "
-                                        "access to the selected location.");
+    return writePicture(image, path, -1)
+               ? QString()
+               : tr("File save of a display image failed. Please verify that the current user has "
+                    "access to the selected location.");
 }
 
 void WindowQt::saveCurrentImage()
