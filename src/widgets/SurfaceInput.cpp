@@ -17,8 +17,7 @@ constexpr int dragDistance = 3; // pixels, Manhattan; less is a click by an unst
 
 } // namespace
 
-ViewportEventFilter::ViewportEventFilter(SurfaceScrollArea& area, Surface& surface)
-    : QObject(&area), m_area(area), m_surface(surface)
+ViewportEventFilter::ViewportEventFilter(SurfaceScrollArea& area, Surface& surface) : m_area(area), m_surface(surface)
 {
     surface.installEventFilter(this);
 }
@@ -41,7 +40,7 @@ bool ViewportEventFilter::eventFilter(QObject*, QEvent* event)
 }
 
 ImageSurfaceEventFilter::ImageSurfaceEventFilter(SurfaceScrollArea& area, Surface& surface)
-    : QObject(&area), m_area(area), m_surface(surface)
+    : m_area(area), m_surface(surface)
 {
     surface.setMouseTracking(true);
     surface.setCursor(Qt::OpenHandCursor);

@@ -38,6 +38,9 @@ public:
     Surface* const surface;
     QScrollBar* const horizontal;
     QScrollBar* const vertical;
+    // Gone before the surface is, which is left by the pointer when it ends.
+    ViewportEventFilter wheel;
+    ImageSurfaceEventFilter mouse;
     QWidget* corner = nullptr;
 
 public Q_SLOTS:
@@ -50,7 +53,9 @@ SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
       layout(new QGridLayout(owner)),
       surface(new Surface(owner)),
       horizontal(new QScrollBar(Qt::Horizontal, owner)),
-      vertical(new QScrollBar(Qt::Vertical, owner))
+      vertical(new QScrollBar(Qt::Vertical, owner)),
+      wheel(*owner, *surface),
+      mouse(*owner, *surface)
 {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -84,8 +89,6 @@ SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(
         shortcut->setContext(Qt::WindowShortcut);
         connect(shortcut, SIGNAL(activated()), this, slot);
     }
-    new ViewportEventFilter(*this, *surface);
-    new ImageSurfaceEventFilter(*this, *surface);
 
     connect(surface, SIGNAL(pixelRangeChanged()), m_data, SLOT(updateScrollRange()), Qt::QueuedConnection);
     connect(surface, SIGNAL(pixelOffsetChanged(QPointF)), m_data, SLOT(updateScrollPos(QPointF)), Qt::QueuedConnection);

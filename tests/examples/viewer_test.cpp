@@ -305,8 +305,9 @@ void ViewerTest::commandsChangeTheState()
     QFETCH(QByteArray, state);
     PatternSource source(Mono8, QSize(64, 48), 100);
     QCOMPARE(stateOf(source), QByteArray("URcvps"));
+    const size_t frames = 2;
     for (const QByteArray& command : QByteArray(QTest::currentDataTag()).split(' ')) {
-        const auto count = command == "startFixed" ? Q_ARG(size_t, 2) : QGenericArgument();
+        const auto count = command == "startFixed" ? Q_ARG(size_t, frames) : QGenericArgument();
         QVERIFY(QMetaObject::invokeMethod(source.signalHandler(), command.constData(), Qt::DirectConnection, count));
     }
     QCOMPARE(stateOf(source), state);
