@@ -200,7 +200,9 @@ void watchApplication()
 
 Q_COREAPP_STARTUP_FUNCTION(watchApplication)
 
-DialogButton showOnUserInterfaceThread(const std::function<DialogButton()>& show)
+} // namespace
+
+DialogButton answerOnUserInterfaceThread(const std::function<DialogButton()>& show)
 {
     WaitingCalls& calls = waitingCalls();
     std::unique_lock<std::mutex> guard(calls.mutex);
@@ -218,8 +220,6 @@ DialogButton showOnUserInterfaceThread(const std::function<DialogButton()>& show
     calls.answered.wait(guard, [&] { return call.isAnswered; });
     return call.answer;
 }
-
-} // namespace
 
 void endWaitingCalls()
 {
@@ -291,7 +291,7 @@ void MessageBoxDialog::PrivateData::show(QMessageBox::Icon icon)
 DialogButton MessageBoxDialog::PrivateData::ask(Signal signal, Window* window, const char* title, const char* text,
                                                 const DialogButtons& buttons, DialogButton defaultButton)
 {
-    return showOnUserInterfaceThread([&] {
+    return answerOnUserInterfaceThread([&] {
         PrivateData data(window, title, text, buttons, defaultButton);
         Q_EMIT(data.m_signalBox.*signal)();
         return fromToolkit(data.m_result);

@@ -49,6 +49,7 @@ struct DisplayFrame
     QPixmap pixmap;                             // rendered; null without pixels
     std::uint64_t sequence = 0;                 // of the frames converted by a stream, from 1
     std::shared_ptr<LockedBitmap> lockedBitmap; // whose pixels `image` shows, if any
+    std::shared_ptr<const void> lent;           // keeps what `delivered` describes from being given back to the source
     bool isDrawn = true;                        // the pixels of `image` are those of `delivered`
 };
 

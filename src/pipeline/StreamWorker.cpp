@@ -2,6 +2,7 @@
 // The thread that fetches a source's frames and converts them.
 #include "pipeline/StreamWorker.h"
 
+#include "acquisition/FrameLender.h"
 #include "base/Report.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
@@ -13,7 +14,7 @@
 namespace Vistrel {
 
 StreamWorker::StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted)
-    : m_source(source), m_converted(std::move(converted))
+    : m_source(source), m_lender(dynamic_cast<FrameLender*>(source)), m_converted(std::move(converted))
 {
 }
 
@@ -119,17 +120,21 @@ void StreamWorker::serve()
     }
     RawImage delivered;
     ScopedLock lock;
-    if (m_source && hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
-        convertDelivered(delivered, lock.good(), clearCount);
+    if (!m_source || !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
+        return;
+    const std::shared_ptr<const void> lent = m_lender ? m_lender->takeDelivered() : nullptr;
+    convertDelivered(delivered, lent, lock.good(), clearCount);
 }
 
-void StreamWorker::convertDelivered(const RawImage& delivered, bool underLock, std::uint64_t clearCount)
+void StreamWorker::convertDelivered(const RawImage& delivered, const std::shared_ptr<const void>& lent, bool underLock,
+                                    std::uint64_t clearCount)
 {
     for (;;) {
         const Snapshot before = snapshot();
         const std::shared_ptr<DisplayFrame> frame = tryConvert(delivered, underLock, before.settings);
         if (!frame)
             return;
+        frame->lent = lent;
         DisplayFramePtr previous; // its memory is given back with no lock held
         {
             const std::lock_guard<std::mutex> guard(m_imageMutex);
@@ -203,6 +208,7 @@ bool StreamWorker::convertFrontAgain(bool lockRequired)
     if (!frame)
         return false;
     frame->sequence = shown->sequence;
+    frame->lent = shown->lent;
     return replaceFront(before, frame);
 }
 

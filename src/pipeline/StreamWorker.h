@@ -19,6 +19,7 @@ class thread;
 namespace Vistrel {
 
 class AbstractAcquisitionInterface;
+class FrameLender;
 
 /// Holds the newest complete picture of a stream and, while it runs, renews it on a thread of its own.
 ///
@@ -80,13 +81,15 @@ private:
 
     void work();
     void serve();
-    void convertDelivered(const RawImage& delivered, bool underLock, std::uint64_t clearCount);
+    void convertDelivered(const RawImage& delivered, const std::shared_ptr<const void>& lent, bool underLock,
+                          std::uint64_t clearCount);
     std::shared_ptr<DisplayFrame> tryConvert(const RawImage& delivered, bool underLock,
                                              const ConversionSettings& settings);
     Snapshot snapshot() const;
     bool replaceFront(const Snapshot& before, DisplayFramePtr frame);
 
     AbstractAcquisitionInterface* const m_source;
+    FrameLender* const m_lender; // the source, if it is one
     const std::function<void()> m_converted;
     FrameConverter m_converter;
     std::unique_ptr<boost::thread> m_thread;

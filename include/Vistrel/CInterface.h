@@ -1,0 +1,505 @@
+/* SPDX-License-Identifier: MIT */
+/* The library for hosts without C++: flat functions, handles and result codes, in C99.
+ *
+ * A host makes the application, makes windows, hands frames to them or registers functions that the windows call, and
+ * runs the event loop. `docs/c-interface.md` leads through it.
+ *
+ * Result codes: every function but `VTWindowIsGood` and `VTResultText` returns one of `VTResult`. Checks come in the
+ * order in which a function's comment lists its codes, and what is refused has no effect. No exception leaves a
+ * function.
+ *
+ * Threads: the thread that calls `VTAppCreate` is the user-interface thread, and all functions belong there, but for
+ * those marked "any thread".
+ *
+ * Handles: a window is there until `VTWindowDestroy` or the end of the application; its handle answers
+ * VT_ERROR_WINDOW_CLOSED once the user has closed the window, and VT_ERROR_WRONG_HANDLE once it is destroyed. An
+ * action's handle ends with the action: by `VTActionDestroy`, or with its window, however that ends. A handle that has
+ * ended is known as such until its address is given to another one.
+ *
+ * Text is in the local 8-bit encoding, but window titles and about texts, which are Latin-1. Text that the library
+ * hands out goes to `char* buffer, size_t* size`: `*size` is the buffer's capacity on entry and the text's length plus
+ * one on return; a text too long arrives cut and terminated, which is a success; a null buffer only measures. */
+#ifndef VISTREL_CINTERFACE_H
+#define VISTREL_CINTERFACE_H
+
+#include <Vistrel/Export.h>
+
+#include <stdbool.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef void* VTHandle; /* any of the three below */
+typedef struct VTAppObject* VTAppHandle;
+typedef struct VTWindowObject* VTWindowHandle;
+typedef struct VTActionObject* VTActionHandle;
+
+/* One frame buffer, described. */
+typedef struct VTRawImage
+{
+    const uint8_t* data; /* first byte: height rows of width pixels, without padding between rows */
+    size_t width;        /* pixels a row */
+    size_t height;       /* rows */
+    uint32_t format;     /* one of VTFormat */
+    void* userData;      /* the host's own, carried unchanged */
+} VTRawImage;
+
+/* Pixel formats: the sum of depth, mosaic pattern, channel order and packing. Words of 10 to 16 bits are unsigned
+ * 16-bit little-endian, right-aligned. In the RGB orders of 8-bit and 16-bit channels the first channel in memory is
+ * blue, in the BGR orders it is red; in the 30-bit word RGB has red in bits 0 to 9, BGR in bits 20 to 29. In packed
+ * formats rows are as long as without packing: width x 2 bytes. */
+enum VTFormat {
+    VT_FORMAT_MONO8 = 8,
+    VT_FORMAT_MONO10 = 10,
+    VT_FORMAT_MONO12 = 12,
+    VT_FORMAT_MONO14 = 14,
+    VT_FORMAT_MONO16 = 16,
+    VT_FORMAT_RGB8 = 24,
+    VT_FORMAT_RGB10P32 = 30,
+    VT_FORMAT_RGBA8 = 32,
+    VT_FORMAT_RGB12 = 36,
+    VT_FORMAT_RGB14 = 42,
+    VT_FORMAT_RGB16 = 48,
+
+    VT_FORMAT_BAYER_GB = 0x100, /* to be added to a monochrome depth; first two rows G B / R G */
+    VT_FORMAT_BAYER_GR = 0x200, /* G R / B G */
+    VT_FORMAT_BAYER_RG = 0x300, /* R G / G B */
+    VT_FORMAT_BAYER_BG = 0x400, /* B G / G R */
+
+    VT_FORMAT_ORDER_BGR = 0x2000, /* to be added to a colour depth */
+
+    VT_FORMAT_PACKED = 0x4000,        /* to be added to a depth of 10: most significant bit first */
+    VT_FORMAT_PACKED_NO_SWAP = 0x8000 /* the same: groups taken from a little-endian 64-bit load */
+};
+
+/* Results -----------------------------------------------------------------------------------------------------------
+ */
+
+enum VTResult {
+    VT_OK = 0,
+    VT_ERROR_EXCEPTION = -1000,      /* an exception was caught, such as that memory has run out */
+    VT_ERROR_NULL_POINTER = -1001,   /* a required pointer is null */
+    VT_ERROR_NULL_HANDLE = -1002,    /* the handle is null */
+    VT_ERROR_NULL_RESULT = -1003,    /* the pointer that is to receive a handle is null */
+    VT_ERROR_WRONG_HANDLE = -1004,   /* no live handle of this kind; here also what is not the application's handle */
+    VT_ERROR_NO_APPLICATION = -1005, /* no application has been made by VTAppCreate */
+    VT_ERROR_WRONG_THREAD = -1006,   /* not the thread of VTAppCreate */
+
+    VT_ERROR_APPLICATION_EXISTS = -2000, /* VTAppCreate has made one already */
+    VT_ERROR_APPLICATION_FAILED = -2001, /* the application could not be made */
+    VT_ERROR_APPLICATION_BUSY = -2002,   /* the event loop is running, or the call comes from within a callback */
+
+    VT_ERROR_WINDOW_CLOSED = -3000,   /* the user has closed the window */
+    VT_ERROR_SETUP_MODE = -3400,      /* a null text, or a name that exists already */
+    VT_ERROR_FILE_FORMAT = -3500,     /* an extension that is null, invalid or registered already */
+    VT_ERROR_MESSAGE_KIND = -3600,    /* none of VTMessage */
+    VT_ERROR_MESSAGE_BUTTONS = -3601, /* unknown buttons, or a default button that is not one of those shown */
+    VT_ERROR_NO_ANSWER = -3700,       /* the message box went without a button being pressed */
+    VT_ERROR_ACTION_ARGUMENT = -3801, /* none of VTPlace, or a null or empty text */
+    VT_ERROR_ACTION_REFUSED = -3802,  /* the window is closing */
+
+    VT_ERROR_UNKNOWN_PROPERTY = -4000,  /* none of VTProperty */
+    VT_ERROR_PROPERTY_TYPE = -4001,     /* the property has another type */
+    VT_ERROR_READ_ONLY = -4002,         /* the property can only be read */
+    VT_ERROR_WRITE_ONLY = -4003,        /* the property can only be written */
+    VT_ERROR_OUT_OF_RANGE = -4004,      /* no value that the property can have; data of another size */
+    VT_ERROR_BUFFER_TOO_SMALL = -4005,  /* nothing was copied; the size that is needed has been stored */
+    VT_ERROR_PROPERTY_REFUSED = -4006,  /* the window or the system did not accept the value */
+    VT_ERROR_UNKNOWN_FEATURE = -4100,   /* none of VTFeature */
+    VT_ERROR_FEATURE_SIGNATURE = -4101, /* the feature is registered by another function */
+    VT_ERROR_UNKNOWN_SIGNAL = -4200     /* none of VTSignal */
+};
+
+/* A result in words: a static English text, never null. Any thread. */
+VISTREL_EXPORT const char* VTResultText(int32_t result);
+
+/* The application ---------------------------------------------------------------------------------------------------
+ */
+
+/* Makes the application, of which a process has one at a time, and makes this thread the user-interface thread. The
+ * arguments are copied. APPLICATION_EXISTS; NULL_POINTER (argv); NULL_RESULT; APPLICATION_FAILED (a negative `argc`, a
+ * null argument; an application of the toolkit's, of the class interface, or one that is ending). */
+VISTREL_EXPORT int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result);
+
+/* Ends the application with all its windows and handles. Calls to host functions have three seconds to return; then
+ * they are left alone, with a line on the standard error stream. Functions that the library calls meanwhile are
+ * answered NO_APPLICATION by everything they call. When this returns, every VT_FEATURE_FINISHED has been called but
+ * those of windows whose functions did not return.
+ * NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; APPLICATION_BUSY (within VTAppExec or a callback). */
+VISTREL_EXPORT int32_t VTAppDestroy(VTAppHandle app);
+
+/* Runs the event loop until `VTAppExit`, or until the last window has been closed, and stores the exit code unless
+ * `exitCode` is null. NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; APPLICATION_BUSY (the loop is running); EXCEPTION. */
+VISTREL_EXPORT int32_t VTAppExec(VTAppHandle app, int* exitCode);
+
+/* Ends the event loop; before the loop, the next one at its start. Any thread.
+ * NO_APPLICATION; WRONG_HANDLE; EXCEPTION. */
+VISTREL_EXPORT int32_t VTAppExit(VTAppHandle app, int returnCode);
+
+/* The application that VTAppCreate has made. Any thread. NO_APPLICATION; NULL_RESULT. */
+VISTREL_EXPORT int32_t VTAppGetGlobal(VTAppHandle* result);
+
+/* Calls `method(userData)` whenever the event loop is idle, in the order of registration, until the application ends. A
+ * null method is kept and skipped. NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+VISTREL_EXPORT int32_t VTAppAddIdleMethod(VTAppHandle app, void (*method)(void*), void* userData);
+
+/* Windows -----------------------------------------------------------------------------------------------------------
+ */
+
+/* Makes a window, which is not shown yet. `userData` goes to every function that is registered with it.
+ * NO_APPLICATION; WRONG_HANDLE; NULL_RESULT; WRONG_THREAD; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowCreate(VTAppHandle app, VTWindowHandle* result, void* userData);
+
+/* Closes the window without asking, and ends its handle and those of its actions. Waits for no host function:
+ * VT_FEATURE_FINISHED tells when the last one has returned. May be called in any callback.
+ * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowDestroy(VTWindowHandle window);
+
+/* Whether the window is there: false when there is no application, for any wrong handle, and once the user has closed
+ * it. Any thread. */
+VISTREL_EXPORT bool VTWindowIsGood(VTWindowHandle window);
+
+/* The window system's own window: a window handle on Windows; on X11 the window's number.
+ * NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowGetNativeHandle(VTWindowHandle window, void** result);
+
+/* What VTWindowCreate was given. Codes as above. */
+VISTREL_EXPORT int32_t VTWindowGetUserData(VTWindowHandle window, void** result);
+
+/* Makes a frame the pending one, which the window shows as soon as it refreshes (VT_SIGNAL_GET_FRAME_NOW: at once), or
+ * takes the pending one away when `image` is null. Only the description is copied: the pixels are lent until they are
+ * released, see VT_FEATURE_FRAME_RELEASED. Null `data` clears the picture. Never waits. Any thread.
+ * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WINDOW_CLOSED; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowSetNextFrame(VTWindowHandle window, const VTRawImage* image);
+
+/* Adds a named setup mode, which the window offers when VT_FEATURE_SETUP_MODE is registered. The description may be
+ * empty. NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; SETUP_MODE; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowAddSetupMode(VTWindowHandle window, const char* name, const char* description);
+/* NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowClearSetupModes(VTWindowHandle window);
+
+/* Adds a file format that "Save Image..." offers and VT_FEATURE_FILE_SAVE writes. `extension` is the primary one;
+ * `extensions` lists further ones, separated by spaces; it and `description` may be null. An extension consists of
+ * ASCII letters and digits, with or without its leading dot.
+ * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; FILE_FORMAT; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowAddFileFormat(VTWindowHandle window, const char* extension, const char* extensions,
+                                             const char* description);
+/* NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowClearFileFormats(VTWindowHandle window);
+
+/* Actions of the host's own -----------------------------------------------------------------------------------------
+ */
+
+enum VTPlace {
+    VT_PLACE_MENU = 1,       /* a menu of the title `menuTitle`, which is made when it is the first */
+    VT_PLACE_TOOL_BAR = 2,   /* `menuTitle` is not used, and may be null */
+    VT_PLACE_INFORMATION = 3 /* the image information bar; the same */
+};
+
+/* Adds an action to the window. "&" in a text stands before its key. `triggered`, which may be null, is called on the
+ * user-interface thread when the user triggers it; `checked` is the new state of a checkable one. `gone`, which may be
+ * null, is the last call with `user`, exactly once, however the action ends.
+ * NO_APPLICATION; NULL_HANDLE; NULL_RESULT; WRONG_HANDLE; WRONG_THREAD; ACTION_ARGUMENT; WINDOW_CLOSED; ACTION_REFUSED;
+ * EXCEPTION. */
+VISTREL_EXPORT int32_t VTWindowAddAction(VTWindowHandle window, int32_t place, const char* menuTitle, const char* text,
+                                         void (*triggered)(VTActionHandle action, bool checked, void* user),
+                                         void (*gone)(void* user), void* user, VTActionHandle* result);
+
+/* Takes the action away. May be called in its own `triggered`, after which `gone` then comes.
+ * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+VISTREL_EXPORT int32_t VTActionDestroy(VTActionHandle action);
+
+/* The action's `user`. NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+VISTREL_EXPORT int32_t VTActionGetUserData(VTActionHandle action, void** result);
+
+/* Message boxes -----------------------------------------------------------------------------------------------------
+ */
+
+enum VTMessage { VT_MESSAGE_CRITICAL = 1, VT_MESSAGE_WARNING = 2, VT_MESSAGE_INFORMATION = 3, VT_MESSAGE_QUESTION = 4 };
+
+enum VTButton {
+    VT_BUTTON_NONE = 0,
+    VT_BUTTON_OK = 0x1,
+    VT_BUTTON_OPEN = 0x2,
+    VT_BUTTON_SAVE = 0x4,
+    VT_BUTTON_CANCEL = 0x8,
+    VT_BUTTON_CLOSE = 0x10,
+    VT_BUTTON_DISCARD = 0x20,
+    VT_BUTTON_APPLY = 0x40,
+    VT_BUTTON_RESET = 0x80,
+    VT_BUTTON_RESTORE_DEFAULTS = 0x100,
+    VT_BUTTON_HELP = 0x200,
+    VT_BUTTON_SAVE_ALL = 0x400,
+    VT_BUTTON_YES = 0x800,
+    VT_BUTTON_YES_TO_ALL = 0x1000,
+    VT_BUTTON_NO = 0x2000,
+    VT_BUTTON_NO_TO_ALL = 0x4000,
+    VT_BUTTON_ABORT = 0x8000,
+    VT_BUTTON_RETRY = 0x10000,
+    VT_BUTTON_IGNORE = 0x20000
+};
+
+/* Shows a message box over the window and waits for the answer; other windows live on meanwhile. `buttons` is a sum of
+ * VTButton, 0 for Ok; `defaultButton` one of those shown, or 0. On another thread the caller waits, so it must hold
+ * nothing that the user-interface thread waits for. `*pressed` is written with VT_OK alone. Any thread.
+ * NO_APPLICATION; NULL_HANDLE; NULL_POINTER (title, text, pressed); WRONG_HANDLE; MESSAGE_KIND; MESSAGE_BUTTONS;
+ * WINDOW_CLOSED; NO_ANSWER (the window, the event loop or the application went, too); EXCEPTION. */
+VISTREL_EXPORT int32_t VTMessageBoxDialogShow(VTWindowHandle window, int32_t kind, const char* title, const char* text,
+                                              uint32_t buttons, uint32_t defaultButton, uint32_t* pressed);
+
+/* Properties --------------------------------------------------------------------------------------------------------
+ */
+
+/* A property's number is owner x 1000 + type x 100 + index. Owner: 1 application, 2 window, 3 the window's source (by
+ * the window's handle), 4 action. Type: 0 Int32, 1 Double, 2 Bool, 3 CStr, 4 Data. All can be read and written, but
+ * where a comment says otherwise. */
+enum VTProperty {
+    VT_APP_QUIT_ON_LAST_WINDOW_CLOSED = 1200, /* whether VTAppExec returns then; true at first */
+
+    VT_WINDOW_COLOR_TABLE = 2000,           /* VTColorTable: the palette of monochrome images */
+    VT_WINDOW_BAYER_FILTER_OVERRIDE = 2001, /* one of the four patterns of VTFormat, or 0: each image's own */
+    VT_WINDOW_REFRESH_RATE = 2002,          /* hertz, from 1; writing it ends VT_WINDOW_REFRESH_RATE_AUTO */
+    VT_WINDOW_SHOW_STATE = 2003,            /* VTShowState */
+    VT_WINDOW_ACQUISITION_STATE = 2004,     /* VTAcquisitionState; writing it runs the commands that lead there */
+
+    VT_WINDOW_ZOOM =
+        2100, /* logical screen pixels an image pixel, 1.125 to the power of -40 to 40 (about 0.009 to 111) */
+
+    VT_WINDOW_VISIBLE = 2200,
+    VT_WINDOW_RAISE = 2201,     /* write only: true brings the window to the front */
+    VT_WINDOW_CLOSEABLE = 2202, /* whether the user may close it; true at first */
+    VT_WINDOW_FULL_SCREEN = 2203,
+    VT_WINDOW_EXHIBIT_VIEW = 2204, /* the image alone, in an ordinary window */
+    VT_WINDOW_ZOOM_TO_FIT = 2205,
+    VT_WINDOW_PIXEL_CROSSHAIR_VISIBLE = 2206,
+    VT_WINDOW_BAYER_DEMOSAIC_ENABLED = 2207,
+    VT_WINDOW_RGB_ORDER_REVERSED = 2208,
+    VT_WINDOW_REFRESH_ENABLED = 2209,         /* whether new frames are shown */
+    VT_WINDOW_REFRESH_RATE_AUTO = 2210,       /* the primary screen's rate */
+    VT_WINDOW_KEEP_IMAGE_INFO_VISIBLE = 2211, /* also in full screen and exhibit view */
+    /* What the image information bar shows, of what the source has. */
+    VT_WINDOW_PREVIEW_FRAME_RATE = 2220,
+    VT_WINDOW_PREVIEW_BUFFERS_QUEUED = 2221,
+    VT_WINDOW_PREVIEW_BUFFERS_FILLED = 2222,
+    VT_WINDOW_PREVIEW_BUFFERS_DROPPED = 2223,
+    VT_WINDOW_PREVIEW_BUFFERS_DELIVERED = 2224,
+    VT_WINDOW_PREVIEW_IMAGE_DIMENSIONS = 2225,
+    VT_WINDOW_PREVIEW_IMAGE_FORMAT = 2226,
+    VT_WINDOW_PREVIEW_PIXEL_VALUE = 2227,
+    VT_WINDOW_PREVIEW_ZOOM_LEVEL = 2228,
+    VT_WINDOW_PREVIEW_SETUP_MODE = 2229,
+
+    VT_WINDOW_TITLE = 2300,         /* Latin-1 */
+    VT_WINDOW_GEOMETRY_TEXT = 2301, /* place and size to be kept and restored; another text is REFUSED */
+    VT_WINDOW_ABOUT_TITLE = 2302,   /* Latin-1; heading of "About Application...", which both texts empty take away */
+    VT_WINDOW_ABOUT_TEXT = 2303,    /* Latin-1 */
+
+    VT_WINDOW_GEOMETRY = 2400,         /* int32_t[4]: x, y, width, height in logical screen pixels, without the frame */
+    VT_WINDOW_FRAME_GEOMETRY = 2401,   /* the same with the frame, whose width is known once the window was shown */
+    VT_WINDOW_IMAGE_OFFSET = 2402,     /* int32_t[2]: of the view in the scaled image, in logical pixels */
+    VT_WINDOW_TRANSIENT_PARENT = 2403, /* void*: a top-level window of the host above which this one stays, or null */
+    VT_WINDOW_BITMAP_LOCK = 2404,      /* uint32_t[3]: width, height and format (MONO8, RGB8 or RGBA8) of pixels that
+                                          the host draws itself; size 0: none, and writing that unlocks */
+    VT_WINDOW_BITMAP = 2405,           /* VTRawImage, read only: the locked bitmap, in which the host may write until
+                                          it is unlocked; size 0: none. A frame of its size and format is copied in. */
+
+    /* Bounds and step of the frame count that VT_FEATURE_START_FIXED is offered with, from 1. */
+    VT_SOURCE_START_FIXED_MIN = 3000,
+    VT_SOURCE_START_FIXED_MAX = 3001,
+    VT_SOURCE_START_FIXED_INC = 3002,
+    VT_SOURCE_SETUP_MODE_COUNT = 3003, /* read only */
+    /* Read only: whether the feature is registered. */
+    VT_SOURCE_HAS_SETUP = 3200,
+    VT_SOURCE_HAS_SETUP_MODE = 3201,
+    VT_SOURCE_HAS_CLEANUP = 3202,
+    VT_SOURCE_HAS_TRIGGER = 3203,
+    VT_SOURCE_HAS_START_SINGLE_REVERSE = 3204,
+    VT_SOURCE_HAS_START_REVERSE = 3205,
+    VT_SOURCE_HAS_START = 3206,
+    VT_SOURCE_HAS_START_FIXED = 3207,
+    VT_SOURCE_HAS_START_SINGLE = 3208,
+    VT_SOURCE_HAS_PAUSE = 3209,
+    VT_SOURCE_HAS_STOP = 3210,
+    VT_SOURCE_HAS_FRAME_RATE = 3211,
+    VT_SOURCE_HAS_FRAMES_QUEUED = 3212,
+    VT_SOURCE_HAS_FRAMES_FILLED = 3213,
+    VT_SOURCE_HAS_FRAMES_DROPPED = 3214,
+    VT_SOURCE_HAS_FRAMES_DELIVERED = 3215,
+
+    VT_ACTION_CHECKABLE = 4200,
+    VT_ACTION_CHECKED = 4201,
+    VT_ACTION_ENABLED = 4202,
+    VT_ACTION_TEXT = 4300,
+    VT_ACTION_TOOL_TIP = 4301
+};
+
+enum VTColorTable {
+    VT_COLOR_TABLE_GRAY = 0,
+    VT_COLOR_TABLE_GRAY_2X = 1,
+    VT_COLOR_TABLE_GRAY_INVERSE = 2,
+    VT_COLOR_TABLE_SINE = 3,
+    VT_COLOR_TABLE_COSINE = 4,
+    VT_COLOR_TABLE_RAINBOW = 5,
+    VT_COLOR_TABLE_RANDOM = 6,
+    VT_COLOR_TABLE_CONTOURS = 7
+};
+
+enum VTShowState { VT_SHOW_NORMAL = 0, VT_SHOW_MINIMIZED = 1, VT_SHOW_MAXIMIZED = 2 };
+
+enum VTAcquisitionState {
+    VT_ACQUISITION_UNCONFIGURED = 0, /* not set up */
+    VT_ACQUISITION_CONFIGURED = 1,   /* set up, and not running */
+    VT_ACQUISITION_RUNNING = 2
+};
+
+/* Write a property. `size` is that of the data in bytes; `data` may be null when it is 0.
+ * NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE (also a live one that the property does not belong to);
+ * WRONG_THREAD; UNKNOWN_PROPERTY; PROPERTY_TYPE; READ_ONLY; OUT_OF_RANGE; WINDOW_CLOSED; PROPERTY_REFUSED; EXCEPTION.
+ */
+VISTREL_EXPORT int32_t VTSetPropInt32(VTHandle handle, int32_t property, int32_t value);
+VISTREL_EXPORT int32_t VTSetPropDouble(VTHandle handle, int32_t property, double value);
+VISTREL_EXPORT int32_t VTSetPropBool(VTHandle handle, int32_t property, bool value);
+VISTREL_EXPORT int32_t VTSetPropCStr(VTHandle handle, int32_t property, const char* value);
+VISTREL_EXPORT int32_t VTSetPropData(VTHandle handle, int32_t property, const void* data, size_t size);
+
+/* Read a property. Data is never cut: `*size` is the buffer's capacity on entry and the data's size on return; a null
+ * buffer only measures. `value` and `size` are required.
+ * NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD; UNKNOWN_PROPERTY; PROPERTY_TYPE; WRITE_ONLY;
+ * WINDOW_CLOSED; BUFFER_TOO_SMALL; EXCEPTION. */
+VISTREL_EXPORT int32_t VTGetPropInt32(VTHandle handle, int32_t property, int32_t* value);
+VISTREL_EXPORT int32_t VTGetPropDouble(VTHandle handle, int32_t property, double* value);
+VISTREL_EXPORT int32_t VTGetPropBool(VTHandle handle, int32_t property, bool* value);
+VISTREL_EXPORT int32_t VTGetPropCStr(VTHandle handle, int32_t property, char* buffer, size_t* size);
+VISTREL_EXPORT int32_t VTGetPropData(VTHandle handle, int32_t property, void* buffer, size_t* size);
+
+/* Features: the host's functions ------------------------------------------------------------------------------------
+ */
+
+/* A feature's number is signature x 100 + index; each signature has its function to register by. `user` is always what
+ * VTWindowCreate was given. C++ hosts: an exception that leaves a callback is caught, reported in one line on the
+ * standard error stream, and counts as that callback's failure. */
+enum VTFeature {
+    /* Command. Registered, the window offers it. Run on the window's busy-work thread, one at a time; true: done. */
+    VT_FEATURE_SETUP = 100,
+    VT_FEATURE_CLEANUP = 101,
+    VT_FEATURE_TRIGGER = 102,
+    VT_FEATURE_START_SINGLE_REVERSE = 103,
+    VT_FEATURE_START_REVERSE = 104,
+    VT_FEATURE_START = 105,
+    VT_FEATURE_START_SINGLE = 106,
+    VT_FEATURE_PAUSE = 107,
+    VT_FEATURE_STOP = 108,
+
+    VT_FEATURE_START_FIXED = 200, /* Count: a command with the number of frames */
+    VT_FEATURE_SETUP_MODE = 300,  /* Name: a command with the setup mode's name */
+
+    /* Query. Asked on the user-interface thread, often: answer at once. Without a function of its own a registered
+     * command is always possible, the source is set up, stopped is not running, and the other states are false. */
+    VT_FEATURE_CAN_SETUP = 400,
+    VT_FEATURE_CAN_SETUP_MODE = 401,
+    VT_FEATURE_CAN_CLEANUP = 402,
+    VT_FEATURE_CAN_TRIGGER = 403,
+    VT_FEATURE_CAN_START_SINGLE_REVERSE = 404,
+    VT_FEATURE_CAN_START_REVERSE = 405,
+    VT_FEATURE_CAN_START = 406,
+    VT_FEATURE_CAN_START_FIXED = 407,
+    VT_FEATURE_CAN_START_SINGLE = 408,
+    VT_FEATURE_CAN_PAUSE = 409,
+    VT_FEATURE_CAN_STOP = 410,
+    VT_FEATURE_IS_SETUP = 420,
+    VT_FEATURE_IS_RUNNING_SINGLE_REVERSE = 421,
+    VT_FEATURE_IS_RUNNING_REVERSE = 422,
+    VT_FEATURE_IS_RUNNING = 423,
+    VT_FEATURE_IS_RUNNING_FIXED = 424,
+    VT_FEATURE_IS_RUNNING_SINGLE = 425,
+    VT_FEATURE_IS_PAUSED = 426,
+    VT_FEATURE_IS_STOPPED = 427,
+
+    /* Text: hands the name of the active setup mode out, as the library hands text out; false: none is active. */
+    VT_FEATURE_ACTIVE_SETUP_MODE = 500,
+
+    VT_FEATURE_FRAME_RATE = 600, /* Double: frames a second; user-interface thread */
+
+    /* Size. Statistics; user-interface thread. */
+    VT_FEATURE_FRAMES_QUEUED = 700,
+    VT_FEATURE_FRAMES_FILLED = 701,
+    VT_FEATURE_FRAMES_DROPPED = 702,
+    VT_FEATURE_FRAMES_DELIVERED = 703,
+
+    /* NextFrame. Called on the window's stream thread whenever the window refreshes and no pushed frame is pending:
+     * lends the next frame, or returns false when there is none. It may wait for one. */
+    VT_FEATURE_NEXT_FRAME = 800,
+
+    /* Released. Every frame lent, pushed or pulled, comes back here exactly once, its fields unchanged: when a newer
+     * one replaced it unseen, when it was cleared or could not be shown, or when it is no longer the one in view nor
+     * read. The one in view stays lent for pixel values and saving, so three buffers are enough for any rate. Any
+     * thread; no frame must be pushed from within it. */
+    VT_FEATURE_FRAME_RELEASED = 900,
+
+    /* Notify. User-interface thread. CLOSED: the user closes the window. FINISHED: the last call of all with `user`, of
+     * actions and released frames, too, once the window has gone and every callback has returned; from then on user
+     * data, code and buffers are the host's again. It comes from the event loop or from VTAppDestroy. (For a callback
+     * that returns only after VTAppDestroy: on that callback's thread.) */
+    VT_FEATURE_CLOSED = 1000,
+    VT_FEATURE_FINISHED = 1001,
+
+    /* Load, Save. File names are in the local 8-bit encoding; the frame to be saved is readable until the function
+     * returns; a loaded one is copied and then released. User-interface thread. */
+    VT_FEATURE_FILE_LOAD = 1100,
+    VT_FEATURE_FILE_SAVE = 1200
+};
+
+typedef bool (*VTCommandCallback)(void* user);
+typedef bool (*VTCountCallback)(size_t count, void* user);
+typedef bool (*VTNameCallback)(const char* name, void* user);
+typedef bool (*VTQueryCallback)(void* user);
+typedef bool (*VTTextCallback)(char* buffer, size_t* size, void* user);
+typedef double (*VTDoubleCallback)(void* user);
+typedef size_t (*VTSizeCallback)(void* user);
+typedef bool (*VTNextFrameCallback)(VTRawImage* frame, void* user);
+typedef void (*VTReleasedCallback)(const VTRawImage* frame, void* user);
+typedef void (*VTNotifyCallback)(void* user);
+typedef bool (*VTLoadCallback)(const char* fileName, VTRawImage* frame, void* user);
+typedef bool (*VTSaveCallback)(const VTRawImage* frame, const char* fileName, void* user);
+
+/* Register a function, or with null remove it; the window follows. One that is running may outlast its removal.
+ * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; UNKNOWN_FEATURE; FEATURE_SIGNATURE; WINDOW_CLOSED;
+ * EXCEPTION. */
+VISTREL_EXPORT int32_t VTSetFeatureCommand(VTWindowHandle window, int32_t feature, VTCommandCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureCount(VTWindowHandle window, int32_t feature, VTCountCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureName(VTWindowHandle window, int32_t feature, VTNameCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureQuery(VTWindowHandle window, int32_t feature, VTQueryCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureText(VTWindowHandle window, int32_t feature, VTTextCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureDouble(VTWindowHandle window, int32_t feature, VTDoubleCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureSize(VTWindowHandle window, int32_t feature, VTSizeCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureNextFrame(VTWindowHandle window, int32_t feature, VTNextFrameCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureReleased(VTWindowHandle window, int32_t feature, VTReleasedCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureNotify(VTWindowHandle window, int32_t feature, VTNotifyCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureLoad(VTWindowHandle window, int32_t feature, VTLoadCallback callback);
+VISTREL_EXPORT int32_t VTSetFeatureSave(VTWindowHandle window, int32_t feature, VTSaveCallback callback);
+
+/* Whether a function is registered. NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD;
+ * UNKNOWN_FEATURE; WINDOW_CLOSED; EXCEPTION. */
+VISTREL_EXPORT int32_t VTIsFeatureSet(VTWindowHandle window, int32_t feature, bool* set);
+
+/* Signals -----------------------------------------------------------------------------------------------------------
+ */
+
+enum VTSignal {
+    VT_SIGNAL_ACQUISITION_STATE_CHANGED = 1, /* an answer to one of the IS queries is another now */
+    VT_SIGNAL_FEATURE_SET_CHANGED = 2,       /* so is one to a CAN query */
+    VT_SIGNAL_GET_FRAME_NOW = 3              /* a frame can be had: do not wait for the next refresh */
+};
+
+/* Tells the window that something has changed. Never waits. Any thread.
+ * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; UNKNOWN_SIGNAL; WINDOW_CLOSED; EXCEPTION. */
+VISTREL_EXPORT int32_t VTSendSignal(VTWindowHandle window, int32_t signal);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+// A source of frames that a C host's functions make up.
+#pragma once
+
+#include "acquisition/FrameLender.h"
+#include "app/c/HostFunctions.h"
+
+#include <Vistrel/AbstractAcquisitionInterface.h>
+
+#include <mutex>
+#include <vector>
+
+namespace Vistrel {
+
+class WindowGate;
+
+/// Answers by the host's functions, or by what holds without them. Frames are pushed, the latest alone waiting, or
+/// pulled from the host where none is pending; each comes under a lock that keeps it lent.
+class CallbackAcquisition : public AbstractAcquisitionInterface, public FrameLender
+{
+public:
+    CallbackAcquisition(std::shared_ptr<HostFunctions> functions, std::shared_ptr<WindowGate> gate);
+    ~CallbackAcquisition() override;
+
+    LentFramePtr push(LentFramePtr frame); ///< returns the frame that it replaces; null takes that away
+    void send(VTSignal signal);
+    const std::shared_ptr<HostFunctions>& functions() const { return m_functions; }
+    bool isClosed() const { return m_isClosed; } ///< by the user
+
+    void uxClosed() override;
+
+    bool setup() override;
+    bool setupMode(const char* const name) override;
+    bool cleanup() override;
+    bool trigger() override;
+    bool startSingleReverse() override;
+    bool startReverse() override;
+    bool start() override;
+    bool startFixed(std::size_t frames) override;
+    bool startSingle() override;
+    bool pause() override;
+    bool stop() override;
+
+    bool canSetup() const override;
+    bool canSetupMode() const override;
+    bool canCleanup() const override;
+    bool canTrigger() const override;
+    bool canStartSingleReverse() const override;
+    bool canStartReverse() const override;
+    bool canStart() const override;
+    bool canStartFixed() const override;
+    bool canStartSingle() const override;
+    bool canPause() const override;
+    bool canStop() const override;
+
+    bool isSetup() const override;
+    bool isRunningSingleReverse() const override;
+    bool isRunningReverse() const override;
+    bool isRunning() const override;
+    bool isRunningFixed() const override;
+    bool isRunningSingle() const override;
+    bool isPaused() const override;
+    bool isStopped() const override;
+
+    bool activeSetupMode(char* const buffer, std::size_t* const size) const override;
+    double frameRate() const override;
+    std::size_t framesQueued() const override;
+    std::size_t framesFilled() const override;
+    std::size_t framesDropped() const override;
+    std::size_t framesDelivered() const override;
+
+    bool getNextFrame(RawImage* const image, ScopedLock* const lock) override;
+    ScopedLock getFrameLock(const RawImage& image) override;
+    std::shared_ptr<const void> takeDelivered() override;
+
+private:
+    template <typename Callback, typename Result, typename... Arguments>
+    Result call(std::int32_t feature, Result otherwise, Arguments... arguments) const;
+    bool command(std::int32_t feature) const;
+    bool query(std::int32_t feature, bool otherwise) const;
+    std::size_t count(std::int32_t feature) const;
+    LentFramePtr takeFrame();
+
+    const std::shared_ptr<HostFunctions> m_functions;
+    const std::shared_ptr<WindowGate> m_gate;
+    bool m_isClosed = false; // user-interface thread
+
+    std::mutex m_mutex; // guards all below; no frame is let go under it
+    LentFramePtr m_pending;
+    LentFramePtr m_delivered;                           // until it is taken
+    std::vector<std::weak_ptr<const LentFrame>> m_used; // that have been delivered, in that order
+};
+
+} // namespace Vistrel

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+// Image files that a C host's functions load and save.
+#include "app/c/CallbackFileInterface.h"
+
+#include <Vistrel/FileIO.h>
+
+#include <utility>
+
+namespace Vistrel {
+
+CallbackFileInterface::CallbackFileInterface(std::shared_ptr<HostFunctions> functions)
+    : m_functions(std::move(functions))
+{
+}
+
+bool CallbackFileInterface::load(const char* const fileName, FileIO* const image)
+{
+    const auto load = m_functions->get<VTLoadCallback>(VT_FEATURE_FILE_LOAD);
+    if (!load || !image)
+        return false;
+    LentFrame frame(m_functions);
+    frame.isLent = load(fileName, &frame.image, m_functions->userData);
+    return frame.isLent && image->setData(toRawImage(frame.image));
+}
+
+bool CallbackFileInterface::save(const RawImage& image, const char* const fileName)
+{
+    const auto save = m_functions->get<VTSaveCallback>(VT_FEATURE_FILE_SAVE);
+    const VTRawImage frame = toVTRawImage(image);
+    return save && save(&frame, fileName, m_functions->userData);
+}
+
+} // namespace Vistrel

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// Image files that a C host's functions load and save.
+#pragma once
+
+#include "app/c/HostFunctions.h"
+
+#include <Vistrel/AbstractFileInterface.h>
+
+namespace Vistrel {
+
+class CallbackFileInterface : public AbstractFileInterface
+{
+public:
+    explicit CallbackFileInterface(std::shared_ptr<HostFunctions> functions);
+
+    bool load(const char* const fileName, FileIO* const image) override;
+    bool save(const RawImage& image, const char* const fileName) override;
+
+private:
+    const std::shared_ptr<HostFunctions> m_functions;
+};
+
+} // namespace Vistrel

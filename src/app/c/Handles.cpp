@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+// The objects that C hosts hold handles of, and the thread that they belong to.
+#include "app/c/Handles.h"
+
+#include "app/c/WindowWrapper.h"
+#include "base/Report.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <utility>
+
+namespace Vistrel {
+
+Handles& handles()
+{
+    static Handles& handles = *new Handles; // never freed: threads may still call while the process ends
+    return handles;
+}
+
+std::shared_ptr<WindowGate> Handles::gate(const void* window)
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    const auto entry = live.find(window);
+    const auto* const wrapper =
+        entry != live.end() ? dynamic_cast<const VTWindowWrapper*>(entry->second.object) : nullptr;
+    return wrapper ? wrapper->gate() : nullptr;
+}
+
+bool Handles::hasApplication()
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    return application;
+}
+
+bool Handles::isUserInterfaceThread()
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    return thread == std::this_thread::get_id();
+}
+
+void Handles::add(const void* handle, BaseClass* object, const void* window)
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    live.insert_or_assign(handle, Entry{object, window});
+}
+
+void Handles::remove(const void* handle)
+{
+    const std::lock_guard<std::mutex> guard(mutex);
+    live.erase(handle);
+    for (auto entry = live.begin(); entry != live.end();)
+        entry = entry->second.window == handle ? live.erase(entry) : std::next(entry);
+}
+
+void Handles::callFinished(VTNotifyCallback callback, void* userData)
+{
+    {
+        const std::lock_guard<std::mutex> guard(mutex);
+        if (application || isEnding) {
+            finishedCalls.push_back({callback, userData});
+            // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
+            if (application)
+                QMetaObject::invokeMethod(
+                    QCoreApplication::instance(), [this] { runFinishedCalls(); }, Qt::QueuedConnection);
+            return;
+        }
+    }
+    hostCall("finished", false, [&] { return callback(userData), true; });
+}
+
+void Handles::runFinishedCalls()
+{
+    for (;;) {
+        std::vector<FinishedCall> calls;
+        {
+            const std::lock_guard<std::mutex> guard(mutex);
+            calls.swap(finishedCalls);
+            if (calls.empty())
+                return;
+        }
+        for (const FinishedCall& call : calls)
+            hostCall("finished", false, [&] { return call.callback(call.userData), true; });
+    }
+}
+
+void Handles::endFinishedCalls()
+{
+    for (;;) {
+        runFinishedCalls();
+        const std::lock_guard<std::mutex> guard(mutex);
+        isEnding = !finishedCalls.empty();
+        if (!isEnding)
+            return;
+    }
+}
+
+} // namespace Vistrel
