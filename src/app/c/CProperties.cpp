@@ -1,394 +1,20 @@
 // SPDX-License-Identifier: MIT
 // Properties, for C hosts.
 #include "app/c/Calls.h"
-#include "base/Report.h"
+#include "app/c/Properties.h"
 
-#include <Vistrel/Action.h>
-#include <Vistrel/Surface.h>
-
-#include <algorithm>
 #include <cstring>
-#include <iterator>
-#include <limits>
-#include <string>
 
 using namespace Vistrel;
 
 namespace {
 
-// The object that a property belongs to; the others are null.
-struct Owner
-{
-    Application* application = nullptr;
-    Window* window = nullptr;
-    Action* action = nullptr;
-    std::shared_ptr<WindowParts> parts = nullptr; // keeps the window for the call
-
-    AbstractAcquisitionInterface& source() const { return *window->acquisitionInterface(); }
-};
-
-template <typename Value>
-struct Property
-{
-    std::int32_t number;
-    Value (*read)(const Owner&);        // null: write only
-    bool (*write)(const Owner&, Value); // null: read only; false: not accepted
-    bool (*isInRange)(Value);           // null: every value is
-};
-
-struct TextProperty
-{
-    std::int32_t number;
-    bool (*read)(const Owner&, char* buffer, std::size_t* size);
-    bool (*write)(const Owner&, const char* text);
-};
-
-struct DataProperty
-{
-    std::int32_t number;
-    std::size_t size;
-    bool mayBeAbsent;
-    bool (*read)(const Owner&, void* data);        // false: absent
-    bool (*write)(const Owner&, const void* data); // null data: absent
-    bool (*isInRange)(const void* data);           // null: all data are
-};
-
-// Rows of the tables --------------------------------------------------------------------------------------------------
-
-template <bool (Window::*get)() const, void (Window::*set)(bool)>
-constexpr Property<bool> windowSwitch(std::int32_t number)
-{
-    return {number, [](const Owner& o) { return (o.window->*get)(); },
-            [](const Owner& o, bool on) { return (o.window->*set)(on), true; }, nullptr};
-}
-
-template <bool (AbstractAcquisitionInterface::*has)() const>
-constexpr Property<bool> capability(std::int32_t number)
-{
-    return {number, [](const Owner& o) { return (o.source().*has)(); }, nullptr, nullptr};
-}
-
-template <bool (Action::*get)() const, void (Action::*set)(bool)>
-constexpr Property<bool> actionSwitch(std::int32_t number)
-{
-    return {number, [](const Owner& o) { return (o.action->*get)(); },
-            [](const Owner& o, bool on) { return (o.action->*set)(on), true; }, nullptr};
-}
-
-template <int (AbstractAcquisitionInterface::*get)() const, void (AbstractAcquisitionInterface::*set)(int)>
-constexpr Property<std::int32_t> startFixedBound(std::int32_t number)
-{
-    return {number, [](const Owner& o) { return std::int32_t{(o.source().*get)()}; },
-            [](const Owner& o, std::int32_t frames) {
-                (o.source().*set)(frames);
-                o.parts->acquisition->send(VT_SIGNAL_FEATURE_SET_CHANGED);
-                return true;
-            },
-            [](std::int32_t frames) { return frames >= 1; }};
-}
-
-template <std::int32_t most>
-bool isUpTo(std::int32_t value)
-{
-    return value >= 0 && value <= most;
-}
-
-bool isPattern(std::int32_t value)
-{
-    return isUpTo<VT_FORMAT_BAYER_BG>(value) && value % VT_FORMAT_BAYER_GB == 0;
-}
-
-std::int32_t showState(const Owner& owner)
-{
-    if (owner.window->isMinimized())
-        return VT_SHOW_MINIMIZED;
-    return owner.window->isMaximized() ? VT_SHOW_MAXIMIZED : VT_SHOW_NORMAL;
-}
-
-bool setShowState(const Owner& owner, std::int32_t state)
-{
-    if (state == VT_SHOW_MINIMIZED)
-        owner.window->minimize();
-    else if (state == VT_SHOW_MAXIMIZED)
-        owner.window->maximize();
-    else
-        owner.window->restore();
-    return true;
-}
-
-std::int32_t acquisitionState(const Owner& owner)
-{
-    const AbstractAcquisitionInterface& source = owner.source();
-    if (hostCall("isRunning", false, [&] { return source.isRunning(); }))
-        return VT_ACQUISITION_RUNNING;
-    return hostCall("isSetup", false, [&] { return source.isSetup(); }) ? VT_ACQUISITION_CONFIGURED
-                                                                        : VT_ACQUISITION_UNCONFIGURED;
-}
-
-bool setAcquisitionState(const Owner& owner, std::int32_t state)
-{
-    if (state == VT_ACQUISITION_RUNNING)
-        owner.window->setRunning();
-    else if (state == VT_ACQUISITION_CONFIGURED)
-        owner.window->setConfigured();
-    else
-        owner.window->setUnconfigured();
-    return true;
-}
-
-template <typename Read>
-std::string wholeText(Read&& read)
-{
-    std::size_t size = 0;
-    read(nullptr, &size);
-    std::string text(size, '\0');
-    read(text.data(), &size);
-    return text;
-}
-
-// What data are copied to and from need not be aligned for it.
-template <typename Value>
-Value fromData(const void* data)
-{
-    Value value;
-    std::memcpy(&value, data, sizeof value);
-    return value;
-}
-
-template <typename Value>
-bool toData(const Value& value, void* data)
-{
-    std::memcpy(data, &value, sizeof value);
-    return true;
-}
-
-struct Rectangle
-{
-    std::int32_t x, y, width, height;
-};
-
-struct Offset
-{
-    std::int32_t x, y;
-};
-
-struct BitmapLock
-{
-    std::uint32_t width, height, format;
-};
-
-bool isRectangle(const void* data)
-{
-    const auto place = fromData<Rectangle>(data);
-    return place.width > 0 && place.height > 0;
-}
-
-template <void (Window::*get)(int&, int&, int&, int&) const, void (Window::*set)(int, int, int, int)>
-constexpr DataProperty placeProperty(std::int32_t number)
-{
-    return {number,
-            sizeof(Rectangle),
-            false,
-            [](const Owner& o, void* data) {
-                Rectangle place{};
-                (o.window->*get)(place.x, place.y, place.width, place.height);
-                return toData(place, data);
-            },
-            [](const Owner& o, const void* data) {
-                const auto place = fromData<Rectangle>(data);
-                (o.window->*set)(place.x, place.y, place.width, place.height);
-                return true;
-            },
-            &isRectangle};
-}
-
-bool setTransientParent(const Owner& owner, const void* data)
-{
-    const HWND parent = static_cast<HWND>(fromData<void*>(data));
-    owner.window->setTransientParent(parent);
-    return owner.window->transientParent() == parent;
-}
-
-bool isBitmapLock(const void* data)
-{
-    const auto lock = fromData<BitmapLock>(data);
-    constexpr std::uint32_t most = std::numeric_limits<std::int32_t>::max();
-    return lock.width > 0 && lock.width <= most && lock.height > 0 && lock.height <= most &&
-           (lock.format == VT_FORMAT_MONO8 || lock.format == VT_FORMAT_RGB8 || lock.format == VT_FORMAT_RGBA8);
-}
-
-bool readBitmapLock(const Owner& owner, void* data)
-{
-    RawImage bitmap;
-    return owner.window->getBitmap(&bitmap) &&
-           toData(BitmapLock{static_cast<std::uint32_t>(bitmap.width), static_cast<std::uint32_t>(bitmap.height),
-                             bitmap.format},
-                  data);
-}
-
-bool writeBitmapLock(const Owner& owner, const void* data)
-{
-    if (!data)
-        return owner.window->unlockBitmap(), true;
-    const auto lock = fromData<BitmapLock>(data);
-    return owner.window->setBitmapLocked(static_cast<int>(lock.width), static_cast<int>(lock.height),
-                                         static_cast<Format>(lock.format));
-}
-
-// The tables ----------------------------------------------------------------------------------------------------------
-
-using W = Window;
-using S = AbstractAcquisitionInterface;
-
-constexpr Property<std::int32_t> int32Properties[] = {
-    {VT_WINDOW_COLOR_TABLE, [](const Owner& o) { return static_cast<std::int32_t>(o.window->colorTable()); },
-     [](const Owner& o, std::int32_t table) { return o.window->setColorTable(static_cast<ColorTable>(table)), true; },
-     &isUpTo<VT_COLOR_TABLE_CONTOURS>},
-    {VT_WINDOW_BAYER_FILTER_OVERRIDE,
-     [](const Owner& o) { return static_cast<std::int32_t>(o.window->bayerFilterOverride()); },
-     [](const Owner& o, std::int32_t filter) {
-         return o.window->setBayerFilterOverride(static_cast<Format>(filter)), true;
-     },
-     &isPattern},
-    {VT_WINDOW_REFRESH_RATE, [](const Owner& o) { return std::int32_t{o.window->refreshRate()}; },
-     [](const Owner& o, std::int32_t rate) { return o.window->setRefreshRate(rate), true; },
-     [](std::int32_t rate) { return rate >= 1; }},
-    {VT_WINDOW_SHOW_STATE, &showState, &setShowState, &isUpTo<VT_SHOW_MAXIMIZED>},
-    {VT_WINDOW_ACQUISITION_STATE, &acquisitionState, &setAcquisitionState, &isUpTo<VT_ACQUISITION_RUNNING>},
-    startFixedBound<&S::startFixedMin, &S::setStartFixedMin>(VT_SOURCE_START_FIXED_MIN),
-    startFixedBound<&S::startFixedMax, &S::setStartFixedMax>(VT_SOURCE_START_FIXED_MAX),
-    startFixedBound<&S::startFixedInc, &S::setStartFixedInc>(VT_SOURCE_START_FIXED_INC),
-    {VT_SOURCE_SETUP_MODE_COUNT, [](const Owner& o) { return static_cast<std::int32_t>(o.source().setupModeCount()); },
-     nullptr, nullptr},
-};
-
-constexpr Property<double> doubleProperties[] = {
-    {VT_WINDOW_ZOOM, [](const Owner& o) { return o.window->zoomLevel(); },
-     [](const Owner& o, double zoom) { return o.window->setZoomLevel(zoom), true; },
-     [](double zoom) { return zoom >= Surface::scalingMin() && zoom <= Surface::scalingMax(); }},
-};
-
-constexpr Property<bool> boolProperties[] = {
-    {VT_APP_QUIT_ON_LAST_WINDOW_CLOSED, [](const Owner& o) { return o.application->quitOnLastWindowClosed(); },
-     [](const Owner& o, bool quit) { return o.application->setQuitOnLastWindowClosed(quit), true; }, nullptr},
-    windowSwitch<&W::isVisible, &W::setVisible>(VT_WINDOW_VISIBLE),
-    {VT_WINDOW_RAISE, nullptr,
-     [](const Owner& o, bool raise) {
-         if (raise)
-             o.window->raise();
-         return true;
-     },
-     nullptr},
-    windowSwitch<&W::closeable, &W::setCloseable>(VT_WINDOW_CLOSEABLE),
-    windowSwitch<&W::isFullScreen, &W::setFullScreen>(VT_WINDOW_FULL_SCREEN),
-    windowSwitch<&W::isExhibitView, &W::setExhibitView>(VT_WINDOW_EXHIBIT_VIEW),
-    windowSwitch<&W::zoomToFit, &W::setZoomToFit>(VT_WINDOW_ZOOM_TO_FIT),
-    windowSwitch<&W::pixelCrosshairVisible, &W::setPixelCrosshairVisible>(VT_WINDOW_PIXEL_CROSSHAIR_VISIBLE),
-    windowSwitch<&W::bayerDemosaicEnabled, &W::setBayerDemosaicEnabled>(VT_WINDOW_BAYER_DEMOSAIC_ENABLED),
-    windowSwitch<&W::rgbOrderReversed, &W::setRgbOrderReversed>(VT_WINDOW_RGB_ORDER_REVERSED),
-    windowSwitch<&W::refreshEnabled, &W::setRefreshEnabled>(VT_WINDOW_REFRESH_ENABLED),
-    windowSwitch<&W::refreshRateAuto, &W::setRefreshRateAuto>(VT_WINDOW_REFRESH_RATE_AUTO),
-    windowSwitch<&W::keepImageInfoVisible, &W::setKeepImageInfoVisible>(VT_WINDOW_KEEP_IMAGE_INFO_VISIBLE),
-    windowSwitch<&W::previewFrameRate, &W::setPreviewFrameRate>(VT_WINDOW_PREVIEW_FRAME_RATE),
-    windowSwitch<&W::previewBuffersQueued, &W::setPreviewBuffersQueued>(VT_WINDOW_PREVIEW_BUFFERS_QUEUED),
-    windowSwitch<&W::previewBuffersFilled, &W::setPreviewBuffersFilled>(VT_WINDOW_PREVIEW_BUFFERS_FILLED),
-    windowSwitch<&W::previewBuffersDropped, &W::setPreviewBuffersDropped>(VT_WINDOW_PREVIEW_BUFFERS_DROPPED),
-    windowSwitch<&W::previewBuffersDelivered, &W::setPreviewBuffersDelivered>(VT_WINDOW_PREVIEW_BUFFERS_DELIVERED),
-    windowSwitch<&W::previewImageDimensions, &W::setPreviewImageDimensions>(VT_WINDOW_PREVIEW_IMAGE_DIMENSIONS),
-    windowSwitch<&W::previewImageFormat, &W::setPreviewImageFormat>(VT_WINDOW_PREVIEW_IMAGE_FORMAT),
-    windowSwitch<&W::previewPixelValue, &W::setPreviewPixelValue>(VT_WINDOW_PREVIEW_PIXEL_VALUE),
-    windowSwitch<&W::previewZoomLevel, &W::setPreviewZoomLevel>(VT_WINDOW_PREVIEW_ZOOM_LEVEL),
-    windowSwitch<&W::previewSetupMode, &W::setPreviewSetupMode>(VT_WINDOW_PREVIEW_SETUP_MODE),
-    capability<&S::hasSetup>(VT_SOURCE_HAS_SETUP),
-    capability<&S::hasSetupMode>(VT_SOURCE_HAS_SETUP_MODE),
-    capability<&S::hasCleanup>(VT_SOURCE_HAS_CLEANUP),
-    capability<&S::hasTrigger>(VT_SOURCE_HAS_TRIGGER),
-    capability<&S::hasStartSingleReverse>(VT_SOURCE_HAS_START_SINGLE_REVERSE),
-    capability<&S::hasStartReverse>(VT_SOURCE_HAS_START_REVERSE),
-    capability<&S::hasStart>(VT_SOURCE_HAS_START),
-    capability<&S::hasStartFixed>(VT_SOURCE_HAS_START_FIXED),
-    capability<&S::hasStartSingle>(VT_SOURCE_HAS_START_SINGLE),
-    capability<&S::hasPause>(VT_SOURCE_HAS_PAUSE),
-    capability<&S::hasStop>(VT_SOURCE_HAS_STOP),
-    capability<&S::hasFrameRate>(VT_SOURCE_HAS_FRAME_RATE),
-    capability<&S::hasFramesQueued>(VT_SOURCE_HAS_FRAMES_QUEUED),
-    capability<&S::hasFramesFilled>(VT_SOURCE_HAS_FRAMES_FILLED),
-    capability<&S::hasFramesDropped>(VT_SOURCE_HAS_FRAMES_DROPPED),
-    capability<&S::hasFramesDelivered>(VT_SOURCE_HAS_FRAMES_DELIVERED),
-    actionSwitch<&Action::isCheckable, &Action::setCheckable>(VT_ACTION_CHECKABLE),
-    actionSwitch<&Action::isChecked, &Action::setChecked>(VT_ACTION_CHECKED),
-    actionSwitch<&Action::isEnabled, &Action::setEnabled>(VT_ACTION_ENABLED),
-};
-
-constexpr TextProperty textProperties[] = {
-    {VT_WINDOW_TITLE, [](const Owner& o, char* buffer, std::size_t* size) { return o.window->title(buffer, size); },
-     [](const Owner& o, const char* text) { return o.window->setTitle(text), true; }},
-    {VT_WINDOW_GEOMETRY_TEXT,
-     [](const Owner& o, char* buffer, std::size_t* size) { return o.window->saveGeometry(buffer, size); },
-     [](const Owner& o, const char* text) { return o.window->restoreGeometry(text); }},
-    {VT_WINDOW_ABOUT_TITLE,
-     [](const Owner& o, char* buffer, std::size_t* size) { return o.window->applicationAboutTitle(buffer, size); },
-     [](const Owner& o, const char* text) {
-         const std::string description =
-             wholeText([&](char* buffer, std::size_t* size) { o.window->applicationAboutDescription(buffer, size); });
-         return o.window->setApplicationAbout(text, description.c_str()), true;
-     }},
-    {VT_WINDOW_ABOUT_TEXT,
-     [](const Owner& o, char* buffer, std::size_t* size) {
-         return o.window->applicationAboutDescription(buffer, size);
-     },
-     [](const Owner& o, const char* text) {
-         const std::string title =
-             wholeText([&](char* buffer, std::size_t* size) { o.window->applicationAboutTitle(buffer, size); });
-         return o.window->setApplicationAbout(title.c_str(), text), true;
-     }},
-    {VT_ACTION_TEXT, [](const Owner& o, char* buffer, std::size_t* size) { return o.action->text(buffer, size); },
-     [](const Owner& o, const char* text) { return o.action->setText(text), true; }},
-    {VT_ACTION_TOOL_TIP,
-     [](const Owner& o, char* buffer, std::size_t* size) { return o.action->toolTip(buffer, size); },
-     [](const Owner& o, const char* text) { return o.action->setToolTip(text), true; }},
-};
-
-constexpr DataProperty dataProperties[] = {
-    placeProperty<&W::getGeometry, &W::setGeometry>(VT_WINDOW_GEOMETRY),
-    placeProperty<&W::getFrameGeometry, &W::setFrameGeometry>(VT_WINDOW_FRAME_GEOMETRY),
-    {VT_WINDOW_IMAGE_OFFSET, sizeof(Offset), false,
-     [](const Owner& o, void* data) {
-         return toData(Offset{o.window->imageOffsetX(), o.window->imageOffsetY()}, data);
-     },
-     [](const Owner& o, const void* data) {
-         const auto offset = fromData<Offset>(data);
-         return o.window->setImageOffset(offset.x, offset.y), true;
-     },
-     nullptr},
-    {VT_WINDOW_TRANSIENT_PARENT, sizeof(void*), false,
-     [](const Owner& o, void* data) { return toData(static_cast<void*>(o.window->transientParent()), data); },
-     &setTransientParent, nullptr},
-    {VT_WINDOW_BITMAP_LOCK, sizeof(BitmapLock), true, &readBitmapLock, &writeBitmapLock, &isBitmapLock},
-    {VT_WINDOW_BITMAP, sizeof(VTRawImage), true,
-     [](const Owner& o, void* data) {
-         RawImage bitmap;
-         return o.window->getBitmap(&bitmap) && toData(toVTRawImage(bitmap), data);
-     },
-     nullptr, nullptr},
-};
-
-// What all functions share --------------------------------------------------------------------------------------------
-
 enum OwnerKind { OfApplication = 1, OfWindow, OfSource, OfAction };
-
-template <typename Row, std::size_t count>
-const Row* findRow(const Row (&table)[count], std::int32_t number)
-{
-    const auto* const row =
-        std::find_if(std::begin(table), std::end(table), [=](const Row& one) { return one.number == number; });
-    return row != std::end(table) ? row : nullptr;
-}
 
 bool isProperty(std::int32_t number)
 {
-    return findRow(int32Properties, number) || findRow(doubleProperties, number) || findRow(boolProperties, number) ||
-           findRow(textProperties, number) || findRow(dataProperties, number);
+    return int32Properties().find(number) || doubleProperties().find(number) || boolProperties().find(number) ||
+           textProperties().find(number) || dataProperties().find(number);
 }
 
 bool isOwnerLive(VTHandle handle, std::int32_t number)
@@ -420,9 +46,9 @@ Owner ownerOf(VTHandle handle)
 }
 
 // `work` gets the row of the property in its table.
-template <typename Row, std::size_t count, typename Work>
+template <typename Row, typename Work>
 std::int32_t callOnProperty(VTHandle handle, std::int32_t number, std::initializer_list<const void*> required,
-                            const Row (&table)[count], Work&& work) noexcept
+                            const PropertyTable<Row>& table, Work&& work) noexcept
 {
     return guarded([&]() -> std::int32_t {
         const std::int32_t refusal = firstChecks(handle, VT_ERROR_NULL_POINTER, required);
@@ -432,15 +58,15 @@ std::int32_t callOnProperty(VTHandle handle, std::int32_t number, std::initializ
             return VT_ERROR_WRONG_HANDLE;
         if (!handles().isUserInterfaceThread())
             return VT_ERROR_WRONG_THREAD;
-        const Row* const row = findRow(table, number);
+        const Row* const row = table.find(number);
         if (!row)
             return isProperty(number) ? VT_ERROR_PROPERTY_TYPE : VT_ERROR_UNKNOWN_PROPERTY;
         return work(*row);
     });
 }
 
-template <typename Value, std::size_t count>
-std::int32_t setProperty(VTHandle handle, std::int32_t number, const Property<Value> (&table)[count],
+template <typename Value>
+std::int32_t setProperty(VTHandle handle, std::int32_t number, const PropertyTable<Property<Value>>& table,
                          Value value) noexcept
 {
     return callOnProperty(handle, number, {}, table, [&](const Property<Value>& property) -> std::int32_t {
@@ -452,8 +78,8 @@ std::int32_t setProperty(VTHandle handle, std::int32_t number, const Property<Va
     });
 }
 
-template <typename Value, std::size_t count>
-std::int32_t getProperty(VTHandle handle, std::int32_t number, const Property<Value> (&table)[count],
+template <typename Value>
+std::int32_t getProperty(VTHandle handle, std::int32_t number, const PropertyTable<Property<Value>>& table,
                          Value* value) noexcept
 {
     return callOnProperty(handle, number, {value}, table, [&](const Property<Value>& property) -> std::int32_t {
@@ -468,22 +94,22 @@ std::int32_t getProperty(VTHandle handle, std::int32_t number, const Property<Va
 
 std::int32_t VTSetPropInt32(VTHandle handle, std::int32_t property, std::int32_t value)
 {
-    return setProperty(handle, property, int32Properties, value);
+    return setProperty(handle, property, int32Properties(), value);
 }
 
 std::int32_t VTSetPropDouble(VTHandle handle, std::int32_t property, double value)
 {
-    return setProperty(handle, property, doubleProperties, value);
+    return setProperty(handle, property, doubleProperties(), value);
 }
 
 std::int32_t VTSetPropBool(VTHandle handle, std::int32_t property, bool value)
 {
-    return setProperty(handle, property, boolProperties, value);
+    return setProperty(handle, property, boolProperties(), value);
 }
 
 std::int32_t VTSetPropCStr(VTHandle handle, std::int32_t property, const char* value)
 {
-    return callOnProperty(handle, property, {value}, textProperties, [&](const TextProperty& text) -> std::int32_t {
+    return callOnProperty(handle, property, {value}, textProperties(), [&](const TextProperty& text) -> std::int32_t {
         return text.write(ownerOf(handle), value) ? VT_OK : VT_ERROR_PROPERTY_REFUSED;
     });
 }
@@ -491,7 +117,7 @@ std::int32_t VTSetPropCStr(VTHandle handle, std::int32_t property, const char* v
 std::int32_t VTSetPropData(VTHandle handle, std::int32_t property, const void* data, std::size_t size)
 {
     const void* const required = size > 0 ? data : handle;
-    return callOnProperty(handle, property, {required}, dataProperties, [&](const DataProperty& row) -> std::int32_t {
+    return callOnProperty(handle, property, {required}, dataProperties(), [&](const DataProperty& row) -> std::int32_t {
         if (!row.write)
             return VT_ERROR_READ_ONLY;
         const bool isAbsent = size == 0 && row.mayBeAbsent;
@@ -503,22 +129,22 @@ std::int32_t VTSetPropData(VTHandle handle, std::int32_t property, const void* d
 
 std::int32_t VTGetPropInt32(VTHandle handle, std::int32_t property, std::int32_t* value)
 {
-    return getProperty(handle, property, int32Properties, value);
+    return getProperty(handle, property, int32Properties(), value);
 }
 
 std::int32_t VTGetPropDouble(VTHandle handle, std::int32_t property, double* value)
 {
-    return getProperty(handle, property, doubleProperties, value);
+    return getProperty(handle, property, doubleProperties(), value);
 }
 
 std::int32_t VTGetPropBool(VTHandle handle, std::int32_t property, bool* value)
 {
-    return getProperty(handle, property, boolProperties, value);
+    return getProperty(handle, property, boolProperties(), value);
 }
 
 std::int32_t VTGetPropCStr(VTHandle handle, std::int32_t property, char* buffer, std::size_t* size)
 {
-    return callOnProperty(handle, property, {size}, textProperties, [&](const TextProperty& text) -> std::int32_t {
+    return callOnProperty(handle, property, {size}, textProperties(), [&](const TextProperty& text) -> std::int32_t {
         text.read(ownerOf(handle), buffer, size);
         return VT_OK;
     });
@@ -526,16 +152,15 @@ std::int32_t VTGetPropCStr(VTHandle handle, std::int32_t property, char* buffer,
 
 std::int32_t VTGetPropData(VTHandle handle, std::int32_t property, void* buffer, std::size_t* size)
 {
-    return callOnProperty(handle, property, {size}, dataProperties, [&](const DataProperty& row) -> std::int32_t {
-        VTRawImage largest{};
-        static_assert(sizeof largest >= sizeof(Rectangle) && sizeof largest >= sizeof(BitmapLock));
+    return callOnProperty(handle, property, {size}, dataProperties(), [&](const DataProperty& row) -> std::int32_t {
+        LargestData data{};
         const std::size_t capacity = *size;
-        *size = row.read(ownerOf(handle), &largest) ? row.size : 0;
+        *size = row.read(ownerOf(handle), &data) ? row.size : 0;
         if (!buffer)
             return VT_OK;
         if (capacity < *size)
             return VT_ERROR_BUFFER_TOO_SMALL;
-        std::memcpy(buffer, &largest, *size);
+        std::memcpy(buffer, &data, *size);
         return VT_OK;
     });
 }
