@@ -18,8 +18,9 @@ class AbstractAcquisitionInterface;
 class Surface;
 
 /// Fetches frames from a source on a worker thread of its own, converts them on all processors, and publishes the
-/// newest on the surface. Frames are asked for at the refresh rate while the source is set up, and at once when the
-/// source announces one. The user-interface thread never waits for the source.
+/// newest on the surface. Frames are asked for at the refresh rate while the source is set up (ten times a second once
+/// it has had none for a second), and at once when the source announces one. The user-interface thread never waits for
+/// the source.
 ///
 /// Bound to the user-interface thread. Surface and source are not owned; the source must outlive the stream, whose
 /// destructor waits for a fetch that is under way.

@@ -20,7 +20,10 @@ namespace Vistrel {
 
 namespace {
 
-constexpr int firstIntervalMs = 16;
+// A source that had no frame for the first of these is asked at the second of these intervals: waking two threads at
+// the screen's rate for nothing would cost half a percent of a processor.
+constexpr int restAfterMs = 1000;
+constexpr int restIntervalMs = 100;
 
 // Pixel values of a demosaiced frame are read from its colours, all others from the raw frame.
 bool isDemosaiced(const DisplayFrame& frame)
@@ -54,7 +57,8 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { post(); }))
 {
     refreshTimer->setTimerType(Qt::PreciseTimer);
-    refreshTimer->setInterval(firstIntervalMs);
+    refreshTimer->setInterval(refreshMs);
+    sinceFrame.start();
     connect(refreshTimer, SIGNAL(timeout()), this, SLOT(getNextFrame()));
 }
 
@@ -112,7 +116,21 @@ void SurfaceStream::PrivateData::applyRefreshRateHz(qreal rateHz)
     if (!(rateHz > 0))
         return;
     const double longest = std::numeric_limits<int>::max();
-    refreshTimer->setInterval(static_cast<int>(std::clamp(1000.0 / rateHz, 1.0, longest)));
+    refreshMs = static_cast<int>(std::clamp(1000.0 / rateHz, 1.0, longest));
+    expectFrame();
+}
+
+void SurfaceStream::PrivateData::expectFrame()
+{
+    sinceFrame.restart();
+    pace();
+}
+
+void SurfaceStream::PrivateData::pace()
+{
+    const int interval = sinceFrame.hasExpired(restAfterMs) ? std::max(refreshMs, restIntervalMs) : refreshMs;
+    if (interval != refreshTimer->interval())
+        refreshTimer->setInterval(interval);
 }
 
 void SurfaceStream::PrivateData::connectScreen()
@@ -146,7 +164,7 @@ void SurfaceStream::setRefreshEnabled(bool enabled)
 
 int SurfaceStream::refreshRate() const
 {
-    return 1000 / m_data->refreshTimer->interval();
+    return 1000 / m_data->refreshMs;
 }
 
 void SurfaceStream::setRefreshRate(int hz)
@@ -189,6 +207,7 @@ void SurfaceStream::PrivateData::updateStreamStates()
         return;
     }
     worker->acceptFrames();
+    expectFrame();
     if (!refreshTimer->isActive())
         refreshTimer->start();
 }
@@ -212,6 +231,7 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
         worker->requestAndWait();
     else
         worker->request();
+    pace();
     publishNew();
 }
 
@@ -231,8 +251,10 @@ void SurfaceStream::PrivateData::publish()
 void SurfaceStream::PrivateData::publishNew()
 {
     const DisplayFramePtr front = worker->front();
-    if (front && front->sequence > publishedSequence)
-        updateImage();
+    if (!front || front->sequence <= publishedSequence)
+        return;
+    expectFrame();
+    updateImage();
 }
 
 void SurfaceStream::PrivateData::updateImage()

@@ -6,6 +6,7 @@
 
 #include <Vistrel/SurfaceStream.h>
 
+#include <QtCore/QElapsedTimer>
 #include <QtCore/QMetaObject>
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
@@ -25,11 +26,14 @@ public:
 
     void connectScreen();
     void disconnectScreen();
+    void expectFrame(); ///< asks at the full rate again
 
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
     AbstractAcquisitionInterface* const source;
     QTimer* const refreshTimer; // the stream's child
+    int refreshMs = 16;         // the timer's interval, unless the source is at rest
+    QElapsedTimer sinceFrame;   // since a frame was last published, or may be expected
     bool refreshRateAuto = false;
     QMetaObject::Connection screenRateConnection;
     QMetaObject::Connection primaryScreenConnection;
@@ -58,6 +62,7 @@ private:
     bool asksSetUp() const;
     void post();
     void publishNew();
+    void pace();
 };
 
 } // namespace Vistrel

@@ -2,6 +2,8 @@
 // The commands that the main window gives its source, and what is shown of them.
 #include "window/WindowQt_p.h"
 
+#include "pipeline/SurfaceStream_p.h"
+
 #include <QtWidgets/QAction>
 #include <QtWidgets/QProgressBar>
 
@@ -37,6 +39,7 @@ void WindowQt::PrivateData::showBusyWork(const QString& message)
 
 void WindowQt::PrivateData::cleanupBusyWork(BusyWorkResult result)
 {
+    stream->m_data->expectFrame();
     updateActionStates();
     progress->hide();
     form.statusBar->clearMessage();

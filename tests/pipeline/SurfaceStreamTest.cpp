@@ -103,6 +103,7 @@ private Q_SLOTS:
     void throwingSourceIsReported();
     void restlessSource();
     void blockedSourceStopsNothing();
+    void sourceAtRestIsAskedLessOften();
     void surfaceAndStreamEndInAnyOrder();
     void sourceOfUnreadableBuffers();
     void slotsMayCallBack();
@@ -263,6 +264,25 @@ void SurfaceStreamTest::blockedSourceStopsNothing()
     std::thread release([&] { gate.openForGood(); });
     display.reset();
     release.join();
+}
+
+void SurfaceStreamTest::sourceAtRestIsAskedLessOften()
+{
+    const TestFrame frame(4, 4, Mono8);
+    PushSource source;
+    Display display(source);
+    const auto* const timer = display.stream.findChild<QTimer*>();
+    display.stream.setRefreshRate(50);
+    QCOMPARE(timer->interval(), 20);
+    QTRY_COMPARE(timer->interval(), 100);
+    QCOMPARE(display.stream.refreshRate(), 50);
+    source.push(frame.raw);
+    QTRY_COMPARE(timer->interval(), 20);
+    QTRY_COMPARE(timer->interval(), 100);
+    display.stream.updateAcquisitionState();
+    QCOMPARE(timer->interval(), 20);
+    display.stream.setRefreshRate(5);
+    QCOMPARE(timer->interval(), 200);
 }
 
 void SurfaceStreamTest::surfaceAndStreamEndInAnyOrder()
