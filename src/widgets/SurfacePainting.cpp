@@ -178,7 +178,8 @@ void Surface::PrivateData::paintImage(QPainter& painter, const QRegion& region)
         for (const QRect& rect : region.subtracted(covered))
             painter.fillRect(rect, surface->palette().brush(QPalette::Window));
     }
-    if (isShown)
+    // The image shares the pixels.
+    if (isShown && !sampler.draw(painter, target, shown.toImage(), source, region.boundingRect()))
         drawPart(painter, target, shown, source);
 }
 

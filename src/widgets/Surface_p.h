@@ -4,6 +4,7 @@
 
 #include <Vistrel/Surface.h>
 
+#include "widgets/PictureSampler.h"
 #include "widgets/PixelOverlay.h"
 #include "widgets/SurfaceGeometry.h"
 
@@ -85,7 +86,8 @@ public:
     ImageSource from;
     std::atomic<int> sourceChanged{1}; // kind, format or size; the overlay's labels are to be measured again
 
-    PixelOverlay overlay; // user-interface thread only, as all below
+    PictureSampler sampler; // user-interface thread only, as all below
+    PixelOverlay overlay;
     bool crosshairVisible = false;
     QPoint activePixel{-1, -1};
     bool valueOverlayEnabled = true;
