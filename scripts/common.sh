@@ -8,8 +8,8 @@ build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libqt5x11extras5-de
     libboost-thread-dev libhwy-dev librsvg2-bin
     libaravis-dev libusb-1.0-0-dev)
 display_packages=(xvfb openbox xauth fonts-dejavu-core)
-# The camera test: a fake camera, in a network namespace of its own.
-test_packages=(aravis-tools iproute2 fonts-dejavu-core)
+# The camera test: a fake camera, in a network namespace of its own. The Python test: a user at the keyboard.
+test_packages=(aravis-tools iproute2 fonts-dejavu-core python3-numpy xdotool)
 
 # Writes a line that is told apart from the output of the tools.
 say() {

@@ -14,7 +14,8 @@ class VISTREL_EXPORT Application : public BaseClass
 {
 public:
     /// Throws `std::runtime_error` when an application exists already, also one that was made with the toolkit alone,
-    /// and `std::invalid_argument` when `argc` is negative or one of the `argc` entries of `argv` is null.
+    /// or when no X server is found where one is needed, and `std::invalid_argument` when `argc` is negative or one of
+    /// the `argc` entries of `argv` is null.
     Application(int argc, const char* const* argv);
     /// Must run outside `exec()`. Deletes the windows that are left, with their sources, and the toolkit's application
     /// object. A call to a source has three seconds to return; then the source is left alone, with a line on the

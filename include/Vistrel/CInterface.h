@@ -9,7 +9,8 @@
  * function.
  *
  * Threads: the thread that calls `VTAppCreate` is the user-interface thread, and all functions belong there, but for
- * those marked "any thread".
+ * those marked "any thread". Another thread that may come too late has to reckon with NO_APPLICATION, WRONG_HANDLE (the
+ * window is destroyed) and WINDOW_CLOSED.
  *
  * Handles: a window is there until `VTWindowDestroy` or the end of the application; its handle answers
  * VT_ERROR_WINDOW_CLOSED once the user has closed the window, and VT_ERROR_WRONG_HANDLE once it is destroyed. An
@@ -49,8 +50,9 @@ typedef struct VTRawImage
 
 /* Pixel formats: the sum of depth, mosaic pattern, channel order and packing. Words of 10 to 16 bits are unsigned
  * 16-bit little-endian, right-aligned. In the RGB orders of 8-bit and 16-bit channels the first channel in memory is
- * blue, in the BGR orders it is red; in the 30-bit word RGB has red in bits 0 to 9, BGR in bits 20 to 29. In packed
- * formats rows are as long as without packing: width x 2 bytes. */
+ * blue, in the BGR orders it is red (RGB8 + ORDER_BGR is what most array libraries call RGB); in the 30-bit word RGB
+ * has red in bits 0 to 9, BGR in bits 20 to 29. Bytes a pixel: 1 for a depth of 8, 2 for 10 to 16 (rows of
+ * packed formats are as long as without packing), 3 for 24, 4 for 30 and 32, 6 above. */
 enum VTFormat {
     VT_FORMAT_MONO8 = 8,
     VT_FORMAT_MONO10 = 10,
@@ -120,8 +122,10 @@ VISTREL_EXPORT const char* VTResultText(int32_t result);
  */
 
 /* Makes the application, of which a process has one at a time, and makes this thread the user-interface thread. The
- * arguments are copied. APPLICATION_EXISTS; NULL_POINTER (argv); NULL_RESULT; APPLICATION_FAILED (a negative `argc`, a
- * null argument; an application of the toolkit's, of the class interface, or one that is ending). */
+ * arguments are copied; C wants `(const char* const*)argv`. APPLICATION_EXISTS; NULL_POINTER (argv); NULL_RESULT;
+ * APPLICATION_FAILED (a negative `argc`, a null argument; an application of the toolkit's, of the class interface, or
+ * one that is ending; no X server where one is needed). On Linux the process's locale becomes that of its environment.
+ */
 VISTREL_EXPORT int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result);
 
 /* Ends the application with all its windows and handles. Calls to host functions have three seconds to return; then
@@ -397,7 +401,8 @@ enum VTFeature {
     VT_FEATURE_SETUP_MODE = 300,  /* Name: a command with the setup mode's name */
 
     /* Query. Asked on the user-interface thread, often: answer at once. Without a function of its own a registered
-     * command is always possible, the source is set up, stopped is not running, and the other states are false. */
+     * command is always possible, the source is set up, running unless one of the start commands is registered, stopped
+     * when not running, and the other states are false. */
     VT_FEATURE_CAN_SETUP = 400,
     VT_FEATURE_CAN_SETUP_MODE = 401,
     VT_FEATURE_CAN_CLEANUP = 402,
@@ -434,20 +439,20 @@ enum VTFeature {
     VT_FEATURE_NEXT_FRAME = 800,
 
     /* Released. Every frame lent, pushed or pulled, comes back here exactly once, its fields unchanged: when a newer
-     * one replaced it unseen, when it was cleared or could not be shown, or when it is no longer the one in view nor
-     * read. The one in view stays lent for pixel values and saving, so three buffers are enough for any rate. Any
-     * thread; no frame must be pushed from within it. */
+     * one replaced it unseen, when it was taken away or could not be shown, or when it is no longer the one in view nor
+     * read. The one in view stays lent for pixel values and saving, so three buffers are enough for any rate. Register
+     * it before the first frame. Any thread; no frame must be pushed from within it. */
     VT_FEATURE_FRAME_RELEASED = 900,
 
     /* Notify. User-interface thread. CLOSED: the user closes the window. FINISHED: the last call of all with `user`, of
      * actions and released frames, too, once the window has gone and every callback has returned; from then on user
-     * data, code and buffers are the host's again. It comes from the event loop or from VTAppDestroy. (For a callback
-     * that returns only after VTAppDestroy: on that callback's thread.) */
+     * data, code and buffers are the host's again. It comes from the event loop or from VTAppDestroy, but not for a
+     * callback that outlasts that. */
     VT_FEATURE_CLOSED = 1000,
     VT_FEATURE_FINISHED = 1001,
 
-    /* Load, Save. File names are in the local 8-bit encoding; the frame to be saved is readable until the function
-     * returns; a loaded one is copied and then released. User-interface thread. */
+    /* Load, Save. The window itself asks for saving alone. File names are in the local 8-bit encoding; the frame to be
+     * saved is readable until the function returns; a loaded one is copied and then released. User-interface thread. */
     VT_FEATURE_FILE_LOAD = 1100,
     VT_FEATURE_FILE_SAVE = 1200
 };

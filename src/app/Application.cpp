@@ -4,6 +4,7 @@
 
 #include "base/Report.h"
 #include "dialogs/WaitingCalls.h"
+#include "platform/Display.h"
 #include "platform/PluginPath.h"
 #include "platform/TransientParents.h"
 #include "window/SourceKeeper.h"
@@ -77,6 +78,8 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
 
     if (QCoreApplication::instance())
         refuse("The toolkit application exists already.");
+    if (!hasDisplay(arguments))
+        refuse("There is no display.");
     addToolkitPluginPath();
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
 }

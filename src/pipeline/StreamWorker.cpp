@@ -36,8 +36,11 @@ void StreamWorker::start()
         m_thread = std::make_unique<boost::thread>([this] {
             work();
             std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> left;
-            const std::lock_guard<std::mutex> guard(m_handshakeMutex);
-            left.swap(m_left);
+            {
+                const std::lock_guard<std::mutex> guard(m_handshakeMutex);
+                left.swap(m_left);
+            }
+            left.first.reset(); // before the source, which may be the end of what the frames belong to
         });
     } catch (...) {
         m_running.store(false);

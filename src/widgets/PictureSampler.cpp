@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Paints a picture at any scale without interpolation.
+// Paints a grey picture at any scale without interpolation.
 #include "widgets/PictureSampler.h"
 
 #include <QtGui/QPainter>
@@ -32,17 +32,19 @@ bool isWholeTranslation(const QTransform& transform)
            transform.dy() == std::floor(transform.dy());
 }
 
+void sampleRow(const std::uint8_t* row, const std::vector<int>& columns, std::uint32_t* line)
+{
+    for (const int column : columns)
+        *line++ = 0xFF000000u | row[column] * 0x010101u;
+}
+
 } // namespace
 
 bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage& picture, const QRectF& source,
                           const QRect& needed)
 {
-    const QImage::Format format = picture.format();
-    const bool isGray = format == QImage::Format_Grayscale8;
-    const bool isColor = format == QImage::Format_RGBX8888 || format == QImage::Format_RGB32;
-    const bool isPlainCopy = format == QImage::Format_RGB32 && source.size() == target.size();
-    if ((!isGray && !isColor) || isPlainCopy || painter.device()->devicePixelRatioF() != 1.0 ||
-        !isWholeTranslation(painter.combinedTransform()))
+    if (picture.format() != QImage::Format_Grayscale8 || source.size() == target.size() ||
+        painter.device()->devicePixelRatioF() != 1.0 || !isWholeTranslation(painter.combinedTransform()))
         return false;
 
     const int left = std::max(firstCentreFrom(target.left()), needed.left());
@@ -73,30 +75,11 @@ bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage&
         if (row == before)
             std::memcpy(line, line - stride, static_cast<std::size_t>(width) * 4);
         else
-            sampleRow(picture.constScanLine(row), format, reinterpret_cast<std::uint32_t*>(line));
+            sampleRow(picture.constScanLine(row), m_columns, reinterpret_cast<std::uint32_t*>(line));
         before = row;
     }
     painter.drawImage(QPoint(left, top), m_lines, QRect(0, 0, width, height));
     return true;
-}
-
-void PictureSampler::sampleRow(const std::uint8_t* row, QImage::Format format, std::uint32_t* line) const
-{
-    const std::size_t width = m_columns.size();
-    const int* const columns = m_columns.data();
-    const auto* const pixels = reinterpret_cast<const std::uint32_t*>(row);
-    if (format == QImage::Format_Grayscale8) {
-        for (std::size_t x = 0; x < width; ++x)
-            line[x] = 0xFF000000u | row[columns[x]] * 0x010101u;
-    } else if (format == QImage::Format_RGB32) {
-        for (std::size_t x = 0; x < width; ++x)
-            line[x] = 0xFF000000u | pixels[columns[x]];
-    } else {
-        for (std::size_t x = 0; x < width; ++x) {
-            const std::uint32_t pixel = pixels[columns[x]]; // red in the lowest byte
-            line[x] = 0xFF000000u | (pixel & 0xFFu) << 16 | (pixel & 0xFF00u) | (pixel >> 16 & 0xFFu);
-        }
-    }
 }
 
 } // namespace Vistrel

@@ -148,6 +148,16 @@ void ApplicationTest::failedConstructionLeavesNothing()
     QVERIFY_EXCEPTION_THROWN(Application(3, withNull), std::invalid_argument);
     QVERIFY_EXCEPTION_THROWN(Application(3, nullptr), std::invalid_argument);
     QVERIFY_EXCEPTION_THROWN(Application(-1, commandLine), std::invalid_argument);
+#if defined(Q_OS_LINUX)
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    const QByteArray display = qgetenv("DISPLAY");
+    qunsetenv("QT_QPA_PLATFORM");
+    qunsetenv("WAYLAND_DISPLAY");
+    qputenv("DISPLAY", ":no such display");
+    QVERIFY_EXCEPTION_THROWN(Application(3, commandLine), std::runtime_error);
+    qputenv("QT_QPA_PLATFORM", platform);
+    qputenv("DISPLAY", display);
+#endif
     QVERIFY(!Application::global());
     QVERIFY(!QCoreApplication::instance());
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Plays the user of an example program, which it is linked into: looks at its windows, uses them and closes them. The
 // program is to end by itself then.
+#include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
@@ -8,6 +9,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QMap>
 #include <QtCore/QTimer>
 #include <QtGui/QImage>
 #include <QtWidgets/QAction>
@@ -19,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <vector>
 
 using namespace Vistrel;
@@ -91,12 +94,33 @@ Step triggers(const char* text)
             }};
 }
 
+Step choosesFile(const QString& fileName)
+{
+    return {"chooses the format and a file", [=] {
+                auto* const dialog = openDialog<QFileDialog>();
+                const QString filter = QStringLiteral("Camera Frame (*.frame)");
+                if (!dialog || !dialog->nameFilters().contains(filter))
+                    return false;
+                dialog->selectNameFilter(filter);
+                dialog->selectFile(fileName);
+                return QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
+            }};
+}
+
+Step answersYes()
+{
+    return {"answers yes", [] {
+                auto* const box = openDialog<QMessageBox>();
+                return box && QMetaObject::invokeMethod(box->button(QMessageBox::Yes), "click", Qt::QueuedConnection);
+            }};
+}
+
 Step closes(const char* title = "")
 {
     return {"closes a window", [=] { return windowOf(title)->close(); }};
 }
 
-bool isShownFrameIn(const QString& fileName)
+bool isShownFrameIn(const QString& fileName, const QByteArray& header)
 {
     QFile file(fileName);
     RawImage raw;
@@ -105,7 +129,83 @@ bool isShownFrameIn(const QString& fileName)
         return false;
     const QByteArray pixels(reinterpret_cast<const char*>(raw.data),
                             static_cast<int>(raw.width * raw.height * bytesPerPixel(raw.format)));
-    return raw.format == Mono16 && file.readAll() == "FRAME Mono16 640 480\n" + pixels;
+    return file.readAll() == header + pixels;
+}
+
+// The C host's
+// ---------------------------------------------------------------------------------------------------------
+
+AbstractAcquisitionInterface* source()
+{
+    return windowOf()->acquisitionInterface();
+}
+
+// By a command after which one frame comes, and no other.
+std::vector<Step> takesOne(const char* command, bool (AbstractAcquisitionInterface::*isWaiting)() const)
+{
+    const auto before = std::make_shared<std::size_t>();
+    return {
+        {"counts", [=] { return *before = source()->framesDelivered(), true; }},
+        triggers(command),
+        {"takes one frame", [=] { return source()->framesDelivered() == *before + 1 && (source()->*isWaiting)(); }}};
+}
+
+bool looksColored()
+{
+    const QImage picture = pictureIn(windowOf());
+    const QColor right = picture.pixelColor(picture.width() - 20, 20);
+    const QColor bottom = picture.pixelColor(20, picture.height() - 20);
+    return right.red() > 200 && right.green() < 50 && bottom.red() < 50 && bottom.green() > 200;
+}
+
+QByteArray cFrameHeader(const QString& format)
+{
+    const QMap<QString, int> numbers = {
+        {QStringLiteral("mono8"), 8}, {QStringLiteral("rgb8"), 24}, {QStringLiteral("bayer12"), 0x300 + 12}};
+    return "FRAME " + QByteArray::number(numbers.value(format)) + " 1280 960\n";
+}
+
+std::vector<Step> cameraSteps(const QString& format)
+{
+    const QString saved = QStringLiteral("%1.%2.frame").arg(QCoreApplication::applicationFilePath(), format);
+    QFile::remove(saved);
+    const auto window = std::make_shared<const void*>();
+    const QSize size(701, 555);
+    const std::vector<std::vector<Step>> chapters = {
+        {sees({640, 480}),
+         {"sees the colours", [=] { return looksColored() == (format != QLatin1String("mono8")); }},
+         seesMore(),
+         triggers("actionPause"),
+         {"sees it paused", [] { return source()->isPaused(); }}},
+        takesOne("actionTrigger", &AbstractAcquisitionInterface::isPaused),
+        takesOne("actionStart_Single", &AbstractAcquisitionInterface::isStopped),
+        {triggers("actionStart_Reverse"),
+         {"sees it reversed", [] { return source()->isRunningReverse(); }},
+         seesMore(),
+         triggers("Full"),
+         {"sees the mode", [] { return entry("Full")->isChecked(); }},
+         triggers("actionStart"),
+         sees({1280, 960}),
+         triggers("actionStop"),
+         {"sees all frames back but one", [] { return source()->isStopped() && source()->framesQueued() == 2; }},
+         triggers("actionSave_Image"),
+         choosesFile(saved),
+         {"finds the frame in the file", [=] { return isShownFrameIn(saved, cFrameHeader(format)); }},
+         triggers("Crosshair"),
+         {"sees the crosshair", [] { return windowOf()->pixelCrosshairVisible(); }},
+         triggers("Reset..."),
+         answersYes(),
+         {"sees it reset", [] { return source()->framesDelivered() == 0; }},
+         {"resizes the window", [=] { return windowOf()->resize(size), *window = windowOf(), true; }},
+         triggers("Reopen &Window"),
+         {"finds another in its place", [=] { return windowOf() != *window && windowOf()->size() == size; }},
+         triggers("actionStart"),
+         seesMore(),
+         closes()}};
+    std::vector<Step> steps;
+    for (const std::vector<Step>& chapter : chapters)
+        steps.insert(steps.end(), chapter.begin(), chapter.end());
+    return steps;
 }
 
 std::vector<Step> stepsFor(const QString& program)
@@ -126,24 +226,17 @@ std::vector<Step> stepsFor(const QString& program)
                 closes()};
     }
     if (program == QLatin1String("file_format_test")) {
+        const char* const ramp = "FRAME Mono16 640 480\n";
         const QString given = QCoreApplication::arguments().value(1);
         if (!given.isEmpty())
-            return {sees({640, 480}), {"sees what is in the file", [=] { return isShownFrameIn(given); }}, closes()};
+            return {
+                sees({640, 480}), {"sees what is in the file", [=] { return isShownFrameIn(given, ramp); }}, closes()};
         const QString saved = QCoreApplication::applicationFilePath() + QStringLiteral(".frame");
         QFile::remove(saved);
         return {sees({640, 480}),
                 triggers("actionSave_Image"),
-                {"chooses the format and a file",
-                 [=] {
-                     auto* const dialog = openDialog<QFileDialog>();
-                     const QString filter = QStringLiteral("Camera Frame (*.frame)");
-                     if (!dialog || !dialog->nameFilters().contains(filter))
-                         return false;
-                     dialog->selectNameFilter(filter);
-                     dialog->selectFile(saved);
-                     return QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection);
-                 }},
-                {"finds the frame in the file", [=] { return isShownFrameIn(saved); }},
+                choosesFile(saved),
+                {"finds the frame in the file", [=] { return isShownFrameIn(saved, ramp); }},
                 closes()};
     }
     if (program == QLatin1String("user_actions_test")) {
@@ -154,15 +247,19 @@ std::vector<Step> stepsFor(const QString& program)
                 triggers("Crosshair"),
                 {"sees the crosshair", [] { return windowOf()->pixelCrosshairVisible(); }},
                 triggers("Reset"),
-                {"answers yes",
-                 [] {
-                     auto* const box = openDialog<QMessageBox>();
-                     return box &&
-                            QMetaObject::invokeMethod(box->button(QMessageBox::Yes), "click", Qt::QueuedConnection);
-                 }},
+                answersYes(),
                 {"sees it as it was", [=] { return !entry("&Invert")->isChecked() && !looksInverse(); }},
                 triggers("&Go Away"),
                 {"sees it gone", [] { return !entry("&Go Away"); }},
+                closes()};
+    }
+    if (program == QLatin1String("c_host_test")) {
+        const QStringList arguments = QCoreApplication::arguments();
+        if (arguments.size() > 2)
+            return cameraSteps(arguments[2]);
+        return {sees({1280, 960}),
+                {"sees what is in the file",
+                 [=] { return isShownFrameIn(arguments[1], cFrameHeader(QStringLiteral("bayer12"))); }},
                 closes()};
     }
     if (program == QLatin1String("two_windows_test")) {

@@ -19,6 +19,7 @@ echo "== Building by the CMake package"
 cached=$(sed -n 's/^Vistrel_DIR:[A-Z]*=//p' "$WORK_DIR/build/CMakeCache.txt")
 [ "$cached" = "$prefix/$LIBDIR/cmake/Vistrel" ] || { echo "FAIL: found another package: $cached"; exit 1; }
 "$WORK_DIR/build/plain"
+"$WORK_DIR/build/plain_c"
 "$WORK_DIR/build/host"
 
 echo "== Building by pkg-config"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What the guide's fragments take for granted: they are compiled after this, each as the body of a function.
+// What the guides' fragments take for granted: they are compiled after this, each as the body of SNIPPET.
 #pragma once
+
+#ifdef __cplusplus
 
 #include <Vistrel/Action.h>
 #include <Vistrel/Application.h>
@@ -25,3 +27,16 @@ public:
 };
 
 void snippet(Vistrel::Window& window);
+#define SNIPPET void snippet([[maybe_unused]] Vistrel::Window& window)
+
+#else
+
+#include <Vistrel/CInterface.h>
+
+#include <stdio.h>
+#include <stdlib.h>
+
+void snippet(VTWindowHandle window);
+#define SNIPPET void snippet(VTWindowHandle window)
+
+#endif

@@ -43,6 +43,7 @@ for toolkit in ON OFF; do
     "$CMAKE" --build "$WORK_DIR/build"
     cp "$WORK_DIR"/build/*.exe "$package/bin"
     wine "$package/bin/plain.exe"
+    wine "$package/bin/plain_c.exe"
 done
 wine "$package/bin/host.exe"
 echo "== All ran from the package"

@@ -26,7 +26,7 @@ public:
     }
     ~CallbackAction() override
     {
-        if (m_gone)
+        if (m_gone && isAdded)
             hostCall("action gone", false, [this] { return m_gone(userData), true; });
     }
 
@@ -38,6 +38,7 @@ public:
     }
 
     void* const userData;
+    bool isAdded = false; // what could not be added has not gone either
 
 private:
     const std::shared_ptr<HostFunctions> m_functions; // which are over only when this is
@@ -71,13 +72,15 @@ std::int32_t VTWindowAddAction(VTWindowHandle window, std::int32_t place, const 
             const auto parts = wrapper.parts();
             if (parts->acquisition->isClosed())
                 return VT_ERROR_ACTION_REFUSED;
-            ScopedActionInterface command(new CallbackAction(parts->acquisition->functions(), triggered, gone, user));
+            auto* const callback = new CallbackAction(parts->acquisition->functions(), triggered, gone, user);
+            ScopedActionInterface command(callback);
             Window& itsWindow = parts->window;
             std::unique_ptr<Action> action(
                 place == VT_PLACE_MENU       ? itsWindow.addMainMenuAction(std::move(command), menuTitle, text)
                 : place == VT_PLACE_TOOL_BAR ? itsWindow.addToolBarAction(std::move(command), text)
                                              : itsWindow.addImageStatsAction(std::move(command), text));
             handles().add(action.get(), action.get(), window);
+            callback->isAdded = true;
             *result = reinterpret_cast<VTActionHandle>(action.release());
             return VT_OK;
         });

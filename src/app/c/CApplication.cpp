@@ -79,8 +79,10 @@ std::int32_t VTAppDestroy(VTAppHandle app)
             all.isEnding = true;
             live.swap(all.live);
         }
-        for (const auto& [handle, entry] : live)
-            delete dynamic_cast<VTWindowWrapper*>(entry.object);
+        for (const auto& [handle, entry] : live) {
+            if (!entry.window) // actions go with their windows, and some have gone already
+                delete dynamic_cast<VTWindowWrapper*>(entry.object);
+        }
         delete &application;
         all.endFinishedCalls();
         return VT_OK;

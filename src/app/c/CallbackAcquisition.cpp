@@ -269,7 +269,9 @@ bool CallbackAcquisition::isRunningReverse() const
 
 bool CallbackAcquisition::isRunning() const
 {
-    return query(VT_FEATURE_IS_RUNNING, false);
+    const bool canBeStarted =
+        hasStart() || hasStartFixed() || hasStartSingle() || hasStartReverse() || hasStartSingleReverse();
+    return query(VT_FEATURE_IS_RUNNING, !canBeStarted);
 }
 
 bool CallbackAcquisition::isRunningFixed() const

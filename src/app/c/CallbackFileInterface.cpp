@@ -2,6 +2,8 @@
 // Image files that a C host's functions load and save.
 #include "app/c/CallbackFileInterface.h"
 
+#include "base/Report.h"
+
 #include <Vistrel/FileIO.h>
 
 #include <utility>
@@ -19,7 +21,7 @@ bool CallbackFileInterface::load(const char* const fileName, FileIO* const image
     if (!load || !image)
         return false;
     LentFrame frame(m_functions);
-    frame.isLent = load(fileName, &frame.image, m_functions->userData);
+    frame.isLent = hostCall("load", false, [&] { return load(fileName, &frame.image, m_functions->userData); });
     return frame.isLent && image->setData(toRawImage(frame.image));
 }
 

@@ -54,18 +54,14 @@ void Handles::remove(const void* handle)
 
 void Handles::callFinished(VTNotifyCallback callback, void* userData)
 {
-    {
-        const std::lock_guard<std::mutex> guard(mutex);
-        if (application || isEnding) {
-            finishedCalls.push_back({callback, userData});
-            // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
-            if (application)
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(), [this] { runFinishedCalls(); }, Qt::QueuedConnection);
-            return;
-        }
-    }
-    hostCall("finished", false, [&] { return callback(userData), true; });
+    const std::lock_guard<std::mutex> guard(mutex);
+    if (!application && !isEnding)
+        return;
+    finishedCalls.push_back({callback, userData});
+    // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
+    if (application)
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [this] { runFinishedCalls(); }, Qt::QueuedConnection);
 }
 
 void Handles::runFinishedCalls()

@@ -52,10 +52,11 @@ struct Handles
     void add(const void* handle, BaseClass* object, const void* window = nullptr);
     void remove(const void* handle); ///< with a window go its actions' handles
 
-    /// Has `callback` called on the user-interface thread, from no other call.
+    /// Has `callback` called on the user-interface thread, from no other call. Without an
+    /// application there is no such thread any more, and no call.
     void callFinished(VTNotifyCallback callback, void* userData);
     void runFinishedCalls();
-    void endFinishedCalls(); ///< runs them, and has later ones run where they come up
+    void endFinishedCalls(); ///< runs them; there are no later ones
 };
 
 Handles& handles();

@@ -1,0 +1,395 @@
+# SPDX-License-Identifier: MIT
+"""Vistrel for Python, by ctypes and NumPy on the library's flat C interface. Copy it, and add what else you need.
+
+The library is the one that VISTREL_LIBRARY names, or else the installed one. The thread that makes the `Application` is
+the user-interface thread; everything belongs there but `Window.push`, `Window.signal`, `Window.ask` and
+`Application.exit`.
+"""
+
+import ctypes
+import itertools
+import os
+import signal
+import socket
+import sys
+import threading
+import traceback
+from ctypes import CFUNCTYPE, POINTER, byref, c_bool, c_char_p, c_double, c_int, c_int32, c_size_t, c_uint32, c_void_p
+
+import numpy as np
+
+from vistrel_constants import *
+
+_library = ctypes.CDLL(os.environ.get("VISTREL_LIBRARY") or
+                       ("Vistrel.dll" if sys.platform == "win32" else "libVistrel.so.0"))
+
+
+class RawImage(ctypes.Structure):
+    _fields_ = [("data", c_void_p), ("width", c_size_t), ("height", c_size_t), ("format", c_uint32),
+                ("userData", c_void_p)]
+
+
+class Error(Exception):
+    """A call was refused; `code` is one of VT_ERROR_..."""
+
+    def __init__(self, code):
+        super().__init__(_library.VTResultText(code).decode())
+        self.code = code
+
+
+def _check(result):
+    if result != VT_OK:
+        raise Error(result)
+
+
+def _declare(name, *argtypes, restype=_check):
+    function = getattr(_library, name)
+    function.argtypes, function.restype = argtypes, restype
+
+
+_NotifyCallback = CFUNCTYPE(None, c_void_p)
+_ReleasedCallback = CFUNCTYPE(None, POINTER(RawImage), c_void_p)
+_TriggeredCallback = CFUNCTYPE(None, c_void_p, c_bool, c_void_p)
+
+_declare("VTResultText", c_int32, restype=c_char_p)
+_declare("VTAppCreate", c_int, POINTER(c_char_p), POINTER(c_void_p))
+_declare("VTAppDestroy", c_void_p)
+_declare("VTAppExec", c_void_p, POINTER(c_int))
+_declare("VTAppExit", c_void_p, c_int)
+_declare("VTWindowCreate", c_void_p, POINTER(c_void_p), c_void_p)
+_declare("VTWindowDestroy", c_void_p)
+_declare("VTWindowSetNextFrame", c_void_p, POINTER(RawImage), restype=c_int32)
+_declare("VTWindowAddSetupMode", c_void_p, c_char_p, c_char_p)
+_declare("VTWindowAddFileFormat", c_void_p, c_char_p, c_char_p, c_char_p)
+_declare("VTWindowAddAction", c_void_p, c_int32, c_char_p, c_char_p, _TriggeredCallback, _NotifyCallback, c_void_p,
+         POINTER(c_void_p))
+_declare("VTActionDestroy", c_void_p)
+_declare("VTMessageBoxDialogShow", c_void_p, c_int32, c_char_p, c_char_p, c_uint32, c_uint32, POINTER(c_uint32))
+_declare("VTSendSignal", c_void_p, c_int32)
+_VALUES = {0: ("Int32", c_int32), 1: ("Double", c_double), 2: ("Bool", c_bool)}
+for _name, _type in _VALUES.values():
+    _declare("VTSetProp" + _name, c_void_p, c_int32, _type)
+    _declare("VTGetProp" + _name, c_void_p, c_int32, POINTER(_type))
+_declare("VTSetPropCStr", c_void_p, c_int32, c_char_p)
+_declare("VTGetPropCStr", c_void_p, c_int32, c_char_p, POINTER(c_size_t))
+_declare("VTSetPropData", c_void_p, c_int32, c_char_p, c_size_t)
+_declare("VTGetPropData", c_void_p, c_int32, c_char_p, POINTER(c_size_t))
+
+# What the library holds a number of, as `user`: kept here until its last call.
+_live = {}
+_numbers = itertools.count(1)
+
+
+def _guarded(function, failure=None):
+    """What a callback must not raise is printed instead."""
+    def call(*arguments):
+        try:
+            return function(*arguments)
+        except BaseException:
+            traceback.print_exc()
+            return failure
+    return call
+
+
+# Properties ----------------------------------------------------------------------------------------------------------
+
+_LATIN1 = (VT_WINDOW_TITLE, VT_WINDOW_ABOUT_TITLE, VT_WINDOW_ABOUT_TEXT)
+
+
+class _Object:
+    """Properties by their numbers, such as `window[VT_WINDOW_ZOOM] = 2`. Data are bytes."""
+
+    def __init__(self):
+        self._handle = c_void_p()
+
+    def __getitem__(self, number):
+        kind = number // 100 % 10
+        if kind in _VALUES:
+            name, type_ = _VALUES[kind]
+            value = type_()
+            getattr(_library, "VTGetProp" + name)(self._handle, number, byref(value))
+            return value.value
+        get = _library.VTGetPropCStr if kind == 3 else _library.VTGetPropData
+        size = c_size_t()
+        get(self._handle, number, None, byref(size))
+        buffer = ctypes.create_string_buffer(size.value)
+        get(self._handle, number, buffer, byref(size))
+        if kind != 3:
+            return buffer.raw[:size.value]
+        return buffer.value.decode("latin-1") if number in _LATIN1 else os.fsdecode(buffer.value)
+
+    def __setitem__(self, number, value):
+        kind = number // 100 % 10
+        if kind in _VALUES:
+            getattr(_library, "VTSetProp" + _VALUES[kind][0])(self._handle, number, value)
+        elif kind == 3:
+            text = value.encode("latin-1") if number in _LATIN1 else os.fsencode(value)
+            _library.VTSetPropCStr(self._handle, number, text)
+        else:
+            _library.VTSetPropData(self._handle, number, bytes(value), len(bytes(value)))
+
+
+# The application -----------------------------------------------------------------------------------------------------
+
+
+class Application(_Object):
+    """To be used in a `with`, whose end closes all windows."""
+
+    def __init__(self):
+        super().__init__()
+        arguments = [os.fsencode(argument) for argument in sys.argv]
+        _library.VTAppCreate(len(arguments), (c_char_p * len(arguments))(*arguments), byref(self._handle))
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        _library.VTAppDestroy(self._handle)
+
+    def exit(self, code=0):
+        _library.VTAppExit(self._handle, code)
+
+    def run(self):
+        """Runs the event loop, on Python's main thread, until `exit` or the end of the last window. Ctrl+C ends it,
+        too: Python notes the signal at once in the socket, but would handle it only after the loop."""
+        interrupts = []
+        reader, writer = socket.socketpair()
+        writer.setblocking(False)
+
+        def watch():
+            for number in iter(lambda: reader.recv(1), b""):
+                if number[0] == signal.SIGINT:
+                    self.exit()
+
+        watcher = threading.Thread(target=watch)
+        watcher.start()
+        handler = signal.signal(signal.SIGINT, lambda *_: interrupts.append(True))
+        wakeup = signal.set_wakeup_fd(writer.fileno())
+        code = c_int()
+        try:
+            _library.VTAppExec(self._handle, byref(code))
+        finally:
+            signal.set_wakeup_fd(wakeup)
+            signal.signal(signal.SIGINT, handler)
+            writer.close()
+            watcher.join()
+            reader.close()
+        if interrupts:
+            raise KeyboardInterrupt
+        return code.value
+
+
+# Frames --------------------------------------------------------------------------------------------------------------
+
+# By the depth of a format: what a pixel consists of.
+_PIXELS = {8: (np.uint8, 1), 24: (np.uint8, 3), 30: (np.uint32, 1), 32: (np.uint8, 4), 36: (np.uint16, 3),
+           42: (np.uint16, 3), 48: (np.uint16, 3)}
+_FORMATS = {(np.uint8, 1): VT_FORMAT_MONO8, (np.uint16, 1): VT_FORMAT_MONO16,
+            (np.uint8, 3): VT_FORMAT_RGB8 | VT_FORMAT_ORDER_BGR, (np.uint8, 4): VT_FORMAT_RGBA8 | VT_FORMAT_ORDER_BGR,
+            (np.uint16, 3): VT_FORMAT_RGB16 | VT_FORMAT_ORDER_BGR}
+
+
+def _pixel_of(format):
+    return _PIXELS.get(format & 0xff, (np.uint16, 1))
+
+
+class Frame:
+    """Rows x columns, or rows x columns x channels with red first: pixels that a window reads until it calls
+    `released(pixels)`, on any thread. Nothing must be pushed from within that. They must not change meanwhile."""
+
+    def __init__(self, pixels, format=None, released=None):
+        self.pixels, self.released = pixels, released
+        self._array = np.ascontiguousarray(pixels)
+        channels = self._array.shape[2] if self._array.ndim == 3 else 1
+        self.format = _FORMATS.get((self._array.dtype.type, channels)) if format is None else format
+        if self.format is None or _pixel_of(self.format) != (self._array.dtype.type, channels):
+            raise ValueError(f"no format for {self._array.dtype} x {channels}")
+
+    def _describe(self, image, number):
+        height, width = self._array.shape[:2]
+        image.data, image.width, image.height = self._array.ctypes.data, width, height
+        image.format, image.userData = self.format, number
+
+
+def _array_of(image):
+    type_, channels = _pixel_of(image.format)
+    shape = (image.height, image.width) + ((channels,) if channels > 1 else ())
+    size = int(np.prod(shape)) * np.dtype(type_).itemsize
+    return np.frombuffer((ctypes.c_uint8 * size).from_address(image.data), type_).reshape(shape)
+
+
+# Windows -------------------------------------------------------------------------------------------------------------
+
+
+def _command(window, function):
+    return _guarded(lambda *arguments: function(*arguments[:-1]) is not False, False)
+
+
+def _named_command(window, function):
+    return _guarded(lambda name, user: function(os.fsdecode(name)) is not False, False)
+
+
+def _answer(otherwise):
+    return lambda window, function: _guarded(lambda user: function(), otherwise)
+
+
+def _text(window, function):
+    def answer(buffer, size, user):
+        text = function()
+        if text is None:
+            return False
+        text = os.fsencode(text) + b"\0"
+        if buffer and size[0]:
+            ctypes.memmove(buffer, text, min(size[0], len(text)))
+            buffer[min(size[0], len(text)) - 1] = 0
+        size[0] = len(text)
+        return True
+    return _guarded(answer, False)
+
+
+def _next_frame(window, function):
+    def answer(image, user):
+        frame = function()
+        if frame is None:
+            return False
+        window._lend(frame, image[0])
+        return True
+    return _guarded(answer, False)
+
+
+def _save(window, function):
+    def save(image, name, user):
+        return function(_array_of(image[0]), image[0].format, os.fsdecode(name)) is not False
+    return _guarded(save, False)
+
+
+# By a feature's hundreds: the C interface's name for it, the function's type, and what makes that of a Python function.
+_SIGNATURES = {
+    1: ("Command", CFUNCTYPE(c_bool, c_void_p), _command),
+    2: ("Count", CFUNCTYPE(c_bool, c_size_t, c_void_p), _command),
+    3: ("Name", CFUNCTYPE(c_bool, c_char_p, c_void_p), _named_command),
+    4: ("Query", CFUNCTYPE(c_bool, c_void_p), _answer(False)),
+    5: ("Text", CFUNCTYPE(c_bool, POINTER(ctypes.c_ubyte), POINTER(c_size_t), c_void_p), _text),
+    6: ("Double", CFUNCTYPE(c_double, c_void_p), _answer(0.0)),
+    7: ("Size", CFUNCTYPE(c_size_t, c_void_p), _answer(0)),
+    8: ("NextFrame", CFUNCTYPE(c_bool, POINTER(RawImage), c_void_p), _next_frame),
+    10: ("Notify", _NotifyCallback, _answer(None)),
+    12: ("Save", CFUNCTYPE(c_bool, POINTER(RawImage), c_char_p, c_void_p), _save),
+}
+for _name, _type, _ in _SIGNATURES.values():
+    _declare("VTSetFeature" + _name, c_void_p, c_int32, _type)
+_declare("VTSetFeatureReleased", c_void_p, c_int32, _ReleasedCallback)
+
+
+@_ReleasedCallback
+@_guarded
+def _released(image, user):
+    frame = _live[user]._lent.pop(image[0].userData)
+    if frame.released:
+        frame.released(frame.pixels)
+
+
+@_NotifyCallback
+@_guarded
+def _finished(user):
+    window = _live.pop(user)
+    if window.finished:
+        window.finished()
+
+
+class Window(_Object):
+    """Not shown before `window[VT_WINDOW_VISIBLE] = True`. `finished`, if there is one, is the last call of all."""
+
+    _GONE = (VT_ERROR_NO_APPLICATION, VT_ERROR_NULL_HANDLE, VT_ERROR_WRONG_HANDLE, VT_ERROR_WINDOW_CLOSED)
+
+    def __init__(self, application, finished=None):
+        super().__init__()
+        self.finished = finished
+        self._callbacks = []  # all of them until the end: one may be running when another takes its place
+        self._lent = {}  # by the number in `userData`
+        number = next(_numbers)
+        _library.VTWindowCreate(application._handle, byref(self._handle), number)
+        _live[number] = self
+        _library.VTSetFeatureNotify(self._handle, VT_FEATURE_FINISHED, _finished)
+        _library.VTSetFeatureReleased(self._handle, VT_FEATURE_FRAME_RELEASED, _released)
+
+    def close(self):
+        handle, self._handle = self._handle, c_void_p()  # which may become another window's
+        _library.VTWindowDestroy(handle)
+
+    def _lend(self, frame, image):
+        number = next(_numbers)
+        self._lent[number] = frame
+        frame._describe(image, number)
+
+    def push(self, frame):
+        """Shows a Frame as soon as the window refreshes. False when the window has gone."""
+        image = RawImage()
+        self._lend(frame, image)
+        result = _library.VTWindowSetNextFrame(self._handle, byref(image))
+        if result != VT_OK:
+            del self._lent[image.userData]  # it has not been taken
+            if result not in Window._GONE:
+                raise Error(result)
+        return result == VT_OK
+
+    def on(self, feature, function):
+        """Registers a function for one of VT_FEATURE_...; None takes it away. It gets what its signature has but
+        `user`. Commands may return False: failed. A next frame is a Frame or None; saving gets pixels, their format
+        and a file name."""
+        if feature in (VT_FEATURE_FINISHED, VT_FEATURE_FRAME_RELEASED):
+            raise ValueError("given to the window, and to each Frame")
+        name, type_, adapt = _SIGNATURES[feature // 100]
+        callback = type_(adapt(self, function)) if function else type_()
+        self._callbacks.append(callback)
+        getattr(_library, "VTSetFeature" + name)(self._handle, feature, callback)
+
+    def signal(self, number):
+        _library.VTSendSignal(self._handle, number)
+
+    def add_setup_mode(self, name, description=""):
+        _library.VTWindowAddSetupMode(self._handle, os.fsencode(name), os.fsencode(description))
+
+    def add_file_format(self, extension, description):
+        _library.VTWindowAddFileFormat(self._handle, os.fsencode(extension), None, os.fsencode(description))
+
+    def ask(self, kind, title, text, buttons=VT_BUTTON_OK, default=VT_BUTTON_NONE):
+        """The button that the user presses in a message box. Off the user-interface thread the caller waits."""
+        pressed = c_uint32()
+        _library.VTMessageBoxDialogShow(self._handle, kind, os.fsencode(title), os.fsencode(text), buttons, default,
+                                        byref(pressed))
+        return pressed.value
+
+
+# Actions -------------------------------------------------------------------------------------------------------------
+
+
+@_TriggeredCallback
+@_guarded
+def _triggered(handle, checked, user):
+    _live[user].triggered(checked)
+
+
+@_NotifyCallback
+@_guarded
+def _gone(user):
+    _live.pop(user, None)
+
+
+class Action(_Object):
+    """An entry of the window's that calls `triggered(checked)`. `menu` is the menu's title with VT_PLACE_MENU alone."""
+
+    def __init__(self, window, place, menu, text, triggered):
+        super().__init__()
+        self.triggered = triggered
+        number = next(_numbers)
+        _live[number] = self
+        try:
+            _library.VTWindowAddAction(window._handle, place, menu and os.fsencode(menu), os.fsencode(text), _triggered,
+                                       _gone, number, byref(self._handle))
+        except Error:
+            _live.pop(number, None)
+            raise
+
+    def remove(self):
+        _library.VTActionDestroy(self._handle)
