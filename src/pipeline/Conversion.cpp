@@ -5,8 +5,6 @@
 #include "pipeline/Demosaic.h"
 #include "pipeline/ThreadableCopy.h"
 
-#include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <limits>
 
@@ -50,19 +48,22 @@ template <typename Copy>
 bool runCopy(CopyPool& pool, QImage& target, const RawImage& raw)
 {
     Copy copy(raw, target);
-    pool.run([&copy](std::size_t, std::size_t) { copy.run(); });
+    const std::size_t rowBytes =
+        raw.width * bytesPerPixel(raw.format) + static_cast<std::size_t>(target.bytesPerLine());
+    pool.runRows(raw.height, rowBytes, [&copy](std::size_t row, std::size_t end) {
+        for (; row < end; ++row)
+            copy.copyRow(row);
+    });
     return true;
 }
 
-// In pieces, so that every participant's share of the memory's speed is used.
-void copyBytes(CopyPool& pool, std::uint8_t* target, const std::uint8_t* source, std::size_t size)
+bool copyBytes(CopyPool& pool, QImage& target, const RawImage& raw)
 {
-    constexpr std::size_t piece = std::size_t{1} << 18;
-    std::atomic<std::size_t> next{0};
-    pool.run([&](std::size_t, std::size_t) {
-        for (std::size_t from = next.fetch_add(piece); from < size; from = next.fetch_add(piece))
-            RowKernels::copyBytes(source + from, target + from, std::min(piece, size - from));
+    std::uint8_t* const bytes = target.bits();
+    pool.runRows(raw.height, 2 * raw.width, [&](std::size_t row, std::size_t end) {
+        RowKernels::copyBytes(raw.data + row * raw.width, bytes + row * raw.width, (end - row) * raw.width);
     });
+    return true;
 }
 
 bool copyGray(CopyPool& pool, QImage& target, const RawImage& raw)
@@ -72,8 +73,7 @@ bool copyGray(CopyPool& pool, QImage& target, const RawImage& raw)
         return false;
     switch (formatDepth(raw.format)) {
     case 8:
-        copyBytes(pool, target.bits(), raw.data, raw.width * raw.height);
-        return true;
+        return copyBytes(pool, target, raw);
     case 10:
         if ((raw.format & formatPackingMask) == Packedp)
             return runCopy<ThreadableCopyGray<Word, 0, Gray10PackedIterator<Packedp>>>(pool, target, raw);
@@ -219,9 +219,8 @@ bool rawFromImage(CopyPool& pool, const QImage& source, PixelBuffer& buffer, QIm
     const std::size_t rowBytes = width * bytesPerPixel(format);
     if (static_cast<std::size_t>(work.bytesPerLine()) != rowBytes) {
         PixelBuffer packed(height * rowBytes);
-        std::atomic<std::size_t> nextRow{0};
-        pool.run([&](std::size_t, std::size_t) {
-            for (std::size_t row = nextRow.fetch_add(1); row < height; row = nextRow.fetch_add(1))
+        pool.runRows(height, 2 * rowBytes, [&](std::size_t row, std::size_t end) {
+            for (; row < end; ++row)
                 std::memcpy(packed.data() + row * rowBytes, work.constScanLine(static_cast<int>(row)), rowBytes);
         });
         const QVector<QRgb> colors = work.colorTable();

@@ -47,6 +47,11 @@ std::shared_ptr<CopyPool> CopyPool::shared()
 
 void CopyPool::run(const Job& job)
 {
+    run(job, true);
+}
+
+void CopyPool::run(const Job& job, bool byEveryWorker)
+{
     const std::lock_guard<std::mutex> run(m_runMutex);
     startWorkers();
 
@@ -54,7 +59,7 @@ void CopyPool::run(const Job& job)
         const std::lock_guard<std::mutex> state(m_stateMutex);
         m_job = &job;
         ++m_runNumber;
-        m_unfinished = m_workers.size();
+        m_awaited = byEveryWorker ? m_workers.size() : 0;
         m_exception = nullptr;
         m_jobPosted.notify_all();
     }
@@ -68,7 +73,9 @@ void CopyPool::run(const Job& job)
 
     {
         std::unique_lock<std::mutex> state(m_stateMutex);
-        m_allDone.wait(state, [this] { return m_unfinished == 0; });
+        if (!byEveryWorker)
+            m_job = nullptr; // nobody begins any more
+        m_allDone.wait(state, [this] { return m_awaited == 0 && m_inside == 0; });
         m_job = nullptr;
         if (!exception)
             exception = m_exception;
@@ -101,6 +108,9 @@ void CopyPool::work(std::size_t number)
         if (!m_running)
             return;
         lastRun = m_runNumber;
+        if (m_awaited > 0)
+            --m_awaited;
+        ++m_inside;
         const Job& job = *m_job;
         const std::size_t count = m_workers.size() + 1;
         state.unlock();
@@ -113,7 +123,7 @@ void CopyPool::work(std::size_t number)
         state.lock();
         if (exception)
             m_exception = exception;
-        if (--m_unfinished == 0)
+        if (--m_inside == 0 && m_awaited == 0)
             m_allDone.notify_one();
     }
 }

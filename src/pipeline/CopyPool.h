@@ -2,6 +2,8 @@
 // Runs one job on all processors at once.
 #pragma once
 
+#include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -41,7 +43,34 @@ public:
     /// exception thrown by any of them is rethrown here, after all have returned.
     void run(const Job& job);
 
+    /// Calls `rows(first, end)` until all rows below `height` are done, each once: whoever is ready takes the next few,
+    /// `fewest` or more. `bytesPerRow` counts the bytes read and written, or those that a plain copy would move in the
+    /// time that a row takes. Small frames are done by the calling thread alone, and a worker that wakes when no row is
+    /// left is not waited for.
+    template <typename Rows>
+    void runRows(std::size_t height, std::size_t bytesPerRow, Rows&& rows, std::size_t fewest = 1)
+    {
+        const std::size_t few = std::max(fewest, piece / bytesPerRow);
+        std::atomic<std::size_t> next{0};
+        const auto job = [&](std::size_t, std::size_t) {
+            for (std::size_t row; (row = next.fetch_add(few)) < height;)
+                rows(row, std::min(row + few, height));
+        };
+        if (height * bytesPerRow < smallestShared)
+            job(0, 1);
+        else
+            run(std::cref(job), false); // which needs no memory
+    }
+
 private:
+    // Measured on two processors: to wake a worker costs the caller 15 to 20 us, and that one comes 20 us later, or
+    // much later on a busy machine. Frames of 640 x 480, up to 3 MB, take 10 to 200 us alone, and hardly less together.
+    static constexpr std::size_t smallestShared = std::size_t{4} << 20;
+    // Measured at 1280 x 960 in colour: twice as fast as single rows, whose neighbours' cache lines and pages the
+    // participants then take from each other. From 64 KiB to 1 MiB on it makes no difference.
+    static constexpr std::size_t piece = std::size_t{128} << 10;
+
+    void run(const Job& job, bool byEveryWorker);
     void startWorkers();
     void work(std::size_t number);
 
@@ -53,7 +82,8 @@ private:
     std::condition_variable m_allDone;
     const Job* m_job = nullptr;
     std::uint64_t m_runNumber = 0; // a worker does each run once
-    std::size_t m_unfinished = 0;  // workers that have not returned from the current run
+    std::size_t m_awaited = 0;     // workers that have not begun the current run but must
+    std::size_t m_inside = 0;      // workers that have begun it and not returned
     std::exception_ptr m_exception;
     bool m_running = true;
 

@@ -2,25 +2,24 @@
 // Interpolates the missing colours of a mosaic.
 #include "pipeline/Demosaic.h"
 
+#include "pipeline/DemosaicKernels.h"
 #include "pipeline/PackedIterators.h"
+#include "pipeline/RowKernels.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cstdint>
-#include <cstring>
-#include <vector>
 
 namespace Vistrel {
 
 namespace {
 
-constexpr int margin = 2; // sites that the interpolation reaches to each side
+constexpr std::size_t margin = 2; // sites that the interpolation reaches to each side
 
 // Sites on which of the two rows and columns of the pattern are red.
 struct RedSite
 {
     std::size_t row;
-    std::size_t column;
+    unsigned column;
 };
 
 RedSite redSite(Format format)
@@ -46,132 +45,92 @@ std::size_t mirrored(std::ptrdiff_t index, std::size_t size)
     return static_cast<std::size_t>(index > last ? 2 * last - index : index);
 }
 
-// Five rows of sites around the one that is interpolated, each with a margin on both sides.
-template <typename Site>
-class Window
+// Some neighbouring columns of five neighbouring rows at a time, with a margin on both sides.
+class Strip
 {
 public:
-    explicit Window(std::size_t width) : m_width(width), m_stride(width + 2 * margin), m_sites(5 * m_stride) {}
+    static constexpr std::size_t columns = 4096; // a multiple of 4
 
-    template <typename Load>
-    void fill(std::size_t row, std::size_t height, Load&& load)
+    Strip(const RawImage& raw, std::size_t column)
+        : m_raw(raw), m_column(column), m_count(std::min(columns, raw.width - column))
     {
-        for (std::ptrdiff_t i = -margin; i <= margin; ++i) {
-            Site* const sites = line(i);
-            load(mirrored(static_cast<std::ptrdiff_t>(row) + i, height), sites);
-            for (std::ptrdiff_t x = 1; x <= margin; ++x) {
-                sites[-x] = sites[x];
-                sites[static_cast<std::ptrdiff_t>(m_width) - 1 + x] =
-                    sites[static_cast<std::ptrdiff_t>(m_width) - 1 - x];
-            }
-        }
     }
 
-    // Row `offset` from the middle one; columns -2 to width + 1 may be read.
-    Site* line(std::ptrdiff_t offset)
+    std::size_t count() const { return m_count; }
+
+    /// Columns -2 to `count()` + 1 of the rows around `row`. Asked for in increasing order.
+    DemosaicKernels::Rows around(std::size_t row)
     {
-        return m_sites.data() + static_cast<std::size_t>(offset + margin) * m_stride + margin;
+        const std::size_t first = row < margin ? 0 : row - margin;
+        const std::size_t last = std::min(row + margin, m_raw.height - 1);
+        for (m_next = std::max(m_next, first); m_next <= last; ++m_next)
+            load(m_next, m_lines[m_next % 5]);
+        DemosaicKernels::Rows rows;
+        rows.areNarrow = true;
+        for (std::size_t i = 0; i < 5; ++i) {
+            Line& line = m_lines[mirrored(static_cast<std::ptrdiff_t>(row + i) - 2, m_raw.height) % 5];
+            rows.columns[0][i] = &line.site(0);
+            rows.columns[1][i] = &line.site(1);
+            rows.areNarrow = rows.areNarrow && line.isNarrow;
+        }
+        return rows;
     }
 
 private:
-    std::size_t m_width;
-    std::size_t m_stride;
-    std::vector<Site> m_sites;
-};
+    static constexpr std::size_t lead = 4; // columns before the first that are loaded: groups are not torn
 
-// Sixteenths of a level. Sum is wide enough for the sums of sixteen sites' values and back.
-template <typename Sum>
-struct Estimates
-{
-    Sum own;        // the site's own colour
-    Sum green;      // at a red or blue site
-    Sum opposite;   // blue at a red site, red at a blue one
-    Sum horizontal; // at a green site: the colour of the neighbours left and right
-    Sum vertical;   // at a green site: the colour of the neighbours above and below
-};
+    struct Line
+    {
+        std::uint16_t& site(std::ptrdiff_t x) { return sites[x & 1][(static_cast<std::ptrdiff_t>(lead) + x) >> 1]; }
 
-template <typename Sum, typename Site>
-inline Estimates<Sum> estimate(const Site* const* rows, std::ptrdiff_t x)
-{
-    const Site *const n2 = rows[0] + x, *const n = rows[1] + x, *const c = rows[2] + x, *const s = rows[3] + x,
-                      *const s2 = rows[4] + x;
-    const auto centre = static_cast<Sum>(c[0]);
-    const auto beside = static_cast<Sum>(static_cast<Sum>(c[-1]) + static_cast<Sum>(c[1]));
-    const auto above = static_cast<Sum>(static_cast<Sum>(n[0]) + static_cast<Sum>(s[0]));
-    const auto diagonal = static_cast<Sum>(static_cast<Sum>(n[-1]) + static_cast<Sum>(n[1]) + static_cast<Sum>(s[-1]) +
-                                           static_cast<Sum>(s[1]));
-    const auto farBeside = static_cast<Sum>(static_cast<Sum>(c[-2]) + static_cast<Sum>(c[2]));
-    const auto farAbove = static_cast<Sum>(static_cast<Sum>(n2[0]) + static_cast<Sum>(s2[0]));
-    const auto farAll = static_cast<Sum>(farBeside + farAbove);
-    return {static_cast<Sum>(16 * centre), static_cast<Sum>(8 * centre + 4 * (beside + above) - 2 * farAll),
-            static_cast<Sum>(12 * centre + 4 * diagonal - 3 * farAll),
-            static_cast<Sum>(10 * centre + 8 * beside - 2 * diagonal - 2 * farBeside + farAbove),
-            static_cast<Sum>(10 * centre + 8 * above - 2 * diagonal - 2 * farAbove + farBeside)};
-}
-
-template <typename Sum>
-inline std::uint8_t level(Sum sixteenths, int shift)
-{
-    const int value = ((sixteenths + 8) >> 4) >> shift;
-    return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-}
-
-// One row: red or blue sites lie on the columns of parity `colored`, and are red when `isRedRow`.
-template <typename Sum, typename Site>
-void interpolateRow(Window<Site>& window, std::size_t width, std::size_t colored, bool isRedRow, int shift,
-                    std::uint8_t* target)
-{
-    const Site* const rows[5] = {window.line(-2), window.line(-1), window.line(0), window.line(1), window.line(2)};
-    const std::size_t rowColor = isRedRow ? 0 : 2; // byte of the row's own colour
-    const std::size_t otherColor = 2 - rowColor;
-    const auto coloredSite = [&](std::size_t x) {
-        const Estimates<Sum> sites = estimate<Sum>(rows, static_cast<std::ptrdiff_t>(x));
-        target[4 * x + rowColor] = level(sites.own, shift);
-        target[4 * x + 1] = level(sites.green, shift);
-        target[4 * x + otherColor] = level(sites.opposite, shift);
-        target[4 * x + 3] = 0xFF;
+        std::uint16_t sites[2][(lead + columns + margin) / 2]; // of even columns, of odd columns
+        bool isNarrow;
     };
-    const auto greenSite = [&](std::size_t x) {
-        const Estimates<Sum> sites = estimate<Sum>(rows, static_cast<std::ptrdiff_t>(x));
-        target[4 * x + rowColor] = level(sites.horizontal, shift);
-        target[4 * x + 1] = level(sites.own, shift);
-        target[4 * x + otherColor] = level(sites.vertical, shift);
-        target[4 * x + 3] = 0xFF;
-    };
-    for (std::size_t x = colored; x < width; x += 2)
-        coloredSite(x);
-    for (std::size_t x = 1 - colored; x < width; x += 2)
-        greenSite(x);
-}
 
-template <typename Sum, typename Site, typename Load>
-void interpolate(CopyPool& pool, QImage& target, const RawImage& raw, Load&& load)
-{
-    const RedSite red = redSite(raw.format);
-    const int shift = static_cast<int>(formatDepth(raw.format)) - 8;
-    std::uint8_t* const bits = target.bits();
-    const auto stride = static_cast<std::size_t>(target.bytesPerLine());
-    std::atomic<std::size_t> nextRow{0};
-    pool.run([&](std::size_t, std::size_t) {
-        Window<Site> window(raw.width);
-        for (std::size_t row = nextRow.fetch_add(1); row < raw.height; row = nextRow.fetch_add(1)) {
-            window.fill(row, raw.height, load);
-            const bool isRedRow = row % 2 == red.row;
-            const std::size_t colored = isRedRow ? red.column : 1 - red.column;
-            interpolateRow<Sum>(window, raw.width, colored, isRedRow, shift, bits + row * stride);
+    void load(std::size_t row, Line& line)
+    {
+        const std::size_t before = std::min(lead, m_column);
+        const std::size_t end = std::min(m_count + margin, m_raw.width - m_column);
+        const auto start = -static_cast<std::ptrdiff_t>(before);
+        split(row, m_column - before, before + end, &line.site(start), &line.site(start + 1), line.isNarrow);
+
+        const auto column = static_cast<std::ptrdiff_t>(m_column);
+        const auto mirror = [&](std::ptrdiff_t x) {
+            line.site(x) = line.site(static_cast<std::ptrdiff_t>(mirrored(column + x, m_raw.width)) - column);
+        };
+        for (std::ptrdiff_t x = -2; x < -column; ++x)
+            mirror(x);
+        for (std::size_t x = end; x < m_count + margin; ++x)
+            mirror(static_cast<std::ptrdiff_t>(x));
+    }
+
+    // `column` is a multiple of 4.
+    void split(std::size_t row, std::size_t column, std::size_t count, std::uint16_t* even, std::uint16_t* odd,
+               bool& isNarrow) const
+    {
+        const std::uint32_t packing = m_raw.format & formatPackingMask;
+        const std::size_t rowSpacing = m_raw.width * bytesPerPixel(m_raw.format);
+        const std::uint8_t* const source = m_raw.data + row * rowSpacing;
+        isNarrow = true;
+        if (formatDepth(m_raw.format) == 8) {
+            DemosaicKernels::splitBytes(source + column, even, odd, count);
+        } else if (formatDepth(m_raw.format) == 10 && (packing == Packedp || packing == PackedNoSwap)) {
+            std::uint16_t sites[lead + columns + margin];
+            RowKernels::packed10ToWords(source + column / 4 * 5, packedFrameEnd(m_raw), sites, count,
+                                        packing == Packedp, rowSpacing);
+            DemosaicKernels::splitWords(reinterpret_cast<const std::uint8_t*>(sites), even, odd, count);
+        } else {
+            isNarrow =
+                DemosaicKernels::splitWords(source + 2 * column, even, odd, count) < DemosaicKernels::narrowSites;
         }
-    });
-}
+    }
 
-template <std::uint32_t swap>
-void interpolatePacked(CopyPool& pool, QImage& target, const RawImage& raw)
-{
-    interpolate<int, std::uint16_t>(pool, target, raw, [&raw](std::size_t row, std::uint16_t* sites) {
-        Gray10PackedIterator<swap> source(raw.data + row * raw.width * 2, packedFrameEnd(raw));
-        for (std::size_t x = 0; x < raw.width; ++x, ++source)
-            sites[x] = source.fullDepth();
-    });
-}
+    const RawImage& m_raw;
+    const std::size_t m_column;
+    const std::size_t m_count;
+    std::size_t m_next = 0; // row to be loaded next
+    Line m_lines[5];        // row r in line r % 5
+};
 
 } // namespace
 
@@ -185,21 +144,21 @@ bool demosaic(CopyPool& pool, QImage& target, const RawImage& raw)
         static_cast<std::size_t>(target.bytesPerLine()) != raw.width * 4)
         return false;
 
-    const std::uint32_t packing = raw.format & formatPackingMask;
-    if (formatDepth(raw.format) == 8) {
-        // Sums of 8-bit sites fit 16 bits, twice as many to a vector.
-        interpolate<std::int16_t, std::uint8_t>(pool, target, raw, [&raw](std::size_t row, std::uint8_t* sites) {
-            std::memcpy(sites, raw.data + row * raw.width, raw.width);
-        });
-    } else if (formatDepth(raw.format) == 10 && packing == Packedp) {
-        interpolatePacked<Packedp>(pool, target, raw);
-    } else if (formatDepth(raw.format) == 10 && packing == PackedNoSwap) {
-        interpolatePacked<PackedNoSwap>(pool, target, raw);
-    } else {
-        interpolate<int, std::uint16_t>(pool, target, raw, [&raw](std::size_t row, std::uint16_t* sites) {
-            std::memcpy(sites, raw.data + row * raw.width * 2, raw.width * 2);
-        });
-    }
+    const RedSite red = redSite(raw.format);
+    const int shift = static_cast<int>(formatDepth(raw.format)) - 8;
+    std::uint8_t* const bits = target.bits();
+    const auto interpolateRows = [&](std::size_t first, std::size_t end) {
+        for (std::size_t column = 0; column < raw.width; column += Strip::columns) {
+            Strip strip(raw, column);
+            for (std::size_t row = first; row < end; ++row) {
+                const bool isRedRow = row % 2 == red.row;
+                DemosaicKernels::interpolate(strip.around(row), bits + 4 * (row * raw.width + column), strip.count(),
+                                             {isRedRow ? red.column : 1 - red.column, isRedRow, shift});
+            }
+        }
+    };
+    // Takes twice as long as a copy. Four rows more are loaded than a run has.
+    pool.runRows(raw.height, 2 * raw.width * (bytesPerPixel(raw.format) + 4), interpolateRows, 16);
     return true;
 }
 

@@ -6,8 +6,7 @@
 #include "pipeline/RowKernels.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cstring>
+#include <array>
 #include <utility>
 
 namespace Vistrel {
@@ -35,18 +34,6 @@ bool isGrayRamp(const QVector<unsigned int>& palette)
             return false;
     }
     return true;
-}
-
-// Runs `row(source, target, index)` for each row of an image, on all participants.
-template <typename Row>
-void forRows(CopyPool& pool, const QImage& source, std::uint8_t* target, std::size_t targetStride, Row&& row)
-{
-    const auto height = static_cast<std::size_t>(source.height());
-    std::atomic<std::size_t> next{0};
-    pool.run([&](std::size_t, std::size_t) {
-        for (std::size_t index = next.fetch_add(1); index < height; index = next.fetch_add(1))
-            row(source.constScanLine(static_cast<int>(index)), target + index * targetStride);
-    });
 }
 
 } // namespace
@@ -182,33 +169,41 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
     if (image.isNull()) {
         frame.pixmap = QPixmap();
     } else if (image.format() == QImage::Format_Indexed8 && !isGrayRamp(palette)) {
-        QVector<unsigned int> table = palette;
-        for (unsigned int& entry : table)
-            entry |= 0xFF000000u;
+        std::array<std::uint32_t, 256> table;
+        std::transform(palette.begin(), palette.end(), table.begin(), [](auto entry) { return entry | 0xFF000000u; });
         const PixelBlock shown = m_blocks.take(imageBytes(image) * 4);
-        forRows(*m_pool, image, shown->data(), static_cast<std::size_t>(width) * 4,
-                [&](const std::uint8_t* source, std::uint8_t* target) {
-                    RowKernels::lookUp(source, reinterpret_cast<std::uint32_t*>(target),
-                                       static_cast<std::size_t>(width), table.constData());
-                });
+        const auto rowPixels = static_cast<std::size_t>(width);
+        m_pool->runRows(static_cast<std::size_t>(image.height()), 5 * rowPixels, [&](std::size_t row, std::size_t end) {
+            auto* const target = reinterpret_cast<std::uint32_t*>(shown->data()) + row * rowPixels;
+            RowKernels::lookUp(image.constScanLine(static_cast<int>(row)), target, (end - row) * rowPixels,
+                               table.data());
+        });
         frame.pixmap = pixmapOver(shown, image, width * 4, QImage::Format_RGB32);
     } else {
-        PixelBlock shown = frame.block;
-        if (isLocked) {
-            shown = m_blocks.take(imageBytes(image));
-            std::memcpy(shown->data(), image.constBits(), imageBytes(image));
-            if (image.format() == QImage::Format_RGBX8888)
-                makeOpaque(shown->data(), shown->size());
-        }
-        if (frame.swappedShow) {
-            const std::size_t pixelBytes = image.format() == QImage::Format_RGB888 ? 3 : 4;
-            for (std::uint8_t* pixel = shown->data(); pixel != shown->data() + shown->size(); pixel += pixelBytes)
-                std::swap(pixel[0], pixel[2]);
-        }
+        const PixelBlock shown = isLocked ? copyOfLocked(image, frame.swappedShow) : frame.block;
         const QImage::Format format =
             image.format() == QImage::Format_Indexed8 ? QImage::Format_Grayscale8 : image.format();
         frame.pixmap = pixmapOver(shown, image, image.bytesPerLine(), format);
     }
+}
+
+// Opaque, whatever the host has drawn.
+PixelBlock FrameConverter::copyOfLocked(const QImage& image, bool swapped)
+{
+    const PixelBlock copy = m_blocks.take(imageBytes(image));
+    const auto rowBytes = static_cast<std::size_t>(image.bytesPerLine());
+    m_pool->runRows(static_cast<std::size_t>(image.height()), 2 * rowBytes, [&](std::size_t row, std::size_t end) {
+        const std::uint8_t* const source = image.constScanLine(static_cast<int>(row));
+        std::uint8_t* const target = copy->data() + row * rowBytes;
+        const std::size_t bytes = (end - row) * rowBytes;
+        if (image.format() == QImage::Format_RGBX8888)
+            RowKernels::bytes4ToColor(source, target, bytes / 4, swapped, 4);
+        else if (image.format() == QImage::Format_RGB888)
+            RowKernels::bytes3ToColor(source, target, bytes / 3, swapped, 3);
+        else
+            RowKernels::copyBytes(source, target, bytes);
+    });
+    return copy;
 }
 
 } // namespace Vistrel

@@ -88,6 +88,7 @@ private:
     bool convertFree(DisplayFrame& frame);
     bool convertLocked(DisplayFrame& frame, LockedBitmap& bitmap);
     void render(DisplayFrame& frame, const QVector<unsigned int>& palette);
+    PixelBlock copyOfLocked(const QImage& image, bool swapped);
 
     std::shared_ptr<CopyPool> m_pool;
     PixelBlocks m_blocks;

@@ -65,9 +65,6 @@ public:
         m_reload = true;
     }
 
-    const std::uint8_t* pointer() const { return m_pointer; }
-    const std::uint8_t* end() const { return m_end; }
-
 private:
     std::uint64_t load() const
     {

@@ -7,8 +7,12 @@
 
 namespace Vistrel::RowKernels {
 
+/// False in a process that started with `VISTREL_SIMD=scalar`: then the plain loops do all the work. Otherwise they do
+/// what is left beside whole vectors.
+bool areVectorsAllowed();
+
 // Each converts `count` pixels. Sources need no alignment. `reversed` writes the channels of a pixel in the opposite of
-// their order in memory. Colour goes to four bytes a pixel, the fourth being 0xFF.
+// their order in memory. Colour goes to `pixelBytes` bytes a pixel, 3 or 4, the fourth being 0xFF.
 
 /// Bytes as they are. The C library's copy can be several times slower on some processors, where source and target lie
 /// unluckily to each other within their pages.
@@ -17,20 +21,27 @@ void copyBytes(const std::uint8_t* source, std::uint8_t* target, std::size_t cou
 /// 16-bit words to bytes: (value >> shift), upper bits lost.
 void shiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift);
 
-/// Bytes to four bytes a pixel.
-void bytes3ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed);
-void bytes4ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed);
+/// Three bytes a pixel; or four, the fourth ignored.
+void bytes3ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed,
+                   std::size_t pixelBytes);
+void bytes4ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed,
+                   std::size_t pixelBytes);
 
 /// Three 16-bit words a pixel: (value >> shift), upper bits lost.
-void words3ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed);
+void words3ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed,
+                   std::size_t pixelBytes);
 
 /// Three 10-bit fields of a 32-bit word, the top eight bits of each.
-void fields30ToRgbx(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed);
+void fields30ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed,
+                     std::size_t pixelBytes);
 
-/// Packed 10-bit groups of five bytes, the top eight bits of each pixel. Converts as many whole groups as can be read
-/// in full vectors before `end`, at most `count` pixels, and returns how many pixels that were, a multiple of 4.
-std::size_t packed10ToGray(const std::uint8_t* source, const std::uint8_t* end, std::uint8_t* target, std::size_t count,
-                           bool swap);
+/// Packed 10-bit groups of five bytes, with the top byte of the first pixel first when `swap`, else as the native load
+/// has them (see `Gray10PackedIterator`): the top eight bits of each pixel, or all ten. Bytes from `end` on are not
+/// read. The bytes `ahead` of those that are read are fetched into the cache meanwhile.
+void packed10ToGray(const std::uint8_t* source, const std::uint8_t* end, std::uint8_t* target, std::size_t count,
+                    bool swap, std::size_t ahead);
+void packed10ToWords(const std::uint8_t* source, const std::uint8_t* end, std::uint16_t* target, std::size_t count,
+                     bool swap, std::size_t ahead);
 
 /// target[i] = table[source[i]], with 256 entries.
 void lookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table);

@@ -3,12 +3,13 @@
 #include "pipeline/Conversion.h"
 #include "pipeline/PixelReader.h"
 #include "pipeline/PixelReference.h"
+#include "pipeline/RowKernels.h"
+#include "pipeline/VectorUnits.h"
 
 #include <QtTest/QtTest>
 
-#include <hwy/targets.h>
-
 #include <climits>
+#include <numeric>
 #include <tuple>
 
 using namespace PixelReference;
@@ -61,10 +62,14 @@ QByteArray faultOf(CopyPool& pool, Format format, std::size_t width, std::size_t
         const QByteArray expected = converted(raw, kind);
         const GuardedBuffer memory(static_cast<std::size_t>(expected.size()), placement);
         QImage target = imageIn(memory, width, height, kind);
-        if (!copyFrame(pool, target, raw) || bytesOf(target) != expected)
-            return "copy";
-        if (!memory.isIntact())
-            return "written beside the target";
+        const QByteArray fault = faultInVectors([&]() -> QByteArray {
+            target.fill(0x5A);
+            if (!copyFrame(pool, target, raw) || bytesOf(target) != expected)
+                return "copy";
+            return memory.isIntact() ? "" : "written beside the target";
+        });
+        if (!fault.isEmpty())
+            return fault;
         PixelBuffer buffer;
         if (kind != QImage::Format_RGB888 && (!convertFrame(pool, target, buffer, raw) || target.format() != kind ||
                                               target.constBits() != buffer.data() || bytesOf(target) != expected))
@@ -82,7 +87,9 @@ class ConversionTest : public QObject
 private Q_SLOTS:
     void everyWidth_data();
     void everyWidth();
-    void everyVectorUnit();
+    void largeFrames();
+    void lookUp();
+    void vectorsCanBeForbidden();
     void exactBytes_data();
     void exactBytes();
     void onlyKnownDepthsConvert();
@@ -114,8 +121,11 @@ void ConversionTest::everyWidth()
 {
     QFETCH(unsigned, format);
     Random random(format);
+    std::vector<std::size_t> widths(67);
+    std::iota(widths.begin(), widths.end(), 1u);
+    widths.insert(widths.end(), {131, 641}); // several blocks of the widest vectors
     for (const auto placement : {GuardedBuffer::AtFront, GuardedBuffer::AtBack, GuardedBuffer::Unaligned}) {
-        for (std::size_t width = 1; width <= 67; ++width) {
+        for (const std::size_t width : widths) {
             for (const std::size_t height : {1u, 2u, 5u}) {
                 const QByteArray fault = faultOf(m_pool, Format(format), width, height, placement, random);
                 QVERIFY2(fault.isEmpty(), qPrintable(QStringLiteral("%1 x %2, placement %3: %4")
@@ -128,26 +138,57 @@ void ConversionTest::everyWidth()
     }
 }
 
-// Elsewhere the best vectors of this processor are used; hosts have others.
-void ConversionTest::everyVectorUnit()
+// Others are not worth waking the pool.
+void ConversionTest::largeFrames()
 {
-    const auto use = [](std::int64_t units) {
-        hwy::SetSupportedTargetsForTest(units);
-        hwy::GetChosenTarget().DeInit();
-    };
-    const auto restore = qScopeGuard([&use] { use(0); });
     Random random(1);
-    for (const std::int64_t unit : hwy::SupportedAndGeneratedTargets()) {
-        use(unit);
-        for (const NamedFormat& named : namedFormats()) {
-            for (const std::size_t width : {15u, 16u, 33u, 67u, 131u, 641u}) {
-                const QByteArray fault = faultOf(m_pool, named.format, width, 3, GuardedBuffer::AtBack, random);
-                QVERIFY2(fault.isEmpty(), (named.name + ' ' + hwy::TargetName(unit) + ": " + fault).constData());
-            }
-        }
+    for (const Format format : {Mono8, Mono10p, Mono12, RGB8}) {
+        const QByteArray fault = faultOf(m_pool, format, 1601, 1327, GuardedBuffer::AtBack, random);
+        QVERIFY2(fault.isEmpty(), fault.constData());
     }
-    const QByteArray fault = faultOf(m_pool, Mono8, 1283, 977, GuardedBuffer::AtBack, random); // copied in pieces
-    QVERIFY2(fault.isEmpty(), fault.constData());
+}
+
+void ConversionTest::lookUp()
+{
+    Random random(2);
+    std::uint32_t table[256];
+    std::generate_n(table, 256, [&] { return static_cast<std::uint32_t>(random()); });
+    for (std::size_t count = 0; count <= 67; ++count) {
+        const GuardedBuffer source(count, GuardedBuffer::AtBack);
+        fillRandom(source, random);
+        const GuardedBuffer target(4 * count, GuardedBuffer::AtBack);
+        const QByteArray fault = faultInVectors([&]() -> QByteArray {
+            auto* const entries = reinterpret_cast<std::uint32_t*>(target.data());
+            std::fill_n(entries, count, 0u);
+            RowKernels::lookUp(source.data(), entries, count, table);
+            const bool right =
+                std::equal(entries, entries + count, source.data(),
+                           [&](std::uint32_t entry, std::uint8_t index) { return entry == table[index]; });
+            return right && target.isIntact() ? "" : "wrong entries";
+        });
+        QVERIFY2(fault.isEmpty(), fault.constData());
+    }
+}
+
+void ConversionTest::vectorsCanBeForbidden()
+{
+    const bool forbidden = qgetenv("VISTREL_SIMD") == "scalar";
+    hwy::GetChosenTarget().DeInit();
+    const std::uint8_t pixels[12] = {};
+    QImage target;
+    PixelBuffer buffer;
+    QVERIFY(convertFrame(m_pool, target, buffer, {pixels, 2, 2, RGB8, nullptr}));
+    QCOMPARE(hwy::GetChosenTarget().IsInitialized(), !forbidden); // by the first call that chooses vectors
+    if (forbidden)
+        return;
+    QProcess forbidding; // because it is read once in a process
+    auto environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("VISTREL_SIMD"), QStringLiteral("scalar"));
+    forbidding.setProcessEnvironment(environment);
+    forbidding.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(QTest::currentTestFunction())});
+    QVERIFY(forbidding.waitForFinished());
+    QVERIFY2(forbidding.exitStatus() == QProcess::NormalExit && forbidding.exitCode() == 0,
+             forbidding.readAllStandardOutput().constData());
 }
 
 void ConversionTest::exactBytes_data()

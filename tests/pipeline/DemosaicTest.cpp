@@ -3,6 +3,7 @@
 #include "pipeline/Demosaic.h"
 #include "pipeline/Conversion.h"
 #include "pipeline/PixelReference.h"
+#include "pipeline/VectorUnits.h"
 
 #include <QtTest/QtTest>
 
@@ -70,6 +71,24 @@ QByteArray demosaiced(const RawImage& raw)
     return bytes;
 }
 
+/// Demosaics a frame in every way there is. Returns what went wrong, or nothing.
+QByteArray faultOf(CopyPool& pool, const RawImage& raw, GuardedBuffer::Placement placement)
+{
+    const QByteArray expected = demosaiced(raw);
+    const GuardedBuffer memory(static_cast<std::size_t>(expected.size()), placement);
+    QImage target = imageIn(memory, raw.width, raw.height, QImage::Format_RGBX8888);
+    return faultInVectors([&]() -> QByteArray {
+        target.fill(0);
+        if (!demosaic(pool, target, raw) || bytesOf(target) != expected)
+            return "demosaic";
+        QImage made;
+        PixelBuffer buffer;
+        if (!convertFrame(pool, made, buffer, raw) || bytesOf(made) != expected)
+            return "conversion";
+        return memory.isIntact() ? "" : "written beside the target";
+    });
+}
+
 enum Content { AnyBits, WithinDepth, Extremes };
 
 void fill(const GuardedBuffer& buffer, Format format, Content content, Random& random)
@@ -94,6 +113,7 @@ class DemosaicTest : public QObject
 private Q_SLOTS:
     void everySize_data();
     void everySize();
+    void largeFrames();
     void flatColorStaysFlat();
     void refusals_data();
     void refusals();
@@ -130,14 +150,31 @@ void DemosaicTest::everySize()
             const GuardedBuffer source(neededBytes(Format(format), width, height), placement);
             fill(source, Format(format), content, random);
             const RawImage raw{source.data(), width, height, Format(format), nullptr};
-            const QByteArray expected = demosaiced(raw);
-            const GuardedBuffer memory(4 * width * height, placement);
-            QImage target = imageIn(memory, width, height, QImage::Format_RGBX8888);
-            QImage made;
-            PixelBuffer buffer;
-            const bool right = demosaic(m_pool, target, raw) && bytesOf(target) == expected && memory.isIntact() &&
-                               convertFrame(m_pool, made, buffer, raw) && bytesOf(made) == expected;
-            QVERIFY2(right, qPrintable(QStringLiteral("%1 x %2, content %3").arg(width).arg(height).arg(content)));
+            const QByteArray fault = faultOf(m_pool, raw, placement);
+            QVERIFY2(fault.isEmpty(), qPrintable(QStringLiteral("%1 x %2, content %3: %4")
+                                                     .arg(width)
+                                                     .arg(height)
+                                                     .arg(content)
+                                                     .arg(QLatin1String(fault))));
+        }
+    }
+}
+
+// Rows are interpolated in pieces of 4096 columns, and handed out to threads only when a frame is large. Deep sites are
+// few, so that there are rows with and without them.
+void DemosaicTest::largeFrames()
+{
+    Random random(1);
+    const std::pair<std::size_t, std::size_t> sizes[] = {{4097, 89}, {4098, 4}, {4099, 5}, {4100, 6}, {8201, 4}};
+    for (const Format format : {BayerGB8, BayerGR10p, BayerBG16}) {
+        for (const auto& [width, height] : sizes) {
+            const GuardedBuffer source(neededBytes(format, width, height), GuardedBuffer::AtBack);
+            fill(source, format == BayerBG16 ? BayerBG12 : format, WithinDepth, random);
+            if (format == BayerBG16)
+                source.data()[random() % source.size() | 1] = 0xFF;
+            const QByteArray fault =
+                faultOf(m_pool, {source.data(), width, height, format, nullptr}, GuardedBuffer::AtBack);
+            QVERIFY2(fault.isEmpty(), fault.constData());
         }
     }
 }

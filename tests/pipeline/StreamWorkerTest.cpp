@@ -98,7 +98,7 @@ void StreamWorkerTest::clearDropsFramesUntilTheyAreAccepted()
 // The pool is kept busy, so that the worker stands in the middle of its conversion while the settings change.
 void StreamWorkerTest::settingsChangedDuringAConversionHold()
 {
-    TestFrame frame(16, 16, RGB8);
+    TestFrame frame(1024, 1024, RGB8); // so large that the pool is needed
     for (std::size_t i = 0; i < frame.pixels.size(); i += 3)
         frame.pixels[i] = 200; // blue, in the RGB order
     for (int round = 0; round < 20; ++round) {
