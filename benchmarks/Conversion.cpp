@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Conversion and rendering times, each beside the memory limit of the same bytes in the same run.
+// Conversion and rendering times, each beside the memory limit of the same bytes and beside the peers.
 #include "Measure.h"
+#include "Peers.h"
+#include "Turns.h"
 
 #include "pipeline/Conversion.h"
 #include "pipeline/FrameConverter.h"
@@ -10,22 +12,25 @@
 #include <QtGui/QPixmap>
 
 #include <algorithm>
-#include <atomic>
+#include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
 using namespace Vistrel;
 using namespace Bench;
 
-constexpr std::size_t width = 4096;
-constexpr std::size_t height = 3072;
-constexpr std::size_t pixelCount = width * height;
+constexpr Size full{4096, 3072};
 
 /// Copies plain memory on the same threads that convert. Bytes are handed out in small pieces to whoever asks next, as
-/// rows are, which measures faster than one piece for each thread.
+/// rows are.
 class MemoryLimit
 {
 public:
@@ -34,15 +39,16 @@ public:
     {
     }
 
-    void run()
+    bool run()
     {
         constexpr std::size_t piece = 64 * 1024;
-        std::atomic<std::size_t> next{0};
-        m_pool->run([&](std::size_t, std::size_t) {
-            for (std::size_t at; (at = next.fetch_add(piece)) < m_source.size();)
-                std::memcpy(m_target.data() + at, m_source.data() + at, std::min(piece, m_source.size() - at));
+        const std::size_t size = m_source.size();
+        m_pool->runRows((size + piece - 1) / piece, 2 * piece, [&](std::size_t first, std::size_t end) {
+            const std::size_t from = first * piece;
+            std::memcpy(m_target.data() + from, m_source.data() + from, std::min(end * piece, size) - from);
         });
         benchmark::ClobberMemory();
+        return true;
     }
 
 private:
@@ -51,42 +57,34 @@ private:
     PageMemory m_target;
 };
 
-template <typename Call>
-double time(Call&& call)
+/// Times the case, its peers and, where the case moves bytes, the limit.
+void measure(benchmark::State& state, double bytesMoved, const std::function<bool()>& call,
+             std::vector<Contender> peers = {})
 {
-    const auto start = Clock::now();
-    call();
-    return millisecondsSince(start);
-}
-
-/// Times the case and the limit by turns, so that whatever else the machine does meets both.
-template <typename Call>
-void measure(benchmark::State& state, double bytesReadPerPixel, double bytesWrittenPerPixel, Call&& call)
-{
-    const double bytesMoved = (bytesReadPerPixel + bytesWrittenPerPixel) * static_cast<double>(pixelCount);
-    MemoryLimit limit(static_cast<std::size_t>(bytesMoved));
-    bool good = true;
-    for (int warmUp = 0; warmUp < 5; ++warmUp) {
-        good = call() && good;
-        limit.run();
+    std::vector<Contender> contenders{{{}, call, {}, {}}};
+    const std::size_t peerCount = peers.size();
+    std::move(peers.begin(), peers.end(), std::back_inserter(contenders));
+    std::optional<MemoryLimit> limit;
+    if (bytesMoved > 0) {
+        limit.emplace(static_cast<std::size_t>(bytesMoved));
+        contenders.push_back({"limit", [&] { return limit->run(); }, {}, {}});
     }
+    if (!runByTurns(state, contenders))
+        return;
 
-    std::vector<double> caseTimes;
-    std::vector<double> limitTimes;
-    for (auto _ : state) {
-        caseTimes.push_back(time([&] { good = call() && good; }));
-        limitTimes.push_back(time([&] { limit.run(); }));
-        state.SetIterationTime(1e-3 * caseTimes.back());
-    }
-    if (!good)
-        state.SkipWithError("the conversion failed");
-
-    const double median = quantile(caseTimes, 0.5);
-    const double limitMedian = quantile(limitTimes, 0.5);
-    state.counters["median_ms"] = median;
-    state.counters["limit_ms"] = limitMedian;
-    state.counters["share_of_limit"] = limitMedian / median;
-    state.counters["share_of_limit_p10"] = quantile(limitTimes, 0.1) / quantile(caseTimes, 0.1);
+    const Contender& ours = contenders.front();
+    std::vector<const Contender*> others;
+    for (std::size_t i = 1; i <= peerCount; ++i)
+        others.push_back(&contenders[i]);
+    reportTimes(state, ours, others);
+    reportTimesFaster(state, ours, others);
+    if (!limit)
+        return;
+    const auto& limitTimes = contenders.back().elapsed;
+    const double median = quantile(ours.elapsed, 0.5);
+    state.counters["limit_ms"] = quantile(limitTimes, 0.5);
+    state.counters["share_of_limit"] = quantile(limitTimes, 0.5) / median;
+    state.counters["share_of_limit_p10"] = quantile(limitTimes, 0.1) / quantile(ours.elapsed, 0.1);
     state.counters["gigabytes_per_s"] = 1e-6 * bytesMoved / median;
 }
 
@@ -96,19 +94,70 @@ double bytesRead(Format format)
     return (format & formatPackingMask) != 0 ? 1.25 : static_cast<double>(bytesPerPixel(format));
 }
 
-double bytesConverted(Format format)
+std::size_t bytesConverted(Format format)
 {
     return targetKind(format) == 32 ? 4 : 1;
 }
 
-void convert(benchmark::State& state, Format format)
+bool isMosaic(Format format)
 {
-    Frames frames(2, width, height, format);
+    return (format & formatPatternMask) != 0;
+}
+
+/// Whether two conversions made the same picture, as far as `Peer` promises.
+bool isSame(const QImage& ours, const PageMemory& theirs)
+{
+    const bool isColored = ours.depth() == 32;
+    const std::uint8_t* const pixels = ours.constBits();
+    for (std::size_t i = 0; i < theirs.size(); ++i) {
+        if ((!isColored || i % 4 != 3) && std::abs(pixels[i] - theirs.data()[i]) > 1)
+            return false;
+    }
+    return true;
+}
+
+void convert(benchmark::State& state, Format format, const Size& size)
+{
+    const std::size_t pixelCount = size.width * size.height;
+    Frames frames(2, size.width, size.height, format);
     const auto pool = CopyPool::shared();
     QImage target;
     PixelBuffer buffer;
-    measure(state, bytesRead(format), bytesConverted(format),
-            [&] { return convertFrame(*pool, target, buffer, frames.next()); });
+    const auto conversions = conversionPeers(format);
+    std::vector<Contender> peers;
+    std::vector<PageMemory> targets;
+    for (const Peer& peer : conversions) {
+        const PageMemory& pixels = targets.emplace_back(pixelCount * bytesConverted(format));
+        const auto run = [&peer, &frames, data = pixels.data()](const RawImage& frame) { peer.convert(frame, data); };
+        const RawImage& frame = frames.next();
+        run(frame);
+        // Mosaics are interpolated in another way.
+        if (!convertFrame(*pool, target, buffer, frame) || (!isMosaic(format) && !isSame(target, pixels)))
+            return state.SkipWithError(("the picture of " + peer.name + " is another").c_str());
+        peers.push_back({peer.name,
+                         [run, &frames] {
+                             run(frames.next());
+                             return true;
+                         },
+                         {},
+                         {}});
+    }
+    const double bytesMoved = bytesRead(format) + static_cast<double>(bytesConverted(format));
+    measure(
+        state, bytesMoved * static_cast<double>(pixelCount),
+        [&] { return convertFrame(*pool, target, buffer, frames.next()); }, std::move(peers));
+}
+
+/// A small frame on all threads, beside one thread.
+void convertSmall(benchmark::State& state, Format format)
+{
+    Frames frames(2, 640, 480, format);
+    const auto pool = CopyPool::shared();
+    CopyPool single(1);
+    QImage target;
+    PixelBuffer buffer;
+    measure(state, 0, [&] { return convertFrame(*pool, target, buffer, frames.next()); },
+            {{"one_thread", [&] { return convertFrame(single, target, buffer, frames.next()); }, {}, {}}});
 }
 
 QVector<unsigned int> invertedPalette()
@@ -118,51 +167,46 @@ QVector<unsigned int> invertedPalette()
     return palette;
 }
 
-/// The toolkit's way from a converted image to a picture: a copy with its palette, then a fresh pixmap.
-void renderByToolkit(benchmark::State& state, Format format, const QVector<unsigned int>& palette)
+/// A converted frame as a picture, beside the toolkit's way: a copy with its palette, then a fresh pixmap.
+void render(benchmark::State& state, Format format, const QVector<unsigned int>& palette, double bytesMovedPerPixel)
 {
-    Frames frames(1, width, height, format);
-    QImage target;
-    PixelBuffer buffer;
-    if (!convertFrame(*CopyPool::shared(), target, buffer, frames.next()))
+    Frames frames(1, full.width, full.height, format);
+    FrameConverter converter;
+    const auto converted = converter.convert(frames.next(), true, {});
+    if (!converted)
         return state.SkipWithError("the conversion failed");
-    measure(state, bytesConverted(format), 4,
-            [&] { return !QPixmap::fromImage(imageForRender(target, palette, false)).isNull(); });
+    std::shared_ptr<DisplayFrame> shown;
+    measure(state, bytesMovedPerPixel * static_cast<double>(full.width * full.height),
+            [&] {
+                shown = converter.renderAgain(*converted, palette);
+                return !shown->pixmap.isNull();
+            },
+            {{"toolkit",
+              [&] { return !QPixmap::fromImage(imageForRender(converted->image, palette, false)).isNull(); },
+              {},
+              {}}});
 }
 
 /// The stream's way from a delivered frame to a picture. The previous picture stays in use meanwhile, as on a surface.
 void convertAndRender(benchmark::State& state, Format format, const ConversionSettings& settings)
 {
-    Frames frames(2, width, height, format);
+    Frames frames(2, full.width, full.height, format);
     FrameConverter converter;
     std::shared_ptr<DisplayFrame> shown;
-    const bool lookedUp = targetKind(format) == 8 && !settings.palette.isEmpty();
-    measure(state, bytesRead(format) + (lookedUp ? 1 : 0), bytesConverted(format) + (lookedUp ? 4 : 0), [&] {
+    const bool isLookedUp = targetKind(format) == 8 && !settings.palette.isEmpty();
+    const double bytesMoved =
+        bytesRead(format) + static_cast<double>(bytesConverted(format)) + (isLookedUp ? 1 + 4 : 0);
+    measure(state, bytesMoved * static_cast<double>(full.width * full.height), [&] {
         shown = converter.convert(frames.next(), true, settings);
         return shown && !shown->pixmap.isNull();
     });
 }
 
-/// The rendering alone of a converted frame in another palette.
-void renderAgain(benchmark::State& state)
-{
-    Frames frames(1, width, height, Mono8);
-    FrameConverter converter;
-    const auto converted = converter.convert(frames.next(), true, {});
-    if (!converted)
-        return state.SkipWithError("the conversion failed");
-    const auto palette = invertedPalette();
-    std::shared_ptr<DisplayFrame> shown;
-    measure(state, 1, 4, [&] {
-        shown = converter.renderAgain(*converted, palette);
-        return shown && !shown->pixmap.isNull();
-    });
-}
-
 template <typename... Arguments>
-void add(const std::string& name, Arguments&&... arguments)
+void add(const std::string& name, benchmark::IterationCount iterations, Arguments&&... arguments)
 {
     benchmark::RegisterBenchmark(name.c_str(), std::forward<Arguments>(arguments)...)
+        ->Iterations(iterations)
         ->UseManualTime()
         ->Unit(benchmark::kMillisecond);
 }
@@ -172,17 +216,22 @@ void add(const std::string& name, Arguments&&... arguments)
 void registerConversions()
 {
     for (const Format format : {Mono8, Mono10, Mono12, Mono14, Mono16, Mono10p, Mono10p_NoSwap, RGB8, RGBa8, RGB12,
-                                RGB14, RGB16, RGB10p32, BayerRG8, BayerRG12})
-        add(std::string("convert/") + formatName(format), convert, format);
+                                RGB14, RGB16, RGB10p32, BayerRG8, BayerRG12, BayerRG16})
+        add(std::string("convert/") + formatName(format), 60, convert, format, full);
+    for (const Format format : {Mono8, Mono12, RGB8, BayerRG8}) {
+        add(std::string("convert/small/") + formatName(format), 2000, convertSmall, format);
+        for (const Size& size : sizes)
+            add("convert/" + text(format, size), 40, convert, format, size);
+    }
 
-    add("render/toolkit/gray", renderByToolkit, Mono8, QVector<unsigned int>());
-    add("render/toolkit/palette", renderByToolkit, Mono8, invertedPalette());
-    add("render/toolkit/color", renderByToolkit, RGB8, QVector<unsigned int>());
-    add("render/palette", renderAgain);
+    const auto palette = invertedPalette();
+    add("render/gray", 40, render, Mono8, QVector<unsigned int>(), 0);
+    add("render/palette", 40, render, Mono8, palette, 1 + 4);
+    add("render/color", 40, render, RGB8, QVector<unsigned int>(), 0);
 
-    ConversionSettings palette;
-    palette.palette = invertedPalette();
-    add("convert_and_render/gray", convertAndRender, Mono8, ConversionSettings());
-    add("convert_and_render/palette", convertAndRender, Mono8, palette);
-    add("convert_and_render/color", convertAndRender, RGB8, ConversionSettings());
+    ConversionSettings lookedUp;
+    lookedUp.palette = palette;
+    add("convert_and_render/gray", 60, convertAndRender, Mono8, ConversionSettings());
+    add("convert_and_render/palette", 60, convertAndRender, Mono8, lookedUp);
+    add("convert_and_render/color", 60, convertAndRender, RGB8, ConversionSettings());
 }

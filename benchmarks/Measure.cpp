@@ -2,6 +2,8 @@
 // Clocks, memory counters, statistics, frames.
 #include "Measure.h"
 
+#include "pipeline/PixelReader.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -154,13 +156,21 @@ void PageMemory::Release::operator()(std::uint8_t* data) const
     ::operator delete(data, pageAlignment);
 }
 
+std::string text(Vistrel::Format format, const Size& size)
+{
+    return std::string(Vistrel::formatName(format)) + '/' + std::to_string(size.width) + 'x' +
+           std::to_string(size.height);
+}
+
 Frames::Frames(std::size_t count, std::size_t width, std::size_t height, Vistrel::Format format)
 {
+    const bool hasWords = bytesPerPixel(format) % 4 == 2 && (format & Vistrel::formatPackingMask) == 0;
+    const std::uint64_t used = hasWords ? Vistrel::channelMaximum(format) * 0x0001'0001'0001'0001u : ~std::uint64_t{0};
     std::mt19937_64 random;
     for (std::size_t i = 0; i < count; ++i) {
         const PageMemory& pixels = m_pixels.emplace_back(width * height * Vistrel::bytesPerPixel(format));
         for (std::size_t at = 0; at < pixels.size(); at += sizeof(std::uint64_t)) {
-            const std::uint64_t bits = random();
+            const std::uint64_t bits = random() & used;
             std::memcpy(pixels.data() + at, &bits, std::min(sizeof bits, pixels.size() - at));
         }
         m_frames.push_back({pixels.data(), width, height, format, nullptr});

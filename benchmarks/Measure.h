@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace Bench {
@@ -66,7 +67,19 @@ private:
     std::size_t m_size;
 };
 
-/// Frames of one size and format with random bytes, each in memory of its own.
+struct Size
+{
+    std::size_t width;
+    std::size_t height;
+};
+
+/// From the smallest to the largest that a curve over the size goes through.
+constexpr Size sizes[] = {{640, 480}, {1280, 960}, {1920, 1080}, {2560, 1920}, {4096, 3072}};
+
+/// As in "Mono8/640x480".
+std::string text(Vistrel::Format format, const Size& size);
+
+/// Frames of one size and format with random pixels, each in memory of its own.
 class Frames
 {
 public:

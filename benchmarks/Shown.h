@@ -16,12 +16,15 @@
 
 namespace Bench {
 
-/// Offers start, stop and all statistics, which change whenever they are asked for.
+/// Offers start, stop and all statistics, which usually change whenever they are asked for.
 class Camera : public PushSource
 {
 public:
     Camera();
 
+    using PushSource::signalAcquisitionStateChange;
+
+    bool isSetup() const override { return isOpen; }
     bool canStart() const override { return !m_isRunning; }
     bool canStop() const override { return m_isRunning; }
     bool isRunning() const override { return m_isRunning; }
@@ -29,17 +32,21 @@ public:
     bool stop() override;
 
     bool activeSetupMode(char* const buffer, std::size_t* const size) const override;
-    double frameRate() const override { return 59 + 0.01 * static_cast<double>(++m_asked % 100); }
-    std::size_t framesQueued() const override { return ++m_asked % 10; }
-    std::size_t framesFilled() const override { return ++m_asked % 10; }
-    std::size_t framesDropped() const override { return ++m_asked; }
-    std::size_t framesDelivered() const override { return ++m_asked; }
+    double frameRate() const override { return 59 + 0.01 * static_cast<double>(asked() % 100); }
+    std::size_t framesQueued() const override { return asked() % 10; }
+    std::size_t framesFilled() const override { return asked() % 10; }
+    std::size_t framesDropped() const override { return asked(); }
+    std::size_t framesDelivered() const override { return asked(); }
 
+    std::atomic<bool> isOpen{true};
+    bool countsChange = true;
     std::chrono::milliseconds startTakes{0}; // set while no command runs
     Clock::time_point entered;               // of the last start, once it is over
     Clock::time_point returned;
 
 private:
+    std::size_t asked() const { return countsChange ? ++m_asked : m_asked; }
+
     std::atomic<bool> m_isRunning{false};
     mutable std::size_t m_asked = 0; // user-interface thread
 };

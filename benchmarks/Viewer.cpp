@@ -88,7 +88,7 @@ Viewer::Run Viewer::showFrames(Frames& frames, std::size_t count, int pause)
     m_left = count;
     m_pause = pause;
     m_run = Run();
-    for (auto* samples : {&m_run.latencies, &m_run.paintings}) {
+    for (auto* samples : {&m_run.beginnings, &m_run.latencies, &m_run.paintings}) {
         samples->resize(count); // touches what the run would otherwise touch first
         samples->clear();
     }
@@ -125,6 +125,7 @@ void Viewer::paintEvent(QPaintEvent* event)
     // The window is painted for other reasons too.
     if (!m_underWay || stream->framesPublished() == m_published)
         return;
+    m_run.beginnings.push_back(Milliseconds(start - m_pushed).count());
     m_run.latencies.push_back(millisecondsSince(m_pushed));
     m_run.paintings.push_back(millisecondsSince(start));
     m_underWay = false;

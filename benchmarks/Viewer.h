@@ -65,8 +65,9 @@ public:
         double cpuMilliseconds = 0;
         long pageFaults = 0;
         std::size_t largeAllocations = 0;
-        std::vector<double> latencies; // milliseconds from each frame's push to the end of its painting
-        std::vector<double> paintings; // milliseconds that each painting took
+        std::vector<double> beginnings; // milliseconds from each frame's push to the beginning of its painting
+        std::vector<double> latencies;  // and to the end
+        std::vector<double> paintings;  // milliseconds that each painting took
     };
 
     /// Shows `count` frames: each is pushed `pause` milliseconds after the one before was painted, from within its

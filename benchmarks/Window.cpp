@@ -150,8 +150,8 @@ void registerWindow()
         for (const Format format : {Mono8, RGB8}) {
             const std::string shape =
                 std::string(formatName(format)) + '/' + std::to_string(width) + 'x' + std::to_string(height);
-            add("window/" + shape, 10, live, width, height, format, nowhere);
-            add("window/pointed/" + shape, 10, live, width, height, format, somewhere);
+            add("window/" + shape, 6, live, width, height, format, nowhere);
+            add("window/pointed/" + shape, 6, live, width, height, format, somewhere);
         }
     }
     add("command/start", 40, start, milliseconds(0), false);

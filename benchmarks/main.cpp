@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Runs the measurements that the command line selects.
+#include "Peers.h"
+
 #include "pipeline/CopyPool.h"
 
 #include <benchmark/benchmark.h>
@@ -7,25 +9,34 @@
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QApplication>
 
+#include <iostream>
 #include <string>
 
 void registerConversions();
 void registerDisplay();
 void registerInteraction();
+void registerMosaics();
+void registerRest();
+void registerScreen();
 void registerWindow();
 
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     registerConversions();
+    registerMosaics();
+    registerScreen();
     registerDisplay();
     registerInteraction();
     registerWindow();
+    registerRest();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     benchmark::AddCustomContext("platform", QGuiApplication::platformName().toStdString());
     benchmark::AddCustomContext("participants", std::to_string(Vistrel::CopyPool::shared()->participants()));
+    for (const std::string& sentence : Bench::absentPeers())
+        std::cerr << sentence << '\n';
     const bool anyRun = benchmark::RunSpecifiedBenchmarks() != 0;
     benchmark::Shutdown();
     return anyRun ? 0 : 1;
