@@ -136,7 +136,8 @@ VISTREL_EXPORT int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandl
 VISTREL_EXPORT int32_t VTAppDestroy(VTAppHandle app);
 
 /* Runs the event loop until `VTAppExit`, or until the last window has been closed, and stores the exit code unless
- * `exitCode` is null. NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; APPLICATION_BUSY (the loop is running); EXCEPTION. */
+ * `exitCode` is null. NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; APPLICATION_BUSY (the loop is running, or the
+ * call comes from within a callback); EXCEPTION. */
 VISTREL_EXPORT int32_t VTAppExec(VTAppHandle app, int* exitCode);
 
 /* Ends the event loop; before the loop, the next one at its start. Any thread.
@@ -265,9 +266,10 @@ enum VTProperty {
 
     VT_WINDOW_COLOR_TABLE = 2000,           /* VTColorTable: the palette of monochrome images */
     VT_WINDOW_BAYER_FILTER_OVERRIDE = 2001, /* one of the four patterns of VTFormat, or 0: each image's own */
-    VT_WINDOW_REFRESH_RATE = 2002,          /* hertz, from 1; writing it ends VT_WINDOW_REFRESH_RATE_AUTO */
-    VT_WINDOW_SHOW_STATE = 2003,            /* VTShowState */
-    VT_WINDOW_ACQUISITION_STATE = 2004,     /* VTAcquisitionState; writing it runs the commands that lead there */
+    VT_WINDOW_REFRESH_RATE =
+        2002, /* hertz, from 1, kept as whole milliseconds; writing it ends VT_WINDOW_REFRESH_RATE_AUTO */
+    VT_WINDOW_SHOW_STATE = 2003,        /* VTShowState */
+    VT_WINDOW_ACQUISITION_STATE = 2004, /* VTAcquisitionState; writing it runs the commands that lead there */
 
     VT_WINDOW_ZOOM =
         2100, /* logical screen pixels an image pixel, 1.125 to the power of -40 to 40 (about 0.009 to 111) */

@@ -432,7 +432,12 @@ bool AbstractAcquisitionInterface::addSetupMode(const char* const name, const ch
     if (!name || !description || m_data->setupModeNames.count(name) != 0)
         return false;
     m_data->setupModes.push_back({name, description});
-    m_data->setupModeNames.insert(name);
+    try {
+        m_data->setupModeNames.insert(name);
+    } catch (...) {
+        m_data->setupModes.pop_back();
+        throw;
+    }
     return true;
 }
 
