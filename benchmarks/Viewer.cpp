@@ -66,6 +66,8 @@ void PushSource::readyNextFrame()
 Viewer::Viewer()
 {
     resize(1280, 960);
+    setAutoFillBackground(true);
+    setAttribute(Qt::WA_OpaquePaintEvent); // as in the window's scroll area
     stream.emplace(this, &source);
     show();
     m_next.setSingleShot(true);

@@ -50,18 +50,16 @@ bool runCopy(CopyPool& pool, QImage& target, const RawImage& raw)
     Copy copy(raw, target);
     const std::size_t rowBytes =
         raw.width * bytesPerPixel(raw.format) + static_cast<std::size_t>(target.bytesPerLine());
-    pool.runRows(raw.height, rowBytes, [&copy](std::size_t row, std::size_t end) {
-        for (; row < end; ++row)
-            copy.copyRow(row);
-    });
+    pool.runRows(raw.height, rowBytes, [&copy](std::size_t row, std::size_t end) { copy.copyRows(row, end); });
     return true;
 }
 
 bool copyBytes(CopyPool& pool, QImage& target, const RawImage& raw)
 {
     std::uint8_t* const bytes = target.bits();
+    const auto stores = RowKernels::storesFor(raw.width * raw.height);
     pool.runRows(raw.height, 2 * raw.width, [&](std::size_t row, std::size_t end) {
-        RowKernels::copyBytes(raw.data + row * raw.width, bytes + row * raw.width, (end - row) * raw.width);
+        RowKernels::copyBytes(raw.data + row * raw.width, bytes + row * raw.width, (end - row) * raw.width, stores);
     });
     return true;
 }

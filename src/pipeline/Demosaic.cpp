@@ -79,11 +79,15 @@ public:
 private:
     static constexpr std::size_t lead = 4; // columns before the first that are loaded: groups are not torn
 
+    // Beyond a page. Ten of them are read side by side, which would fight for the same few places in the cache.
+    static constexpr std::size_t apart = 208;
+    static_assert(apart >= (lead + margin) / 2);
+
     struct Line
     {
         std::uint16_t& site(std::ptrdiff_t x) { return sites[x & 1][(static_cast<std::ptrdiff_t>(lead) + x) >> 1]; }
 
-        std::uint16_t sites[2][(lead + columns + margin) / 2]; // of even columns, of odd columns
+        std::uint16_t sites[2][columns / 2 + apart]; // of even columns, of odd columns
         bool isNarrow;
     };
 

@@ -172,11 +172,12 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
         std::array<std::uint32_t, 256> table;
         std::transform(palette.begin(), palette.end(), table.begin(), [](auto entry) { return entry | 0xFF000000u; });
         const PixelBlock shown = m_blocks.take(imageBytes(image) * 4);
+        const auto stores = RowKernels::storesFor(shown->size());
         const auto rowPixels = static_cast<std::size_t>(width);
         m_pool->runRows(static_cast<std::size_t>(image.height()), 5 * rowPixels, [&](std::size_t row, std::size_t end) {
             auto* const target = reinterpret_cast<std::uint32_t*>(shown->data()) + row * rowPixels;
             RowKernels::lookUp(image.constScanLine(static_cast<int>(row)), target, (end - row) * rowPixels,
-                               table.data());
+                               table.data(), stores);
         });
         frame.pixmap = pixmapOver(shown, image, width * 4, QImage::Format_RGB32);
     } else {
@@ -191,17 +192,18 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
 PixelBlock FrameConverter::copyOfLocked(const QImage& image, bool swapped)
 {
     const PixelBlock copy = m_blocks.take(imageBytes(image));
+    const auto stores = RowKernels::storesFor(copy->size());
     const auto rowBytes = static_cast<std::size_t>(image.bytesPerLine());
     m_pool->runRows(static_cast<std::size_t>(image.height()), 2 * rowBytes, [&](std::size_t row, std::size_t end) {
         const std::uint8_t* const source = image.constScanLine(static_cast<int>(row));
         std::uint8_t* const target = copy->data() + row * rowBytes;
         const std::size_t bytes = (end - row) * rowBytes;
         if (image.format() == QImage::Format_RGBX8888)
-            RowKernels::bytes4ToColor(source, target, bytes / 4, swapped, 4);
+            RowKernels::bytes4ToColor(source, target, bytes / 4, swapped, 4, stores);
         else if (image.format() == QImage::Format_RGB888)
-            RowKernels::bytes3ToColor(source, target, bytes / 3, swapped, 3);
+            RowKernels::bytes3ToColor(source, target, bytes / 3, swapped, 3, stores);
         else
-            RowKernels::copyBytes(source, target, bytes);
+            RowKernels::copyBytes(source, target, bytes, stores);
     });
     return copy;
 }

@@ -5,6 +5,7 @@
 
 #include "pipeline/DemosaicKernels.h"
 #include "pipeline/PackedIterators.h"
+#include "pipeline/RowKernels.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -20,12 +21,13 @@ inline std::uint16_t wordAt(const std::uint8_t* bytes)
     return word;
 }
 
-inline void CopyBytes(const std::uint8_t* source, std::uint8_t* target, std::size_t count)
+inline void CopyBytes(const std::uint8_t* source, std::uint8_t* target, std::size_t count, Stores = Stores::Cached)
 {
     std::memcpy(target, source, count);
 }
 
-inline void ShiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift)
+inline void ShiftToGray(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift,
+                        Stores = Stores::Cached)
 {
     for (std::size_t i = 0; i < count; ++i)
         target[i] = static_cast<std::uint8_t>(wordAt(source + 2 * i) >> shift);
@@ -42,21 +44,21 @@ inline void storeColor(std::uint32_t first, std::uint32_t second, std::uint32_t 
 }
 
 inline void Bytes3ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed,
-                          std::size_t pixelBytes)
+                          std::size_t pixelBytes, Stores = Stores::Cached)
 {
     for (; count > 0; --count, source += 3, target += pixelBytes)
         storeColor(source[0], source[1], source[2], reversed, pixelBytes, target);
 }
 
 inline void Bytes4ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed,
-                          std::size_t pixelBytes)
+                          std::size_t pixelBytes, Stores = Stores::Cached)
 {
     for (; count > 0; --count, source += 4, target += pixelBytes)
         storeColor(source[0], source[1], source[2], reversed, pixelBytes, target);
 }
 
 inline void Words3ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, int shift, bool reversed,
-                          std::size_t pixelBytes)
+                          std::size_t pixelBytes, Stores = Stores::Cached)
 {
     for (; count > 0; --count, source += 6, target += pixelBytes)
         storeColor(wordAt(source) >> shift, wordAt(source + 2) >> shift, wordAt(source + 4) >> shift, reversed,
@@ -64,7 +66,7 @@ inline void Words3ToColor(const std::uint8_t* source, std::uint8_t* target, std:
 }
 
 inline void Fields30ToColor(const std::uint8_t* source, std::uint8_t* target, std::size_t count, bool reversed,
-                            std::size_t pixelBytes)
+                            std::size_t pixelBytes, Stores = Stores::Cached)
 {
     for (Color30Iterator pixel(source); count > 0; --count, ++pixel, target += pixelBytes)
         storeColor(*pixel >> 2, *pixel >> 12, *pixel >> 22, reversed, pixelBytes, target);
@@ -87,7 +89,7 @@ inline void packed10(const std::uint8_t* source, const std::uint8_t* end, Target
 }
 
 inline void Packed10ToGray(const std::uint8_t* source, const std::uint8_t* end, std::uint8_t* target, std::size_t count,
-                           bool swap, std::size_t)
+                           bool swap, std::size_t, Stores = Stores::Cached)
 {
     packed10(source, end, target, count, swap);
 }
@@ -99,7 +101,8 @@ inline void Packed10ToWords(const std::uint8_t* source, const std::uint8_t* end,
 }
 
 // Eight at a time, because reading them one by one is what takes longest.
-inline void LookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table)
+inline void LookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table,
+                   Stores = Stores::Cached)
 {
     std::size_t i = 0;
     for (; i + 8 <= count; i += 8) {
@@ -162,18 +165,19 @@ inline void Interpolate(const Rows& rows, std::uint8_t* target, std::size_t coun
 
 inline void SplitBytes(const std::uint8_t* source, std::uint16_t* even, std::uint16_t* odd, std::size_t count)
 {
-    for (std::size_t x = 0; x < count; ++x)
-        (x % 2 == 0 ? even : odd)[x / 2] = source[x];
+    for (std::size_t x = 0; x < count; x += 2)
+        even[x / 2] = source[x];
+    for (std::size_t x = 1; x < count; x += 2)
+        odd[x / 2] = source[x];
 }
 
 inline std::uint16_t SplitWords(const std::uint8_t* source, std::uint16_t* even, std::uint16_t* odd, std::size_t count)
 {
     std::uint16_t bits = 0;
-    for (std::size_t x = 0; x < count; ++x) {
-        const std::uint16_t site = RowKernels::Plain::wordAt(source + 2 * x);
-        (x % 2 == 0 ? even : odd)[x / 2] = site;
-        bits |= site;
-    }
+    for (std::size_t x = 0; x < count; x += 2)
+        bits |= even[x / 2] = RowKernels::Plain::wordAt(source + 2 * x);
+    for (std::size_t x = 1; x < count; x += 2)
+        bits |= odd[x / 2] = RowKernels::Plain::wordAt(source + 2 * x);
     return bits;
 }
 

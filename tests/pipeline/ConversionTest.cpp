@@ -89,6 +89,7 @@ private Q_SLOTS:
     void everyWidth();
     void largeFrames();
     void lookUp();
+    void storesMakeNoDifference();
     void vectorsCanBeForbidden();
     void exactBytes_data();
     void exactBytes();
@@ -142,7 +143,7 @@ void ConversionTest::everyWidth()
 void ConversionTest::largeFrames()
 {
     Random random(1);
-    for (const Format format : {Mono8, Mono10p, Mono12, RGB8}) {
+    for (const Format format : {Mono8, Mono10p, Mono12, RGB8, RGB10p32, RGB16}) {
         const QByteArray fault = faultOf(m_pool, format, 1601, 1327, GuardedBuffer::AtBack, random);
         QVERIFY2(fault.isEmpty(), fault.constData());
     }
@@ -160,13 +161,63 @@ void ConversionTest::lookUp()
         const QByteArray fault = faultInVectors([&]() -> QByteArray {
             auto* const entries = reinterpret_cast<std::uint32_t*>(target.data());
             std::fill_n(entries, count, 0u);
-            RowKernels::lookUp(source.data(), entries, count, table);
+            RowKernels::lookUp(source.data(), entries, count, table, RowKernels::Stores::Cached);
             const bool right =
                 std::equal(entries, entries + count, source.data(),
                            [&](std::uint32_t entry, std::uint8_t index) { return entry == table[index]; });
             return right && target.isIntact() ? "" : "wrong entries";
         });
         QVERIFY2(fault.isEmpty(), fault.constData());
+    }
+}
+
+void ConversionTest::storesMakeNoDifference()
+{
+    using namespace RowKernels;
+    using Kernel = void (*)(const GuardedBuffer&, std::uint8_t*, std::size_t, Stores);
+    struct Case
+    {
+        const char* name;
+        std::size_t sourceBytes, targetBytes; // of four pixels
+        Kernel run;
+    };
+    static std::uint32_t table[256];
+    Random random(3);
+    std::generate_n(table, 256, [&] { return static_cast<std::uint32_t>(random()); });
+    const Case cases[] = {
+        {"bytes", 4, 4, [](auto& from, auto* to, auto n, Stores stores) { copyBytes(from.data(), to, n, stores); }},
+        {"words", 8, 4,
+         [](auto& from, auto* to, auto n, Stores stores) { shiftToGray(from.data(), to, n, 4, stores); }},
+        {"packed", 5, 4,
+         [](auto& from, auto* to, auto n, Stores stores) {
+             packed10ToGray(from.data(), from.data() + from.size(), to, n, true, 0, stores);
+         }},
+        {"3 bytes", 12, 16,
+         [](auto& from, auto* to, auto n, Stores stores) { bytes3ToColor(from.data(), to, n, true, 4, stores); }},
+        {"4 bytes", 16, 16,
+         [](auto& from, auto* to, auto n, Stores stores) { bytes4ToColor(from.data(), to, n, true, 4, stores); }},
+        {"3 words", 24, 16,
+         [](auto& from, auto* to, auto n, Stores stores) { words3ToColor(from.data(), to, n, 6, true, 4, stores); }},
+        {"fields", 16, 16,
+         [](auto& from, auto* to, auto n, Stores stores) { fields30ToColor(from.data(), to, n, true, 4, stores); }},
+        {"indices", 4, 16, [](auto& from, auto* to, auto n, Stores stores) {
+             RowKernels::lookUp(from.data(), reinterpret_cast<std::uint32_t*>(to), n, table, stores);
+         }}};
+    for (const Case& one : cases) {
+        for (std::size_t count = 0; count <= 300; count += 4) { // the target begins anywhere within a vector
+            const GuardedBuffer source(count / 4 * one.sourceBytes, GuardedBuffer::AtBack);
+            fillRandom(source, random);
+            const GuardedBuffer target(count / 4 * one.targetBytes, GuardedBuffer::AtBack);
+            std::vector<std::uint8_t> expected(target.size());
+            one.run(source, expected.data(), count, Stores::Cached);
+            const QByteArray fault = faultInVectors([&]() -> QByteArray {
+                std::fill_n(target.data(), target.size(), std::uint8_t{0});
+                one.run(source, target.data(), count, Stores::Streamed);
+                const bool same = std::equal(expected.begin(), expected.end(), target.data());
+                return same && target.isIntact() ? QByteArray() : one.name + QByteArray::number(qulonglong{count});
+            });
+            QVERIFY2(fault.isEmpty(), fault.constData());
+        }
     }
 }
 

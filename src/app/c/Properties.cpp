@@ -151,8 +151,8 @@ template <void (Window::*get)(int&, int&, int&, int&) const, void (Window::*set)
 constexpr DataProperty placeProperty(std::int32_t number)
 {
     return {number,
-            sizeof(Rectangle),
             false,
+            sizeof(Rectangle),
             [](const Owner& o, void* data) {
                 Rectangle place{};
                 (o.window->*get)(place.x, place.y, place.width, place.height);
@@ -316,7 +316,7 @@ constexpr TextProperty textRows[] = {
 constexpr DataProperty dataRows[] = {
     placeProperty<&W::getGeometry, &W::setGeometry>(VT_WINDOW_GEOMETRY),
     placeProperty<&W::getFrameGeometry, &W::setFrameGeometry>(VT_WINDOW_FRAME_GEOMETRY),
-    {VT_WINDOW_IMAGE_OFFSET, sizeof(Offset), false,
+    {VT_WINDOW_IMAGE_OFFSET, false, sizeof(Offset),
      [](const Owner& o, void* data) {
          return toData(Offset{o.window->imageOffsetX(), o.window->imageOffsetY()}, data);
      },
@@ -325,11 +325,11 @@ constexpr DataProperty dataRows[] = {
          return o.window->setImageOffset(offset.x, offset.y), true;
      },
      nullptr},
-    {VT_WINDOW_TRANSIENT_PARENT, sizeof(void*), false,
+    {VT_WINDOW_TRANSIENT_PARENT, false, sizeof(void*),
      [](const Owner& o, void* data) { return toData(static_cast<void*>(o.window->transientParent()), data); },
      &setTransientParent, nullptr},
-    {VT_WINDOW_BITMAP_LOCK, sizeof(BitmapLock), true, &readBitmapLock, &writeBitmapLock, &isBitmapLock},
-    {VT_WINDOW_BITMAP, sizeof(VTRawImage), true,
+    {VT_WINDOW_BITMAP_LOCK, true, sizeof(BitmapLock), &readBitmapLock, &writeBitmapLock, &isBitmapLock},
+    {VT_WINDOW_BITMAP, true, sizeof(VTRawImage),
      [](const Owner& o, void* data) {
          RawImage bitmap;
          return o.window->getBitmap(&bitmap) && toData(toVTRawImage(bitmap), data);

@@ -44,8 +44,8 @@ struct TextProperty
 struct DataProperty
 {
     std::int32_t number;
-    std::size_t size;
     bool mayBeAbsent;
+    std::size_t size;
     bool (*read)(const Owner&, void* data);        // false: absent
     bool (*write)(const Owner&, const void* data); // null data: absent
     bool (*isInRange)(const void* data);           // null: all data are
