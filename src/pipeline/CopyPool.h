@@ -48,7 +48,7 @@ public:
     /// Calls `rows(first, end)` until all rows below `height` are done, each once: whoever is ready takes the next few,
     /// `fewest` or more. `bytesPerRow` counts the bytes read and written, or those that a plain copy would move in the
     /// time that a row takes. Small frames are done by the calling thread alone, and a worker that wakes when no row is
-    /// left is not waited for.
+    /// left is not waited for. Whoever sees this return sees what was streamed.
     template <typename Rows>
     void runRows(std::size_t height, std::size_t bytesPerRow, Rows&& rows, std::size_t fewest = 1)
     {

@@ -15,7 +15,8 @@
 
 namespace Vistrel {
 
-/// Monochrome of more than 8 bits into indices. T is the source element, Iterator what walks along a row of them.
+/// Monochrome of more than 8 bits into indices, in rows without gaps. T is the source element, Iterator what walks
+/// along a row of them.
 template <typename T, int shift, typename Iterator>
 class ThreadableCopyGray
 {
@@ -48,7 +49,8 @@ private:
     const RowKernels::Stores m_stores;
 };
 
-/// Colour into three or four bytes a pixel. T is the source element, `channels` of which make a pixel.
+/// Colour into three or four bytes a pixel, in rows without gaps. T is the source element, `channels` of which make a
+/// pixel.
 template <typename T, int channels, int shift, typename Iterator>
 class ThreadableCopyColor
 {

@@ -18,18 +18,19 @@ namespace Vistrel {
 namespace {
 
 constexpr int bandHeight = 16; // lines that stay in the cache until they are painted
-constexpr double tie = 1e-6;   // a centre on a border belongs to the pixel after it, however the sum was rounded
+// A centre on a border belongs to the pixel before it, as with the paint engine, however the sum was rounded.
+constexpr double tie = 1e-6;
 
 // Of `length` pixels of the picture, the one in which the centre of a pixel of the target lies.
 int pixelAt(int position, double targetStart, double sourceStart, double ratio, int length)
 {
-    const double place = sourceStart + (position + 0.5 - targetStart) * ratio + tie;
+    const double place = sourceStart + (position + 0.5 - targetStart) * ratio - tie;
     return std::clamp(static_cast<int>(std::floor(place)), 0, length - 1);
 }
 
 int firstCentreFrom(double edge)
 {
-    return static_cast<int>(std::ceil(edge - 0.5));
+    return static_cast<int>(std::ceil(edge - 0.5 + tie));
 }
 
 bool isWholeTranslation(const QTransform& transform)
@@ -38,14 +39,14 @@ bool isWholeTranslation(const QTransform& transform)
            transform.dy() == std::floor(transform.dy());
 }
 
-void put(std::uint8_t level, std::uint32_t& pixel)
+std::uint32_t sampled(std::uint8_t level)
 {
-    pixel = 0xFF000000u | level * 0x010101u;
+    return 0xFF000000u | level * 0x010101u;
 }
 
-void put(std::uint32_t color, std::uint32_t& pixel)
+std::uint32_t sampled(std::uint32_t color)
 {
-    pixel = color;
+    return color;
 }
 
 // Meanwhile the row that is sampled next comes into the cache. The processor foresees it only within a page.
@@ -61,10 +62,10 @@ void sampleRow(const uchar* row, const uchar* next, const std::vector<int>& colu
     for (; x + few <= count; x += few) {
         hwy::Prefetch(ahead + column[x]);
         for (std::size_t i = x; i < x + few; ++i)
-            put(pixels[column[i]], line[i]);
+            line[i] = sampled(pixels[column[i]]);
     }
     for (; x < count; ++x)
-        put(pixels[column[x]], line[x]);
+        line[x] = sampled(pixels[column[x]]);
 }
 
 } // namespace
@@ -73,9 +74,10 @@ bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage&
                           const QRect& needed)
 {
     const bool isGray = picture.format() == QImage::Format_Grayscale8;
+    const bool isSwapped = picture.format() == QImage::Format_RGBX8888;
     const bool isFullSize = source.size() == target.size();
-    if ((isGray ? isFullSize : picture.format() != QImage::Format_RGBX8888) ||
-        painter.device()->devicePixelRatioF() != 1.0 || !isWholeTranslation(painter.combinedTransform()))
+    if ((!isGray && !isSwapped && !isFullSize && picture.format() != QImage::Format_RGB32) ||
+        painter.device()->devicePixelRatioF() != 1.0 || !isWholeTranslation(painter.deviceTransform()))
         return false;
 
     const int left = std::max(firstCentreFrom(target.left()), needed.left());
@@ -84,30 +86,38 @@ bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage&
     const int height = std::min(firstCentreFrom(target.top() + target.height()), needed.bottom() + 1) - top;
     if (width <= 0 || height <= 0)
         return true;
+    const double ratioX = source.width() / target.width();
+    const double ratioY = source.height() / target.height();
+    const auto columnAt = [&](int x) {
+        return pixelAt(left + x, target.left(), source.left(), ratioX, picture.width());
+    };
+    const auto rowAt = [&](int y) { return pixelAt(top + y, target.top(), source.top(), ratioY, picture.height()); };
+    if (isFullSize && !isSwapped) { // copied
+        painter.drawImage(QPoint(left, top), picture, QRect(columnAt(0), rowAt(0), width, height));
+        return true;
+    }
+
     if (m_lines.width() < width) {
         m_lines = QImage(width, bandHeight, QImage::Format_RGB32);
         if (m_lines.isNull())
             return false;
     }
 
-    const double ratioX = source.width() / target.width();
-    const double ratioY = source.height() / target.height();
     const auto pixelCount = static_cast<std::size_t>(width);
     m_columns.resize(pixelCount);
     for (int x = 0; x < width; ++x)
-        m_columns[static_cast<std::size_t>(x)] =
-            pixelAt(left + x, target.left(), source.left(), ratioX, picture.width());
-    m_samples.resize(pixelCount);
+        m_columns[static_cast<std::size_t>(x)] = columnAt(x);
+    m_samples.resize(isSwapped ? pixelCount : 0);
 
-    const auto rowAt = [&](int y) { return pixelAt(top + y, target.top(), source.top(), ratioY, picture.height()); };
     const auto sample = [&](int row, int next, uchar* line) {
         const uchar* pixels = picture.constScanLine(row);
         const uchar* const ahead = picture.constScanLine(next);
-        if (isGray) {
-            sampleRow<std::uint8_t>(pixels, ahead, m_columns, reinterpret_cast<std::uint32_t*>(line));
-            return;
-        }
-        if (isFullSize && m_columns.back() - m_columns.front() == width - 1) {
+        auto* const shown = reinterpret_cast<std::uint32_t*>(line);
+        if (isGray)
+            return sampleRow<std::uint8_t>(pixels, ahead, m_columns, shown);
+        if (!isSwapped)
+            return sampleRow<std::uint32_t>(pixels, ahead, m_columns, shown);
+        if (isFullSize) {
             pixels += std::size_t{4} * static_cast<std::size_t>(m_columns.front());
         } else {
             sampleRow<std::uint32_t>(pixels, ahead, m_columns, m_samples.data());

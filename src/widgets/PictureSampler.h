@@ -12,14 +12,15 @@ class QPainter;
 
 namespace Vistrel {
 
-/// Shows in each pixel of the target the picture's pixel in which its centre lies. The paint engine does the same, but
-/// takes longer, and is not exact in large pictures. Keeps its memory from one painting to the next.
+/// Shows in each pixel of the target the picture's pixel in which its centre lies; of two, the upper left one. The
+/// paint engine takes longer for it, and is not exact in large pictures and between pixels. Keeps its memory from one
+/// painting to the next.
 class PictureSampler
 {
 public:
     /// Draws the part `source` of a picture into `target`, where that lies in `needed`. False, and nothing drawn, where
-    /// the paint engine does as well: with grey pictures at full size, which it copies, and with those that are neither
-    /// grey nor `Format_RGBX8888`.
+    /// the painter does more than move by whole pixels; and for scaled pictures that are neither `Format_Grayscale8`,
+    /// `Format_RGBX8888` nor `Format_RGB32`.
     bool draw(QPainter& painter, const QRectF& target, const QImage& picture, const QRectF& source,
               const QRect& needed);
 

@@ -2,6 +2,8 @@
 // Tests, pixel by pixel, where a surface paints its image and its crosshair.
 #include "ShownSurface.h"
 
+#include <QtGui/QPainter>
+
 #include <cmath>
 #include <cstring>
 
@@ -67,6 +69,8 @@ class SurfacePaintingTest : public QObject
 private Q_SLOTS:
     void imageIsPlacedExactly_data();
     void imageIsPlacedExactly();
+    void fullSizeShowsWhatIsRead();
+    void printsEveryPixel();
     void bandsMeetWithoutASeam();
     void crosshair();
 };
@@ -94,6 +98,41 @@ void SurfacePaintingTest::imageIsPlacedExactly()
             }
         }
     }
+}
+
+// Of which an odd number of pixels beside the image, or a part of one before it, makes no difference.
+void SurfacePaintingTest::fullSizeShowsWhatIsRead()
+{
+    ShownSurface shown({203, 150});
+    const QImage image = noise({40, 301}, QImage::Format_RGBX8888, QRect(0, 0, 40, 301));
+    for (const auto format : {QImage::Format_RGBX8888, QImage::Format_RGB32, QImage::Format_RGB888}) {
+        for (const double offset : {0.0, 3.5, 7.25}) {
+            shown.show(image.convertToFormat(format), 1.0, {0, offset});
+            const QImage picture = shown.picture();
+            const QPointF origin = shown.surface.scaledRect().topLeft();
+            QCOMPARE(origin, QPointF(81.5, -offset));
+            for (const QPoint& position : {QPoint(82, 0), QPoint(82, 149), QPoint(121, 3)}) {
+                const QPointF place = position - origin; // where the pointer has it
+                QCOMPARE(picture.pixel(position),
+                         image.pixel(static_cast<int>(place.x()), static_cast<int>(place.y())));
+            }
+            QCOMPARE(picture.pixel(81, 0), backdrop);
+            QCOMPARE(picture.pixel(122, 0), backdrop);
+        }
+    }
+}
+
+void SurfacePaintingTest::printsEveryPixel()
+{
+    ShownSurface shown({64, 64});
+    const QImage image = noise({256, 256}, QImage::Format_RGBX8888, QRect(0, 0, 256, 256));
+    shown.show(image, 0.25);
+    QImage print(image.size(), QImage::Format_RGB32);
+    QPainter painter(&print);
+    painter.scale(4, 4);
+    shown.host.render(&painter);
+    painter.end();
+    QVERIFY(print == image.convertToFormat(QImage::Format_RGB32));
 }
 
 void SurfacePaintingTest::bandsMeetWithoutASeam()
