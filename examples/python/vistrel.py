@@ -24,6 +24,17 @@ _library = ctypes.CDLL(os.environ.get("VISTREL_LIBRARY") or
                        ("Vistrel.dll" if sys.platform == "win32" else "libVistrel.so.0"))
 
 
+# Text is in the local 8-bit encoding.
+if sys.platform == "win32":
+    def _encode(text):
+        return text if isinstance(text, bytes) else text.encode("mbcs")
+
+    def _decode(text):
+        return text.decode("mbcs")
+else:
+    _encode, _decode = os.fsencode, os.fsdecode
+
+
 class RawImage(ctypes.Structure):
     _fields_ = [("data", c_void_p), ("width", c_size_t), ("height", c_size_t), ("format", c_uint32),
                 ("userData", c_void_p)]
@@ -116,14 +127,14 @@ class _Object:
         get(self._handle, number, buffer, byref(size))
         if kind != 3:
             return buffer.raw[:size.value]
-        return buffer.value.decode("latin-1") if number in _LATIN1 else os.fsdecode(buffer.value)
+        return buffer.value.decode("latin-1") if number in _LATIN1 else _decode(buffer.value)
 
     def __setitem__(self, number, value):
         kind = number // 100 % 10
         if kind in _VALUES:
             getattr(_library, "VTSetProp" + _VALUES[kind][0])(self._handle, number, value)
         elif kind == 3:
-            text = value.encode("latin-1") if number in _LATIN1 else os.fsencode(value)
+            text = value.encode("latin-1") if number in _LATIN1 else _encode(value)
             _library.VTSetPropCStr(self._handle, number, text)
         else:
             _library.VTSetPropData(self._handle, number, bytes(value), len(bytes(value)))
@@ -137,7 +148,7 @@ class Application(_Object):
 
     def __init__(self):
         super().__init__()
-        arguments = [os.fsencode(argument) for argument in sys.argv]
+        arguments = [_encode(argument) for argument in sys.argv]
         _library.VTAppCreate(len(arguments), (c_char_p * len(arguments))(*arguments), byref(self._handle))
 
     def __enter__(self):
@@ -226,7 +237,7 @@ def _command(window, function):
 
 
 def _named_command(window, function):
-    return _guarded(lambda name, user: function(os.fsdecode(name)) is not False, False)
+    return _guarded(lambda name, user: function(_decode(name)) is not False, False)
 
 
 def _answer(otherwise):
@@ -238,7 +249,7 @@ def _text(window, function):
         text = function()
         if text is None:
             return False
-        text = os.fsencode(text) + b"\0"
+        text = _encode(text) + b"\0"
         if buffer and size[0]:
             ctypes.memmove(buffer, text, min(size[0], len(text)))
             buffer[min(size[0], len(text)) - 1] = 0
@@ -259,7 +270,7 @@ def _next_frame(window, function):
 
 def _save(window, function):
     def save(image, name, user):
-        return function(_array_of(image[0]), image[0].format, os.fsdecode(name)) is not False
+        return function(_array_of(image[0]), image[0].format, _decode(name)) is not False
     return _guarded(save, False)
 
 
@@ -348,15 +359,15 @@ class Window(_Object):
         _library.VTSendSignal(self._handle, number)
 
     def add_setup_mode(self, name, description=""):
-        _library.VTWindowAddSetupMode(self._handle, os.fsencode(name), os.fsencode(description))
+        _library.VTWindowAddSetupMode(self._handle, _encode(name), _encode(description))
 
     def add_file_format(self, extension, description):
-        _library.VTWindowAddFileFormat(self._handle, os.fsencode(extension), None, os.fsencode(description))
+        _library.VTWindowAddFileFormat(self._handle, _encode(extension), None, _encode(description))
 
     def ask(self, kind, title, text, buttons=VT_BUTTON_OK, default=VT_BUTTON_NONE):
         """The button that the user presses in a message box. Off the user-interface thread the caller waits."""
         pressed = c_uint32()
-        _library.VTMessageBoxDialogShow(self._handle, kind, os.fsencode(title), os.fsencode(text), buttons, default,
+        _library.VTMessageBoxDialogShow(self._handle, kind, _encode(title), _encode(text), buttons, default,
                                         byref(pressed))
         return pressed.value
 
@@ -385,7 +396,7 @@ class Action(_Object):
         number = next(_numbers)
         _live[number] = self
         try:
-            _library.VTWindowAddAction(window._handle, place, menu and os.fsencode(menu), os.fsencode(text), _triggered,
+            _library.VTWindowAddAction(window._handle, place, menu and _encode(menu), _encode(text), _triggered,
                                        _gone, number, byref(self._handle))
         except Error:
             _live.pop(number, None)

@@ -268,8 +268,8 @@ enum VTProperty {
     VT_WINDOW_BAYER_FILTER_OVERRIDE = 2001, /* one of the four patterns of VTFormat, or 0: each image's own */
     VT_WINDOW_REFRESH_RATE =
         2002, /* hertz, from 1, kept as whole milliseconds; writing it ends VT_WINDOW_REFRESH_RATE_AUTO */
-    VT_WINDOW_SHOW_STATE = 2003,        /* VTShowState */
-    VT_WINDOW_ACQUISITION_STATE = 2004, /* VTAcquisitionState; writing it runs the commands that lead there */
+    VT_WINDOW_SHOW_STATE = 2003,        /* VTShowState; writing it shows the window */
+    VT_WINDOW_ACQUISITION_STATE = 2004, /* VTAcquisitionState; writing it has the commands run that lead there */
 
     VT_WINDOW_ZOOM =
         2100, /* logical screen pixels an image pixel, 1.125 to the power of -40 to 40 (about 0.009 to 111) */
@@ -283,8 +283,9 @@ enum VTProperty {
     VT_WINDOW_PIXEL_CROSSHAIR_VISIBLE = 2206,
     VT_WINDOW_BAYER_DEMOSAIC_ENABLED = 2207,
     VT_WINDOW_RGB_ORDER_REVERSED = 2208,
-    VT_WINDOW_REFRESH_ENABLED = 2209,         /* whether new frames are shown */
-    VT_WINDOW_REFRESH_RATE_AUTO = 2210,       /* the primary screen's rate */
+    VT_WINDOW_REFRESH_ENABLED = 2209,   /* whether frames are asked for at the refresh rate while the source is set up;
+                                           VT_SIGNAL_GET_FRAME_NOW shows one all the same */
+    VT_WINDOW_REFRESH_RATE_AUTO = 2210, /* the primary screen's rate */
     VT_WINDOW_KEEP_IMAGE_INFO_VISIBLE = 2211, /* also in full screen and exhibit view */
     /* What the image information bar shows, of what the source has. */
     VT_WINDOW_PREVIEW_FRAME_RATE = 2220,
@@ -309,8 +310,10 @@ enum VTProperty {
     VT_WINDOW_TRANSIENT_PARENT = 2403, /* void*: a top-level window of the host above which this one stays, or null */
     VT_WINDOW_BITMAP_LOCK = 2404,      /* uint32_t[3]: width, height and format (MONO8, RGB8 or RGBA8) of pixels that
                                           the host draws itself; size 0: none, and writing that unlocks */
-    VT_WINDOW_BITMAP = 2405,           /* VTRawImage, read only: the locked bitmap, in which the host may write until
-                                          it is unlocked; size 0: none. A frame of its size and format is copied in. */
+    /* VTRawImage, read only: the locked bitmap, or size 0 when there is none. The host may write into it until it is
+     * unlocked or locked anew, or the window goes, which all free it: before VT_FEATURE_CLOSED returns, too. What it
+     * has drawn is shown by pushing this very description. A frame of its size and format is copied in. */
+    VT_WINDOW_BITMAP = 2405,
 
     /* Bounds and step of the frame count that VT_FEATURE_START_FIXED is offered with, from 1. */
     VT_SOURCE_START_FIXED_MIN = 3000,
@@ -442,8 +445,9 @@ enum VTFeature {
 
     /* Released. Every frame lent, pushed or pulled, comes back here exactly once, its fields unchanged: when a newer
      * one replaced it unseen, when it was taken away or could not be shown, or when it is no longer the one in view nor
-     * read. The one in view stays lent for pixel values and saving, so three buffers are enough for any rate. Register
-     * it before the first frame. Any thread; no frame must be pushed from within it. */
+     * read. The one in view stays lent for pixel values and saving, another is being converted, a third one waits: with
+     * a fourth buffer the camera always has one to fill. Register it before the first frame. Any thread; no frame must
+     * be pushed from within it. */
     VT_FEATURE_FRAME_RELEASED = 900,
 
     /* Notify. User-interface thread. CLOSED: the user closes the window. FINISHED: the last call of all with `user`, of

@@ -83,6 +83,7 @@ public:
     quint64 framesPublished() const; ///< frames handed to the surface since construction
 
 public Q_SLOTS:
+    /// What is disabled stays so, whatever becomes of the source.
     void setRefreshEnabled(bool enabled);
     /// Turns the automatic rate off. Zero or less changes nothing else.
     void setRefreshRate(int hz);

@@ -137,7 +137,7 @@ public:
     void setPixelCrosshairVisible(bool visible);
     bool pixelCrosshairVisible() const;
 
-    void setRefreshEnabled(bool enabled); ///< whether new frames are shown
+    void setRefreshEnabled(bool enabled); ///< whether frames are asked for while the source is set up
     bool refreshEnabled() const;
     void setRefreshRate(int rate); ///< images a second, at most
     int refreshRate() const;

@@ -126,14 +126,20 @@ void StreamWorker::serve()
     if (!m_source || !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
         return;
     const std::shared_ptr<const void> lent = m_lender ? m_lender->takeDelivered() : nullptr;
-    convertDelivered(delivered, lent, lock.good(), clearCount);
+    convertDelivered(delivered, lent, lock.good(), clearCount, bitmap.get());
 }
 
 void StreamWorker::convertDelivered(const RawImage& delivered, const std::shared_ptr<const void>& lent, bool underLock,
-                                    std::uint64_t clearCount)
+                                    std::uint64_t clearCount, const LockedBitmap* bitmap)
 {
     for (;;) {
         const Snapshot before = snapshot();
+        // Drawn into a bitmap that has been unlocked: its pixels go with the picture in view.
+        const LockedBitmap* const shown = before.front ? before.front->lockedBitmap.get() : nullptr;
+        for (const LockedBitmap* const one : {bitmap, shown}) {
+            if (one && one != before.settings.lockedBitmap.get() && one->description.data == delivered.data)
+                return;
+        }
         const std::shared_ptr<DisplayFrame> frame = tryConvert(delivered, underLock, before.settings);
         if (!frame)
             return;

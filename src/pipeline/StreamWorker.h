@@ -82,7 +82,7 @@ private:
     void work();
     void serve();
     void convertDelivered(const RawImage& delivered, const std::shared_ptr<const void>& lent, bool underLock,
-                          std::uint64_t clearCount);
+                          std::uint64_t clearCount, const LockedBitmap* bitmap);
     std::shared_ptr<DisplayFrame> tryConvert(const RawImage& delivered, bool underLock,
                                              const ConversionSettings& settings);
     Snapshot snapshot() const;

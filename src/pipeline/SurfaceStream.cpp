@@ -156,6 +156,7 @@ bool SurfaceStream::refreshEnabled() const
 
 void SurfaceStream::setRefreshEnabled(bool enabled)
 {
+    m_data->isRefreshWanted = enabled;
     if (enabled && !refreshEnabled())
         m_data->refreshTimer->start();
     else if (!enabled)
@@ -208,7 +209,7 @@ void SurfaceStream::PrivateData::updateStreamStates()
     }
     worker->acceptFrames();
     expectFrame();
-    if (!refreshTimer->isActive())
+    if (isRefreshWanted && !refreshTimer->isActive())
         refreshTimer->start();
 }
 

@@ -31,9 +31,10 @@ public:
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
     AbstractAcquisitionInterface* const source;
-    QTimer* const refreshTimer; // the stream's child
-    int refreshMs = 16;         // the timer's interval, unless the source is at rest
-    QElapsedTimer sinceFrame;   // since a frame was last published, or may be expected
+    QTimer* const refreshTimer;  // the stream's child
+    int refreshMs = 16;          // the timer's interval, unless the source is at rest
+    QElapsedTimer sinceFrame;    // since a frame was last published, or may be expected
+    bool isRefreshWanted = true; // while the source is set up
     bool refreshRateAuto = false;
     QMetaObject::Connection screenRateConnection;
     QMetaObject::Connection primaryScreenConnection;

@@ -499,11 +499,13 @@ Action* Window::addImageStatsAction(ScopedActionInterface&& actionInterface, con
 void Window::setTransientParent(HWND parent)
 {
     m_data->tell("setTransientParent", [=](WindowQt& w) {
-        m_data->forgetTransientParent();
-        if (!parent)
-            return;
         const HWND child = handleOf(w.winId());
-        if (!addTransientChild(parent, child))
+        const bool isKept = parent && addTransientChild(parent, child); // which ends an earlier one of the child's
+        if (parent && !isKept && parent != m_data->transientParentHandle)
+            return;
+        if (!isKept || m_data->transientChild != child)
+            m_data->forgetTransientParent();
+        if (!isKept)
             return;
         m_data->transientChild = child;
         m_data->transientParentHandle = parent;

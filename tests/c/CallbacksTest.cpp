@@ -18,6 +18,9 @@ private Q_SLOTS:
     void exceptionsAreReported();
     void callsComeOnTheirThreads();
     void windowFollows();
+    void refreshStaysDisabled();
+    void startsWithoutSettingUp();
+    void drawnFrameEndsWithItsBitmap();
     void signalsFromAnotherThread();
     void workerAsks_data();
     void workerAsks();
@@ -192,6 +195,57 @@ void CallbacksTest::windowFollows()
     QCOMPARE(state(), VT_ACQUISITION_UNCONFIGURED + 0);
     VTSetFeatureCommand(camera.window, VT_FEATURE_START, nullptr);
     QTRY_VERIFY(!start->isVisible());
+}
+
+// Not even by a source's change.
+void CallbacksTest::refreshStaysDisabled()
+{
+    Camera camera;
+    const auto isRefreshing = [&camera] {
+        bool is = false;
+        VTGetPropBool(camera.window, VT_WINDOW_REFRESH_ENABLED, &is);
+        return is;
+    };
+    QTRY_VERIFY(isRefreshing());
+    VTSetPropBool(camera.window, VT_WINDOW_REFRESH_ENABLED, false);
+    VTSendSignal(camera.window, VT_SIGNAL_ACQUISITION_STATE_CHANGED);
+    QCoreApplication::processEvents();
+    QVERIFY(!isRefreshing());
+    VTSetPropBool(camera.window, VT_WINDOW_REFRESH_ENABLED, true);
+    QVERIFY(isRefreshing());
+}
+
+void CallbacksTest::startsWithoutSettingUp()
+{
+    Camera camera;
+    std::atomic<bool> isRunning{false};
+    camera.add<VT_FEATURE_IS_RUNNING>(VTSetFeatureQuery, [&] { return isRunning.load(); });
+    camera.add<VT_FEATURE_START>(VTSetFeatureCommand, [&] { return isRunning = true; });
+    QCOMPARE(VTSetPropInt32(camera.window, VT_WINDOW_ACQUISITION_STATE, VT_ACQUISITION_RUNNING), VT_OK + 0);
+    QTRY_VERIFY(isRunning);
+}
+
+// Its pixels go while it waits.
+void CallbacksTest::drawnFrameEndsWithItsBitmap()
+{
+    Camera camera;
+    camera.show();
+    const std::uint32_t locks[][3] = {{16, 16, VT_FORMAT_RGBA8}, {16, 16, VT_FORMAT_MONO8}};
+    for (const std::uint32_t* const next : std::initializer_list<const std::uint32_t*>{locks[0], locks[1], nullptr}) {
+        VTRawImage bitmap{};
+        std::size_t size = sizeof bitmap;
+        VTGetPropData(camera.window, VT_WINDOW_BITMAP, &bitmap, &size);
+        const int before = camera.calls(VT_FEATURE_FRAME_RELEASED);
+        if (size > 0) {
+            bitmap.userData = camera.lend().userData;
+            camera.frames.back().image = bitmap;
+            camera.push(bitmap);
+        }
+        QCOMPARE(VTSetPropData(camera.window, VT_WINDOW_BITMAP_LOCK, next, next ? sizeof locks[0] : 0), VT_OK + 0);
+        QTRY_COMPARE(camera.calls(VT_FEATURE_FRAME_RELEASED), before + (size > 0));
+        QVERIFY(camera.shown() <= 255); // what there is can be read
+    }
+    QCOMPARE(camera.returned(), QByteArray("011"));
 }
 
 void CallbacksTest::signalsFromAnotherThread()

@@ -277,6 +277,14 @@ static void testData(void)
     size = sizeof bitmap;
     ANSWERS(VT_OK, VTGetPropData(window, VT_WINDOW_BITMAP, &bitmap, &size));
     CHECK(bitmap.data && bitmap.width == 5 && bitmap.height == 3 && bitmap.format == VT_FORMAT_RGB8);
+    // One that cannot be had leaves the one that there is.
+    const uint32_t hugeLock[3] = {INT32_MAX, INT32_MAX, VT_FORMAT_RGBA8};
+    VTRawImage before, after;
+    size = sizeof before;
+    ANSWERS(VT_OK, VTGetPropData(window, VT_WINDOW_BITMAP, &before, &size));
+    ANSWERS(VT_ERROR_PROPERTY_REFUSED, VTSetPropData(window, VT_WINDOW_BITMAP_LOCK, hugeLock, sizeof hugeLock));
+    ANSWERS(VT_OK, VTGetPropData(window, VT_WINDOW_BITMAP, &after, &size));
+    CHECK(size == sizeof after && after.data == before.data);
     ANSWERS(VT_OK, VTSetPropData(window, VT_WINDOW_BITMAP_LOCK, NULL, 0));
     ANSWERS(VT_OK, VTGetPropData(window, VT_WINDOW_BITMAP_LOCK, NULL, &size));
     CHECK(size == 0);

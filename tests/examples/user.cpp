@@ -187,7 +187,7 @@ std::vector<Step> cameraSteps(const QString& format)
          triggers("actionStart"),
          sees({1280, 960}),
          triggers("actionStop"),
-         {"sees all frames back but one", [] { return source()->isStopped() && source()->framesQueued() == 2; }},
+         {"sees all frames back but one", [] { return source()->isStopped() && source()->framesQueued() == 3; }},
          triggers("actionSave_Image"),
          choosesFile(saved),
          {"finds the frame in the file", [=] { return isShownFrameIn(saved, cFrameHeader(format)); }},

@@ -14,7 +14,7 @@ echo "== Installing"
 
 echo "== Building by the CMake package"
 "$CMAKE" -S "$HOST_DIR" -B "$WORK_DIR/build" -G "$GENERATOR" -DCMAKE_BUILD_TYPE="$BUILD_TYPE" -DCMAKE_CXX_COMPILER="$CXX" \
-    -DCMAKE_CXX_FLAGS="$FLAGS" -DCMAKE_PREFIX_PATH="$prefix"
+    -DCMAKE_C_FLAGS="$FLAGS" -DCMAKE_CXX_FLAGS="$FLAGS" -DCMAKE_PREFIX_PATH="$prefix"
 "$CMAKE" --build "$WORK_DIR/build"
 cached=$(sed -n 's/^Vistrel_DIR:[A-Z]*=//p' "$WORK_DIR/build/CMakeCache.txt")
 [ "$cached" = "$prefix/$LIBDIR/cmake/Vistrel" ] || { echo "FAIL: found another package: $cached"; exit 1; }

@@ -35,6 +35,7 @@ void snippet(Vistrel::Window& window);
 
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
 void snippet(VTWindowHandle window);
 #define SNIPPET void snippet(VTWindowHandle window)

@@ -48,6 +48,12 @@ LentFramePtr CallbackAcquisition::push(LentFramePtr frame)
     return std::exchange(m_pending, std::move(frame));
 }
 
+LentFramePtr CallbackAcquisition::takeAway(const void* data)
+{
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_pending && m_pending->image.data == data ? std::exchange(m_pending, nullptr) : nullptr;
+}
+
 LentFramePtr CallbackAcquisition::takeFrame()
 {
     if (LentFramePtr pushed = push(nullptr))
@@ -144,7 +150,7 @@ void CallbackAcquisition::uxClosed()
 
 bool CallbackAcquisition::setup()
 {
-    return command(VT_FEATURE_SETUP);
+    return call<VTCommandCallback>(VT_FEATURE_SETUP, true); // a source without the command needs none
 }
 
 bool CallbackAcquisition::setupMode(const char* const name)

@@ -22,7 +22,8 @@ public:
     CallbackAcquisition(std::shared_ptr<HostFunctions> functions, std::shared_ptr<WindowGate> gate);
     ~CallbackAcquisition() override;
 
-    LentFramePtr push(LentFramePtr frame); ///< returns the frame that it replaces; null takes that away
+    LentFramePtr push(LentFramePtr frame);   ///< returns the frame that it replaces; null takes that away
+    LentFramePtr takeAway(const void* data); ///< the frame that waits, if its pixels are these
     void send(VTSignal signal);
     const std::shared_ptr<HostFunctions>& functions() const { return m_functions; }
     bool isClosed() const { return m_isClosed; } ///< by the user

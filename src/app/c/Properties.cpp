@@ -2,7 +2,10 @@
 // The properties of all handles, as tables.
 #include "app/c/Properties.h"
 
+#include "app/c/CallbackAcquisition.h"
+#include "app/c/WindowWrapper.h"
 #include "base/Report.h"
+#include "pipeline/Conversion.h"
 
 #include <Vistrel/Surface.h>
 
@@ -192,9 +195,19 @@ bool readBitmapLock(const Owner& owner, void* data)
 
 bool writeBitmapLock(const Owner& owner, const void* data)
 {
+    const auto lock = data ? fromData<BitmapLock>(data) : BitmapLock();
+    if (data) { // the lock that there is must not go for one that cannot be had
+        QImage target;
+        PixelBuffer memory;
+        if (!prepareTarget(target, memory, lock.width, lock.height,
+                           static_cast<int>(formatDepth(static_cast<Format>(lock.format)))))
+            return false;
+    }
+    RawImage before;
+    if (owner.window->getBitmap(&before))
+        owner.parts->acquisition->takeAway(before.data); // its pixels are about to go
     if (!data)
         return owner.window->unlockBitmap(), true;
-    const auto lock = fromData<BitmapLock>(data);
     return owner.window->setBitmapLocked(static_cast<int>(lock.width), static_cast<int>(lock.height),
                                          static_cast<Format>(lock.format));
 }
