@@ -179,7 +179,7 @@ void render(benchmark::State& state, Format format, const QVector<unsigned int>&
     measure(state, bytesMovedPerPixel * static_cast<double>(full.width * full.height),
             [&] {
                 shown = converter.renderAgain(*converted, palette);
-                return !shown->pixmap.isNull();
+                return !shown->rendered.isNull();
             },
             {{"toolkit",
               [&] { return !QPixmap::fromImage(imageForRender(converted->image, palette, false)).isNull(); },
@@ -198,7 +198,7 @@ void convertAndRender(benchmark::State& state, Format format, const ConversionSe
         bytesRead(format) + static_cast<double>(bytesConverted(format)) + (isLookedUp ? 1 + 4 : 0);
     measure(state, bytesMoved * static_cast<double>(full.width * full.height), [&] {
         shown = converter.convert(frames.next(), true, settings);
-        return shown && !shown->pixmap.isNull();
+        return shown && !shown->rendered.isNull();
     });
 }
 

@@ -18,13 +18,6 @@ std::size_t imageBytes(const QImage& image)
     return static_cast<std::size_t>(image.bytesPerLine()) * static_cast<std::size_t>(image.height());
 }
 
-// Shares the block: neither pass nor copy.
-QPixmap pixmapOver(const PixelBlock& block, const QImage& like, int bytesPerLine, QImage::Format format)
-{
-    return QPixmap::fromImage(imageOver(block, like.width(), like.height(), bytesPerLine, format),
-                              Qt::NoFormatConversion);
-}
-
 bool isGrayRamp(const QVector<unsigned int>& palette)
 {
     if (palette.size() != 256)
@@ -76,14 +69,14 @@ std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered,
         if (!convertFree(*frame))
             return nullptr;
         render(*frame, settings.palette);
-        return frame->pixmap.isNull() ? nullptr : frame;
+        return frame->rendered.isNull() ? nullptr : frame;
     }
     frame->lockedBitmap = settings.lockedBitmap;
     const std::lock_guard<std::mutex> pixels(settings.lockedBitmap->pixels);
     if (!convertLocked(*frame, *settings.lockedBitmap))
         return nullptr;
     render(*frame, settings.palette);
-    return frame->pixmap.isNull() ? nullptr : frame;
+    return frame->rendered.isNull() ? nullptr : frame;
 }
 
 bool FrameConverter::convertFree(DisplayFrame& frame)
@@ -167,7 +160,7 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
     const int width = image.width();
     const bool isLocked = frame.lockedBitmap != nullptr;
     if (image.isNull()) {
-        frame.pixmap = QPixmap();
+        frame.rendered = QImage();
     } else if (image.format() == QImage::Format_Indexed8 && !isGrayRamp(palette)) {
         std::array<std::uint32_t, 256> table;
         std::transform(palette.begin(), palette.end(), table.begin(), [](auto entry) { return entry | 0xFF000000u; });
@@ -179,12 +172,12 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
             RowKernels::lookUp(image.constScanLine(static_cast<int>(row)), target, (end - row) * rowPixels,
                                table.data(), stores);
         });
-        frame.pixmap = pixmapOver(shown, image, width * 4, QImage::Format_RGB32);
+        frame.rendered = imageOver(shown, width, image.height(), width * 4, QImage::Format_RGB32);
     } else {
         const PixelBlock shown = isLocked ? copyOfLocked(image, frame.swappedShow) : frame.block;
         const QImage::Format format =
             image.format() == QImage::Format_Indexed8 ? QImage::Format_Grayscale8 : image.format();
-        frame.pixmap = pixmapOver(shown, image, image.bytesPerLine(), format);
+        frame.rendered = imageOver(shown, width, image.height(), image.bytesPerLine(), format);
     }
 }
 

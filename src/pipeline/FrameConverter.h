@@ -9,7 +9,6 @@
 
 #include <QtCore/QVector>
 #include <QtGui/QImage>
-#include <QtGui/QPixmap>
 
 #include <cstdint>
 #include <memory>
@@ -37,16 +36,16 @@ struct ConversionSettings
 };
 
 /// One image slot. Immutable once it is published, and shared by reference count; the pixels of a locked bitmap are the
-/// one exception.
+/// one exception. It may be made and end on any thread, also when the application has gone: it holds no pixmap.
 struct DisplayFrame
 {
     RawImage delivered;                         // as the source gave it
     RawImage effective;                         // the same pixels with the format that they are shown in
     bool underLock = false;                     // the source granted a lock with the frame
-    bool swappedShow = false;                   // channels are swapped between image and pixmap
+    bool swappedShow = false;                   // channels are swapped between `image` and `rendered`
     PixelBlock block;                           // that `image` lies in
     QImage image;                               // converted; null without pixels
-    QPixmap pixmap;                             // rendered; null without pixels
+    QImage rendered;                            // as it is shown; null without pixels
     std::uint64_t sequence = 0;                 // of the frames converted by a stream, from 1
     std::shared_ptr<LockedBitmap> lockedBitmap; // whose pixels `image` shows, if any
     std::shared_ptr<const void> lent;           // keeps what `delivered` describes from being given back to the source

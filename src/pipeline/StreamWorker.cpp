@@ -126,6 +126,8 @@ void StreamWorker::serve()
     if (!m_source || !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
         return;
     const std::shared_ptr<const void> lent = m_lender ? m_lender->takeDelivered() : nullptr;
+    if (!m_running.load())
+        return;
     convertDelivered(delivered, lent, lock.good(), clearCount, bitmap.get());
 }
 
@@ -224,7 +226,7 @@ bool StreamWorker::convertFrontAgain(bool lockRequired)
 bool StreamWorker::renderFrontAgain()
 {
     const Snapshot before = snapshot();
-    if (!before.front || before.front->pixmap.isNull() || before.front->image.format() != QImage::Format_Indexed8)
+    if (!before.front || before.front->rendered.isNull() || before.front->image.format() != QImage::Format_Indexed8)
         return false;
     const auto frame = hostCall("rendering", std::shared_ptr<DisplayFrame>(),
                                 [&] { return m_converter.renderAgain(*before.front, before.settings.palette); });

@@ -38,6 +38,12 @@ std::unique_lock<std::mutex> pixelLock(const DisplayFrame& frame)
                               : std::unique_lock<std::mutex>();
 }
 
+// Shares the pixels: neither pass nor copy. Pixmaps are made and destroyed on this thread alone.
+QPixmap pixmapOf(const DisplayFrame& frame)
+{
+    return QPixmap::fromImage(frame.rendered, Qt::NoFormatConversion);
+}
+
 // A host that draws into a locked bitmap need not care for the fourth byte; who gets an image does.
 QImage opaqueCopy(QImage image, const DisplayFrame& frame)
 {
@@ -266,8 +272,8 @@ void SurfaceStream::PrivateData::updateImage()
         ++framesPublished;
     }
     const QPointer<PrivateData> alive(this); // the slots of the surface may delete the stream, or the surface
-    if (surface && front && !front->pixmap.isNull()) {
-        surface->setPixmap(front->pixmap);
+    if (surface && front && !front->rendered.isNull()) {
+        surface->setPixmap(pixmapOf(*front));
         if (!alive)
             return;
         if (surface && isDemosaiced(*front))
@@ -343,7 +349,7 @@ void SurfaceStream::setRgbOrderReversed(bool reversed)
         return;
     m_data->worker->changeSettings([reversed](ConversionSettings& settings) { settings.rgbOrderReversed = reversed; });
     const DisplayFramePtr front = m_data->worker->front();
-    if (front && isColor(front->delivered.format) && !front->image.isNull() && !front->pixmap.isNull() &&
+    if (front && isColor(front->delivered.format) && !front->image.isNull() && !front->rendered.isNull() &&
         m_data->worker->convertFrontAgain(true))
         m_data->updateImage();
 }
@@ -362,7 +368,7 @@ void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
     if (front && front->sequence > m_data->publishedSequence) // its pixel values must come with it
         m_data->updateImage();
     else if (front && m_data->surface)
-        m_data->surface->setPixmap(front->pixmap);
+        m_data->surface->setPixmap(pixmapOf(*front));
 }
 
 // Latest image -------------------------------------------------------------------------------------------------------
@@ -410,7 +416,7 @@ QImage SurfaceStream::cloneLatestImageForRender() const
 QPixmap SurfaceStream::peekPixmap() const
 {
     const DisplayFramePtr front = m_data->worker->front();
-    return front ? front->pixmap : QPixmap();
+    return front ? pixmapOf(*front) : QPixmap();
 }
 
 QSize SurfaceStream::latestImageSize() const

@@ -168,5 +168,5 @@ void StreamWorkerTest::leavingDoesNotWait()
     }
 }
 
-QTEST_MAIN(StreamWorkerTest)
+QTEST_GUILESS_MAIN(StreamWorkerTest) // there may be no screens any more when a frame comes
 #include "StreamWorkerTest.moc"
