@@ -21,7 +21,7 @@ import numpy as np
 from vistrel_constants import *
 
 _library = ctypes.CDLL(os.environ.get("VISTREL_LIBRARY") or
-                       ("Vistrel.dll" if sys.platform == "win32" else "libVistrel.so.0"))
+                       ("Vistrel.dll" if sys.platform == "win32" else "libVistrel.so.0.1"))
 
 
 # Text is in the local 8-bit encoding.

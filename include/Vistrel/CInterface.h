@@ -24,6 +24,7 @@
 #define VISTREL_CINTERFACE_H
 
 #include <Vistrel/Export.h>
+#include <Vistrel/Version.h>
 
 #include <stdbool.h>
 #include <stddef.h>

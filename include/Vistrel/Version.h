@@ -1,0 +1,13 @@
+/* SPDX-License-Identifier: MIT */
+/* The version of the library that these headers belong to, for C and C++.
+ *
+ * While the major number is 0, each minor number is a binary interface of its own; then each major number is. The build
+ * reads its version here. */
+#ifndef VISTREL_VERSION_H
+#define VISTREL_VERSION_H
+
+#define VT_VERSION_MAJOR 0
+#define VT_VERSION_MINOR 1
+#define VT_VERSION_PATCH 0
+
+#endif
