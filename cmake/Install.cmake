@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# What a host finds after `cmake --install`: library, headers, CMake package and pkg-config file.
+# What a host finds after `cmake --install`: library, headers, CMake package, pkg-config files, licence, guides, examples.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Vistrel EXPORT VistrelTargets
@@ -16,5 +16,11 @@ install(FILES ${PROJECT_BINARY_DIR}/VistrelConfig.cmake ${PROJECT_BINARY_DIR}/Vi
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
 
 file(RELATIVE_PATH VISTREL_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-configure_file(${CMAKE_CURRENT_LIST_DIR}/Vistrel.pc.in ${PROJECT_BINARY_DIR}/Vistrel.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/Vistrel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(file Vistrel.pc VistrelQt.pc)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${file}.in ${PROJECT_BINARY_DIR}/${file} @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
+
+# As they lie here, so that the guides' links hold.
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN __pycache__ EXCLUDE)

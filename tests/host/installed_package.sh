@@ -24,10 +24,14 @@ cached=$(sed -n 's/^Vistrel_DIR:[A-Z]*=//p' "$WORK_DIR/build/CMakeCache.txt")
 
 echo "== Building by pkg-config"
 export PKG_CONFIG_PATH=$prefix/$LIBDIR/pkgconfig
-# The toolkit demands -fPIC of every program, and leaves it to the program to say so.
+export LD_LIBRARY_PATH=$prefix/$LIBDIR
 # shellcheck disable=SC2046,SC2086
-"$CXX" -std=c++17 -fPIC $FLAGS "$HOST_DIR/main.cpp" $(pkg-config --cflags --libs Vistrel) -o "$WORK_DIR/host-pkg-config"
-LD_LIBRARY_PATH=$prefix/$LIBDIR "$WORK_DIR/host-pkg-config"
+"$CXX" -std=c++17 $FLAGS "$HOST_DIR/main.cpp" $(pkg-config --cflags --libs VistrelQt) -o "$WORK_DIR/host-pkg-config"
+"$WORK_DIR/host-pkg-config"
+# On a machine without the toolkit's development files.
+# shellcheck disable=SC2046,SC2086
+"$CC" -std=c99 $FLAGS "$HOST_DIR/plain.c" $(PKG_CONFIG_LIBDIR=/nowhere pkg-config --cflags --libs Vistrel) -o "$WORK_DIR/c-pkg-config"
+"$WORK_DIR/c-pkg-config"
 
 if grep -rnF -e "$BUILD_DIR" -e "$SOURCE_DIR" "$prefix/include" "$prefix/$LIBDIR/cmake" "$prefix/$LIBDIR/pkgconfig"; then
     echo "FAIL: what is installed names the trees that it came from"
