@@ -39,9 +39,27 @@ install_missing() {
         as_root=(sudo)
     fi
     say "Installing: ${missing[*]}"
-    "${as_root[@]}" apt-get update --quiet=2
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-        apt-get install --quiet=2 --yes --no-install-recommends "${missing[@]}" >&2
+    apt_get update && apt_get install --yes --no-install-recommends "${missing[@]}"
+}
+
+# Runs apt-get by ${as_root[@]}, and again while another process holds one of its locks, such as the upgrades of a machine
+# that has just started; for at most ten minutes. apt-get itself waits for dpkg's lock alone, not for those of its lists
+# and archives.
+apt_get() {
+    local errors deadline=$((SECONDS + 600)) told=
+    errors=$(mktemp)
+    until "${as_root[@]}" env LC_ALL=C DEBIAN_FRONTEND=noninteractive apt-get --quiet=2 "$@" >&2 2>"$errors"; do
+        if [ $SECONDS -ge $deadline ] || ! grep -q 'Could not get lock\|lock was locked by another' "$errors"; then
+            cat "$errors" >&2
+            rm "$errors"
+            return 1
+        fi
+        [ "$told" ] || say "Waiting: $(grep -m 1 'lock' "$errors")"
+        told=yes
+        sleep 2
+    done
+    cat "$errors" >&2
+    rm "$errors"
 }
 
 # build_preset PRESET [TARGET...]: configures and builds in build/PRESET; everything when no target is named.
