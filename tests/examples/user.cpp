@@ -52,9 +52,9 @@ QImage pictureIn(WindowQt* window)
 }
 
 // The entry of this text, or a window's own of this name.
-QAction* entry(const char* text)
+QAction* entry(const char* text, const char* title = "")
 {
-    for (QAction* const action : windowOf()->findChildren<QAction*>()) {
+    for (QAction* const action : windowOf(title)->findChildren<QAction*>()) {
         if (action->text() == QLatin1String(text) || action->objectName() == QLatin1String(text))
             return action;
     }
@@ -85,20 +85,19 @@ Step seesMore(const char* title = "")
 }
 
 // Later, for a dialog that opens then would keep this step.
-Step triggers(const char* text)
+Step triggers(const char* text, const char* title = "")
 {
     return {text, [=] {
-                QAction* const action = entry(text);
+                QAction* const action = entry(text, title);
                 return action && action->isEnabled() && action->isVisible() &&
                        QMetaObject::invokeMethod(action, "trigger", Qt::QueuedConnection);
             }};
 }
 
-Step choosesFile(const QString& fileName)
+Step choosesFile(const QString& fileName, const QString& filter = QStringLiteral("Camera Frame (*.frame)"))
 {
     return {"chooses the format and a file", [=] {
                 auto* const dialog = openDialog<QFileDialog>();
-                const QString filter = QStringLiteral("Camera Frame (*.frame)");
                 if (!dialog || !dialog->nameFilters().contains(filter))
                     return false;
                 dialog->selectNameFilter(filter);
@@ -261,6 +260,27 @@ std::vector<Step> stepsFor(const QString& program)
                 {"sees what is in the file",
                  [=] { return isShownFrameIn(arguments[1], cFrameHeader(QStringLiteral("bayer12"))); }},
                 closes()};
+    }
+    if (program == QLatin1String("README_test"))
+        return {sees({1280, 960}), closes()};
+    if (program == QLatin1String("hosting_test")) {
+        const QString saved = QCoreApplication::applicationFilePath() + QStringLiteral(".raw");
+        QFile::remove(saved);
+        return {sees({640, 480}, "Camera"),
+                seesMore("Camera"),
+                triggers("Mark", "Camera"),
+                {"sees the crosshair", [] { return windowOf("Camera")->pixelCrosshairVisible(); }},
+                sees({320, 240}, "Called back"),
+                seesMore("Called back"),
+                sees({640, 480}, "Saves in full depth"),
+                triggers("actionSave_Image", "Saves raw pixels"),
+                choosesFile(saved, QStringLiteral("Raw Pixels (*.raw)")),
+                {"finds the frame in the file", [=] { return QFileInfo(saved).size() == 640 * 480; }},
+                closes("Camera"),
+                closes("Called back"),
+                closes("Controlled"),
+                closes("Saves in full depth"),
+                closes("Saves raw pixels")};
     }
     if (program == QLatin1String("two_windows_test")) {
         return {sees({640, 480}, "First"), sees({640, 480}, "Second"), closes("First"), seesMore("Second"),

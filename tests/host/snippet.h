@@ -1,35 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the guides' fragments take for granted: they are compiled after this, each as the body of SNIPPET.
+// What the C guide's fragments take for granted: they are compiled after this, each as the body of SNIPPET.
 #pragma once
-
-#ifdef __cplusplus
-
-#include <Vistrel/Action.h>
-#include <Vistrel/Application.h>
-#include <Vistrel/ImperativeAcquisitionInterface.h>
-#include <Vistrel/MessageBoxDialog.h>
-#include <Vistrel/PngFileInterface.h>
-#include <Vistrel/Window.h>
-
-#include <atomic>
-#include <cstring>
-#include <fstream>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
-class Camera : public Vistrel::ImperativeAcquisitionInterface
-{
-public:
-    bool isSetup() const override { return true; }
-    bool isRunning() const override { return true; }
-};
-
-void snippet(Vistrel::Window& window);
-#define SNIPPET void snippet([[maybe_unused]] Vistrel::Window& window)
-
-#else
 
 #include <Vistrel/CInterface.h>
 
@@ -39,5 +10,3 @@ void snippet(Vistrel::Window& window);
 
 void snippet(VTWindowHandle window);
 #define SNIPPET void snippet(VTWindowHandle window)
-
-#endif

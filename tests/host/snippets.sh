@@ -1,40 +1,34 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Compiles the C++ and C of the documents, without the toolkit's headers:
-# snippets.sh <source folder> <work folder> <C++ compiler> <C compiler>
+# Compiles the C of the guide to the C interface: snippets.sh <source folder> <work folder> <C compiler>
 # A block that begins with a # is a whole file; any other is the body of a function after snippet.h.
 set -euo pipefail
-source=$1 work=$2 cxx=$3 cc=$4
+source=$1 work=$2 cc=$3
+header=$source/include/Vistrel/CInterface.h guide=$source/docs/c-interface.md
 rm -rf "$work"
 mkdir -p "$work"
 
 # A block keeps its lines' numbers, so that the compiler names the place in the document.
-for document in README.md docs/hosting.md docs/c-interface.md; do
-    awk -v document="$source/$document" -v prefix="$work/$(basename "$document" .md)" '
-        /^```/ && file { if (!whole) print "}" >file; close(file); file = ""; next }
-        /^```(cpp|c)$/ { file = prefix "-" NR "." substr($0, 4); first = 1; next }
-        file && first {
-            first = 0
-            whole = /^#/
-            if (!whole) print "#include \"snippet.h\"\nSNIPPET\n{" >file
-            printf "#line %d \"%s\"\n", NR, document >file
-        }
-        file { print >file }' "$source/$document"
-    compgen -G "$work/$(basename "$document" .md)-*.c*" >/dev/null || { echo "FAIL: no code found in $document"; exit 1; }
-done
+awk -v document="$guide" -v prefix="$work/guide" '
+    /^```/ && file { if (!whole) print "}" >file; close(file); file = ""; next }
+    /^```c$/ { file = prefix "-" NR ".c"; first = 1; next }
+    file && first {
+        first = 0
+        whole = /^#/
+        if (!whole) print "#include \"snippet.h\"\nSNIPPET\n{" >file
+        printf "#line %d \"%s\"\n", NR, document >file
+    }
+    file { print >file }' "$guide"
+compgen -G "$work/guide-*.c" >/dev/null || { echo "FAIL: no code found in $guide"; exit 1; }
 
 for file in "$work"/*; do
-    printf '#ifdef QT_VERSION\n#error "This needs the toolkit."\n#endif\n' >>"$file"
     echo "$file"
-    compiler=("$cxx" -std=c++17)
-    [[ $file == *.cpp ]] || compiler=("$cc" -std=c99)
     # The guide declares functions without what linking on Windows takes.
-    "${compiler[@]}" -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -Wno-attributes -I"$source/include" \
-        -I"$source/tests/host" "$file"
+    "$cc" -std=c99 -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -Wno-attributes \
+        -I"$source/include" -I"$source/tests/host" "$file"
 done
 
 # The guide to the C interface has every function and every number, and its tables no other numbers.
-header=$source/include/Vistrel/CInterface.h guide=$source/docs/c-interface.md
 wanted=$(tr -d '\n' <"$header" | grep -oE 'VT_[A-Z0-9_]+ = *-?[0-9a-fA-Fx]+' | sed -E 's/ = */ /' | sort)
 told=$(sed -nE 's/^\| `(VT_[A-Z0-9_]+)` \| (-?[0-9a-fA-Fx]+) \|.*/\1 \2/p' "$guide" | sort)
 [ "$wanted" = "$told" ] || { echo "FAIL: numbers of the header and of $guide:"; diff <(echo "$wanted") <(echo "$told"); exit 1; }
