@@ -13,10 +13,12 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
+#include <unordered_set>
 #include <utility>
 
 namespace Vistrel {
@@ -94,6 +96,7 @@ Q_SIGNALS:
 struct WaitingCall
 {
     const std::function<DialogButton()>& show;
+    const Window* window;
     bool isAnswered = false;
     DialogButton answer = DialogButton::NoButton;
 };
@@ -116,8 +119,9 @@ struct WaitingCalls
     std::condition_variable answered;
     QThread* thread = nullptr; // the user-interface thread, or null without an application
     CallCarrier* carrier = nullptr;
-    bool hasLoopEnded = false;         // and no other has been seen
-    std::deque<WaitingCall*> unserved; // each with one post under way
+    bool hasLoopEnded = false;                 // and no other has been seen
+    std::deque<WaitingCall*> unserved;         // each with one post under way
+    std::unordered_set<const Window*> windows; // that are there
 };
 
 WaitingCalls& waitingCalls()
@@ -127,12 +131,24 @@ WaitingCalls& waitingCalls()
 }
 
 // Under the mutex.
+template <typename Predicate>
+void dropUnserved(WaitingCalls& calls, Predicate isDropped)
+{
+    const auto kept = std::stable_partition(calls.unserved.begin(), calls.unserved.end(),
+                                            [&](const WaitingCall* call) { return !isDropped(*call); });
+    std::for_each(kept, calls.unserved.end(), [](WaitingCall* call) { call->isAnswered = true; });
+    calls.unserved.erase(kept, calls.unserved.end());
+    calls.answered.notify_all();
+}
+
 void dropUnserved(WaitingCalls& calls)
 {
-    for (WaitingCall* const call : calls.unserved)
-        call->isAnswered = true;
-    calls.unserved.clear();
-    calls.answered.notify_all();
+    dropUnserved(calls, [](const WaitingCall&) { return true; });
+}
+
+void dropUnserved(WaitingCalls& calls, const Window* window)
+{
+    dropUnserved(calls, [=](const WaitingCall& call) { return call.window == window; });
 }
 
 void CallCarrier::serve()
@@ -202,11 +218,11 @@ Q_COREAPP_STARTUP_FUNCTION(watchApplication)
 
 } // namespace
 
-DialogButton answerOnUserInterfaceThread(const std::function<DialogButton()>& show)
+DialogButton answerOnUserInterfaceThread(const Window* window, const std::function<DialogButton()>& show)
 {
     WaitingCalls& calls = waitingCalls();
     std::unique_lock<std::mutex> guard(calls.mutex);
-    if (!calls.thread)
+    if (!calls.thread || (window && calls.windows.count(window) == 0))
         return DialogButton::NoButton;
     if (QThread::currentThread() == calls.thread) {
         guard.unlock();
@@ -214,7 +230,7 @@ DialogButton answerOnUserInterfaceThread(const std::function<DialogButton()>& sh
     }
     if (calls.hasLoopEnded)
         return DialogButton::NoButton;
-    WaitingCall call{show};
+    WaitingCall call{show, window};
     calls.unserved.push_back(&call);
     QMetaObject::invokeMethod(calls.carrier, "serve", Qt::QueuedConnection);
     calls.answered.wait(guard, [&] { return call.isAnswered; });
@@ -227,6 +243,28 @@ void endWaitingCalls()
     const std::lock_guard<std::mutex> guard(calls.mutex);
     calls.hasLoopEnded = true;
     dropUnserved(calls);
+}
+
+void endWaitingCalls(const Window* window)
+{
+    WaitingCalls& calls = waitingCalls();
+    const std::lock_guard<std::mutex> guard(calls.mutex);
+    dropUnserved(calls, window);
+}
+
+void addCallableWindow(const Window* window)
+{
+    WaitingCalls& calls = waitingCalls();
+    const std::lock_guard<std::mutex> guard(calls.mutex);
+    calls.windows.insert(window);
+}
+
+void removeCallableWindow(const Window* window)
+{
+    WaitingCalls& calls = waitingCalls();
+    const std::lock_guard<std::mutex> guard(calls.mutex);
+    calls.windows.erase(window);
+    dropUnserved(calls, window);
 }
 
 // The box -------------------------------------------------------------------------------------------------------------
@@ -291,7 +329,7 @@ void MessageBoxDialog::PrivateData::show(QMessageBox::Icon icon)
 DialogButton MessageBoxDialog::PrivateData::ask(Signal signal, Window* window, const char* title, const char* text,
                                                 const DialogButtons& buttons, DialogButton defaultButton)
 {
-    return answerOnUserInterfaceThread([&] {
+    return answerOnUserInterfaceThread(window, [&] {
         PrivateData data(window, title, text, buttons, defaultButton);
         Q_EMIT(data.m_signalBox.*signal)();
         return fromToolkit(data.m_result);

@@ -4,6 +4,7 @@
 
 #include "base/Report.h"
 #include "base/TextOut.h"
+#include "dialogs/WaitingCalls.h"
 #include "platform/TransientParents.h"
 
 #include <Vistrel/Action.h>
@@ -62,6 +63,7 @@ Window::PrivateData::PrivateData(Window* owner, WindowQt* newWindow) : window(ow
 
 void Window::PrivateData::windowQtDestroyed()
 {
+    endWaitingCalls(window);
     forgetTransientParent();
     windowQt = nullptr;
 }
@@ -105,10 +107,12 @@ Window::Window(ScopedAcquisitionInterface&& acquisitionInterface)
 Window::Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface)
     : m_data(new PrivateData(this, new WindowQt(std::move(acquisitionInterface), std::move(fileInterface))))
 {
+    addCallableWindow(this);
 }
 
 Window::~Window()
 {
+    removeCallableWindow(this);
     m_data->forgetTransientParent();
     if (WindowQt* const window = std::exchange(m_data->windowQt, nullptr))
         window->discard();

@@ -146,28 +146,37 @@ void MessageBoxTest::workerAsksMeanwhile()
 
 void MessageBoxTest::workerDoesNotHang()
 {
-    for (const bool withLoop : {false, true}) {
+    enum End { ApplicationGoes, LoopEnds, WindowIsDeleted, WindowQtIsDeleted };
+    for (const End end : {ApplicationGoes, LoopEnds, WindowIsDeleted, WindowQtIsDeleted}) {
         DialogButton button = DialogButton::Help;
         std::thread worker;
-        const auto call = [&] { button = MessageBoxDialog::critical(nullptr, "", "", DialogButton::Ok, {}); };
+        auto application = std::make_unique<Application>(1, commandLine);
+        auto window = std::make_unique<Window>(ScopedAcquisitionInterface());
+        const auto call = [&, asked = end == LoopEnds ? nullptr : window.get()] {
+            button = MessageBoxDialog::critical(asked, "", "", DialogButton::Ok, {});
+        };
         const auto start = [&] {
             worker = std::thread(call);
             while (!QAbstractEventDispatcher::instance()->hasPendingEvents()) // the call
                 std::this_thread::yield();
         };
-        auto application = std::make_unique<Application>(1, commandLine);
         QCoreApplication::processEvents();
-        if (withLoop) {
+        if (end == LoopEnds) {
             // In a timer's event, after which the loop serves no more posts.
             QTimer::singleShot(1, qApp, [&] { start(), application->exit(0); });
             application->exec();
         } else {
             start();
-            application.reset();
+            if (end == ApplicationGoes)
+                application.reset();
+            else
+                end == WindowIsDeleted ? window.reset() : delete window->qt_handle();
         }
         worker.join();
         QCOMPARE(button, DialogButton::NoButton);
-        application.reset(), button = DialogButton::Help, call();
+        if (end != WindowIsDeleted)
+            application.reset();
+        button = DialogButton::Help, call();
         QCOMPARE(button, DialogButton::NoButton);
     }
 }

@@ -125,7 +125,7 @@ std::int32_t VTMessageBoxDialogShow(VTWindowHandle window, std::int32_t kind, co
         if (!gate->isGood())
             return VT_ERROR_WINDOW_CLOSED;
         // The window may go before the box comes, and must be free to go while it is there.
-        const DialogButton button = answerOnUserInterfaceThread([&] {
+        const DialogButton button = answerOnUserInterfaceThread(nullptr, [&] {
             VTWindowWrapper* const wrapper = handles().find<VTWindowWrapper>(window);
             if (!wrapper || !gate->isGood())
                 return DialogButton::NoButton;
