@@ -13,10 +13,11 @@ struct PixelBlocks::FreeList
     // What is being written, what is shown and what was shown last, each converted and rendered.
     static constexpr std::size_t capacity = 6;
 
-    std::unique_ptr<PixelBuffer> take(std::size_t bytes)
+    std::unique_ptr<PixelBuffer> take(std::size_t bytes, std::uint64_t& handedOutIn)
     {
         std::unique_ptr<PixelBuffer> oldest; // freed after the lock is released
         const std::lock_guard<std::mutex> guard(mutex);
+        handedOutIn = generation;
         const auto found = std::find_if(buffers.rbegin(), buffers.rend(),
                                         [bytes](const auto& buffer) { return buffer->size() == bytes; });
         if (found == buffers.rend()) {
@@ -32,10 +33,12 @@ struct PixelBlocks::FreeList
         return buffer;
     }
 
-    void giveBack(std::unique_ptr<PixelBuffer> buffer) noexcept
+    void giveBack(std::unique_ptr<PixelBuffer> buffer, std::uint64_t handedOutIn) noexcept
     {
-        std::unique_ptr<PixelBuffer> oldest; // freed after the lock is released
+        std::unique_ptr<PixelBuffer> oldest; // freed after the lock is released, as `buffer` is
         const std::lock_guard<std::mutex> guard(mutex);
+        if (handedOutIn != generation)
+            return;
         if (buffers.size() == capacity) {
             oldest = std::move(buffers.front());
             buffers.erase(buffers.begin());
@@ -45,7 +48,8 @@ struct PixelBlocks::FreeList
 
     FreeList() { buffers.reserve(capacity); }
 
-    std::mutex mutex;
+    std::mutex mutex;                                  // guards all below
+    std::uint64_t generation = 0;                      // counts the releases
     std::vector<std::unique_ptr<PixelBuffer>> buffers; // the one freed last at the end, its pages still warm
 };
 
@@ -59,19 +63,21 @@ void PixelBlocks::release()
     freed.reserve(FreeList::capacity);
     const std::lock_guard<std::mutex> guard(m_free->mutex);
     m_free->buffers.swap(freed);
+    ++m_free->generation;
 }
 
 PixelBlock PixelBlocks::take(std::size_t bytes)
 {
-    std::unique_ptr<PixelBuffer> buffer = m_free->take(bytes);
+    std::uint64_t generation = 0;
+    std::unique_ptr<PixelBuffer> buffer = m_free->take(bytes, generation);
     if (!buffer)
         buffer = std::make_unique<PixelBuffer>(bytes);
     const std::weak_ptr<FreeList> freeList = m_free;
     // Deleting through a weak reference: once the list is gone, blocks are simply freed.
-    return PixelBlock(buffer.release(), [freeList](PixelBuffer* returned) {
+    return PixelBlock(buffer.release(), [freeList, generation](PixelBuffer* returned) {
         std::unique_ptr<PixelBuffer> owned(returned);
         if (const std::shared_ptr<FreeList> list = freeList.lock())
-            list->giveBack(std::move(owned));
+            list->giveBack(std::move(owned), generation);
     });
 }
 

@@ -69,7 +69,7 @@ public:
     /// uninitialised. Throws `std::bad_alloc`.
     PixelBlock take(std::size_t bytes);
 
-    /// Frees what is free.
+    /// Frees what is free, and what is not as soon as nobody refers to it.
     void release();
 
 private:

@@ -114,11 +114,11 @@ void StreamWorker::work()
 
 void StreamWorker::serve()
 {
-    std::uint64_t clearCount = 0;
     std::shared_ptr<LockedBitmap> bitmap; // the frame's pixels may lie in it, whatever is locked meanwhile
     {
         const std::lock_guard<std::mutex> guard(m_imageMutex);
-        clearCount = m_clearCount;
+        if (!m_isAccepting)
+            return;
         bitmap = m_settings.lockedBitmap;
     }
     RawImage delivered;
@@ -126,8 +126,15 @@ void StreamWorker::serve()
     if (!m_source || !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
         return;
     const std::shared_ptr<const void> lent = m_lender ? m_lender->takeDelivered() : nullptr;
-    if (!m_running.load())
-        return;
+    // A frame that the source was waiting for while it was cleaned up and set up again is shown: what was cleared is
+    // looked at from here on.
+    std::uint64_t clearCount = 0;
+    {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        if (!m_isAccepting || !m_running.load())
+            return;
+        clearCount = m_clearCount;
+    }
     convertDelivered(delivered, lent, lock.good(), clearCount, bitmap.get());
 }
 
@@ -147,15 +154,21 @@ void StreamWorker::convertDelivered(const RawImage& delivered, const std::shared
             return;
         frame->lent = lent;
         DisplayFramePtr previous; // its memory is given back with no lock held
+        bool isDropped = false;
         {
             const std::lock_guard<std::mutex> guard(m_imageMutex);
-            if (clearCount != m_clearCount || !m_isAccepting || !m_running.load())
-                return;
-            if (before.version != m_settingsVersion)
+            isDropped = clearCount != m_clearCount || !m_running.load();
+            if (!isDropped && before.version != m_settingsVersion)
                 continue;
-            frame->sequence = m_framesConverted.load() + 1;
-            previous = std::exchange(m_front, frame);
-            m_framesConverted.store(frame->sequence);
+            if (!isDropped) {
+                frame->sequence = m_framesConverted.load() + 1;
+                previous = std::exchange(m_front, frame);
+                m_framesConverted.store(frame->sequence);
+            }
+        }
+        if (isDropped) {
+            m_converter.releaseMemory(); // taken after everything had been freed
+            return;
         }
         // Not once the stream has left: whoever it tells may be gone.
         const std::lock_guard<std::mutex> handshake(m_handshakeMutex);

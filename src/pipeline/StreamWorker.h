@@ -66,8 +66,8 @@ public:
     /// Locks a new, zeroed bitmap, which the front picture then shows; false, and none locked, when it cannot be.
     bool lockBitmap(int width, int height, Format format);
 
-    /// Forgets the front picture and the memory of earlier ones. Frames that are fetched are dropped, this moment's
-    /// too, until they are accepted again.
+    /// Forgets the front picture and frees the memory of all pictures, as soon as nobody refers to it. Until frames are
+    /// accepted again the source is asked for none, and one that it delivers, or has delivered, is dropped.
     void clear();
     void acceptFrames();
 

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <limits>
 #include <mutex>
+#include <utility>
 
 namespace Vistrel {
 
@@ -60,12 +61,13 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       surface(target),
       source(acquisitionInterface),
       refreshTimer(new QTimer(owner)),
-      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { post(); }))
+      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); }))
 {
     refreshTimer->setTimerType(Qt::PreciseTimer);
     refreshTimer->setInterval(refreshMs);
     sinceFrame.start();
-    connect(refreshTimer, SIGNAL(timeout()), this, SLOT(getNextFrame()));
+    frameWanted.follow(refreshTimer, &QTimer::timeout);
+    frameConverted.setInterval(0);
 }
 
 SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface)
@@ -75,9 +77,7 @@ SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterfac
     m_data->worker->start();
     if (!acquisitionInterface)
         return;
-    const AcquisitionSignalHandler* const handler = acquisitionInterface->signalHandler();
-    connect(handler, SIGNAL(acquisitionStateChanged()), this, SLOT(updateAcquisitionState()), Qt::QueuedConnection);
-    connect(handler, SIGNAL(getFrameNow()), m_data, SLOT(getNextFrame()), Qt::QueuedConnection);
+    m_data->followSource();
     // A source that is set up already may never announce it.
     QMetaObject::invokeMethod(m_data, "updateStreamStates", Qt::QueuedConnection);
 }
@@ -123,6 +123,7 @@ void SurfaceStream::PrivateData::applyRefreshRateHz(qreal rateHz)
         return;
     const double longest = std::numeric_limits<int>::max();
     refreshMs = static_cast<int>(std::clamp(1000.0 / rateHz, 1.0, longest));
+    frameWanted.setInterval(std::min(refreshMs, PacedCall::defaultIntervalMs)); // what is announced comes at any rate
     expectFrame();
 }
 
@@ -204,19 +205,40 @@ bool SurfaceStream::PrivateData::asksSetUp() const
     return source && hostCall("isSetup", false, [this] { return source->isSetup(); });
 }
 
+void SurfaceStream::PrivateData::followSource()
+{
+    const AcquisitionSignalHandler* const handler = source->signalHandler();
+    stateAnnounced.follow(handler, &AcquisitionSignalHandler::acquisitionStateChanged);
+    frameWanted.follow(handler, &AcquisitionSignalHandler::getFrameNow);
+}
+
+void SurfaceStream::PrivateData::ignoreSource()
+{
+    stateAnnounced.stop();
+    frameWanted.stop();
+}
+
 void SurfaceStream::PrivateData::updateStreamStates()
 {
-    isSourceSetUp = asksSetUp();
-    if (!isSourceSetUp) {
-        refreshTimer->stop();
-        worker->clear();
-        updateImage();
+    if (asksSetUp()) {
+        showSetUp();
         return;
     }
+    isSourceSetUp = false;
+    refreshTimer->stop();
+    worker->clear();
+    updateImage();
+}
+
+void SurfaceStream::PrivateData::showSetUp()
+{
+    isSourceSetUp = true;
     worker->acceptFrames();
     expectFrame();
     if (isRefreshWanted && !refreshTimer->isActive())
         refreshTimer->start();
+    if (std::exchange(isFrameAnnounced, false))
+        worker->request();
 }
 
 void SurfaceStream::updateAcquisitionState()
@@ -233,25 +255,16 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 {
     // A source that has a frame ready may have been set up without a word about it.
     if (!isSourceSetUp && asksSetUp())
-        updateStreamStates();
+        showSetUp();
+    if (!isSourceSetUp) {
+        isFrameAnnounced = true; // the frame is fetched when it can be shown
+        return;
+    }
     if (getNew)
         worker->requestAndWait();
     else
         worker->request();
     pace();
-    publishNew();
-}
-
-// Worker's thread. One post is enough for any number of frames: the newest is published.
-void SurfaceStream::PrivateData::post()
-{
-    if (!publishPending.exchange(true))
-        QMetaObject::invokeMethod(this, "publish", Qt::QueuedConnection);
-}
-
-void SurfaceStream::PrivateData::publish()
-{
-    publishPending.store(false);
     publishNew();
 }
 
@@ -287,6 +300,8 @@ void SurfaceStream::PrivateData::updateImage()
         if (surface)
             surface->clearImageSrc();
     }
+    if (!alive)
+        return;
     published = front;
     Q_EMIT stream->imageUpdated();
 }

@@ -2,6 +2,7 @@
 // State of a surface stream.
 #pragma once
 
+#include "base/PacedCall.h"
 #include "pipeline/StreamWorker.h"
 
 #include <Vistrel/SurfaceStream.h>
@@ -12,7 +13,6 @@
 #include <QtCore/QPointer>
 #include <QtCore/QTimer>
 
-#include <atomic>
 #include <cstdint>
 
 namespace Vistrel {
@@ -26,7 +26,9 @@ public:
 
     void connectScreen();
     void disconnectScreen();
-    void expectFrame(); ///< asks at the full rate again
+    void expectFrame();  ///< asks at the full rate again
+    void followSource(); ///< listens to what the source announces
+    void ignoreSource(); ///< and does so no more
 
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
@@ -39,11 +41,17 @@ public:
     QMetaObject::Connection screenRateConnection;
     QMetaObject::Connection primaryScreenConnection;
 
-    std::atomic<bool> publishPending{false}; // a post to publish() is on its way
-    std::uint64_t publishedSequence = 0;     // of the picture that the surface shows
+    // What comes on other threads, or at a rate of its own. A frame is asked for and published at the display's refresh
+    // at most, whether the source announces it or its turn has come.
+    PacedCall frameWanted{[this] { getNextFrame(); }};
+    PacedCall stateAnnounced{[this] { stream->updateAcquisitionState(); }};
+    PacedCall frameConverted{[this] { publishNew(); }};
+
+    std::uint64_t publishedSequence = 0; // of the picture that the surface shows
     std::uint64_t framesPublished = 0;
-    DisplayFramePtr published; // keeps what the surface reads pixel values from, be it a locked bitmap
-    bool isSourceSetUp = true; // as it was found last; not known at first
+    DisplayFramePtr published;     // keeps what the surface reads pixel values from, be it a locked bitmap
+    bool isSourceSetUp = false;    // as it was found last; not known at first
+    bool isFrameAnnounced = false; // by a source that was not set up
 
     std::shared_ptr<StreamWorker> worker;
     // What the source lives in. While it is set, the stream's end does not wait for the source: it leaves the worker.
@@ -56,12 +64,10 @@ public Q_SLOTS:
     void updateImage();
     /// Asks for a frame and publishes what has been converted; with `getNew` it waits for that frame.
     void getNextFrame(bool getNew = false);
-    /// What the worker posts.
-    void publish();
 
 private:
     bool asksSetUp() const;
-    void post();
+    void showSetUp();
     void publishNew();
     void pace();
 };

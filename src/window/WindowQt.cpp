@@ -349,12 +349,11 @@ void WindowQt::PrivateData::endWork()
     statisticsTimer.stop();
     busyWork.abortWaiting();
     stream->setRefreshEnabled(false);
+    stream->m_data->ignoreSource();
     // What the source announces from now on leads to no call of it.
     if (source) {
         const QObject* const handler = source->signalHandler();
-        for (const QObject* const caller : {static_cast<QObject*>(window), static_cast<QObject*>(stream.get()),
-                                            static_cast<QObject*>(stream->m_data)})
-            disconnect(handler, nullptr, caller, nullptr);
+        disconnect(handler, nullptr, window, nullptr);
     }
     stream->disconnect(this);
 }

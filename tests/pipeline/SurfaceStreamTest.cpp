@@ -103,6 +103,8 @@ private Q_SLOTS:
     void throwingSourceIsReported();
     void restlessSource();
     void blockedSourceStopsNothing();
+    void frameOfBeforeSetUpIsShown();
+    void announcementsWithoutPause();
     void sourceAtRestIsAskedLessOften();
     void surfaceAndStreamEndInAnyOrder();
     void sourceOfUnreadableBuffers();
@@ -266,6 +268,46 @@ void SurfaceStreamTest::blockedSourceStopsNothing()
     release.join();
 }
 
+void SurfaceStreamTest::frameOfBeforeSetUpIsShown()
+{
+    const TestFrame frame(4, 4, Mono8);
+    PushSource source;
+    source.setUp = false;
+    Display display(source);
+    display.stream.setRefreshEnabled(false); // nothing is asked for but what is announced
+    source.push(frame.raw);
+    QTRY_COMPARE(display.updated.count(), 1);
+    source.setSetup(true);
+    QTRY_COMPARE(display.stream.framesPublished(), quint64{1});
+}
+
+void SurfaceStreamTest::announcementsWithoutPause()
+{
+    const TestFrame frame(4, 4, Mono8);
+    const TestFrame last(5, 5, Mono8);
+    PushSource source;
+    auto display = std::make_unique<Display>(source);
+    for (int i = 0; i < 1000; ++i)
+        source.push(frame.raw);
+    source.push(last.raw);
+    QTRY_COMPARE(display->surface.pixmap().size(), QSize(5, 5));
+    QVERIFY(display->updated.count() < 10);
+
+    std::atomic<bool> isOver{false};
+    std::thread flood([&] {
+        while (!isOver) {
+            source.push(frame.raw);
+            source.setSetup(true);
+        }
+    });
+    const quint64 published = display->stream.framesPublished();
+    QSignalSpy ticks(display->stream.findChild<QTimer*>(), &QTimer::timeout);
+    QTRY_VERIFY(ticks.count() > 5 && display->stream.framesPublished() > published + 5); // the loop turns
+    display.reset();                                                                     // in the middle of it
+    isOver = true;
+    flood.join();
+}
+
 void SurfaceStreamTest::sourceAtRestIsAskedLessOften()
 {
     const TestFrame frame(4, 4, Mono8);
@@ -385,7 +427,8 @@ void SurfaceStreamTest::paletteAppliesToThePictureInView()
     TestFrame larger(16, 16, Mono8, 90);
     display.stream.setRefreshEnabled(false);
     display.source.push(larger.raw);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
+    for (const int locks = display.source.frameLocks; display.source.frameLocks == locks;)
+        QCoreApplication::processEvents();
     while (display.stream.framesConverted() < 2)
         std::this_thread::yield();
     display.stream.setColorPalette(redPalette());
