@@ -8,12 +8,18 @@
 #include "pipeline/Conversion.h"
 #include "pipeline/PackedIterators.h"
 
+#include <utility>
+
 namespace Vistrel {
 
 namespace {
 
+constexpr std::size_t longestName = 1 << 16;
+constexpr int jpegQuality = 95;
+constexpr int fastest = 11; // of 100: the first of nine steps that compresses
+
 // Eight bits a channel. A mosaic stays as it is: interpolated pixels are no measured ones.
-bool saveConverted(RawImage raw, const char* fileName)
+bool saveConverted(RawImage raw, const QString& fileName)
 {
     if (isMonochrome(raw.format))
         raw.format = Format(raw.format & ~formatPatternMask);
@@ -25,7 +31,25 @@ bool saveConverted(RawImage raw, const char* fileName)
     image = image.copy(); // the toolkit's BMP writer reads rows up to a multiple of four bytes
     if (image.format() == QImage::Format_Indexed8)
         image.setColorTable(grayRamp());
-    return writePicture(image, fileName);
+    PictureOptions options;
+    options.quality = jpegQuality;
+    return writePicture(std::move(image), fileName, options);
+}
+
+// Deep samples are noise in their low bits, of which a slow compression makes little less.
+bool saveWhole(const RawImage& raw, const QString& fileName)
+{
+    PictureOptions options;
+    options.compression = fastest;
+    QImage image = imageFromFrame(raw, options.extras);
+    return writePicture(std::move(image), fileName, options);
+}
+
+QString wideName(std::wstring_view fileName)
+{
+    if (fileName.size() > longestName)
+        return {};
+    return QString::fromWCharArray(fileName.data(), static_cast<int>(fileName.size()));
 }
 
 } // namespace
@@ -37,6 +61,26 @@ struct FileIO::PrivateData
         pixels.swap(newPixels);
         frame = newFrame;
         frame.data = pixels.data();
+    }
+
+    bool load(const QString& fileName)
+    {
+        PictureReader file;
+        PixelBuffer newPixels;
+        RawImage newFrame;
+        const auto applyExtras = [&file](PixelBuffer& bytes) { return file.applyExtras(bytes); };
+        if (!frameFromImage(file.read(fileName), applyExtras, newPixels, newFrame))
+            return false;
+        replace(newPixels, newFrame);
+        return true;
+    }
+
+    bool save(const QString& fileName) const
+    {
+        const PictureType type = pictureType(fileName);
+        if (!frame.data || type == PictureType::Unknown)
+            return false;
+        return type == PictureType::Png ? saveWhole(frame, fileName) : saveConverted(frame, fileName);
     }
 
     PixelBuffer pixels; // a whole frame, also behind the last packed row
@@ -84,25 +128,22 @@ bool FileIO::getData(RawImage& image) const
 
 bool FileIO::load(const char* const fileName)
 {
-    return hostCall("FileIO::load", false, [&] {
-        PixelBuffer pixels;
-        RawImage frame;
-        if (!frameFromImage(readPicture(fileName), pixels, frame))
-            return false;
-        m_data->replace(pixels, frame);
-        return true;
-    });
+    return hostCall("FileIO::load", false, [&] { return m_data->load(decodedName(fileName)); });
+}
+
+bool FileIO::load(std::wstring_view fileName)
+{
+    return hostCall("FileIO::load", false, [&] { return m_data->load(wideName(fileName)); });
 }
 
 bool FileIO::save(const char* const fileName) const
 {
-    return hostCall("FileIO::save", false, [&] {
-        const PictureType type = pictureType(fileName);
-        if (!hasData() || type == PictureType::Unknown)
-            return false;
-        return type == PictureType::Png ? writePicture(imageFromFrame(m_data->frame), fileName)
-                                        : saveConverted(m_data->frame, fileName);
-    });
+    return hostCall("FileIO::save", false, [&] { return m_data->save(decodedName(fileName)); });
+}
+
+bool FileIO::save(std::wstring_view fileName) const
+{
+    return hostCall("FileIO::save", false, [&] { return m_data->save(wideName(fileName)); });
 }
 
 } // namespace Vistrel

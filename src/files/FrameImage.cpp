@@ -4,12 +4,12 @@
 
 #include "pipeline/PackedIterators.h"
 
-#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include <algorithm>
 #include <cstring>
-#include <utility>
+#include <functional>
+#include <new>
 
 namespace Vistrel {
 
@@ -18,16 +18,11 @@ namespace {
 using Byte = std::uint8_t;
 using Word = std::uint16_t;
 
-constexpr std::size_t sparePiece = std::size_t{3} << 20; // bytes; readers limit the length of a field
+constexpr int bandRows = 64; // of an image whose pixels are converted
 
 QString formatField()
 {
     return QStringLiteral("Vistrel Format");
-}
-
-QString spareField(std::size_t piece)
-{
-    return QStringLiteral("Vistrel Spare Bits %1").arg(piece);
 }
 
 // Only 10-bit formats with packing bits have a name.
@@ -182,10 +177,9 @@ void rowFromFrame(const RawImage& raw, std::size_t row, QImage& image)
     }
 }
 
-bool rowFromImage(const QImage& image, std::size_t row, const RawImage& raw, PixelBuffer& pixels)
+bool rowFromImage(const uchar* source, QImage::Format kind, std::size_t row, const RawImage& raw, PixelBuffer& pixels)
 {
     const std::size_t rowBytes = raw.width * bytesPerPixel(raw.format);
-    const uchar* const source = image.constScanLine(static_cast<int>(row));
     Byte* const target = pixels.data() + row * rowBytes;
     const auto words = reinterpret_cast<const Word*>(source);
     const bool reversed = isReversed(raw.format);
@@ -198,7 +192,7 @@ bool rowFromImage(const QImage& image, std::size_t row, const RawImage& raw, Pix
     else if (bytesPerPixel(raw.format) == 6)
         copyChannels<Word>(words, 4, reinterpret_cast<Word*>(target), 3, raw.width, 3, reversed);
     else {
-        const std::size_t channels = image.format() == QImage::Format_RGBA8888 ? 4 : 3;
+        const std::size_t channels = kind == QImage::Format_RGBA8888 ? 4 : 3;
         copyChannels<Byte>(source, channels, target, bytesPerPixel(raw.format), raw.width, channels, reversed);
     }
     return true;
@@ -206,53 +200,26 @@ bool rowFromImage(const QImage& image, std::size_t row, const RawImage& raw, Pix
 
 // Frames --------------------------------------------------------------------------------------------------------------
 
-// The samples of the image alone; false when they do not fit the format.
-bool layOut(const QImage& image, Format format, PixelBuffer& pixels, RawImage& raw)
+// The samples of the image alone, as pixels of this kind; false when they do not fit the format.
+bool layOut(const QImage& image, QImage::Format kind, Format format, PixelBuffer& pixels, RawImage& raw)
 {
     raw.width = static_cast<std::size_t>(image.width());
     raw.height = static_cast<std::size_t>(image.height());
     raw.format = format;
     pixels.assign(frameBytes(raw), 0);
     raw.data = pixels.data();
-    for (std::size_t row = 0; row < raw.height; ++row) {
-        if (!rowFromImage(image, row, raw, pixels))
-            return false;
-    }
-    return true;
-}
-
-// Spare bits are kept as their difference from the frame that the samples alone give, in pieces; one without any is
-// left out.
-bool addSpareBits(QImage& image, const RawImage& raw)
-{
-    PixelBuffer pixels;
-    RawImage bare;
-    if (!layOut(image, raw.format, pixels, bare))
-        return false;
-    for (std::size_t from = 0; from < pixels.size(); from += sparePiece) {
-        const std::size_t size = std::min(sparePiece, pixels.size() - from);
-        QByteArray piece(static_cast<int>(size), '\0');
-        for (std::size_t i = 0; i < size; ++i)
-            piece.data()[i] = static_cast<char>(pixels[from + i] ^ raw.data[from + i]);
-        if (piece.count('\0') < piece.size())
-            image.setText(spareField(from / sparePiece), QString::fromLatin1(piece.toBase64()));
-    }
-    return true;
-}
-
-// False when the fields belong to another frame.
-bool restoreSpareBits(const QImage& image, PixelBuffer& pixels)
-{
-    for (std::size_t from = 0; from < pixels.size(); from += sparePiece) {
-        const QByteArray text = image.text(spareField(from / sparePiece)).toLatin1();
-        const auto piece = QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
-        if (text.isEmpty())
-            continue;
-        const std::size_t size = std::min(sparePiece, pixels.size() - from);
-        if (!piece || static_cast<std::size_t>(piece.decoded.size()) != size)
-            return false;
-        for (std::size_t i = 0; i < size; ++i)
-            pixels[from + i] ^= static_cast<Byte>(piece.decoded.constData()[i]);
+    // A fourth channel beside 16-bit ones is passed over in place: the toolkit would multiply by it.
+    const bool isReady = kind == QImage::Format_RGBX64 || image.format() == kind;
+    for (int top = 0; top < image.height(); top += bandRows) {
+        const int rows = std::min(bandRows, image.height() - top);
+        const QImage band = isReady ? image : image.copy(0, top, image.width(), rows).convertToFormat(kind);
+        if (band.isNull())
+            throw std::bad_alloc();
+        for (int row = 0; row < rows; ++row) {
+            if (!rowFromImage(band.constScanLine(isReady ? top + row : row), kind, static_cast<std::size_t>(top + row),
+                              raw, pixels))
+                return false;
+        }
     }
     return true;
 }
@@ -267,7 +234,7 @@ bool hasNoAlpha(const RawImage& raw)
 
 } // namespace
 
-QImage imageFromFrame(const RawImage& raw)
+QImage imageFromFrame(const RawImage& raw, PixelBuffer& extras)
 {
     QImage::Format kind = imageFormat(raw.format);
     if (kind == QImage::Format_RGBA8888 && hasNoAlpha(raw))
@@ -280,27 +247,30 @@ QImage imageFromFrame(const RawImage& raw)
     for (std::size_t row = 0; row < raw.height; ++row)
         rowFromFrame(raw, row, image);
     image.setText(formatField(), QLatin1String(formatName(raw.format)));
-    if (hasSpareBits(raw.format) && !addSpareBits(image, raw))
-        return {};
+    extras.clear();
+    if (hasSpareBits(raw.format)) {
+        RawImage bare;
+        if (!layOut(image, kind, raw.format, extras, bare))
+            return {};
+        std::transform(extras.begin(), extras.end(), raw.data, extras.begin(), std::bit_xor<Byte>());
+    }
     return image;
 }
 
-bool frameFromImage(const QImage& image, PixelBuffer& pixels, RawImage& raw)
+bool frameFromImage(const QImage& image, const std::function<bool(PixelBuffer&)>& applyExtras, PixelBuffer& pixels,
+                    RawImage& raw)
 {
-    const QImage::Format kind = sampleKind(image);
-    // A fourth channel beside 16-bit ones is passed over in place: the toolkit would multiply by it.
-    const QImage samples = kind == QImage::Format_RGBX64 ? image : image.convertToFormat(kind);
-    if (samples.isNull())
+    if (image.isNull())
         return false;
-
+    const QImage::Format kind = sampleKind(image);
     PixelBuffer bytes;
     RawImage frame;
     Format named = Format(0);
     const bool isNamed = formatFromName(image.text(formatField()).toLatin1().constData(), &named) &&
                          (imageFormat(named) == kind ||
                           (imageFormat(named) == QImage::Format_RGBA8888 && kind == QImage::Format_RGB888));
-    if (!isNamed || !layOut(samples, named, bytes, frame) || (hasSpareBits(named) && !restoreSpareBits(image, bytes)))
-        layOut(samples, closestFormat(kind), bytes, frame);
+    if (!isNamed || !layOut(image, kind, named, bytes, frame) || (hasSpareBits(named) && !applyExtras(bytes)))
+        layOut(image, kind, closestFormat(kind), bytes, frame);
     pixels.swap(bytes);
     raw = frame;
     return true;

@@ -2,28 +2,23 @@
 // Images of the toolkit in files, read with suspicion and written whole or not at all.
 #include "files/PictureFile.h"
 
-#include <QtCore/QFile>
+#include <QtCore/QBuffer>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QtEndian>
 #include <QtGui/QImageReader>
 #include <QtGui/QImageWriter>
 
+#include <algorithm>
+
 namespace Vistrel {
 
 namespace {
 
-constexpr qint64 mostPixels = qint64{1} << 28;  // 2 GiB in the deepest format
-constexpr qint64 longestJpeg = qint64{1} << 30; // is read into memory
-constexpr qint64 mostPixelsPerByte = 8 * 1032;  // the most that PNG can hold: deflate's limit, at one bit a pixel
-constexpr int jpegQuality = 95;
-
-// Null when the name is null, or not text in the local encoding and so would name another file.
-QString decodedName(const char* fileName)
-{
-    const QString name = QFile::decodeName(fileName);
-    return QFile::encodeName(name) == fileName ? name : QString();
-}
+constexpr qint64 mostPixels = qint64{1} << 28; // 2 GiB in the deepest format
+constexpr qint64 mostPixelsPerByte = 8 * 1032; // the most that PNG can hold: deflate's limit, at one bit a pixel
+constexpr int extraPiece = 1 << 20;            // bytes of a frame in one chunk
+constexpr int pngEnd = 12;                     // bytes of the last chunk
 
 QByteArray toolkitName(PictureType type)
 {
@@ -35,72 +30,86 @@ bool isSane(const QSize& size)
     return !size.isEmpty() && qint64{size.width()} * size.height() <= mostPixels;
 }
 
-// Whole files ---------------------------------------------------------------------------------------------------------
-// What is missing of a cut file the toolkit fills with grey in JPEG, and with whatever was in memory in BMP; for a PNG
-// chunk it takes as much memory as the chunk claims.
+// Extra bytes ---------------------------------------------------------------------------------------------------------
+// A chunk holds the number of a piece of the frame, big-endian, and the bytes of that piece.
 
-// Follows the chunks, whose data lies between length, type and checksum.
-bool isWholePng(QFile& file)
+QByteArray bigEndian(quint32 number)
 {
-    qint64 at = 8;
-    while (file.seek(at)) {
-        const QByteArray head = file.read(8);
-        if (head.size() < 8)
-            return false;
-        at += 12 + qint64{qFromBigEndian<quint32>(head.constData())};
-        if (at > file.size())
-            return false;
-        if (head.endsWith("IEND"))
-            return true;
-    }
-    return false;
+    QByteArray bytes(4, '\0');
+    qToBigEndian(number, bytes.data());
+    return bytes;
 }
 
-// Follows the markers to the end of the image; within compressed data, 0xFF is never followed by that marker's code.
-bool isWholeJpeg(const QByteArray& bytes)
+// Of the PNG standard, annex D.
+quint32 checksum(const QByteArray& bytes)
 {
-    int at = bytes.indexOf('\xFF', 2);
-    while (at >= 0 && at + 1 < bytes.size()) {
-        const auto marker = static_cast<uchar>(bytes[at + 1]);
-        if (marker == 0xD9)
-            return true;
-        at += marker == 0xFF ? 1 : 2;
-        const bool hasSegment = marker > 0x01 && marker < 0xFF && (marker < 0xD0 || marker > 0xD7);
-        if (hasSegment && at + 2 <= bytes.size())
-            at += qFromBigEndian<quint16>(bytes.constData() + at);
-        at = bytes.indexOf('\xFF', at);
+    quint32 sum = ~quint32{0};
+    for (const char byte : bytes) {
+        sum ^= static_cast<uchar>(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            sum = sum >> 1 ^ ((sum & 1) != 0 ? 0xEDB88320u : 0u);
     }
-    return false;
+    return ~sum;
 }
 
-// Of a run-length encoded file, only the header knows the length.
-bool isWholeBmp(const QByteArray& header, qint64 fileSize)
+bool appendExtras(QIODevice& file, const PixelBuffer& extras)
 {
-    if (header.size() < 54)
+    const auto put = [&file](const QByteArray& bytes) { return file.write(bytes) == bytes.size(); };
+    const auto putChunk = [&put](const QByteArray& typeAndData) {
+        return put(bigEndian(static_cast<quint32>(typeAndData.size() - 4))) && put(typeAndData) &&
+               put(bigEndian(checksum(typeAndData)));
+    };
+    if (!file.seek(file.size() - pngEnd))
         return false;
-    const auto number = [&header](int at) { return qint64{qFromLittleEndian<qint32>(header.constData() + at)}; };
-    const auto word = [&header](int at) { return qint64{qFromLittleEndian<quint16>(header.constData() + at)}; };
-    const bool isOld = number(14) == 12;
-    const qint64 width = isOld ? word(18) : number(18);
-    const qint64 height = isOld ? word(20) : number(22);
-    const qint64 bits = word(isOld ? 24 : 28);
-    const qint64 compression = isOld ? 0 : number(30);
-    if (compression == 1 || compression == 2)
-        return fileSize >= qint64{qFromLittleEndian<quint32>(header.constData() + 2)};
-    return width > 0 && bits > 0 &&
-           (fileSize - qMax(number(10), qint64{0})) / ((width * bits + 31) / 32 * 4) >= qAbs(height);
+    for (std::size_t from = 0; from < extras.size(); from += extraPiece) {
+        const auto begin = extras.begin() + static_cast<std::ptrdiff_t>(from);
+        const auto end = begin + std::min<std::ptrdiff_t>(extraPiece, extras.end() - begin);
+        if (std::all_of(begin, end, [](std::uint8_t byte) { return byte == 0; }))
+            continue;
+        QByteArray chunk = PictureParts::extraChunk + bigEndian(static_cast<quint32>(from / extraPiece));
+        chunk.append(reinterpret_cast<const char*>(&*begin), static_cast<int>(end - begin));
+        if (!putChunk(chunk))
+            return false;
+    }
+    return putChunk("IEND");
 }
 
-bool isWhole(QFile& file, PictureType type)
+// Writing -------------------------------------------------------------------------------------------------------------
+
+bool encode(const QImage& image, PictureType type, const PictureOptions& options, QIODevice& file)
 {
-    if (type == PictureType::Png)
-        return isWholePng(file);
-    if (type == PictureType::Jpeg)
-        return file.size() <= longestJpeg && isWholeJpeg(file.readAll());
-    return isWholeBmp(file.read(54), file.size());
+    QImageWriter writer(&file, toolkitName(type));
+    if (type == PictureType::Jpeg) // a quality of PNG is its compression
+        writer.setQuality(options.quality);
+    if (type == PictureType::Png && options.compression >= 0)
+        writer.setCompression(options.compression);
+    return writer.write(image) && (options.extras.empty() || appendExtras(file, options.extras));
+}
+
+// In a folder that takes no new file. What makes the file longer goes first: when there is no room for it, the old
+// bytes are still there.
+bool overwrite(const QString& fileName, const QByteArray& bytes)
+{
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly | QIODevice::Unbuffered))
+        return false;
+    const qint64 oldSize = file.size();
+    const int head = static_cast<int>(qMin<qint64>(oldSize, bytes.size()));
+    const qint64 tail = bytes.size() - head;
+    if (!file.seek(head) || file.write(bytes.constData() + head, tail) != tail) {
+        file.resize(oldSize);
+        return false;
+    }
+    return file.seek(0) && file.write(bytes.constData(), head) == head && file.resize(bytes.size());
 }
 
 } // namespace
+
+QString decodedName(const char* fileName)
+{
+    const QString name = QFile::decodeName(fileName);
+    return QFile::encodeName(name) == fileName ? name : QString();
+}
 
 PictureType pictureType(const QString& fileName)
 {
@@ -112,45 +121,68 @@ PictureType pictureType(const QString& fileName)
     return suffix == QLatin1String("bmp") ? PictureType::Bmp : PictureType::Unknown;
 }
 
-PictureType pictureType(const char* fileName)
+QImage PictureReader::read(const QString& fileName)
 {
-    return pictureType(decodedName(fileName));
-}
-
-QImage readPicture(const char* fileName)
-{
-    const QString name = decodedName(fileName);
-    const PictureType type = pictureType(name);
-    if (type == PictureType::Unknown || !QFileInfo(name).isFile())
+    const PictureType type = pictureType(fileName);
+    if (type == PictureType::Unknown || !QFileInfo(fileName).isFile())
         return {};
-    QFile file(name);
-    if (!file.open(QIODevice::ReadOnly) || !isWhole(file, type) || !file.seek(0))
+    m_file.setFileName(fileName);
+    if (!m_file.open(QIODevice::ReadOnly))
         return {};
-    QImageReader reader(&file, toolkitName(type));
+    PictureParts parts(m_file);
+    if (!parts.find(type))
+        return {};
+    m_extras = parts.extras();
+    QImageReader reader(&parts, toolkitName(type));
     reader.setAutoDetectImageFormat(false);
     const QSize size = reader.size();
-    if (!isSane(size) || qint64{size.width()} * size.height() / mostPixelsPerByte > file.size())
+    if (!isSane(size) || qint64{size.width()} * size.height() / mostPixelsPerByte > m_file.size())
         return {};
-    return reader.read();
+    QImage image;
+    if (type == PictureType::Bmp) { // run lengths may leave pixels out
+        image = QImage(size, reader.imageFormat());
+        image.fill(0);
+    }
+    return reader.read(&image) ? image : QImage();
 }
 
-bool writePicture(const QImage& image, const char* fileName)
+bool PictureReader::applyExtras(PixelBuffer& frame)
 {
-    return writePicture(image, decodedName(fileName), jpegQuality);
+    for (const PictureParts::Part& part : m_extras) {
+        if (part.size < 4 || part.size > extraPiece + 4 || !m_file.seek(part.at))
+            return false;
+        const QByteArray piece = m_file.read(part.size);
+        if (piece.size() != part.size)
+            return false;
+        const std::size_t from = std::size_t{qFromBigEndian<quint32>(piece.constData())} * extraPiece;
+        const auto size = static_cast<std::size_t>(piece.size() - 4);
+        if (from >= frame.size() || size != std::min<std::size_t>(extraPiece, frame.size() - from))
+            return false;
+        for (std::size_t i = 0; i < size; ++i)
+            frame[from + i] ^= static_cast<std::uint8_t>(piece[static_cast<int>(4 + i)]);
+    }
+    return true;
 }
 
-bool writePicture(const QImage& image, const QString& fileName, int quality)
+bool writePicture(QImage image, const QString& fileName, const PictureOptions& options)
 {
     const PictureType type = pictureType(fileName);
     if (type == PictureType::Unknown || !isSane(image.size()))
         return false;
+    if (type == PictureType::Png) { // pixels of a camera have no known size; a positive one would be written
+        image.setDotsPerMeterX(-1);
+        image.setDotsPerMeterY(-1);
+    }
     QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    QImageWriter writer(&file, toolkitName(type));
-    if (type == PictureType::Jpeg) // a quality of PNG is its compression
-        writer.setQuality(quality);
-    return writer.write(image) && file.commit();
+    if (file.open(QIODevice::WriteOnly)) {
+        if (!encode(image, type, options, file) || !file.flush()) // committing does not look at what it flushes
+            return false;
+        if (file.commit())
+            return true;
+    }
+    QBuffer buffer;
+    return QFileInfo(fileName).isFile() && QFileInfo(fileName).isWritable() && buffer.open(QIODevice::WriteOnly) &&
+           encode(image, type, options, buffer) && overwrite(fileName, buffer.data());
 }
 
 } // namespace Vistrel

@@ -17,12 +17,12 @@ PngFileInterface::~PngFileInterface() = default;
 
 bool PngFileInterface::load(const char* const fileName, FileIO* const image)
 {
-    return image && pictureType(fileName) == PictureType::Png && image->load(fileName);
+    return image && pictureType(decodedName(fileName)) == PictureType::Png && image->load(fileName);
 }
 
 bool PngFileInterface::save(const RawImage& image, const char* const fileName)
 {
-    return pictureType(fileName) == PictureType::Png && FileIO(image).save(fileName);
+    return pictureType(decodedName(fileName)) == PictureType::Png && FileIO(image).save(fileName);
 }
 
 } // namespace Vistrel

@@ -142,7 +142,7 @@ QString WindowQt::PrivateData::saveImage(const QString& path)
     const QImage image = stream->cloneLatestImageForRender();
     if (image.isNull())
         return tr("The display image cannot be accessed at this time.");
-    return writePicture(image, path, -1)
+    return writePicture(image, path, PictureOptions())
                ? QString()
                : tr("File save of a display image failed. Please verify that the current user has "
                     "access to the selected location.");

@@ -8,6 +8,10 @@
 #include <QtTest/QtTest>
 
 #include <limits>
+#ifdef Q_OS_UNIX
+#include <csignal>
+#include <sys/resource.h>
+#endif
 
 using namespace PixelReference;
 
@@ -36,6 +40,35 @@ unsigned sampleAt(const QImage& image, std::size_t x, std::size_t y, unsigned co
     return reinterpret_cast<const QRgb*>(row)[x] >> (16 - 8 * color) & 0xFF;
 }
 
+/// A PNG chunk without its checksum.
+QByteArray chunkOf(const char* type, const QByteArray& data)
+{
+    QByteArray length(4, '\0');
+    qToBigEndian(data.size(), length.data());
+    return length + type + data + QByteArray(4, '\0');
+}
+
+#ifdef Q_OS_UNIX
+/// A disk on which no file gets longer than this.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    rlimit m_before;
+};
+#endif
+
 const quint8 fewBytes[8] = {1, 2, 3, 4, 5, 6, 7, 8};
 const RawImage fewPixels{fewBytes, 4, 2, Mono8, nullptr};
 
@@ -54,13 +87,25 @@ private Q_SLOTS:
     void foreignPicturesAndFalseFields();
     void badFilesLeaveTheFrame_data();
     void badFilesLeaveTheFrame();
+    void onlyPixelsAreRead();
     void failedSavesLeaveTheFile();
+    void fullDiskLeavesTheFile();
     void badFramesAreRefused();
     void pngFileInterface();
 
 private:
     QString pathOf(const char* name) const { return m_folder.filePath(QLatin1String(name)); }
     QByteArray nameOf(const char* name) const { return QFile::encodeName(pathOf(name)); }
+    QByteArray contentOf(const char* name) const
+    {
+        QFile file(pathOf(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    void write(const char* name, const QByteArray& content) const
+    {
+        QFile file(pathOf(name));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+    }
 
     QTemporaryDir m_folder;
 };
@@ -105,27 +150,29 @@ void FileIOTest::framesSurvivePng()
 
 void FileIOTest::fieldsAndAlphaOnlyWhereNeeded()
 {
-    std::vector<std::uint8_t> bytes(1100 * 1000 * 4, 0x3F); // one field of spare bits has not room for all
-    QImage image;
-    const auto fieldsOf = [&](Format format, std::size_t width) {
+    std::vector<std::uint8_t> bytes(300 * 1000 * 4, 0x3F); // one chunk of spare bits has not room for all
+    QByteArray content;
+    const auto chunksOf = [&](Format format, std::size_t width) {
         const FileIO saved(RawImage{bytes.data(), width, 1000, format, nullptr});
         FileIO loaded;
-        if (!saved.save(nameOf("a.png")) || !loaded.load(nameOf("a.png")) || frameOf(loaded) != frameOf(saved))
-            return -1;
-        image = QImage(pathOf("a.png"));
-        return image.textKeys().size();
+        const bool isSame =
+            saved.save(nameOf("a.png")) && loaded.load(nameOf("a.png")) && frameOf(loaded) == frameOf(saved);
+        content = contentOf("a.png");
+        return isSame ? content.count("vsBT") : -1;
     };
-    QCOMPARE(fieldsOf(RGB10p32, 1100), 1);
-    QCOMPARE(image.text(QStringLiteral("Vistrel Format")), QStringLiteral("RGB10p32"));
+    QCOMPARE(chunksOf(RGB10p32, 300), 0);
+    QVERIFY(content.contains(QByteArray("Vistrel Format\0RGB10p32", 23)) && !content.contains("pHYs"));
     bytes.back() = 0xC0;
-    QCOMPARE(fieldsOf(RGB10p32, 1100), 2);
+    QCOMPARE(chunksOf(RGB10p32, 300), 1);
     bytes[3] = 0xC0;
-    QCOMPARE(fieldsOf(RGB10p32, 1100), 3);
+    QCOMPARE(chunksOf(RGB10p32, 300), 2);
+    const QImage image(pathOf("a.png")); // the chunks are nothing to others
+    QVERIFY(image.width() == 300 && image.textKeys().size() == 1);
 
-    QVERIFY(fieldsOf(RGBa8, 9) == 1 && image.hasAlphaChannel());
+    QVERIFY(chunksOf(RGBa8, 9) == 0 && QImage(pathOf("a.png")).hasAlphaChannel());
     for (std::size_t i = 3; i < bytes.size(); i += 4)
         bytes[i] = 0;
-    QVERIFY(fieldsOf(RGBa8, 9) == 1 && !image.hasAlphaChannel());
+    QVERIFY(chunksOf(RGBa8, 9) == 0 && !QImage(pathOf("a.png")).hasAlphaChannel());
 }
 
 void FileIOTest::otherTypesHoldEightBits()
@@ -160,11 +207,11 @@ void FileIOTest::foreignPicturesAndFalseFields_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("spare");
+    QTest::addColumn<QByteArray>("spare");
     QTest::addColumn<QByteArray>("format");
     const auto row = [](QImage::Format kind, const char* field, const char* spare, const char* format) {
         QTest::addRow("%d %s %s", kind, field, spare)
-            << int(kind) << QString::fromLatin1(field) << QString::fromLatin1(spare) << QByteArray(format);
+            << int(kind) << QString::fromLatin1(field) << QByteArray(spare) << QByteArray(format);
     };
     row(QImage::Format_Mono, "", "", "Mono8");
     row(QImage::Format_Grayscale8, "", "", "Mono8");
@@ -178,15 +225,15 @@ void FileIOTest::foreignPicturesAndFalseFields_data()
     row(QImage::Format_ARGB32, "RGB8", "", "RGBa8");
     row(QImage::Format_Grayscale16, "Mono10p", "", "Mono16"); // samples of more than ten bits
     row(QImage::Format_RGBX64, "BGR10p32", "", "RGB16");
-    row(QImage::Format_Grayscale16, "Mono10p", "AAAA", "Mono16"); // spare bits of another frame
-    row(QImage::Format_Grayscale16, "Mono10p", "\xE9!", "Mono16");
+    row(QImage::Format_Grayscale16, "Mono10p", "spare bits of another frame", "Mono16");
+    row(QImage::Format_Grayscale16, "Mono10p", "cut", "Mono16");
 }
 
 void FileIOTest::foreignPicturesAndFalseFields()
 {
     QFETCH(int, kind);
     QFETCH(QString, field);
-    QFETCH(QString, spare);
+    QFETCH(QByteArray, spare);
     QFETCH(QByteArray, format);
     QImage image(5, 2, QImage::Format(kind));
     if (kind == QImage::Format_Mono)
@@ -195,10 +242,12 @@ void FileIOTest::foreignPicturesAndFalseFields()
                : !spare.isEmpty()          ? QColor(Qt::black) // fits ten bits
                                            : QColor(200, 100, 50, image.hasAlphaChannel() ? 99 : 255));
     image.setText(QStringLiteral("Vistrel Format"), field);
-    image.setText(QStringLiteral("Vistrel Spare Bits 0"), spare);
     FileIO file;
     RawImage raw;
-    QVERIFY(image.save(pathOf("b.png")) && file.load(nameOf("b.png")) && file.getData(raw));
+    QVERIFY(image.save(pathOf("b.png")));
+    if (!spare.isEmpty())
+        write("b.png", contentOf("b.png").insert(8 + 25, chunkOf("vsBT", QByteArray(3, '\0') + '\0' + spare)));
+    QVERIFY(file.load(nameOf("b.png")) && file.getData(raw));
     QCOMPARE(QByteArray(formatName(raw.format)), format);
     const QRgba64 pixel = image.pixelColor(4, 1).rgba64();
     const unsigned colors[] = {pixel.red(), pixel.green(), pixel.blue()};
@@ -235,7 +284,8 @@ void FileIOTest::badFilesLeaveTheFrame_data()
     row("jpg, too large for its bytes", "x.jpg", QByteArray(jpg).replace(jpgSize, 4, "\x1F\x1F\x1F\x1F"));
     row("bmp, cut", "x.bmp", bmp.left(bmp.size() - 1));
     row("bmp, no bits", "x.bmp", QByteArray(bmp).replace(28, 1, QByteArray(1, '\0')));
-    row("bmp, run lengths, cut", "x.bmp", QByteArray(bmp).replace(30, 1, "\1").chopped(99));
+    const QByteArray short1("\1\0\0\0", 4); // what the header says of the length must not count
+    row("bmp, run lengths, cut", "x.bmp", QByteArray(bmp).replace(30, 1, "\1").replace(2, 4, short1));
     row("other type", "x.jpg", png);
     row("other suffix", "x.tif", png);
     row("folder", "folder.png", QByteArray());
@@ -247,12 +297,62 @@ void FileIOTest::badFilesLeaveTheFrame()
     QFETCH(QByteArray, name);
     QFETCH(QByteArray, content);
     QDir(m_folder.path()).mkdir(QStringLiteral("folder.png"));
-    QFile written(pathOf(name));
-    QVERIFY(content.isNull() || (written.open(QIODevice::WriteOnly) && written.write(content) == content.size()));
-    written.close();
+    if (!content.isNull())
+        write(name, content);
     FileIO file(fewPixels);
     QVERIFY(!file.load(nameOf(name)) && !file.load(nullptr) && !file.load(""));
     QCOMPARE(frameOf(file), frameOf(FileIO(fewPixels)));
+}
+
+// The toolkit would keep texts and profiles in memory, however long they become, and shows what was in memory before
+// where run lengths say nothing.
+void FileIOTest::onlyPixelsAreRead()
+{
+    QImage image(64, 48, QImage::Format_Grayscale8);
+    image.fill(Qt::gray);
+    for (const char* name : {"c.png", "c.jpg", "c.bmp"})
+        QVERIFY(image.save(pathOf(name)));
+    // The toolkit, which has not to see them, would warn of each.
+    write("c.png", contentOf("c.png").insert(8 + 25, chunkOf("zTXt", QByteArray("Title\0\0damaged", 14))));
+    write("c.jpg", contentOf("c.jpg").insert(2, QByteArray("\xFF\xE2\0\x1B"
+                                                           "ICC_PROFILE\0\1\1no profile",
+                                                           29)));
+    const QByteArray head = contentOf("c.bmp").chopped(64 * 48);
+    write("c.bmp", QByteArray(head).replace(30, 1, "\1") + QByteArray("\0\1", 2));
+    for (const char* name : {"c.png", "c.jpg", "c.bmp"}) {
+        FileIO file;
+        RawImage raw;
+        QByteArray(64 * 48, '\7').clear(); // memory that has been used
+        QVERIFY(file.load(nameOf(name)) && file.getData(raw));
+        const int value = name[2] == 'b' ? 0 : qGray(image.pixel(0, 0));
+        QVERIFY(std::all_of(raw.data, raw.data + 64 * 48, [&](int byte) { return qAbs(byte - value) <= 1; }));
+    }
+}
+
+void FileIOTest::fullDiskLeavesTheFile()
+{
+#ifdef Q_OS_UNIX
+    std::vector<std::uint8_t> bytes(300);
+    std::generate(bytes.begin(), bytes.end(), Random(3));
+    const FileIO file(RawImage{bytes.data(), 30, 10, Mono8, nullptr});
+    const QByteArray before("old");
+    // No other file fits beside the one with the long name, which is written in place.
+    for (const QByteArray& name :
+         {QByteArray("d.png"), QByteArray("d.jpg"), QByteArray("d.bmp"), QByteArray(250, 'd') + ".png"}) {
+        bool isSaved = false;
+        for (rlim_t free = rlim_t(before.size()); !isSaved && free < 5000; free += 13) {
+            write(name, before);
+            {
+                const FullDisk disk(free);
+                isSaved = file.save(nameOf(name));
+            }
+            QVERIFY(isSaved || contentOf(name) == before);
+        }
+        FileIO loaded;
+        QVERIFY(loaded.load(nameOf(name)) &&
+                QDir(m_folder.path()).entryList({QStringLiteral("d*")}).contains(QString::fromLatin1(name)));
+    }
+#endif
 }
 
 void FileIOTest::failedSavesLeaveTheFile()

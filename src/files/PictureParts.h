@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+// The bytes of an image file that make its picture.
+#pragma once
+
+#include <QtCore/QIODevice>
+
+#include <vector>
+
+class QFile;
+
+namespace Vistrel {
+
+enum class PictureType { Unknown, Png, Jpeg, Bmp };
+
+/// Reads a file without what the toolkit would keep in memory besides the pixels: texts, profiles, previews. Of PNG
+/// texts the first that names the frame's format stays. Takes the same memory for any file.
+class PictureParts : public QIODevice
+{
+    Q_OBJECT
+
+public:
+    /// Bytes `at` to `at + size` of the file.
+    struct Part
+    {
+        qint64 at;
+        qint64 size;
+    };
+
+    /// The file is open, and outlives this object.
+    explicit PictureParts(QFile& file);
+
+    /// Finds the parts, and opens this device. False when the file is not whole, not of this type, claims more pixels
+    /// than its bytes can hold, or is in more pieces than any writer makes.
+    bool find(PictureType type);
+
+    /// The data of the PNG chunks `extraChunk`.
+    const std::vector<Part>& extras() const { return m_extras; }
+    static constexpr char extraChunk[] = "vsBT"; // private, of no meaning to others, not to be kept after a change
+
+    qint64 size() const override;
+    bool seek(qint64 position) override;
+
+protected:
+    qint64 readData(char* data, qint64 maxSize) override;
+    qint64 writeData(const char* data, qint64 maxSize) override;
+
+private:
+    bool findInPng();
+    bool findInJpeg();
+    bool findInBmp();
+    void add(qint64 at, qint64 size);
+    int byteAt(qint64 at);
+    qint64 numberAt(qint64 at, int bytes, bool isBigEndian);
+    qint64 find(char byte, qint64 from);
+    bool hasWholeRuns(qint64 at, qint64 width, qint64 height, bool isHalfBytes);
+
+    QFile& m_file;
+    QByteArray m_block; // of the file, from `m_blockAt` on
+    qint64 m_blockAt = 0;
+    std::vector<Part> m_parts; // in the file's order
+    std::vector<Part> m_extras;
+    qint64 m_position = 0; // where this device reads next
+};
+
+} // namespace Vistrel
