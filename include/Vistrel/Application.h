@@ -14,8 +14,10 @@ class VISTREL_EXPORT Application : public BaseClass
 {
 public:
     /// Throws `std::runtime_error` when an application exists already, also one that was made with the toolkit alone,
-    /// or when no X server is found where one is needed, and `std::invalid_argument` when `argc` is negative or one of
-    /// the `argc` entries of `argv` is null.
+    /// and when there is nothing to show windows on: the platform that `QT_QPA_PLATFORM` or `-platform` names, or else
+    /// the system's own, has no plug-in, or none that can be loaded, or its X server (`DISPLAY`, `-display`),
+    /// compositor, screen or device is not there. The text says which. Throws `std::invalid_argument` when `argc` is
+    /// negative or one of the `argc` entries of `argv` is null.
     Application(int argc, const char* const* argv);
     /// Must run outside `exec()`. Deletes the windows that are left, with their sources, and the toolkit's application
     /// object. A call to a source has three seconds to return; then the source is left alone, with a line on the

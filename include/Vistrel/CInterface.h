@@ -125,8 +125,8 @@ VISTREL_EXPORT const char* VTResultText(int32_t result);
 /* Makes the application, of which a process has one at a time, and makes this thread the user-interface thread. The
  * arguments are copied; C wants `(const char* const*)argv`. APPLICATION_EXISTS; NULL_POINTER (argv); NULL_RESULT;
  * APPLICATION_FAILED (a negative `argc`, a null argument; an application of the toolkit's, of the class interface, or
- * one that is ending; no X server where one is needed). On Linux the process's locale becomes that of its environment.
- */
+ * one that is ending; nothing to show windows on: no platform plug-in, display or screen). Why it failed is written to
+ * the standard error stream. On Linux the process's locale becomes that of its environment. */
 VISTREL_EXPORT int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result);
 
 /* Ends the application with all its windows and handles. Calls to host functions have three seconds to return; then

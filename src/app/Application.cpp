@@ -32,9 +32,9 @@ namespace {
 
 std::atomic<Application*> globalApplication{nullptr};
 
-[[noreturn]] void refuse(const char* reason)
+[[noreturn]] void refuse(const std::string& reason)
 {
-    throw std::runtime_error(std::string("Vistrel::Application::Application: ") + reason);
+    throw std::runtime_error("Vistrel::Application::Application: " + reason);
 }
 
 } // namespace
@@ -78,10 +78,13 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
 
     if (QCoreApplication::instance())
         refuse("The toolkit application exists already.");
-    if (!hasDisplay(arguments))
-        refuse("There is no display.");
     addToolkitPluginPath();
+    const DisplayCheck display = checkDisplay(arguments);
+    if (!display.refusal.empty())
+        refuse(display.refusal);
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
+    if (!QGuiApplication::primaryScreen()) // a window would end the process
+        refuse("The platform \"" + QGuiApplication::platformName().toStdString() + "\" has no screen.");
 }
 
 // The windows go first, then their hooks, and then the toolkit: what is left of its objects may still call on the rest.

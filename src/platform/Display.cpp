@@ -2,38 +2,225 @@
 // Whether there is a screen to show windows on.
 #include "platform/Display.h"
 
-#if defined(VISTREL_HAS_X11)
-#include <QtCore/QtGlobal>
+#include "platform/PluginPath.h"
 
-#include <algorithm>
+#include <QtCore/QByteArrayList>
+#include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QLibrary>
+#include <QtCore/QPluginLoader>
+
+#if defined(Q_OS_UNIX)
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#endif
+#if defined(VISTREL_HAS_X11)
 #include <xcb/xcb.h>
 #endif
 
+#include <algorithm>
+
 namespace Vistrel {
+
+namespace {
+
+/// What arguments and environment say.
+struct Choice
+{
+    QByteArray platforms; // names with their own arguments, in the order in which they are tried
+    QString pluginFolder; // to be looked into before others, or empty
+    QByteArray display;   // the X server's name, or empty for that in DISPLAY
+};
+
+QByteArray defaultPlatforms()
+{
+#if defined(Q_OS_WIN)
+    return "windows";
+#elif defined(Q_OS_MACOS)
+    return "cocoa";
+#else
+    const bool isWayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
+    return isWayland ? "wayland;xcb" : "xcb";
+#endif
+}
+
+Choice choose(const std::vector<std::string>& arguments)
+{
+    Choice choice{qgetenv("QT_QPA_PLATFORM"), qEnvironmentVariable("QT_QPA_PLATFORM_PLUGIN_PATH"), {}};
+    if (choice.platforms.isEmpty())
+        choice.platforms = defaultPlatforms();
+    for (std::size_t i = 1; i + 1 < arguments.size(); ++i) {
+        const std::string option = arguments[i].substr(arguments[i].rfind("--", 0) == 0 ? 1 : 0);
+        const char* const value = arguments[i + 1].c_str();
+        if (option == "-platform")
+            choice.platforms = value, ++i;
+        else if (option == "-platformpluginpath")
+            choice.pluginFolder = QString::fromLocal8Bit(value), ++i;
+        else if (option == "-display")
+            choice.display = value, ++i;
+    }
+    return choice;
+}
+
+// Plug-ins ------------------------------------------------------------------------------------------------------------
+
+bool isPluginOf(const QString& platform, const QJsonObject& description)
+{
+    constexpr unsigned major = 0xff0000;
+    constexpr unsigned minor = 0x00ff00;
+    const auto version = static_cast<unsigned>(description.value(QLatin1String("version")).toInt());
+    if ((version & major) != (QT_VERSION & major) || (version & minor) > (QT_VERSION & minor) ||
+        !description.value(QLatin1String("IID")).toString().contains(QLatin1String("QPlatformIntegrationFactory")))
+        return false;
+    const QJsonArray names =
+        description.value(QLatin1String("MetaData")).toObject().value(QLatin1String("Keys")).toArray();
+    return std::any_of(names.begin(), names.end(), [&](const QJsonValue& name) {
+        return name.toString().compare(platform, Qt::CaseInsensitive) == 0;
+    });
+}
+
+// The first that has the platform's name is the one that the toolkit takes, whether it can be loaded or not.
+QString pluginOf(const QString& platform, const QString& folder)
+{
+    const QStringList names = QDir(folder).entryList(QDir::Files);
+    for (const QString& name : names) {
+        const QString file = QDir(folder).filePath(name);
+        if (QLibrary::isLibrary(name) && isPluginOf(platform, QPluginLoader(file).metaData()))
+            return file;
+    }
+    return {};
+}
+
+// Empty when one is loaded.
+QString whyNoPlugin(const QString& platform, const Choice& choice)
+{
+    QStringList folders = toolkitPluginPaths();
+    if (!choice.pluginFolder.isEmpty())
+        folders.prepend(choice.pluginFolder);
+    QString reason = QStringLiteral("There is no platform plug-in \"%1\".").arg(platform);
+    for (const QString& subfolder : {QString(), QStringLiteral("/platforms")}) {
+        if (subfolder.isEmpty() && choice.pluginFolder.isEmpty())
+            continue; // plug-ins that lie in no such folder count beside one that was named alone
+        for (const QString& folder : qAsConst(folders)) {
+            const QString file = pluginOf(platform, folder + subfolder);
+            if (file.isEmpty())
+                continue;
+            QPluginLoader plugin(file);
+            if (plugin.load())
+                return {};
+            reason =
+                QStringLiteral("The platform plug-in \"%1\" cannot be loaded: %2").arg(platform, plugin.errorString());
+            break;
+        }
+    }
+    return reason;
+}
+
+// What plug-ins connect to --------------------------------------------------------------------------------------------
 
 #if defined(VISTREL_HAS_X11)
 
-bool hasDisplay(const std::vector<std::string>& arguments)
+DisplayCheck checkServer(QByteArray display)
 {
-    const auto choosesAnother = [](const std::string& argument) {
-        return argument == "-platform" || argument == "--platform" || argument == "-display" || argument == "--display";
-    };
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
-        std::any_of(arguments.begin(), arguments.end(), choosesAnother))
-        return true;
-    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
-    const bool isConnected = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return isConnected;
-}
-
-#else
-
-bool hasDisplay(const std::vector<std::string>&)
-{
-    return true;
+    if (display.isEmpty())
+        display = qgetenv("DISPLAY");
+    if (display.isEmpty())
+        return {"No X server is named: DISPLAY is not set.", nullptr};
+    int screen = 0;
+    const std::shared_ptr<xcb_connection_t> connection(xcb_connect(display.constData(), &screen), &xcb_disconnect);
+    if (xcb_connection_has_error(connection.get()))
+        return {"The X server \"" + display.toStdString() + "\" cannot be reached.", nullptr};
+    if (screen >= xcb_setup_roots_length(xcb_get_setup(connection.get())))
+        return {"The X server has no such screen: \"" + display.toStdString() + "\".", nullptr};
+    return {{}, connection};
 }
 
 #endif
+
+#if defined(Q_OS_UNIX)
+
+DisplayCheck checkCompositor()
+{
+    if (qEnvironmentVariableIsSet("WAYLAND_SOCKET")) // a connection that somebody has made
+        return {};
+    QByteArray name = qgetenv("WAYLAND_DISPLAY");
+    if (name.isEmpty())
+        name = "wayland-0";
+    if (!name.startsWith('/'))
+        name.prepend(qgetenv("XDG_RUNTIME_DIR") + '/');
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    bool isReached = false;
+    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (connection >= 0 && static_cast<std::size_t>(name.size()) < sizeof address.sun_path) {
+        std::copy(name.begin(), name.end(), address.sun_path);
+        isReached = connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    }
+    if (connection >= 0)
+        close(connection);
+    if (isReached)
+        return {};
+    return {"The Wayland compositor \"" + name.toStdString() + "\" cannot be reached.", nullptr};
+}
+
+#endif
+
+// Plug-ins that draw without a window system end the process themselves when they find no device.
+bool endsTheProcess(const QString& platform)
+{
+#if defined(Q_OS_UNIX)
+    if (platform != QLatin1String("eglfs") && platform != QLatin1String("minimalegl"))
+        return false;
+    QByteArrayList files{qgetenv("QT_QPA_EGLFS_FB"), "/dev/fb0"};
+    for (int i = 0; i < 8; ++i)
+        files.append("/dev/dri/card" + QByteArray::number(i));
+    return std::none_of(files.begin(), files.end(),
+                        [](const QByteArray& file) { return access(file.constData(), R_OK | W_OK) == 0; });
+#else
+    static_cast<void>(platform);
+    return false;
+#endif
+}
+
+DisplayCheck checkPlatform(const QString& platform, const Choice& choice)
+{
+    const QString noPlugin = whyNoPlugin(platform, choice);
+    if (!noPlugin.isEmpty())
+        return {noPlugin.toStdString(), nullptr};
+#if defined(VISTREL_HAS_X11)
+    if (platform == QLatin1String("xcb"))
+        return checkServer(choice.display);
+#endif
+#if defined(Q_OS_UNIX)
+    if (platform.startsWith(QLatin1String("wayland")))
+        return checkCompositor();
+#endif
+    return {};
+}
+
+} // namespace
+
+DisplayCheck checkDisplay(const std::vector<std::string>& arguments)
+{
+#if defined(Q_OS_UNIX)
+    if (geteuid() != getuid() && !QCoreApplication::isSetuidAllowed())
+        return {"The program runs with another user's rights.", nullptr};
+#endif
+    const Choice choice = choose(arguments);
+    DisplayCheck all;
+    for (const QByteArray& entry : choice.platforms.split(';')) {
+        const QString platform = QString::fromLocal8Bit(entry.split(':').first()).toLower();
+        DisplayCheck check = checkPlatform(platform, choice);
+        if (check.refusal.empty() && endsTheProcess(platform))
+            return {"The platform \"" + platform.toStdString() + "\" finds no graphics device.", nullptr};
+        if (check.refusal.empty())
+            return check;
+        all.refusal += (all.refusal.empty() ? "" : " ") + check.refusal;
+    }
+    return all;
+}
 
 } // namespace Vistrel

@@ -1,30 +1,75 @@
 // SPDX-License-Identifier: MIT
-// Where the toolkit's plug-ins are beside the toolkit itself.
+// Where the toolkit's plug-ins are.
 #include "platform/PluginPath.h"
 
-#if defined(_WIN32)
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtCore/QString>
+#include <QtCore/QSettings>
 
+#if defined(_WIN32)
 #include <vector>
 #include <windows.h>
 #endif
 
 namespace Vistrel {
 
+namespace {
+
+#if defined(_WIN32)
+
+// The folder of a library, or of the program for null.
+QString folderOf(HMODULE module)
+{
+    // The wide form: a user's folder may have a name that the system's 8-bit encoding has no letters for.
+    std::vector<wchar_t> name(32768); // the longest path that there can be
+    const DWORD length = GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size()));
+    if (length == 0 || length >= name.size())
+        return {};
+    return QFileInfo(QString::fromWCharArray(name.data(), int(length))).path();
+}
+
+QString programFolder()
+{
+    return folderOf(nullptr);
+}
+
+#else
+
+QString programFolder()
+{
+    return QFileInfo(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath()).path();
+}
+
+#endif
+
+} // namespace
+
 void addToolkitPluginPath()
 {
 #if defined(_WIN32)
     const HMODULE module = GetModuleHandleW(L"Qt5Core.dll");
-    if (!module)
-        return;
-    // The wide form: a user's folder may have a name that the system's 8-bit encoding has no letters for.
-    std::vector<wchar_t> name(32768); // the longest path that there can be
-    const DWORD length = GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size()));
-    if (length > 0 && length < name.size())
-        QCoreApplication::addLibraryPath(QFileInfo(QString::fromWCharArray(name.data(), int(length))).path());
+    const QString folder = module ? folderOf(module) : QString();
+    if (!folder.isEmpty())
+        QCoreApplication::addLibraryPath(folder);
 #endif
+}
+
+QStringList toolkitPluginPaths()
+{
+    QStringList paths = QCoreApplication::libraryPaths();
+    const QDir program(programFolder());
+    paths.append(program.path());
+    const QString configuration = program.filePath(QStringLiteral("qt.conf"));
+    if (QFileInfo::exists(configuration)) {
+        const QSettings settings(configuration, QSettings::IniFormat);
+        const auto setting = [&](const char* key, const char* otherwise) {
+            return settings.value(QLatin1String(key), QLatin1String(otherwise)).toString();
+        };
+        const QDir prefix(program.filePath(setting("Paths/Prefix", ".")));
+        paths.append(prefix.filePath(setting("Paths/Plugins", "plugins")));
+    }
+    return paths;
 }
 
 } // namespace Vistrel

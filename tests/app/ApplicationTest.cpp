@@ -149,14 +149,26 @@ void ApplicationTest::failedConstructionLeavesNothing()
     QVERIFY_EXCEPTION_THROWN(Application(3, nullptr), std::invalid_argument);
     QVERIFY_EXCEPTION_THROWN(Application(-1, commandLine), std::invalid_argument);
 #if defined(Q_OS_LINUX)
+    const struct // of which each would end the process
+    {
+        const char* platform;
+        const char* arguments[3];
+    } missing[] = {{"", {""}},       {"xcb", {""}},    {"", {"", "-display", ":1:1"}},
+                   {"nosuch", {""}}, {"xcb;no", {""}}, {"offscreen", {"", "--platform", "wayland;no"}}};
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     const QByteArray display = qgetenv("DISPLAY");
-    qunsetenv("QT_QPA_PLATFORM");
-    qunsetenv("WAYLAND_DISPLAY");
+    qputenv("WAYLAND_DISPLAY", "no such compositor");
     qputenv("DISPLAY", ":no such display");
-    QVERIFY_EXCEPTION_THROWN(Application(3, commandLine), std::runtime_error);
+    for (const auto& row : missing) {
+        qputenv("QT_QPA_PLATFORM", row.platform);
+        QVERIFY_EXCEPTION_THROWN(Application(row.arguments[1] ? 3 : 1, row.arguments), std::runtime_error);
+    }
+    qputenv("QT_QPA_PLATFORM", "nosuch;offscreen");
+    QTest::ignoreMessage(QtWarningMsg, "Could not find the Qt platform plugin \"nosuch\" in \"\"");
+    Application(3, commandLine);
     qputenv("QT_QPA_PLATFORM", platform);
     qputenv("DISPLAY", display);
+    qunsetenv("WAYLAND_DISPLAY");
 #endif
     QVERIFY(!Application::global());
     QVERIFY(!QCoreApplication::instance());

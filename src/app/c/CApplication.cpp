@@ -59,6 +59,7 @@ std::int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result)
             all.thread = std::this_thread::get_id();
             all.application = application.release();
         } catch (...) {
+            reportException("VTAppCreate"); // the code alone does not say what is missing
             return VT_ERROR_APPLICATION_FAILED;
         }
         *result = handleOf(all.application);
