@@ -2,61 +2,19 @@
 // A GigE Vision or USB3 Vision camera, through Aravis.
 #include "CameraSource.h"
 
+#include "CameraConnection.h"
 #include "PlayedSource.h"
 #include "RecentFrames.h"
 
-#include <arv.h>
-
-#include <QtCore/QByteArray>
-
-#include <algorithm>
-#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <stdexcept>
+#include <thread>
 
 namespace {
 
-// Two frames stay readable, one or two may still be locked; the camera fills the others meanwhile.
-constexpr int bufferCount = 10;
 constexpr guint64 longestWait = 50000; // microseconds
-
-[[noreturn]] void fail(const QByteArray& what, const QByteArray& why)
-{
-    throw std::runtime_error((what + ": " + why).constData());
-}
-
-// Receives the error of one call, and throws it.
-class Error
-{
-public:
-    ~Error() { g_clear_error(&m_error); }
-    GError** target() { return &m_error; }
-    void check(const char* what) const
-    {
-        if (m_error)
-            fail(what, m_error->message);
-    }
-
-private:
-    GError* m_error = nullptr;
-};
-
-/// The camera and its stream, kept until the last of the stream's buffers has come back.
-struct Device
-{
-    Device() = default;
-    Device(const Device&) = delete;
-    Device& operator=(const Device&) = delete;
-    // Takes some seconds after a loss: Aravis tries to hand back its control of the camera.
-    ~Device()
-    {
-        g_clear_object(&stream);
-        g_clear_object(&camera);
-    }
-
-    ArvCamera* camera = nullptr;
-    ArvStream* stream = nullptr;
-};
+constexpr std::chrono::milliseconds betweenAttempts(100);
 
 // GenICam and the display name the formats alike, but the camera's RGB has red first in memory, which the display calls
 // BGR; only the 30-bit word has the same order under the same name. GenICam's packed formats start at the least
@@ -83,22 +41,8 @@ QByteArray cameraFormat(Vistrel::Format format)
 {
     const QByteArray name = swappedOrder(Vistrel::formatName(format));
     if (displayFormat(name) != format)
-        fail(name, "no camera sends pixels packed in this way");
+        throw std::runtime_error((name + ": no camera sends pixels packed in this way").constData());
     return name;
-}
-
-// Only noted, on a thread of Aravis; the next fetch tells it. The device keeps the note, which does not keep the
-// device.
-using LossNote = std::shared_ptr<std::atomic<bool>>;
-
-void noteLoss(ArvDevice*, gpointer note)
-{
-    **static_cast<LossNote*>(note) = true;
-}
-
-void forgetNote(gpointer note, GClosure*)
-{
-    delete static_cast<LossNote*>(note);
 }
 
 } // namespace
@@ -113,60 +57,64 @@ public:
     bool startSingle() override { return startRun(Length::Single); }
     bool stop() override;
 
-    std::size_t framesQueued() const override;
-    std::size_t framesFilled() const override;
-    std::size_t framesDropped() const override;
+    double frameRate() const override { return secondsLost() < 0 ? PlayedSource::frameRate() : 0; }
+    std::size_t framesQueued() const override { return m_queued; }
+    std::size_t framesFilled() const override { return m_filled; }
+    std::size_t framesDropped() const override { return m_counts.lost + m_counts.withoutBuffer; }
     std::size_t framesDelivered() const override { return m_recent.delivered(); }
+    double secondsLost() const override;
+    std::optional<Received> received() const override;
 
     bool getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock) override;
     Vistrel::ScopedLock getFrameLock(const Vistrel::RawImage& image) override { return m_recent.lock(image); }
 
 private:
     bool startRun(Length length);
-    bool finishFrame(const Playback::Run& run, std::size_t made);
     ArvBuffer* popNewest(std::size_t* popped);
     bool holdsFrame(ArvBuffer* buffer) const;
     void giveUp(const char* why);
+    void keepConnected();
+    void findLost();
+    bool reconnect();
 
-    const std::shared_ptr<Device> m_device = std::make_shared<Device>();
     Vistrel::Format m_format{};
     ArvPixelFormat m_cameraFormat = 0; // what each frame must come in
-    const LossNote m_isLost = std::make_shared<std::atomic<bool>>(false);
-    std::atomic<std::size_t> m_leftOut{0}; // older than the newest one when the display asked
+    KnownCamera m_known;               // not changed after construction
+    FrameCounts m_counts;
+    std::atomic<std::size_t> m_skipped{0}; // older than the newest one when the display asked, or stopped meanwhile
+    std::atomic<std::size_t> m_queued{0};
+    std::atomic<std::size_t> m_filled{0};
+    std::atomic<Playback::Clock::time_point> m_lastFrame{Playback::Clock::now()};
+    std::atomic<bool> m_isLost{false};
     RecentFrames m_recent;
-    std::mutex m_commandMutex; // one command at a time: the camera runs exactly while the playback does
+    const std::shared_ptr<CameraWatch> m_watch = std::make_shared<CameraWatch>();
+    // Guards the connection, which is null after a loss. The camera runs exactly while the playback does.
+    std::mutex m_mutex;
+    std::unique_ptr<CameraConnection> m_connection;
+    std::thread m_keeper;
 };
 
 CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format> format)
 {
-    Error error;
-    ArvCamera* const camera = m_device->camera =
-        arv_camera_new(name.isEmpty() ? nullptr : name.constData(), error.target());
-    error.check(name.isEmpty() ? "no camera" : name.constData());
-
+    const Owned<ArvCamera> camera = findCamera(name);
+    CameraError error;
     if (format)
-        arv_camera_set_pixel_format_from_string(camera, cameraFormat(*format).constData(), error.target());
+        arv_camera_set_pixel_format_from_string(camera.get(), cameraFormat(*format).constData(), error.target());
     error.check("pixel format");
-    const QByteArray formatText = arv_camera_get_pixel_format_as_string(camera, error.target());
+    const QByteArray formatText = arv_camera_get_pixel_format_as_string(camera.get(), error.target());
     error.check("pixel format");
     const std::optional<Vistrel::Format> shown = displayFormat(formatText);
     if (!shown)
-        fail(formatText, "the camera's pixel format cannot be shown as it is; choose another with --format");
+        throw std::runtime_error(
+            (formatText + ": the camera's pixel format cannot be shown as it is; choose another with --format")
+                .constData());
     m_format = *shown;
-    m_cameraFormat = arv_camera_get_pixel_format(camera, error.target());
+    m_cameraFormat = arv_camera_get_pixel_format(camera.get(), error.target());
     error.check("pixel format");
-
-    const guint frameBytes = arv_camera_get_payload(camera, error.target());
-    error.check("frame size");
-    arv_camera_set_acquisition_mode(camera, ARV_ACQUISITION_MODE_CONTINUOUS, error.target());
+    arv_camera_set_acquisition_mode(camera.get(), ARV_ACQUISITION_MODE_CONTINUOUS, error.target());
     error.check("acquisition mode");
-    m_device->stream = arv_camera_create_stream(camera, nullptr, nullptr, error.target());
-    error.check("stream");
-    for (int i = 0; i < bufferCount; ++i)
-        arv_stream_push_buffer(m_device->stream, arv_buffer_new_allocate(frameBytes));
-
-    g_signal_connect_data(arv_camera_get_device(camera), "control-lost", G_CALLBACK(noteLoss), new LossNote(m_isLost),
-                          forgetNote, GConnectFlags(0));
+    m_known = rememberCamera(camera.get(), name);
+    m_connection = std::make_unique<CameraConnection>(camera, m_watch);
 
     setHasStart(true);
     setHasStartSingle(true);
@@ -178,63 +126,55 @@ CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format
     setHasFramesDelivered(true);
     m_playback.setup();
     startRun(Length::Endless);
+    m_keeper = std::thread([this] { keepConnected(); });
 }
 
 CameraSource::~CameraSource()
 {
+    {
+        const std::lock_guard<std::mutex> guard(m_watch->mutex);
+        m_watch->isEnding = true;
+        m_watch->changed.notify_all();
+    }
+    m_keeper.join();
     // A lost camera would let each command run into its timeout.
-    if (m_playback.isRunning() && !*m_isLost)
-        arv_camera_stop_acquisition(m_device->camera, nullptr);
+    if (m_connection && m_playback.isRunning() && !m_watch->isLost)
+        m_connection->stop();
 }
 
 // Commands ------------------------------------------------------------------------------------------------------------
 
+// While the camera is lost, the playback alone is changed: that is what it is found for.
 bool CameraSource::startRun(Length length)
 {
-    const std::lock_guard<std::mutex> guard(m_commandMutex);
-    if (!isRunning()) {
-        // Frames from before the last stop are not to be shown now.
-        while (ArvBuffer* const buffer = arv_stream_try_pop_buffer(m_device->stream))
-            arv_stream_push_buffer(m_device->stream, buffer);
-        Error error;
-        arv_camera_start_acquisition(m_device->camera, error.target());
-        error.check("start");
-    }
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    if (!isRunning() && m_connection)
+        m_connection->start();
     return m_playback.start(length);
 }
 
 bool CameraSource::stop()
 {
-    const std::lock_guard<std::mutex> guard(m_commandMutex);
-    if (!m_playback.stop())
-        return false;
-    Error error;
-    arv_camera_stop_acquisition(m_device->camera, error.target());
-    error.check("stop");
-    return true;
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    return m_playback.stop() && (!m_connection || m_connection->stop());
 }
 
 // Frames --------------------------------------------------------------------------------------------------------------
 
 bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock)
 {
-    if (hasFailed())
-        return false;
-    if (*m_isLost) {
-        giveUp("the camera was lost");
-        return false;
-    }
+    const std::lock_guard<std::mutex> guard(m_mutex);
     const std::optional<Playback::Run> run = m_playback.run();
+    if (!run || !m_connection)
+        return false;
     std::size_t popped = 0;
-    ArvBuffer* const buffer = run ? popNewest(&popped) : nullptr;
+    ArvBuffer* const buffer = popNewest(&popped);
+    m_queued = m_connection->queued();
+    m_filled = m_connection->filled();
     if (!buffer)
         return false;
 
-    // From here on the buffer goes back to the camera when nobody refers to it any more.
-    const LentBuffer lent(
-        buffer, [device = m_device](ArvBuffer* returned) { arv_stream_push_buffer(device->stream, returned); });
-    if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS)
-        return false; // the stream counts it as a failure
+    const LentBuffer lent = m_connection->lend(buffer);
     gint rowPadding = 0;
     gint framePadding = 0;
     arv_buffer_get_image_padding(buffer, &rowPadding, &framePadding);
@@ -243,12 +183,13 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
                                : "the camera has changed its pixel format");
         return false;
     }
-    if (!holdsFrame(buffer)) {
-        ++m_leftOut;
+    if (!holdsFrame(buffer) || !m_playback.finishFrame(*run, popped)) {
+        ++m_skipped;
         return false;
     }
-    if (!finishFrame(*run, popped))
-        return false;
+    if (!isRunning()) // it was a single one
+        m_connection->stop();
+    m_lastFrame = Playback::Clock::now();
     const Vistrel::RawImage frame{static_cast<const std::uint8_t*>(arv_buffer_get_image_data(buffer, nullptr)),
                                   std::size_t(arv_buffer_get_image_width(buffer)),
                                   std::size_t(arv_buffer_get_image_height(buffer)), m_format, nullptr};
@@ -256,25 +197,21 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
     return true;
 }
 
-bool CameraSource::finishFrame(const Playback::Run& run, std::size_t made)
-{
-    const std::lock_guard<std::mutex> guard(m_commandMutex);
-    if (!m_playback.finishFrame(run, made))
-        return false;
-    if (!isRunning()) // it was a single one
-        arv_camera_stop_acquisition(m_device->camera, nullptr);
-    return true;
-}
-
-// The newest filled buffer; older ones go back unseen. Null when none comes in time.
+// The newest whole frame; older ones go back unseen. Null when none comes in time.
 ArvBuffer* CameraSource::popNewest(std::size_t* popped)
 {
-    ArvBuffer* newest = arv_stream_timeout_pop_buffer(m_device->stream, longestWait);
-    for (*popped = 1; ArvBuffer* const newer = newest ? arv_stream_try_pop_buffer(m_device->stream) : nullptr;
-         ++*popped) {
-        arv_stream_push_buffer(m_device->stream, newest);
-        ++m_leftOut;
-        newest = newer;
+    ArvBuffer* newest = nullptr;
+    guint64 wait = longestWait;
+    while (ArvBuffer* const buffer = m_connection->pop(wait, m_counts)) {
+        wait = 0;
+        ArvBuffer* older = buffer;
+        if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
+            ++*popped;
+            older = std::exchange(newest, buffer);
+            m_skipped += older ? 1 : 0;
+        }
+        if (older)
+            m_connection->giveBack(older);
     }
     return newest;
 }
@@ -294,29 +231,70 @@ void CameraSource::giveUp(const char* why)
     m_playback.fail();
 }
 
-// Statistics ----------------------------------------------------------------------------------------------------------
+// Loss ----------------------------------------------------------------------------------------------------------------
 
-std::size_t CameraSource::framesQueued() const
+// On a thread of its own: Aravis waits for seconds for a camera that is not there.
+void CameraSource::keepConnected()
 {
-    gint queued = 0;
-    arv_stream_get_n_buffers(m_device->stream, &queued, nullptr);
-    return std::size_t(std::max(queued, 0));
+    std::unique_lock<std::mutex> guard(m_watch->mutex);
+    while (m_watch->changed.wait(guard, [this] { return m_watch->isLost || m_watch->isEnding; }), !m_watch->isEnding) {
+        guard.unlock();
+        findLost();
+        guard.lock();
+    }
 }
 
-std::size_t CameraSource::framesFilled() const
+void CameraSource::findLost()
 {
-    gint filled = 0;
-    arv_stream_get_n_buffers(m_device->stream, nullptr, &filled);
-    return std::size_t(std::max(filled, 0));
+    std::unique_ptr<CameraConnection> lost;
+    {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        lost = std::move(m_connection);
+    }
+    m_isLost = true;
+    std::fprintf(stderr, "viewer: the camera was lost\n");
+    signalAcquisitionStateChange();
+    lost.reset(); // before the camera is asked for control anew, lest that be given back
+
+    std::unique_lock<std::mutex> guard(m_watch->mutex);
+    do {
+        m_watch->isLost = false;
+        guard.unlock();
+        const bool isFound = reconnect();
+        guard.lock();
+        if (isFound)
+            return;
+    } while (!m_watch->changed.wait_for(guard, betweenAttempts, [this] { return m_watch->isEnding; }));
 }
 
-std::size_t CameraSource::framesDropped() const
+bool CameraSource::reconnect()
 {
-    guint64 completed = 0;
-    guint64 failures = 0;
-    guint64 underruns = 0; // packets, not frames, for which no buffer was free
-    arv_stream_get_statistics(m_device->stream, &completed, &failures, &underruns);
-    return std::size_t(failures) + m_leftOut;
+    try {
+        const Owned<ArvCamera> camera = findAgain(m_known);
+        if (!camera || arv_camera_get_pixel_format(camera.get(), nullptr) != m_cameraFormat)
+            return false;
+        auto connection = std::make_unique<CameraConnection>(camera, m_watch);
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        if (isRunning())
+            connection->start();
+        m_connection = std::move(connection);
+    } catch (const std::runtime_error&) {
+        return false; // it is not quite there yet, or another program has it
+    }
+    std::fprintf(stderr, "viewer: the camera is back after %.1f s\n", secondsLost());
+    m_isLost = false;
+    signalAcquisitionStateChange();
+    return true;
+}
+
+double CameraSource::secondsLost() const
+{
+    return m_isLost ? std::chrono::duration<double>(Playback::Clock::now() - m_lastFrame.load()).count() : -1;
+}
+
+std::optional<ViewerSource::Received> CameraSource::received() const
+{
+    return Received{m_counts.received, m_counts.lost, m_counts.withoutBuffer, m_skipped};
 }
 
 std::unique_ptr<Vistrel::AbstractAcquisitionInterface> openCamera(const QString& name,

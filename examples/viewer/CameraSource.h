@@ -13,6 +13,7 @@
 /// asked of the camera. Throws `std::runtime_error` when that is not possible, or when the camera sends pixels that
 /// cannot be shown as they are.
 ///
-/// The camera's own buffers are lent to the display: no pixel is copied on the way.
+/// The camera's own buffers are lent to the display: no pixel is copied on the way. A camera that is lost is looked for
+/// until it answers, told its settings again, and goes on as it was.
 std::unique_ptr<Vistrel::AbstractAcquisitionInterface> openCamera(const QString& name,
                                                                   std::optional<Vistrel::Format> format);

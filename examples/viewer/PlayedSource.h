@@ -12,6 +12,20 @@ public:
 
     /// Whether it is not set up by its own failure, which it has told on the standard error stream. Thread-safe.
     virtual bool hasFailed() const = 0;
+
+    /// How old the last frame is of a source that has gone and is looked for; below 0 while it is there. Thread-safe.
+    virtual double secondsLost() const { return -1; }
+
+    /// What became of the frames that were sent to this program.
+    struct Received
+    {
+        std::size_t whole;
+        std::size_t lost;          ///< on the wire, in part or altogether
+        std::size_t withoutBuffer; ///< when all buffers were full
+        std::size_t skipped;       ///< of the whole ones: not shown, for there was a newer one
+    };
+    /// Nothing for a source that makes its frames itself. Thread-safe.
+    virtual std::optional<Received> received() const { return std::nullopt; }
 };
 
 /// A source over one of the library's interfaces. It says itself which of the commands it has.

@@ -24,6 +24,8 @@
 namespace {
 
 constexpr int noFrameMs = 20000;
+constexpr int lossMs = 200;
+constexpr int countsMs = 250;
 
 // What this process has used of its processors so far.
 double processorSeconds()
@@ -42,10 +44,23 @@ double processorSeconds()
 #endif
 }
 
+QString countsText(const ViewerSource::Received& counts)
+{
+    return ViewerWindow::tr("Received: %1   Lost: %2   No buffer: %3   Skipped: %4")
+        .arg(counts.whole)
+        .arg(counts.lost)
+        .arg(counts.withoutBuffer)
+        .arg(counts.skipped);
+}
+
 } // namespace
 
 ViewerWindow::ViewerWindow(Vistrel::ScopedAcquisitionInterface&& source, const Options& options, Outcome* outcome)
-    : WindowQt(std::move(source)), m_options(options), m_outcome(outcome)
+    : WindowQt(std::move(source)),
+      m_options(options),
+      m_outcome(outcome),
+      m_loss(new QLabel(surfaceScrollArea())),
+      m_counts(new QLabel)
 {
     resize(QSize(1024, 800).boundedTo(screen()->availableSize() * 0.95));
     auto* const quit = new QAction(this);
@@ -58,6 +73,20 @@ ViewerWindow::ViewerWindow(Vistrel::ScopedAcquisitionInterface&& source, const O
     connect(acquisitionInterface()->signalHandler(), SIGNAL(acquisitionStateChanged()), this, SLOT(checkSource()),
             Qt::QueuedConnection);
     QTimer::singleShot(0, this, &ViewerWindow::checkSource);
+
+    m_loss->setStyleSheet(QStringLiteral("background: #b00020; color: white; font-weight: bold; padding: 6px 12px;"));
+    m_loss->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_loss->hide();
+    connect(&m_lossTimer, &QTimer::timeout, this, &ViewerWindow::showLoss);
+    m_counts->setToolTip(tr("Frames received whole; lost on the way from the camera, in part or altogether; without a "
+                            "buffer, for all were full; and of those received, skipped for a newer one"));
+    m_counts->setMinimumWidth(1); // a narrow window cuts it
+    connect(&m_countsTimer, &QTimer::timeout, this, &ViewerWindow::showCounts);
+    if (this->source() && this->source()->received()) {
+        statusBar()->addPermanentWidget(m_counts);
+        m_countsTimer.start(countsMs);
+        showCounts();
+    }
 
     m_noFrame.setSingleShot(true);
     m_noFrame.setInterval(noFrameMs);
@@ -84,14 +113,41 @@ void ViewerWindow::imageUpdated()
 
 void ViewerWindow::checkSource()
 {
-    const auto* const source = dynamic_cast<const ViewerSource*>(acquisitionInterface());
-    if (!source || !source->hasFailed())
+    showLoss();
+    if (!source() || !source()->hasFailed())
         return;
     // The source has told why on the standard error stream.
     if (m_options.frames > 0)
         fail(tr("the source has ended before the last frame"));
     else
         statusBar()->showMessage(tr("The source has ended"));
+}
+
+const ViewerSource* ViewerWindow::source() const
+{
+    return dynamic_cast<const ViewerSource*>(acquisitionInterface());
+}
+
+// The picture stays, and looks as if it were live.
+void ViewerWindow::showLoss()
+{
+    const double seconds = source() ? source()->secondsLost() : -1;
+    m_loss->setVisible(seconds >= 0);
+    if (seconds < 0) {
+        m_lossTimer.stop();
+        return;
+    }
+    if (!m_lossTimer.isActive())
+        m_lossTimer.start(lossMs);
+    m_loss->setText(tr("Camera lost, last frame %1 s ago").arg(int(seconds)));
+    m_loss->adjustSize();
+    m_loss->move((surfaceScrollArea()->width() - m_loss->width()) / 2, m_loss->fontMetrics().height());
+}
+
+void ViewerWindow::showCounts()
+{
+    if (source())
+        m_counts->setText(countsText(*source()->received()));
 }
 
 // The end -------------------------------------------------------------------------------------------------------------
@@ -133,11 +189,14 @@ QString ViewerWindow::statistics() const
     // What came before the first frame, the start of the program, is left out.
     const double seconds = processorSeconds() - m_processorTime;
     const QString cost = published > 1 ? QString::number(seconds * 1000 / double(published - 1), 'f', 2) : tr("-");
-    return tr("%1: %2 frames delivered, %3 converted, %4 published, %5 replaced unseen; %6 ms processor time a frame")
-        .arg(kind)
-        .arg(qulonglong(acquisitionInterface()->framesDelivered()))
-        .arg(converted)
-        .arg(published)
-        .arg(converted - published)
-        .arg(cost);
+    const QString shown =
+        tr("%1: %2 frames delivered, %3 converted, %4 published, %5 replaced unseen; %6 ms processor time a frame")
+            .arg(kind)
+            .arg(qulonglong(acquisitionInterface()->framesDelivered()))
+            .arg(converted)
+            .arg(published)
+            .arg(converted - published)
+            .arg(cost);
+    const auto received = source() ? source()->received() : std::nullopt;
+    return received ? shown + QLatin1Char('\n') + countsText(*received) : shown;
 }

@@ -7,6 +7,7 @@
 #include <Vistrel/WindowQt.h>
 
 #include <QtCore/QTimer>
+#include <QtWidgets/QLabel>
 
 /// What became of a window that has closed, and is gone by now.
 struct Outcome
@@ -14,6 +15,8 @@ struct Outcome
     int exitCode = 0;   // 1 when the window was closed by a failure
     QString statistics; // one line on the frames
 };
+
+class ViewerSource;
 
 /// Shows a source, and carries out `--frames` and `--screenshot`. Deletes itself when it is closed.
 class ViewerWindow : public Vistrel::WindowQt
@@ -30,14 +33,21 @@ protected:
 private Q_SLOTS:
     void imageUpdated();
     void checkSource();
+    void showLoss();
+    void showCounts();
 
 private:
+    const ViewerSource* source() const;
     void fail(const QString& why);
     QString statistics() const;
 
     const Options m_options;
     Outcome* const m_outcome;
-    QTimer m_noFrame;            // runs only with `--frames`, which promises an end
+    QTimer m_noFrame; // runs only with `--frames`, which promises an end
+    QTimer m_lossTimer;
+    QLabel* const m_loss; // over the picture while the source is lost
+    QTimer m_countsTimer;
+    QLabel* const m_counts;      // in the status bar, for a source that receives its frames
     double m_processorTime = -1; // seconds of this process at the first frame; below 0 before it
     bool m_isClosed = false;
 };

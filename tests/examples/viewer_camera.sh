@@ -57,15 +57,21 @@ show BGR8 color
 refuse Mono10p "packed"
 refuse Mono12 "PixelFormat"
 
-# The camera dies while its frames are coming in.
-timeout 60 "$viewer" --source camera --format Mono8 --frames 1000000 2>"$folder/loss" &
+# The camera dies while its frames are coming in. It comes back with other settings, and sends some packets never.
+timeout 60 "$viewer" --source camera --format Mono16 --zoom 100 --frames 100 --screenshot "$folder/back.png" \
+    >"$folder/counts" 2>"$folder/loss" &
 running=$!
 before=$(received_bytes)
-frames_come() { [ "$(received_bytes)" -gt $((before + 40 * 512 * 512)) ]; }
+frames_come() { [ "$(received_bytes)" -gt $((before + 40 * 2 * 512 * 512)) ]; }
 wait_until frames_come
 kill -KILL $camera
-wait $running
-[ $? -eq 1 ] && grep -q "the camera was lost" "$folder/loss" || { cat "$folder/loss"; fail "loss of the camera"; }
+arv-fake-gv-camera-0.8 -i lo -r 2 &
+camera=$!
+wait $running || fail "the viewer ended with $?"
+"$checker" "$folder/back.png" any || fail "not the camera's picture after its return"
+cat "$folder/loss" "$folder/counts"
+grep -q "the camera was lost" "$folder/loss" && grep -q "the camera is back" "$folder/loss" || fail "loss of the camera"
+grep -qE "Received: [0-9]{3} .*Lost: [1-9].*No buffer: 0 .*Skipped: " "$folder/counts" || fail "counts of frames"
 
 [ $failures -eq 0 ] && echo "all as expected"
 exit $((failures > 0))
