@@ -19,9 +19,20 @@ class AcquisitionSignalHandler;
 /// thread; they are not locked. An exception that leaves one of the virtual operations is caught by the caller,
 /// reported in one line on the standard error stream, and counts as that operation's failure.
 ///
-/// Bound to the user-interface thread, but for what is called on others: commands (`setup` to `stop`) run on the
-/// window's busy-work thread, `getNextFrame` on the stream's worker, everything else on the user-interface thread;
-/// `getFrameLock` on both of the latter.
+/// Bound to the user-interface thread, but for what is called on others:
+/// - Commands (`setup` to `stop`): on the window's busy-work thread, one at a time. They may take as long as they like.
+/// - `getNextFrame`: on the stream's worker, at most once a refresh and once an announcement. It may wait.
+/// - `getFrameLock`: on the worker and on the user-interface thread, there for each picture and each move of the mouse
+///   while a pixel value is shown.
+/// - `can*`, `is*`, `activeSetupMode`: on the user-interface thread, each after every picture that is shown, every
+///   announcement and every command; statistics there four times a second. `isSetup` and `isRunning` also on the
+///   busy-work thread, right before a command that depends on them.
+/// - `uxClosed`: on the user-interface thread, also while a command or a fetch is under way, which it may end.
+///
+/// Everything that is called on the user-interface thread must answer within a millisecond: the window stands still
+/// until then. While commands are under way or wait, none of it is called but `uxClosed` and, when the user saves or
+/// changes how the picture is shown, `getFrameLock`. So a mutex that a command holds until it is over, and that the
+/// queries wait for, does not stop the window. One that is held while waiting for a frame does.
 class VISTREL_EXPORT AbstractAcquisitionInterface : public BaseClass
 {
 public:

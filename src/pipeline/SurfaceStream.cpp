@@ -61,6 +61,7 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       surface(target),
       source(acquisitionInterface),
       refreshTimer(new QTimer(owner)),
+      readout(acquisitionInterface),
       worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); }))
 {
     refreshTimer->setTimerType(Qt::PreciseTimer);
@@ -218,8 +219,24 @@ void SurfaceStream::PrivateData::ignoreSource()
     frameWanted.stop();
 }
 
+void SurfaceStream::PrivateData::setSourceAskable(bool askable)
+{
+    readout.isAskable = askable;
+    if (!askable)
+        return;
+    if (std::exchange(readout.wasRefused, false) && surface)
+        surface->update();
+    if (hasNewState)
+        stream->updateAcquisitionState();
+    else if (isFrameAnnounced)
+        getNextFrame();
+}
+
 void SurfaceStream::PrivateData::updateStreamStates()
 {
+    hasNewState = !readout.isAskable;
+    if (hasNewState)
+        return;
     if (asksSetUp()) {
         showSetUp();
         return;
@@ -254,7 +271,7 @@ void SurfaceStream::updateAcquisitionState()
 void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 {
     // A source that has a frame ready may have been set up without a word about it.
-    if (!isSourceSetUp && asksSetUp())
+    if (!isSourceSetUp && readout.isAskable && asksSetUp())
         showSetUp();
     if (!isSourceSetUp) {
         isFrameAnnounced = true; // the frame is fetched when it can be shown
@@ -292,7 +309,7 @@ void SurfaceStream::PrivateData::updateImage()
         if (surface && isDemosaiced(*front))
             surface->setImageSrc(front->image);
         else if (surface)
-            surface->setImageSrc(source, front->effective);
+            surface->setImageSrc(source ? &readout : nullptr, front->effective);
     } else if (surface && !surface->pixmap().isNull()) {
         surface->setPixmap(QPixmap());
         if (!alive)

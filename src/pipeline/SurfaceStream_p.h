@@ -5,6 +5,7 @@
 #include "base/PacedCall.h"
 #include "pipeline/StreamWorker.h"
 
+#include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/SurfaceStream.h>
 
 #include <QtCore/QElapsedTimer>
@@ -16,6 +17,29 @@
 #include <cstdint>
 
 namespace Vistrel {
+
+/// What the surface is given for the source of its pixel values: it grants no lock while the source must not be asked.
+class ReadoutSource final : public AbstractAcquisitionInterface
+{
+public:
+    explicit ReadoutSource(AbstractAcquisitionInterface* source) : m_source(source) {}
+
+    bool isSetup() const override { return true; }
+    bool isRunning() const override { return true; }
+    bool getNextFrame(RawImage* const, ScopedLock* const) override { return false; }
+    ScopedLock getFrameLock(const RawImage& image) override
+    {
+        wasRefused = wasRefused || !isAskable;
+        return isAskable ? m_source->getFrameLock(image) : ScopedLock();
+    }
+
+    // User-interface thread.
+    bool isAskable = true;
+    bool wasRefused = false; // since it was last askable
+
+private:
+    AbstractAcquisitionInterface* const m_source;
+};
 
 class SurfaceStream::PrivateData : public QObject
 {
@@ -29,6 +53,9 @@ public:
     void expectFrame();  ///< asks at the full rate again
     void followSource(); ///< listens to what the source announces
     void ignoreSource(); ///< and does so no more
+    /// While false, nothing asks the source on the user-interface thread; what it announces meanwhile is looked at
+    /// then.
+    void setSourceAskable(bool askable);
 
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
@@ -52,6 +79,8 @@ public:
     DisplayFramePtr published;     // keeps what the surface reads pixel values from, be it a locked bitmap
     bool isSourceSetUp = false;    // as it was found last; not known at first
     bool isFrameAnnounced = false; // by a source that was not set up
+    ReadoutSource readout;
+    bool hasNewState = false; // announced while the source must not be asked
 
     std::shared_ptr<StreamWorker> worker;
     // What the source lives in. While it is set, the stream's end does not wait for the source: it leaves the worker.

@@ -53,7 +53,7 @@ BusyWork::BusyWork(std::shared_ptr<void> keptAlive) : m_keptAlive(std::move(kept
     m_grace.setSingleShot(true);
     m_grace.setTimerType(Qt::PreciseTimer);
     m_grace.setInterval(graceMs);
-    connect(&m_grace, &QTimer::timeout, this, [this] { Q_EMIT delayed(m_message); });
+    connect(&m_grace, &QTimer::timeout, this, [this] { Q_EMIT delayed(m_message ? m_message() : QString()); });
 }
 
 BusyWork::~BusyWork()
@@ -74,7 +74,7 @@ BusyWork::~BusyWork()
         m_worker->thread.join();
 }
 
-void BusyWork::start(const char* operation, const QString& message, Command command)
+void BusyWork::start(const char* operation, Message message, Command command)
 {
     if (!m_worker) {
         auto worker = std::make_shared<Worker>();
@@ -82,18 +82,18 @@ void BusyWork::start(const char* operation, const QString& message, Command comm
         worker->thread = boost::thread([worker, kept = m_keptAlive] { worker->work(); });
         m_worker = std::move(worker);
     }
-    m_waiting.push_back({operation, message, std::move(command)});
+    m_waiting.push_back({operation, std::move(message), std::move(command)});
     runNext();
 }
 
 void BusyWork::runNext()
 {
-    if (m_isBusy || m_waiting.empty())
+    if (m_isRunning || m_waiting.empty())
         return;
     Work next = std::move(m_waiting.front());
     m_waiting.pop_front();
-    m_isBusy = true;
-    m_message = next.message;
+    m_isRunning = true;
+    m_message = std::move(next.message);
     m_grace.start();
     const std::lock_guard<std::mutex> guard(m_worker->mutex);
     m_worker->operation = next.operation;
@@ -109,7 +109,7 @@ void BusyWork::finish()
         success = m_worker->success;
     }
     m_grace.stop();
-    m_isBusy = false;
+    m_isRunning = false;
     // Queued, for a slot may delete this object.
     if (!m_waiting.empty())
         QMetaObject::invokeMethod(this, "runNext", Qt::QueuedConnection);

@@ -27,6 +27,7 @@ class BusyWork : public QObject
 
 public:
     using Command = std::function<bool()>;
+    using Message = std::function<QString()>;
 
     /// How long a command may take before anything is shown of it, in milliseconds.
     static constexpr int graceMs = 16;
@@ -38,11 +39,12 @@ public:
     ~BusyWork() override;
 
     /// Runs the command when all before it have been completed. `operation` names it where its exception is reported
-    /// and must be a literal. Throws the thread library's error, with nothing queued, when there can be no thread.
-    void start(const char* operation, const QString& message, Command command);
+    /// and must be a literal. `message` is asked for when the grace is over. Throws the thread library's error, with
+    /// nothing queued, when there can be no thread.
+    void start(const char* operation, Message message, Command command);
 
-    /// Whether a command runs, or has returned and its completion was not announced yet.
-    bool isBusy() const { return m_isBusy; }
+    /// Whether a command runs or waits, or has returned and its completion was not announced yet.
+    bool isBusy() const { return m_isRunning || !m_waiting.empty(); }
 
     /// Drops the commands that wait, and announces each as aborted.
     void abortWaiting();
@@ -50,7 +52,7 @@ public:
 Q_SIGNALS:
     /// A command has been running for longer than the grace.
     void delayed(const QString& message);
-    /// One command is over; `isBusy()` is false, and the next one begins after the slots have run.
+    /// One command is over; `isBusy()` tells whether others wait. The next one begins after the slots have run.
     void completed(Vistrel::BusyWorkResult result);
 
 private Q_SLOTS:
@@ -61,7 +63,7 @@ private:
     struct Work
     {
         const char* operation;
-        QString message;
+        Message message;
         Command command;
     };
     struct Worker;
@@ -69,9 +71,9 @@ private:
     std::shared_ptr<void> m_keptAlive;
     std::shared_ptr<Worker> m_worker; // null until the first command
     std::deque<Work> m_waiting;
-    QString m_message; // of the command that runs
+    Message m_message; // of the command that runs
     QTimer m_grace;
-    bool m_isBusy = false;
+    bool m_isRunning = false;
 };
 
 } // namespace Vistrel

@@ -7,22 +7,33 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QProgressBar>
 
+#include <atomic>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace Vistrel {
 
 namespace {
 
+using Source = AbstractAcquisitionInterface;
+
 constexpr int messageMs = 2000;
+
+bool isTrue(const char* query, const Source& source, bool (Source::*question)() const)
+{
+    return hostCall(query, false, [&] { return (source.*question)(); });
+}
 
 } // namespace
 
-void WindowQt::PrivateData::runCommand(const char* operation, const QString& message, BusyWork::Command command)
+void WindowQt::PrivateData::runCommand(const char* operation, BusyWork::Message message, BusyWork::Command command)
 {
     if (!source || isClosed)
         return;
     try {
-        busyWork.start(operation, message, std::move(command));
+        busyWork.start(operation, std::move(message), std::move(command));
+        stream->m_data->setSourceAskable(false);
     } catch (...) { // there may be no thread for it
         reportException(operation);
         cleanupBusyWork(BusyWorkResult::Failed);
@@ -31,21 +42,35 @@ void WindowQt::PrivateData::runCommand(const char* operation, const QString& mes
 
 void WindowQt::PrivateData::showBusyWork(const QString& message)
 {
-    updateActionStates();
     progress->setFixedWidth(3 * form.statusBar->height());
     progress->show();
     form.statusBar->showMessage(message);
+    updateActionStates();
 }
 
 void WindowQt::PrivateData::cleanupBusyWork(BusyWorkResult result)
 {
     stream->m_data->expectFrame();
-    updateActionStates();
+    if (result != BusyWorkResult::Succeeded)
+        outcome = result;
+    // Between two commands nothing changes in view.
+    if (busyWork.isBusy())
+        return;
+    const QPointer<PrivateData> alive(this); // the slots of the stream may delete the window
+    stream->m_data->setSourceAskable(!isClosed);
+    if (!alive)
+        return;
+    if (hasNewFeatures)
+        window->updateFeatureSet();
+    else
+        updateActionStates();
+    updatePixelValue();
     progress->hide();
     form.statusBar->clearMessage();
-    if (result == BusyWorkResult::Failed)
+    const BusyWorkResult worst = std::exchange(outcome, BusyWorkResult::Succeeded);
+    if (worst == BusyWorkResult::Failed)
         form.statusBar->showMessage(tr("Operation failed!"), messageMs);
-    else if (result == BusyWorkResult::Aborted)
+    else if (worst == BusyWorkResult::Aborted)
         form.statusBar->showMessage(tr("Operation aborted!"), messageMs);
 }
 
@@ -68,10 +93,14 @@ void WindowQt::PrivateData::setupModeAsync()
                [s = source.get(), name] { return s->setupMode(name.c_str()); });
 }
 
+// A source without a set-up command is started as it is. What state it is in is found out when the command's turn
+// comes.
 void WindowQt::PrivateData::setupStartAsync()
 {
-    runCommand("setup and start", tr("Acquisition setup and start ongoing"),
-               [s = source.get()] { return s->setup() && s->start(); });
+    const bool needsSetup = source && source->hasSetup();
+    runCommand("setup and start", tr("Acquisition setup and start ongoing"), [s = source.get(), needsSetup] {
+        return isTrue("isRunning", *s, &Source::isRunning) || ((s->setup() || !needsSetup) && s->start());
+    });
 }
 
 void WindowQt::PrivateData::triggerAsync()
@@ -124,22 +153,29 @@ void WindowQt::PrivateData::cleanupAsync()
 
 void WindowQt::setRunning()
 {
-    if (!m_data->ask("isRunning", &AbstractAcquisitionInterface::isRunning))
-        m_data->setupStartAsync();
+    m_data->setupStartAsync();
 }
 
 void WindowQt::setConfigured()
 {
-    if (m_data->ask("isRunning", &AbstractAcquisitionInterface::isRunning))
-        m_data->stopAsync();
-    else
-        m_data->setupAsync();
+    const bool needsSetup = m_data->source && m_data->source->hasSetup();
+    const auto isStopping = std::make_shared<std::atomic<bool>>(false);
+    m_data->runCommand(
+        "setup",
+        [isStopping] {
+            return *isStopping ? PrivateData::tr("Acquisition stop ongoing")
+                               : PrivateData::tr("Acquisition setup ongoing");
+        },
+        [s = m_data->source.get(), needsSetup, isStopping] {
+            *isStopping = isTrue("isRunning", *s, &Source::isRunning);
+            return *isStopping ? hostCall("stop", false, [&] { return s->stop(); }) : s->setup() || !needsSetup;
+        });
 }
 
 void WindowQt::setUnconfigured()
 {
-    if (m_data->ask("isSetup", &AbstractAcquisitionInterface::isSetup))
-        m_data->cleanupAsync();
+    m_data->runCommand("cleanup", PrivateData::tr("Acquisition cleanup ongoing"),
+                       [s = m_data->source.get()] { return !isTrue("isSetup", *s, &Source::isSetup) || s->cleanup(); });
 }
 
 } // namespace Vistrel

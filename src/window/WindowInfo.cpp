@@ -13,6 +13,7 @@
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QProgressBar>
 
 namespace Vistrel {
 
@@ -50,6 +51,8 @@ void WindowQt::PrivateData::updateInfoSwitches()
 // Numbers that nobody could read as fast as they change.
 void WindowQt::PrivateData::updateImageStats()
 {
+    if (!isAskable())
+        return;
     const auto statistic = [this](bool (Source::*has)() const, const char* query, auto value) {
         using Value = std::optional<decltype((source.get()->*value)())>;
         return source && (source.get()->*has)()
@@ -77,6 +80,9 @@ void WindowQt::PrivateData::updatePixelValue()
     PixVal value;
     const bool isInside = QRect({}, surface->pixmap().size()).contains(pixel);
     // The source is asked for its lock only when there is a pixel to read.
+    // Within a command's grace, what was read last stays.
+    if (isInside && !isAskable() && progress->isHidden())
+        return;
     const bool isRead = isInside && surface->imageSrcPixVal({pixel.x(), pixel.y()}, value);
     infoBar->setPixel(isInside ? PixPos{pixel.x(), pixel.y()} : PixPos{-1, -1},
                       isRead ? std::optional<PixVal>(value) : std::nullopt);

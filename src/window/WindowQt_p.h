@@ -34,6 +34,26 @@ class PopoverWindow;
 class StartFixedEditor;
 class ZoomEditor;
 
+/// What a source answered when it was asked last.
+struct SourceAnswers
+{
+    bool canSetup = false;
+    bool canSetupMode = false;
+    bool canCleanup = false;
+    bool canTrigger = false;
+    bool canStartSingleReverse = false;
+    bool canStartReverse = false;
+    bool canStart = false;
+    bool canStartFixed = false;
+    bool canStartSingle = false;
+    bool canPause = false;
+    bool canStop = false;
+    bool isRunning = false;
+    QByteArray activeMode;       // null when none is active
+    QString statePicture;        // on the window's icon
+    const char* stateWords = ""; // to be translated
+};
+
 class WindowQt::PrivateData : public QObject
 {
     Q_OBJECT
@@ -55,10 +75,22 @@ public:
     void connectActions();
     void connectMenu(const QMenu* menu);
     void endWork();
+    /// Whether the source may be asked on this thread: not while a command of its own is under way or waits, for it may
+    /// hold up whoever asks until it is over.
+    bool isAskable() const { return !busyWork.isBusy() && !isClosed; }
+    SourceAnswers askSource() const;
+    void layOutToolBar();
+    void showSetupModes();
+    void showCommands();
     void showSetupToggle(bool canSetup, bool canCleanup);
     void showBadge(const QString& state);
-    void showHint(bool hasImage);
-    void runCommand(const char* operation, const QString& message, BusyWork::Command command);
+    void showHint();
+    void runCommand(const char* operation, BusyWork::Message message, BusyWork::Command command);
+    void runCommand(const char* operation, const QString& message, BusyWork::Command command)
+    {
+        runCommand(
+            operation, [message] { return message; }, std::move(command));
+    }
     QAction* infoSwitch(InfoItem item) const;
     void setPreview(InfoItem item, bool enabled);
     PopoverWindow* makePopover(QWidget* contents, QAction* action);
@@ -85,6 +117,9 @@ public:
     SurfaceScrollArea* scrollArea = nullptr;
     std::unique_ptr<SurfaceStream> stream;
     BusyWork busyWork;
+    SourceAnswers known;
+    bool hasNewFeatures = false;                        // announced while the source must not be asked
+    BusyWorkResult outcome = BusyWorkResult::Succeeded; // of the commands since the last rest: what failed last
 
     QMenu* setupModes = nullptr;
     QToolButton* paletteButton = nullptr;

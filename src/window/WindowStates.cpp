@@ -11,9 +11,13 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
+#include <QtWidgets/QProgressBar>
 #include <QtWidgets/QToolButton>
 
+#include <algorithm>
 #include <cstddef>
+#include <initializer_list>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -33,34 +37,6 @@ bool offer(QAction* action, bool isOffered)
     action->setVisible(isOffered);
     action->blockSignals(!isOffered);
     return isOffered;
-}
-
-struct State
-{
-    const char* picture; // on the window's icon
-    const char* words;
-};
-
-template <typename Asked>
-State currentState(const Asked& window, bool hasImage)
-{
-    if (!window.ask("isSetup", &Source::isSetup))
-        return {"Cleanup", QT_TR_NOOP("Not set up")};
-    if (window.ask("isStopped", &Source::isStopped))
-        return {hasImage ? "Stop" : "Setup", QT_TR_NOOP("Stopped")};
-    if (window.ask("isPaused", &Source::isPaused))
-        return {"Pause", QT_TR_NOOP("Paused")};
-    if (window.ask("isRunningSingle", &Source::isRunningSingle))
-        return {"PlayOne", QT_TR_NOOP("Running, one image")};
-    if (window.ask("isRunningSingleReverse", &Source::isRunningSingleReverse))
-        return {"PlayOneReverse", QT_TR_NOOP("Running backwards, one image")};
-    if (window.ask("isRunningReverse", &Source::isRunningReverse))
-        return {"PlayReverse", QT_TR_NOOP("Running backwards")};
-    if (window.ask("isRunningFixed", &Source::isRunningFixed))
-        return {"PlayFixed", QT_TR_NOOP("Running, counted")};
-    if (window.ask("isRunning", &Source::isRunning))
-        return {"Play", QT_TR_NOOP("Running")};
-    return {"AmbiguousState", QT_TR_NOOP("Unknown state")};
 }
 
 QPixmap iconPicture(const QString& name, const QSize& size)
@@ -124,58 +100,18 @@ QByteArray WindowQt::PrivateData::askText(const char* query,
 void WindowQt::updateFeatureSet()
 {
     PrivateData& d = *m_data;
+    d.hasNewFeatures = !d.isAskable();
+    if (d.hasNewFeatures)
+        return;
     Ui::WindowQt& form = d.form;
     const Source* const source = d.source.get();
     const auto has = [source](bool (Source::*feature)() const) { return source && (source->*feature)(); };
     const bool hasSetupMode = has(&Source::hasSetupMode);
-    const bool hasSetupOrCleanup = has(&Source::hasSetup) || has(&Source::hasCleanup);
-    QToolBar* const bar = form.acquisitionToolBar;
-
-    struct Mode
-    {
-        QByteArray name;
-        QByteArray description;
-    };
-    std::vector<Mode> modes;
-    for (std::size_t i = 0; hasSetupMode && i < source->setupModeCount(); ++i) {
-        const QByteArray name = d.askText(
-            "setupModeName", [&](char* text, std::size_t* size) { return source->setupModeName(i, text, size); });
-        if (!name.isNull())
-            modes.push_back({name, d.askText("setupModeDescription", [&](char* text, std::size_t* size) {
-                                 return source->setupModeDescription(i, text, size);
-                             })});
-    }
-
-    for (QAction* const entry : bar->actions()) {
-        if (entry->isSeparator())
-            delete entry; // the bar's own, which clearing leaves to it
-    }
-    bar->clear();
     offer(form.actionSetup, has(&Source::hasSetup));
     offer(form.actionCleanup, has(&Source::hasCleanup));
-    offer(form.actionSetup_Cleanup, hasSetupOrCleanup);
-    if (hasSetupOrCleanup) {
-        bar->addAction(form.actionSetup_Cleanup);
-        bar->addSeparator();
-    }
-
-    d.setupModes->clear();
-    d.setupModes->setEnabled(hasSetupMode);
+    offer(form.actionSetup_Cleanup, has(&Source::hasSetup) || has(&Source::hasCleanup));
     offer(form.actionSetup_Mode, hasSetupMode);
-    if (auto* const button = qobject_cast<QToolButton*>(bar->widgetForAction(form.actionSetup_Cleanup))) {
-        button->setMenu(hasSetupMode ? d.setupModes : nullptr);
-        button->setPopupMode(hasSetupMode ? QToolButton::MenuButtonPopup : QToolButton::DelayedPopup);
-    }
-    for (const Mode& mode : modes) {
-        const QString name = QString::fromLocal8Bit(mode.name);
-        QString text = name;
-        QAction* const action = d.setupModes->addAction(text.replace(QLatin1Char('&'), QLatin1String("&&")));
-        action->setCheckable(true);
-        action->setWhatsThis(name);
-        action->setData(mode.name);
-        action->setToolTip(QString::fromLocal8Bit(mode.description));
-        connect(action, SIGNAL(triggered()), m_data, SLOT(setupModeAsync()));
-    }
+    d.showSetupModes();
 
     const std::pair<QAction*, bool> playback[] = {
         {form.actionStart_Single_Reverse, has(&Source::hasStartSingleReverse)},
@@ -187,24 +123,11 @@ void WindowQt::updateFeatureSet()
         {form.actionStop, has(&Source::hasStop)},
     };
     bool hasPlayback = false;
-    for (const auto& [action, isOffered] : playback) {
-        if (offer(action, isOffered))
-            bar->addAction(action);
-        hasPlayback = hasPlayback || isOffered;
-    }
-    if (hasPlayback)
-        bar->addSeparator();
+    for (const auto& [action, isOffered] : playback)
+        hasPlayback = offer(action, isOffered) || hasPlayback;
     form.actionNo_Controls_Available->setVisible(!hasPlayback);
-    if (offer(form.actionTrigger, has(&Source::hasTrigger))) {
-        bar->addAction(form.actionTrigger);
-        bar->addSeparator();
-    }
-    bar->addActions({form.actionZoom_Editor, form.actionZoom_Fit, form.actionZoom_100});
-    bar->addSeparator();
-    bar->addAction(form.actionQuick_View);
-    if (!d.userToolBarActions.isEmpty())
-        bar->addSeparator();
-    bar->addActions(d.userToolBarActions);
+    offer(form.actionTrigger, has(&Source::hasTrigger));
+    d.layOutToolBar();
 
     offer(form.actionFrame_Rate, has(&Source::hasFrameRate));
     offer(form.actionBuffers_Queued, has(&Source::hasFramesQueued));
@@ -219,6 +142,78 @@ void WindowQt::updateFeatureSet()
     d.updateActionStates();
 }
 
+// Made anew only when it is not what it should be: its buttons would flicker, and drop a press that is under way.
+void WindowQt::PrivateData::layOutToolBar()
+{
+    QToolBar* const bar = form.acquisitionToolBar;
+    QList<QAction*> wanted; // null for a separator of the bar's own
+    const auto addGroup = [&wanted](std::initializer_list<QAction*> group) {
+        const int before = wanted.size();
+        std::copy_if(group.begin(), group.end(), std::back_inserter(wanted),
+                     [](const QAction* action) { return action->isVisible(); });
+        if (wanted.size() > before)
+            wanted.append(nullptr);
+    };
+    addGroup({form.actionSetup_Cleanup});
+    addGroup({form.actionStart_Single_Reverse, form.actionStart_Reverse, form.actionStart, form.actionStart_Fixed,
+              form.actionStart_Single, form.actionPause, form.actionStop});
+    addGroup({form.actionTrigger});
+    wanted.append({form.actionZoom_Editor, form.actionZoom_Fit, form.actionZoom_100, nullptr, form.actionQuick_View});
+    if (!userToolBarActions.isEmpty())
+        wanted.append(nullptr);
+    wanted.append(userToolBarActions);
+
+    QList<QAction*> present;
+    for (QAction* const entry : bar->actions())
+        present.append(entry->isSeparator() && entry->parent() == bar ? nullptr : entry);
+    if (present != wanted) {
+        for (QAction* const entry : bar->actions()) {
+            if (entry->isSeparator() && entry->parent() == bar)
+                delete entry; // clearing would leave it to the bar
+        }
+        bar->clear();
+        for (QAction* const entry : qAsConst(wanted))
+            entry ? bar->addAction(entry) : static_cast<void>(bar->addSeparator());
+    }
+    if (auto* const button = qobject_cast<QToolButton*>(bar->widgetForAction(form.actionSetup_Cleanup))) {
+        const bool hasModes = form.actionSetup_Mode->isVisible();
+        button->setMenu(hasModes ? setupModes : nullptr);
+        button->setPopupMode(hasModes ? QToolButton::MenuButtonPopup : QToolButton::DelayedPopup);
+    }
+}
+
+// Entries that stay the same stay: the menu may be open.
+void WindowQt::PrivateData::showSetupModes()
+{
+    const bool hasSetupMode = source && source->hasSetupMode();
+    setupModes->setEnabled(hasSetupMode);
+    std::vector<std::pair<QByteArray, QByteArray>> modes; // name and description
+    for (std::size_t i = 0; hasSetupMode && i < source->setupModeCount(); ++i) {
+        const QByteArray name = askText(
+            "setupModeName", [&](char* text, std::size_t* size) { return source->setupModeName(i, text, size); });
+        if (!name.isNull())
+            modes.emplace_back(name, askText("setupModeDescription", [&](char* text, std::size_t* size) {
+                                   return source->setupModeDescription(i, text, size);
+                               }));
+    }
+    const QList<QAction*> entries = setupModes->actions();
+    if (std::equal(modes.begin(), modes.end(), entries.begin(), entries.end(), [](const auto& mode, QAction* entry) {
+            return mode.first == entry->data().toByteArray() && QString::fromLocal8Bit(mode.second) == entry->toolTip();
+        }))
+        return;
+    setupModes->clear();
+    for (const auto& [bytes, description] : modes) {
+        const QString name = QString::fromLocal8Bit(bytes);
+        QString text = name;
+        QAction* const action = setupModes->addAction(text.replace(QLatin1Char('&'), QLatin1String("&&")));
+        action->setCheckable(true);
+        action->setWhatsThis(name);
+        action->setData(bytes);
+        action->setToolTip(QString::fromLocal8Bit(description));
+        connect(action, SIGNAL(triggered()), this, SLOT(setupModeAsync()));
+    }
+}
+
 void WindowQt::updateAcquisitionState()
 {
     m_data->updateActionStates();
@@ -226,34 +221,88 @@ void WindowQt::updateAcquisitionState()
 
 // What can be done now ------------------------------------------------------------------------------------------------
 
+SourceAnswers WindowQt::PrivateData::askSource() const
+{
+    SourceAnswers answers;
+    answers.canSetup = ask("canSetup", &Source::canSetup);
+    answers.canSetupMode = ask("canSetupMode", &Source::canSetupMode);
+    answers.canCleanup = ask("canCleanup", &Source::canCleanup);
+    answers.canTrigger = ask("canTrigger", &Source::canTrigger);
+    answers.canStartSingleReverse = ask("canStartSingleReverse", &Source::canStartSingleReverse);
+    answers.canStartReverse = ask("canStartReverse", &Source::canStartReverse);
+    answers.canStart = ask("canStart", &Source::canStart);
+    answers.canStartFixed = ask("canStartFixed", &Source::canStartFixed);
+    answers.canStartSingle = ask("canStartSingle", &Source::canStartSingle);
+    answers.canPause = ask("canPause", &Source::canPause);
+    answers.canStop = ask("canStop", &Source::canStop);
+    answers.isRunning = ask("isRunning", &Source::isRunning);
+    if (!setupModes->isEmpty())
+        answers.activeMode = askText("activeSetupMode", [this](char* text, std::size_t* length) {
+            return source->activeSetupMode(text, length);
+        });
+
+    const auto is = [&](const char* query, bool (Source::*question)() const, const char* picture, const char* words) {
+        if (!ask(query, question))
+            return false;
+        answers.statePicture = QLatin1String(picture);
+        answers.stateWords = words;
+        return true;
+    };
+    answers.statePicture = QStringLiteral("Cleanup");
+    answers.stateWords = QT_TR_NOOP("Not set up");
+    if (!ask("isSetup", &Source::isSetup))
+        return answers;
+    answers.statePicture = QStringLiteral("AmbiguousState");
+    answers.stateWords = QT_TR_NOOP("Unknown state");
+    static_cast<void>(
+        is("isStopped", &Source::isStopped, "Stop", QT_TR_NOOP("Stopped")) ||
+        is("isPaused", &Source::isPaused, "Pause", QT_TR_NOOP("Paused")) ||
+        is("isRunningSingle", &Source::isRunningSingle, "PlayOne", QT_TR_NOOP("Running, one image")) ||
+        is("isRunningSingleReverse", &Source::isRunningSingleReverse, "PlayOneReverse",
+           QT_TR_NOOP("Running backwards, one image")) ||
+        is("isRunningReverse", &Source::isRunningReverse, "PlayReverse", QT_TR_NOOP("Running backwards")) ||
+        is("isRunningFixed", &Source::isRunningFixed, "PlayFixed", QT_TR_NOOP("Running, counted")) ||
+        is("isRunning", &Source::isRunning, "Play", QT_TR_NOOP("Running")));
+    return answers;
+}
+
 void WindowQt::PrivateData::updateActionStates()
 {
-    const bool isIdle = !busyWork.isBusy() && !isClosed;
-    const auto can = [&](const char* query, bool (Source::*question)() const) {
-        return isIdle && ask(query, question);
-    };
-
     const DisplayFramePtr front = stream->m_data->worker->front();
     const bool hasImage = front && front->delivered.data;
     const bool hasPalette =
         hasImage && isMonochrome(front->effective.format) && (front->effective.format & formatPatternMask) == 0;
+    form.actionSave_Image->setEnabled(hasImage);
+    form.actionCopy_Image->setEnabled(hasImage);
+    form.actionCopy_Image_Stats->setEnabled(hasImage);
+    form.menuColor_Palette->setEnabled(hasPalette);
+    paletteButton->setEnabled(hasPalette);
+    form.rainbowRulesContentsWidget->setEnabled(hasPalette);
+    form.actionQuick_View->setEnabled(hasImage);
+    hintLabel->setVisible(!hasImage);
 
-    const bool canSetup = can("canSetup", &Source::canSetup);
-    const bool canCleanup = can("canCleanup", &Source::canCleanup);
-    form.actionSetup->setEnabled(canSetup);
-    form.actionCleanup->setEnabled(canCleanup);
-    form.actionSetup_Cleanup->setEnabled(canSetup || canCleanup);
-    showSetupToggle(canSetup, canCleanup);
+    if (isAskable())
+        known = askSource();
+    // A command that returns within its grace changes nothing in view.
+    if (isAskable() || isClosed || !progress->isHidden())
+        showCommands();
+    showBadge(known.statePicture == QLatin1String("Stop") && !hasImage ? QStringLiteral("Setup") : known.statePicture);
+    stateLabel->setText(source ? tr(known.stateWords) : QString());
+}
 
-    const bool canSetupMode = can("canSetupMode", &Source::canSetupMode);
-    const QByteArray activeMode =
-        setupModes->isEmpty() ? QByteArray() : askText("activeSetupMode", [this](char* text, std::size_t* length) {
-            return source->activeSetupMode(text, length);
-        });
-    infoBar->setSetupMode(QString::fromLocal8Bit(activeMode));
+void WindowQt::PrivateData::showCommands()
+{
+    const bool isIdle = isAskable();
+    form.actionSetup->setEnabled(isIdle && known.canSetup);
+    form.actionCleanup->setEnabled(isIdle && known.canCleanup);
+    form.actionSetup_Cleanup->setEnabled(isIdle && (known.canSetup || known.canCleanup));
+    if (isIdle)
+        showSetupToggle(known.canSetup, known.canCleanup);
+
+    infoBar->setSetupMode(QString::fromLocal8Bit(known.activeMode));
     for (QAction* const mode : setupModes->actions()) {
-        const bool isActive = !activeMode.isNull() && mode->data().toByteArray() == activeMode;
-        mode->setEnabled(canSetupMode);
+        const bool isActive = !known.activeMode.isNull() && mode->data().toByteArray() == known.activeMode;
+        mode->setEnabled(isIdle && known.canSetupMode);
         mode->setChecked(isActive);
         QFont font = mode->font();
         if (font.bold() != isActive) {
@@ -262,35 +311,24 @@ void WindowQt::PrivateData::updateActionStates()
         }
     }
 
-    const bool canStart = can("canStart", &Source::canStart);
-    const bool canPause = can("canPause", &Source::canPause);
-    form.actionTrigger->setEnabled(can("canTrigger", &Source::canTrigger));
-    form.actionStart_Single_Reverse->setEnabled(can("canStartSingleReverse", &Source::canStartSingleReverse));
-    form.actionStart_Reverse->setEnabled(can("canStartReverse", &Source::canStartReverse));
-    form.actionStart->setEnabled(canStart);
-    form.actionStart_Fixed->setEnabled(can("canStartFixed", &Source::canStartFixed));
+    form.actionTrigger->setEnabled(isIdle && known.canTrigger);
+    form.actionStart_Single_Reverse->setEnabled(isIdle && known.canStartSingleReverse);
+    form.actionStart_Reverse->setEnabled(isIdle && known.canStartReverse);
+    form.actionStart->setEnabled(isIdle && known.canStart);
+    form.actionStart_Fixed->setEnabled(isIdle && known.canStartFixed);
     startFixedEditor->setStartEnabled(form.actionStart_Fixed->isEnabled());
-    form.actionStart_Single->setEnabled(can("canStartSingle", &Source::canStartSingle));
-    form.actionPause->setEnabled(canPause);
-    form.actionStop->setEnabled(can("canStop", &Source::canStop));
+    form.actionStart_Single->setEnabled(isIdle && known.canStartSingle);
+    form.actionPause->setEnabled(isIdle && known.canPause);
+    form.actionStop->setEnabled(isIdle && known.canStop);
     // The two share a key; when both can be done it pauses.
     const QKeySequence key = form.actionPause->shortcut();
-    const QKeySequence startKey = canStart && canPause && form.actionPause->isVisible() ? QKeySequence() : key;
+    const bool isPauseFirst =
+        form.actionStart->isEnabled() && form.actionPause->isEnabled() && form.actionPause->isVisible();
+    const QKeySequence startKey = isPauseFirst ? QKeySequence() : key;
     if (form.actionStart->shortcut() != startKey)
         form.actionStart->setShortcut(startKey);
-    showHint(hasImage);
-
-    form.actionSave_Image->setEnabled(hasImage);
-    form.actionCopy_Image->setEnabled(hasImage);
-    form.actionCopy_Image_Stats->setEnabled(hasImage);
-    form.menuColor_Palette->setEnabled(hasPalette);
-    paletteButton->setEnabled(hasPalette);
-    form.rainbowRulesContentsWidget->setEnabled(hasPalette);
-    form.actionQuick_View->setEnabled(hasImage);
-
-    const State state = currentState(*this, hasImage);
-    showBadge(QLatin1String(state.picture));
-    stateLabel->setText(source ? tr(state.words) : QString());
+    if (isIdle)
+        showHint();
 }
 
 void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
@@ -312,7 +350,7 @@ void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
 }
 
 // What an empty view says of what to do next.
-void WindowQt::PrivateData::showHint(bool hasImage)
+void WindowQt::PrivateData::showHint()
 {
     const std::pair<const QAction*, QString> steps[] = {
         {form.actionSetup, tr("Set up: %1")},
@@ -320,18 +358,14 @@ void WindowQt::PrivateData::showHint(bool hasImage)
         {form.actionStart_Single, tr("Take one image: %1")},
         {form.actionTrigger, tr("Trigger: %1")},
     };
-    QString hint = tr("No image");
-    const bool isRunning = ask("isRunning", &Source::isRunning);
-    if (isRunning)
-        hint = tr("Waiting for the first image");
+    QString hint = known.isRunning ? tr("Waiting for the first image") : tr("No image");
     for (const auto& [action, text] : steps) {
-        if (action->isVisible() && action->isEnabled() && (!isRunning || action == form.actionTrigger)) {
+        if (action->isVisible() && action->isEnabled() && (!known.isRunning || action == form.actionTrigger)) {
             hint = text.arg(action->shortcut().toString(QKeySequence::NativeText));
             break;
         }
     }
     hintLabel->setText(hint);
-    hintLabel->setVisible(!hasImage);
 }
 
 void WindowQt::PrivateData::showBadge(const QString& state)

@@ -77,8 +77,10 @@ void BusyWorkTest::onlySlowCommandsAreShown()
     QSignalSpy completed(&work, &BusyWork::completed);
     QSignalSpy delayed(&work, &BusyWork::delayed);
     Gate gate;
-    work.start("test", QStringLiteral("slow"), [&] { return gate.pass(), true; });
-    work.start("test", QStringLiteral("waits for the slow one"), [] { return true; });
+    work.start(
+        "test", [] { return QStringLiteral("slow"); }, [&] { return gate.pass(), true; });
+    work.start(
+        "test", [] { return QStringLiteral("waits for the slow one"); }, [] { return true; });
     QTRY_COMPARE(delayed.size(), 1);
     QCOMPARE(delayed[0][0].toString(), QStringLiteral("slow"));
     QVERIFY(work.isBusy() && completed.isEmpty());

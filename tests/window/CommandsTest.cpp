@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Tests each command of the main window by mouse and key, and what is left of the window when its source fails it.
 #include <Vistrel/AcquisitionSignalHandler.h>
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 
 #include "base/Report.h"
@@ -29,7 +31,8 @@ private Q_SLOTS:
     void throwingQueryIsReported();
     void modeNameReachesTheSourceAsBytes_data();
     void modeNameReachesTheSourceAsBytes();
-    void answersChangeWhileACommandRuns();
+    void sourceIsLeftAloneWhileCommandsAreUnderWay();
+    void sourceWithoutSetupIsStarted();
     void windowGoesWhileACommandRuns_data();
     void windowGoesWhileACommandRuns();
     void nothingPilesUp();
@@ -101,7 +104,8 @@ void CommandsTest::commandsRunOnceWhenTheyCan()
     std::string expected = "cleanup";
     QTRY_COMPARE(shown.log->seen(), expected);
     shown.offer(true, able);
-    QTRY_VERIFY(shown.action(command.action)->isEnabled());
+    QMenu* const menu = shown.action(command.action)->menu();
+    QTRY_VERIFY((menu ? menu->actions()[0] : shown.action(command.action))->isEnabled());
     act();
     shown.window->setUnconfigured();
     expected += std::string(" ") + command.call + command.argument + " cleanup";
@@ -163,22 +167,30 @@ void CommandsTest::modeNameReachesTheSourceAsBytes()
     QTRY_COMPARE(shown.log->seen(), "setupMode(" + name.toStdString() + ")");
 }
 
-void CommandsTest::answersChangeWhileACommandRuns()
+void CommandsTest::sourceIsLeftAloneWhileCommandsAreUnderWay()
 {
     ShownWindow shown;
+    const TestFrame frame(4, 3, Mono8, 10);
+    shown.camera->push(frame.raw);
+    QTRY_VERIFY(shown.action("actionSave_Image")->isEnabled());
+    shown.window->surfaceScrollArea()->surface()->setActivePixel(1, 1);
     shown.log->gate.close();
     QTest::keyClick(shown.window, Qt::Key_F10);
     QTRY_COMPARE(shown.log->gate.arrived(), 1);
+    shown.window->setRunning(); // waits
+    asked = 0;
+    const int locks = shown.camera->frameLocks;
     QSignalSpy announced(shown.camera->signalHandler(), SIGNAL(featureSetChanged()));
     std::thread other([camera = shown.camera] {
         for (unsigned i = 0; i < 500; ++i) {
             camera->able = i % 2 ? anyCommand : 0u;
+            camera->signalAcquisitionStateChange();
             camera->signalFeatureSetChange();
         }
     });
     other.join();
     QTRY_COMPARE(announced.size(), 500);
-    QCoreApplication::processEvents();
+    shown.window->copyCurrentImageStats();
     const auto areAll = [&](bool enabled) {
         bool are = shown.action("actionSetup_Cleanup")->isEnabled() == enabled &&
                    shown.modes()->actions()[0]->isEnabled() == enabled;
@@ -186,10 +198,40 @@ void CommandsTest::answersChangeWhileACommandRuns()
             are = are && (shown.action(command.action)->menu() || shown.action(command.action)->isEnabled() == enabled);
         return are;
     };
-    QVERIFY(areAll(false));
+    QTRY_VERIFY(areAll(false));
+    QSignalSpy changed(shown.action("actionStart"), SIGNAL(changed()));
+    shown.log->gate.open();
+    QTRY_COMPARE(shown.log->gate.arrived(), 2);
+    QTRY_COMPARE(shown.window->statusBar()->currentMessage(), QStringLiteral("Acquisition setup and start ongoing"));
+    QVERIFY(areAll(false) && changed.isEmpty()); // nor in between
+    QCOMPARE(asked.load(), 0);
+    QCOMPARE(shown.camera->frameLocks.load(), locks);
     shown.log->gate.openForGood();
     QTRY_VERIFY(areAll(true));
-    QCOMPARE(shown.log->seen(), std::string("trigger"));
+    QCOMPARE(shown.log->seen(), std::string("trigger setup start"));
+}
+
+void CommandsTest::sourceWithoutSetupIsStarted()
+{
+    class Plain : public PushSource
+    {
+    public:
+        explicit Plain(std::shared_ptr<Log> log) : m_log(std::move(log)) {}
+        bool isRunning() const override { return m_isRunning; }
+        bool start() override { return m_isRunning = m_log->add("start"); }
+        bool stop() override { return m_log->add("stop") && !(m_isRunning = false); }
+
+    private:
+        const std::shared_ptr<Log> m_log;
+        std::atomic<bool> m_isRunning{false};
+    };
+    const auto log = std::make_shared<Log>();
+    WindowQt window{ScopedAcquisitionInterface(new Plain(log))};
+    window.setRunning();
+    window.setRunning(); // it runs when this one's turn comes
+    window.setConfigured();
+    window.setRunning();
+    QTRY_COMPARE(log->seen(), std::string("start stop start"));
 }
 
 void CommandsTest::windowGoesWhileACommandRuns_data()
@@ -254,7 +296,7 @@ void CommandsTest::nothingPilesUp()
     const int before = objects();
     const int windows = QApplication::topLevelWidgets().size();
     const qint64 icon = shown.window->windowIcon().cacheKey();
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 100; ++i) {
         shown.camera->push(frame.raw);
         QVERIFY(published.wait());
     }

@@ -7,6 +7,7 @@
 #include "support/FakeSources.h"
 
 #include <QtCore/QPointer>
+#include <QtCore/QThread>
 #include <QtTest/QTest>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QMenuBar>
@@ -44,6 +45,7 @@ inline unsigned bit(const char* call)
 
 inline std::atomic<const char*> thrower{nullptr}; // the query or command that throws
 inline std::atomic<int> thrown{0};
+inline std::atomic<int> asked{0}; // on the user-interface thread
 inline std::atomic<int> reported{0};
 inline std::atomic<int> reportedOther{0};
 
@@ -90,6 +92,7 @@ public:
               &Source::setHasFramesDropped, &Source::setHasFramesDelivered})
             (this->*feature)(all);
     }
+    using PushSource::signalAcquisitionStateChange;
     using PushSource::signalFeatureSetChange;
 
     bool setup() override { return run("setup"); }
@@ -141,6 +144,7 @@ private:
     template <typename Value>
     static Value answer(const char* query, Value value)
     {
+        asked += QThread::currentThread() == qApp->thread() ? 1 : 0;
         if (thrower && std::strcmp(thrower, query) == 0) {
             ++thrown;
             throw std::runtime_error("no camera");

@@ -149,7 +149,6 @@ private Q_SLOTS:
     void imageIsToldOf();
     void fixedCountIsStarted();
     void closeableIsObeyed();
-    void closingWhileTheSourceBlocks();
 };
 
 void WindowQtTest::sharedKeyPauses()
@@ -370,21 +369,6 @@ void WindowQtTest::closeableIsObeyed()
     QTest::keyClick(shown.window, Qt::Key_W, Qt::ControlModifier);
     QTRY_VERIFY(!shown.window);
     QTRY_COMPARE(shown.events->seen(), std::string("closed gone"));
-}
-
-void WindowQtTest::closingWhileTheSourceBlocks()
-{
-    ShownWindow shown;
-    shown.events->gate.close();
-    QTest::keyClick(shown.window, Qt::Key_Space);
-    QTRY_VERIFY(!shown.action("actionStart")->isEnabled());
-    shown.window->setUnconfigured(); // waits, and never runs
-    shown.window->close();
-    QVERIFY(!shown.window->isVisible());
-    QTRY_VERIFY(!shown.window);
-    QCOMPARE(shown.events->seen(), std::string("closed"));
-    shown.events->gate.openForGood();
-    QTRY_COMPARE(shown.events->seen(), std::string("closed start gone"));
 }
 
 QTEST_MAIN(WindowQtTest)
