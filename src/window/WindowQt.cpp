@@ -220,8 +220,8 @@ void WindowQt::PrivateData::connectActions()
     if (!source)
         return;
     const AcquisitionSignalHandler* const handler = source->signalHandler();
-    connect(handler, SIGNAL(featureSetChanged()), window, SLOT(updateFeatureSet()), Qt::QueuedConnection);
-    connect(handler, SIGNAL(acquisitionStateChanged()), window, SLOT(updateAcquisitionState()), Qt::QueuedConnection);
+    featuresAnnounced.follow(handler, &AcquisitionSignalHandler::featureSetChanged);
+    stateAnnounced.follow(handler, &AcquisitionSignalHandler::acquisitionStateChanged);
 }
 
 // Bars over the image stay while a menu is open.
@@ -339,6 +339,8 @@ void WindowQt::closeEvent(QCloseEvent* event)
         return;
     m_data->endWork();
     deleteLater();
+    if (m_data->busyWork.isBusy())
+        hide(); // the command may hold up what comes next
     if (m_data->source)
         hostCall("uxClosed", false, [this] { return m_data->source->uxClosed(), true; });
 }
@@ -349,12 +351,10 @@ void WindowQt::PrivateData::endWork()
     statisticsTimer.stop();
     busyWork.abortWaiting();
     stream->setRefreshEnabled(false);
-    stream->m_data->ignoreSource();
     // What the source announces from now on leads to no call of it.
-    if (source) {
-        const QObject* const handler = source->signalHandler();
-        disconnect(handler, nullptr, window, nullptr);
-    }
+    stream->m_data->ignoreSource();
+    featuresAnnounced.stop();
+    stateAnnounced.stop();
     stream->disconnect(this);
 }
 

@@ -4,6 +4,7 @@
 
 #include <Vistrel/WindowQt.h>
 
+#include "base/PacedCall.h"
 #include "base/Report.h"
 #include "ui_WindowQt.h"
 #include "window/BusyWork.h"
@@ -117,6 +118,8 @@ public:
     SurfaceScrollArea* scrollArea = nullptr;
     std::unique_ptr<SurfaceStream> stream;
     BusyWork busyWork;
+    PacedCall featuresAnnounced{[this] { window->updateFeatureSet(); }};
+    PacedCall stateAnnounced{[this] { window->updateAcquisitionState(); }};
     SourceAnswers known;
     bool hasNewFeatures = false;                        // announced while the source must not be asked
     BusyWorkResult outcome = BusyWorkResult::Succeeded; // of the commands since the last rest: what failed last
