@@ -12,6 +12,8 @@
 #include <QtGui/QPixmap>
 #include <QtWidgets/QWidget>
 
+#include <memory>
+
 namespace Vistrel {
 
 class AbstractAcquisitionInterface;
@@ -71,9 +73,12 @@ public:
     void setPixmap(const QPixmap& pixmap);
 
     // Where pixel values are read from: an image, or a source's frame, read under a lock that the source grants. The
-    // source must stay alive until another image source is set or it is cleared.
+    // source must stay alive until another image source is set or it is cleared. Where the pixels are not the source's,
+    // `owner` keeps them: it is let go when nobody reads them any more, on whatever thread that is.
     void setImageSrc(const QImage& image);
     void setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw);
+    void setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw,
+                     std::shared_ptr<const void> owner);
     void clearImageSrc();
     /// Reads one pixel at full depth. False, and `value` zeroed, without a source, outside the image, or when the
     /// source's lock was not granted. Waits while a push source's frame is being converted.

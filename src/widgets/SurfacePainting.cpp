@@ -10,6 +10,8 @@
 #include <QtGui/QPaintEvent>
 #include <QtGui/QPainter>
 
+#include <utility>
+
 namespace Vistrel {
 
 namespace {
@@ -98,9 +100,16 @@ void Surface::setImageSrc(const QImage& image)
 
 void Surface::setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw)
 {
+    setImageSrc(acquisitionInterface, raw, nullptr);
+}
+
+void Surface::setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw,
+                          std::shared_ptr<const void> owner)
+{
     PrivateData::ImageSource next;
     next.source = acquisitionInterface;
     next.raw = raw;
+    next.owner = std::move(owner);
     {
         const std::lock_guard<std::mutex> guard(m_data->sourceMutex);
         const PrivateData::ImageSource& before = m_data->from;

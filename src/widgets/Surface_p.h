@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -58,6 +59,7 @@ public:
     {
         AbstractAcquisitionInterface* source = nullptr; // null when the source is an image or none
         RawImage raw;                                   // null data when there is no raw source
+        std::shared_ptr<const void> owner;              // of the raw pixels; null when they are the source's
         QImage image;
 
         bool hasRaw() const { return source && raw.data; }
