@@ -175,11 +175,13 @@ void render(benchmark::State& state, Format format, const QVector<unsigned int>&
     const auto converted = converter.convert(frames.next(), true, {});
     if (!converted)
         return state.SkipWithError("the conversion failed");
+    ConversionSettings settings;
+    settings.palette = palette;
     std::shared_ptr<DisplayFrame> shown;
     measure(state, bytesMovedPerPixel * static_cast<double>(full.width * full.height),
             [&] {
-                shown = converter.renderAgain(*converted, palette);
-                return !shown->rendered.isNull();
+                shown = converter.renderAgain(*converted, settings);
+                return shown != nullptr;
             },
             {{"toolkit",
               [&] { return !QPixmap::fromImage(imageForRender(converted->image, palette, false)).isNull(); },
@@ -198,7 +200,7 @@ void convertAndRender(benchmark::State& state, Format format, const ConversionSe
         bytesRead(format) + static_cast<double>(bytesConverted(format)) + (isLookedUp ? 1 + 4 : 0);
     measure(state, bytesMoved * static_cast<double>(full.width * full.height), [&] {
         shown = converter.convert(frames.next(), true, settings);
-        return shown && !shown->rendered.isNull();
+        return shown && converter.render(*shown, settings);
     });
 }
 

@@ -68,6 +68,7 @@ double conversionTime(Frames& frames, int pause)
         loop.exec();
         const auto start = Clock::now();
         shown = converter.convert(frames.next(), true, settings);
+        converter.render(*shown, settings);
         times.push_back(millisecondsSince(start));
     }
     return quantile(times, 0.5);

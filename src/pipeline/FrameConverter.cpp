@@ -46,6 +46,27 @@ Format effectiveFormat(Format delivered, const ConversionSettings& settings)
     return static_cast<Format>(format);
 }
 
+bool needsConversion(const DisplayFrame& frame, const ConversionSettings& settings)
+{
+    if (!frame.delivered.data || !frame.isDrawn)
+        return false;
+    const std::uint32_t changed = frame.effective.format ^ effectiveFormat(frame.delivered.format, settings);
+    if (isColor(frame.delivered.format))
+        return frame.versions.unpack != settings.versions.unpack && (changed & formatOrderMask) != 0;
+    return frame.versions.demosaic != settings.versions.demosaic && (changed & formatPatternMask) != 0;
+}
+
+bool needsPalette(const DisplayFrame& frame, const ConversionSettings& settings)
+{
+    return frame.versions.palette != settings.versions.palette && !frame.rendered.isNull() &&
+           frame.image.format() == QImage::Format_Indexed8;
+}
+
+std::unique_lock<std::mutex> lockPixels(const std::shared_ptr<LockedBitmap>& bitmap)
+{
+    return bitmap ? std::unique_lock<std::mutex>(bitmap->pixels) : std::unique_lock<std::mutex>();
+}
+
 void makeOpaque(std::uint8_t* pixels, std::size_t size)
 {
     for (std::size_t i = 3; i < size; i += 4)
@@ -64,19 +85,9 @@ std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered,
     if (!delivered.data)
         return frame;
     frame->effective.format = effectiveFormat(delivered.format, settings);
-
-    if (!settings.lockedBitmap) {
-        if (!convertFree(*frame))
-            return nullptr;
-        render(*frame, settings.palette);
-        return frame->rendered.isNull() ? nullptr : frame;
-    }
-    frame->lockedBitmap = settings.lockedBitmap;
-    const std::lock_guard<std::mutex> pixels(settings.lockedBitmap->pixels);
-    if (!convertLocked(*frame, *settings.lockedBitmap))
-        return nullptr;
-    render(*frame, settings.palette);
-    return frame->rendered.isNull() ? nullptr : frame;
+    frame->versions = settings.versions;
+    const bool isConverted = settings.lockedBitmap ? convertLocked(*frame, settings.lockedBitmap) : convertFree(*frame);
+    return isConverted ? frame : nullptr;
 }
 
 bool FrameConverter::convertFree(DisplayFrame& frame)
@@ -93,33 +104,33 @@ bool FrameConverter::convertFree(DisplayFrame& frame)
     return !frame.image.isNull();
 }
 
-bool FrameConverter::convertLocked(DisplayFrame& frame, LockedBitmap& bitmap)
+bool FrameConverter::convertLocked(DisplayFrame& frame, const std::shared_ptr<LockedBitmap>& locked)
 {
+    LockedBitmap& bitmap = *locked;
     const RawImage& raw = frame.effective;
     if (raw.data == bitmap.description.data) {
         // The host drew into the bitmap itself: only the description can be wrong.
         if (raw.width != bitmap.description.width || raw.height != bitmap.description.height ||
             formatDepth(raw.format) != formatDepth(bitmap.description.format))
             return false;
+        frame.drawnBitmap = locked;
         frame.swappedShow = isColor(raw.format) && (raw.format & formatOrderMask) != OrderBGR;
     } else if (!copyFrame(*m_pool, bitmap.target, raw)) {
         return false;
     }
+    frame.lockedBitmap = locked;
     frame.block = bitmap.block;
     frame.image = imageOver(frame.block, bitmap.target.width(), bitmap.target.height(), bitmap.target.bytesPerLine(),
                             bitmap.target.format());
     return !frame.image.isNull();
 }
 
-std::shared_ptr<DisplayFrame> FrameConverter::renderAgain(const DisplayFrame& frame,
-                                                          const QVector<unsigned int>& palette)
+std::shared_ptr<DisplayFrame> FrameConverter::renderAgain(const DisplayFrame& frame, const ConversionSettings& settings)
 {
     auto again = std::make_shared<DisplayFrame>(frame);
-    std::unique_lock<std::mutex> pixels;
-    if (frame.lockedBitmap)
-        pixels = std::unique_lock<std::mutex>(frame.lockedBitmap->pixels);
-    render(*again, palette);
-    return again;
+    if (!again->isDrawn)
+        again->effective = again->lockedBitmap->description; // what is seen from here on
+    return render(*again, settings) ? again : nullptr;
 }
 
 std::shared_ptr<DisplayFrame> FrameConverter::showLocked(const DisplayFrame& frame,
@@ -131,6 +142,8 @@ std::shared_ptr<DisplayFrame> FrameConverter::showLocked(const DisplayFrame& fra
                              bitmap->target.bytesPerLine(), bitmap->target.format());
     shown->swappedShow = false;
     shown->isDrawn = false;
+    if ((shown->effective.format & formatPatternMask) != 0)
+        shown->effective = bitmap->description;
     shown->lockedBitmap = std::move(bitmap);
     return shown;
 }
@@ -154,8 +167,10 @@ std::shared_ptr<LockedBitmap> FrameConverter::makeLockedBitmap(int width, int he
 
 // A picture of a locked bitmap is a copy, because the bitmap goes on changing; any other is a view of the converted
 // pixels wherever the paint engine takes them as they are.
-void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& palette)
+bool FrameConverter::render(DisplayFrame& frame, const ConversionSettings& settings)
 {
+    const QVector<unsigned int>& palette = settings.palette;
+    frame.versions.palette = settings.versions.palette;
     const QImage& image = frame.image;
     const int width = image.width();
     const bool isLocked = frame.lockedBitmap != nullptr;
@@ -179,6 +194,7 @@ void FrameConverter::render(DisplayFrame& frame, const QVector<unsigned int>& pa
             image.format() == QImage::Format_Indexed8 ? QImage::Format_Grayscale8 : image.format();
         frame.rendered = imageOver(shown, width, image.height(), image.bytesPerLine(), format);
     }
+    return image.isNull() == frame.rendered.isNull();
 }
 
 // Opaque, whatever the host has drawn.

@@ -25,9 +25,19 @@ struct LockedBitmap
     RawImage description;
 };
 
+/// The stages of a picture that have settings, in their order: each counts the changes of its own. A change repeats the
+/// first stage that it touches and those after it, and none of a picture that it does not touch.
+struct StageVersions
+{
+    std::uint64_t unpack = 0;   // channel order
+    std::uint64_t demosaic = 0; // on or off, and the pattern
+    std::uint64_t palette = 0;
+};
+
 /// What the conversion of a frame depends on besides the frame.
 struct ConversionSettings
 {
+    StageVersions versions;
     bool demosaicEnabled = false;
     Format filterOverride = Format(0); // pattern bits
     bool rgbOrderReversed = false;
@@ -36,18 +46,22 @@ struct ConversionSettings
 };
 
 /// One image slot. Immutable once it is published, and shared by reference count; the pixels of a locked bitmap are the
-/// one exception. It may be made and end on any thread, also when the application has gone: it holds no pixmap.
+/// one exception. It owns what its descriptors point into, unless that is the source's. It may be made and end on any
+/// thread, also when the application has gone: it holds no pixmap.
 struct DisplayFrame
 {
     RawImage delivered;                         // as the source gave it
-    RawImage effective;                         // the same pixels with the format that they are shown in
+    RawImage effective;                         // whose values are read: `delivered` in the format that it is shown in
+    StageVersions versions;                     // of the settings that it was made with
     bool underLock = false;                     // the source granted a lock with the frame
+    std::uint64_t fetch = 0;                    // of a stream's fetches, the one that delivered it
     bool swappedShow = false;                   // channels are swapped between `image` and `rendered`
     PixelBlock block;                           // that `image` lies in
     QImage image;                               // converted; null without pixels
     QImage rendered;                            // as it is shown; null without pixels
     std::uint64_t sequence = 0;                 // of the frames converted by a stream, from 1
     std::shared_ptr<LockedBitmap> lockedBitmap; // whose pixels `image` shows, if any
+    std::shared_ptr<LockedBitmap> drawnBitmap;  // into which the host drew the frame that `delivered` describes, if any
     std::shared_ptr<const void> lent;           // keeps what `delivered` describes from being given back to the source
     bool isDrawn = true;                        // the pixels of `image` are those of `delivered`
 };
@@ -57,24 +71,36 @@ using DisplayFramePtr = std::shared_ptr<const DisplayFrame>;
 /// The format that a frame is shown in: depth, pattern bits only when it is demosaiced, order bits, packing bits.
 Format effectiveFormat(Format delivered, const ConversionSettings& settings);
 
+/// Holds the pixels of a bitmap, if there is one.
+std::unique_lock<std::mutex> lockPixels(const std::shared_ptr<LockedBitmap>& bitmap);
+
 /// Sets the fourth byte of each pixel.
 void makeOpaque(std::uint8_t* pixels, std::size_t size);
 
-/// Converts and renders frames into blocks that nobody refers to. Thread-safe.
+/// Whether a setting has changed since that makes another image of the frame.
+bool needsConversion(const DisplayFrame& frame, const ConversionSettings& settings);
+/// Whether the palette has changed since, and applies to the picture.
+bool needsPalette(const DisplayFrame& frame, const ConversionSettings& settings);
+
+/// Converts and renders frames into blocks that nobody refers to. Thread-safe. Whoever calls holds the pixels of the
+/// bitmap that the settings or the picture name.
 class FrameConverter
 {
 public:
     FrameConverter();
 
-    /// The picture of a frame, whose lock the caller holds; null when it cannot be converted. Null data gives a picture
+    /// The image of a frame, whose lock the caller holds; null when it cannot be converted. Null data gives a picture
     /// without pixels. Throws `std::bad_alloc`.
     std::shared_ptr<DisplayFrame> convert(const RawImage& delivered, bool underLock,
                                           const ConversionSettings& settings);
+    /// Makes what is shown of the image. False when that cannot be.
+    bool render(DisplayFrame& frame, const ConversionSettings& settings);
 
     /// The same picture in another palette.
-    std::shared_ptr<DisplayFrame> renderAgain(const DisplayFrame& frame, const QVector<unsigned int>& palette);
+    std::shared_ptr<DisplayFrame> renderAgain(const DisplayFrame& frame, const ConversionSettings& settings);
 
-    /// The picture of `frame`, over a bitmap that was just locked and into which nothing has been drawn yet.
+    /// The picture of `frame`, over a bitmap that was just locked and into which nothing has been drawn yet. Where it
+    /// was demosaiced, values are read from the bitmap.
     static std::shared_ptr<DisplayFrame> showLocked(const DisplayFrame& frame, std::shared_ptr<LockedBitmap> bitmap);
 
     /// Frees the blocks that nobody refers to.
@@ -85,8 +111,7 @@ public:
 
 private:
     bool convertFree(DisplayFrame& frame);
-    bool convertLocked(DisplayFrame& frame, LockedBitmap& bitmap);
-    void render(DisplayFrame& frame, const QVector<unsigned int>& palette);
+    bool convertLocked(DisplayFrame& frame, const std::shared_ptr<LockedBitmap>& bitmap);
     PixelBlock copyOfLocked(const QImage& image, bool swapped);
 
     std::shared_ptr<CopyPool> m_pool;

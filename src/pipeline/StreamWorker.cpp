@@ -7,6 +7,8 @@
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
+#include <QtCore/QScopeGuard>
+
 #include <boost/thread/thread.hpp>
 
 #include <utility>
@@ -98,13 +100,15 @@ void StreamWorker::work()
     m_started = true;
     m_handshakeCondition.notify_all();
     for (;;) {
-        m_handshakeCondition.wait(handshake, [this] { return !m_running.load() || m_requested != m_served; });
+        m_handshakeCondition.wait(handshake,
+                                  [this] { return !m_running.load() || (m_requested != m_served && !m_isPaused); });
         if (!m_running.load())
             return;
         const std::uint64_t serving = m_requested;
+        const std::uint64_t fetch = ++m_fetches;
         m_isServing = true;
         handshake.unlock();
-        serve();
+        serve(fetch);
         handshake.lock();
         m_isServing = false;
         m_served = serving;
@@ -112,77 +116,96 @@ void StreamWorker::work()
     }
 }
 
-void StreamWorker::serve()
+void StreamWorker::serve(std::uint64_t fetch)
 {
-    std::shared_ptr<LockedBitmap> bitmap; // the frame's pixels may lie in it, whatever is locked meanwhile
+    Delivery delivery;
+    delivery.fetch = fetch;
     {
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         if (!m_isAccepting)
             return;
-        bitmap = m_settings.lockedBitmap;
+        delivery.bitmap = m_settings.lockedBitmap;
     }
-    RawImage delivered;
-    ScopedLock lock;
-    if (!m_source || !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivered, &lock); }))
+    if (!m_source ||
+        !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivery.raw, &delivery.lock); }))
         return;
-    const std::shared_ptr<const void> lent = m_lender ? m_lender->takeDelivered() : nullptr;
+    delivery.lent = m_lender ? m_lender->takeDelivered() : nullptr;
     // A frame that the source was waiting for while it was cleaned up and set up again is shown: what was cleared is
     // looked at from here on.
-    std::uint64_t clearCount = 0;
     {
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         if (!m_isAccepting || !m_running.load())
             return;
-        clearCount = m_clearCount;
+        delivery.clearCount = m_clearCount;
     }
-    convertDelivered(delivered, lent, lock.good(), clearCount, bitmap.get());
+    Outcome outcome = convertDelivered(delivery);
+    // A bitmap that was locked meanwhile gets the frame, too. Once: what a host locks without pause stops no source.
+    if (outcome == Outcome::OtherTarget)
+        outcome = convertDelivered(delivery);
+    if (outcome == Outcome::Cleared)
+        m_converter.releaseMemory(); // taken after everything had been freed
+    announce(outcome == Outcome::Front);
 }
 
-void StreamWorker::convertDelivered(const RawImage& delivered, const std::shared_ptr<const void>& lent, bool underLock,
-                                    std::uint64_t clearCount, const LockedBitmap* bitmap)
+StreamWorker::Outcome StreamWorker::convertDelivered(const Delivery& delivery)
 {
-    for (;;) {
-        const Snapshot before = snapshot();
-        // Drawn into a bitmap that has been unlocked: its pixels go with the picture in view.
-        const LockedBitmap* const shown = before.front ? before.front->lockedBitmap.get() : nullptr;
-        for (const LockedBitmap* const one : {bitmap, shown}) {
-            if (one && one != before.settings.lockedBitmap.get() && one->description.data == delivered.data)
-                return;
-        }
-        const std::shared_ptr<DisplayFrame> frame = tryConvert(delivered, underLock, before.settings);
-        if (!frame)
-            return;
-        frame->lent = lent;
-        DisplayFramePtr previous; // its memory is given back with no lock held
-        bool isDropped = false;
-        {
-            const std::lock_guard<std::mutex> guard(m_imageMutex);
-            isDropped = clearCount != m_clearCount || !m_running.load();
-            if (!isDropped && before.version != m_settingsVersion)
-                continue;
-            if (!isDropped) {
-                frame->sequence = m_framesConverted.load() + 1;
-                previous = std::exchange(m_front, frame);
-                m_framesConverted.store(frame->sequence);
-            }
-        }
-        if (isDropped) {
-            m_converter.releaseMemory(); // taken after everything had been freed
-            return;
-        }
-        // Not once the stream has left: whoever it tells may be gone.
-        const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
-        if (m_running.load())
-            m_converted();
-        return;
+    Snapshot before;
+    {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        m_isConverting = true;
+        before = {m_front, m_settings};
     }
+    // Drawn into a bitmap that has been unlocked: its pixels go with the picture in view.
+    for (const auto& bitmap : {delivery.bitmap, before.front ? before.front->lockedBitmap : nullptr,
+                               before.front ? before.front->drawnBitmap : nullptr}) {
+        if (bitmap && bitmap != before.settings.lockedBitmap && bitmap->description.data == delivery.raw.data)
+            return Outcome::Dropped;
+    }
+    // Until the front tells what the bitmap holds.
+    const std::unique_lock<std::mutex> pixels = lockPixels(before.settings.lockedBitmap);
+    std::shared_ptr<DisplayFrame> frame = tryConvert(delivery.raw, delivery.lock.good(), before.settings);
+    return frame ? makeFront(std::move(frame), delivery) : Outcome::Dropped;
 }
 
+StreamWorker::Outcome StreamWorker::makeFront(std::shared_ptr<DisplayFrame> frame, const Delivery& delivery)
+{
+    frame->lent = delivery.lent;
+    frame->fetch = delivery.fetch;
+    DisplayFramePtr previous; // its memory is given back with no lock held
+    const std::lock_guard<std::mutex> guard(m_imageMutex);
+    if (delivery.clearCount != m_clearCount || !m_running.load())
+        return Outcome::Cleared;
+    if (delivery.raw.data && m_settings.lockedBitmap && m_settings.lockedBitmap != frame->lockedBitmap)
+        return Outcome::OtherTarget;
+    m_isConverting = false;
+    frame->sequence = m_framesConverted.load() + 1;
+    m_framesConverted.store(frame->sequence);
+    previous = std::exchange(m_front, std::move(frame));
+    return Outcome::Front;
+}
+
+// Not once the stream has left: whoever it tells may be gone.
+void StreamWorker::announce(bool isFront)
+{
+    bool isNews = isFront;
+    {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        m_isConverting = false;
+        isNews = isNews || m_isChangeOwed;
+    }
+    const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+    if (isNews && m_running.load())
+        m_converted();
+}
+
+// The palette is that of the moment when it is applied: what was chosen during the conversion is in the picture.
 std::shared_ptr<DisplayFrame> StreamWorker::tryConvert(const RawImage& delivered, bool underLock,
-                                                       const ConversionSettings& settings)
+                                                       const ConversionSettings& before)
 {
-    return hostCall("conversion", std::shared_ptr<DisplayFrame>(),
-                    [&] { return m_converter.convert(delivered, underLock, settings); });
+    return hostCall("conversion", std::shared_ptr<DisplayFrame>(), [&] {
+        std::shared_ptr<DisplayFrame> frame = m_converter.convert(delivered, underLock, before);
+        return frame && m_converter.render(*frame, settings()) ? frame : nullptr;
+    });
 }
 
 // The picture --------------------------------------------------------------------------------------------------------
@@ -202,71 +225,122 @@ ConversionSettings StreamWorker::settings() const
 StreamWorker::Snapshot StreamWorker::snapshot() const
 {
     const std::lock_guard<std::mutex> guard(m_imageMutex);
-    return {m_front, m_settings, m_settingsVersion};
+    return {m_front, m_settings};
 }
 
-bool StreamWorker::replaceFront(const Snapshot& before, DisplayFramePtr frame)
+bool StreamWorker::replaceFront(const DisplayFramePtr& before, DisplayFramePtr frame)
 {
     const std::lock_guard<std::mutex> guard(m_imageMutex);
-    if (m_front != before.front || m_settingsVersion != before.version)
+    if (m_front != before)
         return false;
     m_front.swap(frame); // `before` still holds the old one: nothing is freed under the lock
     return true;
 }
 
-bool StreamWorker::convertFrontAgain(bool lockRequired)
+StreamWorker::Renewal StreamWorker::renewIfOwed()
 {
-    const DisplayFramePtr shown = front();
-    if (!shown || !shown->delivered.data || !shown->isDrawn || !m_source)
+    {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        if (m_isConverting || !std::exchange(m_isChangeOwed, false))
+            return Renewal::None;
+    }
+    return renewFront();
+}
+
+StreamWorker::Renewal StreamWorker::renewFront()
+{
+    const Snapshot now = snapshot();
+    if (now.front && needsConversion(*now.front, now.settings) && convertFrontAgain(now.front))
+        return Renewal::Converted;
+    return renderFrontAgain() ? Renewal::Rendered : Renewal::None;
+}
+
+bool StreamWorker::convertFrontAgain(const DisplayFramePtr& shown)
+{
+    if (!m_source)
         return false;
     const ScopedLock lock =
         hostCall("getFrameLock", ScopedLock(), [&] { return m_source->getFrameLock(shown->delivered); });
-    if (!lock && (lockRequired || shown->underLock))
+    if (!lock && (shown->underLock || isColor(shown->delivered.format)))
         return false;
-    // Another frame may have been delivered while this thread waited for the lock. It is shown with the new settings
-    // anyway, and the pixels of this one need not be there any more.
-    const Snapshot before = snapshot();
-    if (before.front != shown)
+    // Without a lock the pixels are the source's again as soon as it is asked for the next frame.
+    if (!lock && !pauseFetching(shown->fetch))
         return false;
-    const std::shared_ptr<DisplayFrame> frame = tryConvert(shown->delivered, shown->underLock, before.settings);
+    const auto resume = qScopeGuard([&] {
+        if (!lock)
+            resumeFetching();
+    });
+    const ConversionSettings now = settings();
+    const std::unique_lock<std::mutex> pixels = lockPixels(now.lockedBitmap);
+    // Another frame may have been delivered while this thread waited. It is shown with the new settings anyway, and the
+    // pixels of this one need not be there any more.
+    if (front() != shown)
+        return false;
+    const std::shared_ptr<DisplayFrame> frame = tryConvert(shown->delivered, shown->underLock, now);
     if (!frame)
         return false;
     frame->sequence = shown->sequence;
+    frame->fetch = shown->fetch;
     frame->lent = shown->lent;
-    return replaceFront(before, frame);
+    frame->drawnBitmap = shown->drawnBitmap;
+    return replaceFront(shown, frame);
 }
 
 bool StreamWorker::renderFrontAgain()
 {
-    const Snapshot before = snapshot();
-    if (!before.front || before.front->rendered.isNull() || before.front->image.format() != QImage::Format_Indexed8)
+    const Snapshot now = snapshot();
+    if (!now.front || !needsPalette(*now.front, now.settings))
         return false;
+    const std::unique_lock<std::mutex> pixels = lockPixels(now.front->lockedBitmap);
     const auto frame = hostCall("rendering", std::shared_ptr<DisplayFrame>(),
-                                [&] { return m_converter.renderAgain(*before.front, before.settings.palette); });
-    return frame && replaceFront(before, frame);
+                                [&] { return m_converter.renderAgain(*now.front, now.settings); });
+    return frame && replaceFront(now.front, frame);
+}
+
+// True when the fetch `sinceFetch` is over, and none has begun since or is asked for; none does until fetching is
+// resumed.
+bool StreamWorker::pauseFetching(std::uint64_t sinceFetch)
+{
+    const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+    m_isPaused = !m_isServing && m_requested == m_served && m_fetches == sinceFetch;
+    return m_isPaused;
+}
+
+void StreamWorker::resumeFetching()
+{
+    const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+    m_isPaused = false;
+    m_handshakeCondition.notify_all();
 }
 
 bool StreamWorker::lockBitmap(int width, int height, Format format)
 {
-    std::shared_ptr<LockedBitmap> bitmap;
-    DisplayFramePtr shown;
-    hostCall("setBitmapLocked", false, [&] {
-        bitmap = m_converter.makeLockedBitmap(width, height, format);
-        const DisplayFramePtr before = front();
-        if (bitmap)
-            shown = FrameConverter::showLocked(before ? *before : DisplayFrame(), bitmap);
-        return true;
+    std::shared_ptr<LockedBitmap> bitmap = hostCall("setBitmapLocked", std::shared_ptr<LockedBitmap>(), [&] {
+        return m_converter.makeLockedBitmap(width, height, format);
     });
-    const bool isLocked = shown != nullptr;
-    if (!isLocked)
-        bitmap = nullptr;
-    // What goes is freed after the lock is released.
+    while (bitmap) {
+        const DisplayFramePtr before = front();
+        DisplayFramePtr shown = hostCall("setBitmapLocked", DisplayFramePtr(), [&]() -> DisplayFramePtr {
+            return FrameConverter::showLocked(before ? *before : DisplayFrame(), bitmap);
+        });
+        if (!shown)
+            break;
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        if (m_front != before)
+            continue; // a newer frame has come, which must not be lost
+        m_front.swap(shown);
+        m_settings.lockedBitmap.swap(bitmap);
+        return true;
+    }
+    unlockBitmap();
+    return false;
+}
+
+void StreamWorker::unlockBitmap()
+{
+    std::shared_ptr<LockedBitmap> bitmap; // freed after the lock is released
     const std::lock_guard<std::mutex> guard(m_imageMutex);
     m_settings.lockedBitmap.swap(bitmap);
-    ++m_settingsVersion;
-    if (isLocked)
-        m_front.swap(shown);
-    return isLocked;
 }
 
 void StreamWorker::clear()

@@ -4,6 +4,8 @@
 
 #include "pipeline/FrameConverter.h"
 
+#include <Vistrel/ScopedLock.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -28,7 +30,8 @@ class FrameLender;
 class StreamWorker
 {
 public:
-    /// `converted` is called on the worker's thread whenever there is another front picture. It must not call back.
+    /// `converted` is called on the worker's thread whenever there is another front picture, or a change of settings
+    /// has been left to be done. It must not call back.
     StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted);
     /// Waits for a fetch or conversion that is under way.
     ~StreamWorker();
@@ -49,22 +52,33 @@ public:
     ConversionSettings settings() const;
     std::uint64_t framesConverted() const { return m_framesConverted.load(); }
 
-    /// Changes settings; a frame that is being converted is converted again with the new ones.
+    /// What a change of settings has done to the front picture.
+    enum class Renewal { None, Rendered, Converted };
+
+    /// Changes the settings of a stage and repeats, of the front picture, the first stage that the change touches and
+    /// those after it. While a newer frame is being converted that is left to `renewIfOwed`.
     template <typename Change>
-    void changeSettings(Change&& change)
+    Renewal changeSettings(std::uint64_t StageVersions::*stage, Change&& change)
     {
-        const std::lock_guard<std::mutex> guard(m_imageMutex);
-        change(m_settings);
-        ++m_settingsVersion;
+        {
+            const std::lock_guard<std::mutex> guard(m_imageMutex);
+            change(m_settings);
+            ++(m_settings.versions.*stage);
+            if (m_isConverting) {
+                m_isChangeOwed = true;
+                return Renewal::None;
+            }
+        }
+        return renewFront();
     }
 
-    /// Converts the front picture again with the current settings, under the source's lock for it. `lockRequired` says
-    /// that it must not be done without one even if the frame came without. False when it was not done.
-    bool convertFrontAgain(bool lockRequired);
-    /// Renders the front picture again in the current palette.
-    bool renderFrontAgain();
+    /// Does what a change has left, now that no frame is being converted. To be called whenever `converted` was.
+    Renewal renewIfOwed();
+
     /// Locks a new, zeroed bitmap, which the front picture then shows; false, and none locked, when it cannot be.
     bool lockBitmap(int width, int height, Format format);
+    /// Locks none; the front picture stays as it is.
+    void unlockBitmap();
 
     /// Forgets the front picture and frees the memory of all pictures, as soon as nobody refers to it. Until frames are
     /// accepted again the source is asked for none, and one that it delivers, or has delivered, is dropped.
@@ -76,17 +90,36 @@ private:
     {
         DisplayFramePtr front;
         ConversionSettings settings;
-        std::uint64_t version;
     };
 
+    // A frame as it came from the source.
+    struct Delivery
+    {
+        RawImage raw;
+        ScopedLock lock;
+        std::shared_ptr<const void> lent;
+        std::shared_ptr<LockedBitmap> bitmap; // locked when it was asked for: its pixels may lie there
+        std::uint64_t fetch = 0;
+        std::uint64_t clearCount = 0;
+    };
+
+    enum class Outcome { Front, Dropped, Cleared, OtherTarget };
+
     void work();
-    void serve();
-    void convertDelivered(const RawImage& delivered, const std::shared_ptr<const void>& lent, bool underLock,
-                          std::uint64_t clearCount, const LockedBitmap* bitmap);
+    void serve(std::uint64_t fetch);
+    Outcome convertDelivered(const Delivery& delivery);
+    Outcome makeFront(std::shared_ptr<DisplayFrame> frame, const Delivery& delivery);
+    void announce(bool isFront);
     std::shared_ptr<DisplayFrame> tryConvert(const RawImage& delivered, bool underLock,
-                                             const ConversionSettings& settings);
+                                             const ConversionSettings& before);
     Snapshot snapshot() const;
-    bool replaceFront(const Snapshot& before, DisplayFramePtr frame);
+    bool replaceFront(const DisplayFramePtr& before, DisplayFramePtr frame);
+
+    Renewal renewFront();
+    bool convertFrontAgain(const DisplayFramePtr& shown);
+    bool renderFrontAgain();
+    bool pauseFetching(std::uint64_t sinceFetch);
+    void resumeFetching();
 
     AbstractAcquisitionInterface* const m_source;
     FrameLender* const m_lender; // the source, if it is one
@@ -97,7 +130,8 @@ private:
     mutable std::mutex m_imageMutex; // guards the picture and what the conversion reads
     DisplayFramePtr m_front;
     ConversionSettings m_settings;
-    std::uint64_t m_settingsVersion = 0;
+    bool m_isConverting = false; // a frame newer than the front
+    bool m_isChangeOwed = false; // settings changed while one was being converted
     std::uint64_t m_clearCount = 0;
     bool m_isAccepting = true;
 
@@ -106,7 +140,9 @@ private:
     std::uint64_t m_requested = 0;
     std::uint64_t m_served = 0; // of the requests, all up to this one
     bool m_started = false;
+    std::uint64_t m_fetches = 0; // begun
     bool m_isServing = false;
+    bool m_isPaused = false; // the front's pixels, which came without a lock, are being read
     std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> m_left; // this worker and what it keeps, once left
 
     std::atomic<bool> m_running{false}; // set and cleared under the handshake mutex

@@ -32,12 +32,19 @@ bool isDemosaiced(const DisplayFrame& frame)
     return (frame.effective.format & formatPatternMask) != 0;
 }
 
-// While a locked bitmap's pixels are being read, no frame is copied into it.
-std::unique_lock<std::mutex> pixelLock(const DisplayFrame& frame)
+// A lock on a frame that keeps its pixels from going, too, where they are not the source's.
+class PictureLock : public AbstractLock
 {
-    return frame.lockedBitmap ? std::unique_lock<std::mutex>(frame.lockedBitmap->pixels)
-                              : std::unique_lock<std::mutex>();
-}
+public:
+    PictureLock(ScopedLock frameLock, DisplayFramePtr picture)
+        : m_picture(std::move(picture)), m_frameLock(std::move(frameLock))
+    {
+    }
+
+private:
+    const DisplayFramePtr m_picture;
+    const ScopedLock m_frameLock;
+};
 
 // Shares the pixels: neither pass nor copy. Pixmaps are made and destroyed on this thread alone.
 QPixmap pixmapOf(const DisplayFrame& frame)
@@ -287,11 +294,26 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 
 void SurfaceStream::PrivateData::publishNew()
 {
+    const StreamWorker::Renewal renewal = worker->renewIfOwed();
     const DisplayFramePtr front = worker->front();
-    if (!front || front->sequence <= publishedSequence)
+    if (front && front->sequence > publishedSequence) {
+        expectFrame();
+        updateImage();
+    } else {
+        showRenewal(renewal);
+    }
+}
+
+void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
+{
+    if (renewal == StreamWorker::Renewal::None)
         return;
-    expectFrame();
-    updateImage();
+    const DisplayFramePtr front = worker->front();
+    // In another palette alone, a picture has the same pixel values. One that is new comes with its own.
+    if (renewal == StreamWorker::Renewal::Converted || !front || front->sequence > publishedSequence || !front->isDrawn)
+        updateImage();
+    else if (surface)
+        surface->setPixmap(pixmapOf(*front));
 }
 
 void SurfaceStream::PrivateData::updateImage()
@@ -309,7 +331,7 @@ void SurfaceStream::PrivateData::updateImage()
         if (surface && isDemosaiced(*front))
             surface->setImageSrc(front->image);
         else if (surface)
-            surface->setImageSrc(source ? &readout : nullptr, front->effective);
+            surface->setImageSrc(source ? &readout : nullptr, front->effective, front);
     } else if (surface && !surface->pixmap().isNull()) {
         surface->setPixmap(QPixmap());
         if (!alive)
@@ -319,7 +341,6 @@ void SurfaceStream::PrivateData::updateImage()
     }
     if (!alive)
         return;
-    published = front;
     Q_EMIT stream->imageUpdated();
 }
 
@@ -342,15 +363,9 @@ bool SurfaceStream::bayerDemosaicEnabled() const
 
 void SurfaceStream::setBayerDemosaicEnabled(bool enabled)
 {
-    const ConversionSettings before = m_data->worker->settings();
-    if (before.demosaicEnabled == enabled)
-        return;
-    m_data->worker->changeSettings([enabled](ConversionSettings& settings) { settings.demosaicEnabled = enabled; });
-    const DisplayFramePtr front = m_data->worker->front();
-    const bool hasPattern = front && (before.filterOverride != 0 || (front->delivered.format & formatPatternMask) != 0);
-    if (hasPattern && !front->lockedBitmap && isMonochrome(front->delivered.format) &&
-        m_data->worker->convertFrontAgain(false))
-        m_data->updateImage();
+    if (bayerDemosaicEnabled() != enabled)
+        m_data->showRenewal(m_data->worker->changeSettings(
+            &StageVersions::demosaic, [enabled](ConversionSettings& settings) { settings.demosaicEnabled = enabled; }));
 }
 
 Format SurfaceStream::bayerDemosaicFilter() const
@@ -361,13 +376,9 @@ Format SurfaceStream::bayerDemosaicFilter() const
 void SurfaceStream::setBayerDemosaicFilter(Format filter)
 {
     const auto pattern = static_cast<Format>(filter & formatPatternMask);
-    if (pattern > BayerBG || bayerDemosaicFilter() == pattern)
-        return;
-    m_data->worker->changeSettings([pattern](ConversionSettings& settings) { settings.filterOverride = pattern; });
-    const DisplayFramePtr front = m_data->worker->front();
-    if (front && !front->lockedBitmap && isMonochrome(front->delivered.format) &&
-        m_data->worker->convertFrontAgain(false))
-        m_data->updateImage();
+    if (pattern <= BayerBG && bayerDemosaicFilter() != pattern)
+        m_data->showRenewal(m_data->worker->changeSettings(
+            &StageVersions::demosaic, [pattern](ConversionSettings& settings) { settings.filterOverride = pattern; }));
 }
 
 bool SurfaceStream::rgbOrderReversed() const
@@ -377,13 +388,11 @@ bool SurfaceStream::rgbOrderReversed() const
 
 void SurfaceStream::setRgbOrderReversed(bool reversed)
 {
-    if (rgbOrderReversed() == reversed)
-        return;
-    m_data->worker->changeSettings([reversed](ConversionSettings& settings) { settings.rgbOrderReversed = reversed; });
-    const DisplayFramePtr front = m_data->worker->front();
-    if (front && isColor(front->delivered.format) && !front->image.isNull() && !front->rendered.isNull() &&
-        m_data->worker->convertFrontAgain(true))
-        m_data->updateImage();
+    if (rgbOrderReversed() != reversed)
+        m_data->showRenewal(
+            m_data->worker->changeSettings(&StageVersions::unpack, [reversed](ConversionSettings& settings) {
+                settings.rgbOrderReversed = reversed;
+            }));
 }
 
 QVector<unsigned int> SurfaceStream::colorPalette() const
@@ -393,14 +402,9 @@ QVector<unsigned int> SurfaceStream::colorPalette() const
 
 void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
 {
-    m_data->worker->changeSettings([&palette](ConversionSettings& settings) { settings.palette = palette; });
-    if (!m_data->worker->renderFrontAgain())
-        return;
-    const DisplayFramePtr front = m_data->worker->front();
-    if (front && front->sequence > m_data->publishedSequence) // its pixel values must come with it
-        m_data->updateImage();
-    else if (front && m_data->surface)
-        m_data->surface->setPixmap(pixmapOf(*front));
+    if (colorPalette() != palette)
+        m_data->showRenewal(m_data->worker->changeSettings(
+            &StageVersions::palette, [&palette](ConversionSettings& settings) { settings.palette = palette; }));
 }
 
 // Latest image -------------------------------------------------------------------------------------------------------
@@ -413,9 +417,11 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
         *image = front->delivered;
         if (!lock)
             return true;
-        *lock = hostCall("getFrameLock", ScopedLock(), [&] { return m_data->source->getFrameLock(front->delivered); });
-        if (!*lock)
+        ScopedLock frameLock =
+            hostCall("getFrameLock", ScopedLock(), [&] { return m_data->source->getFrameLock(front->delivered); });
+        if (!frameLock)
             return false;
+        lock->reset(new PictureLock(std::move(frameLock), front));
         // While this thread waited for the lock, another frame may have been delivered.
         const DisplayFramePtr newest = m_data->worker->front();
         if (newest == front)
@@ -431,7 +437,7 @@ QImage SurfaceStream::cloneLatestImage() const
     const DisplayFramePtr front = m_data->worker->front();
     if (!front)
         return QImage();
-    const auto pixels = pixelLock(*front);
+    const auto pixels = lockPixels(front->lockedBitmap);
     return opaqueCopy(front->image.copy(), *front);
 }
 
@@ -441,7 +447,7 @@ QImage SurfaceStream::cloneLatestImageForRender() const
     if (!front)
         return QImage();
     const QVector<unsigned int> palette = colorPalette();
-    const auto pixels = pixelLock(*front);
+    const auto pixels = lockPixels(front->lockedBitmap);
     return opaqueCopy(imageForRender(front->image, palette, front->swappedShow), *front);
 }
 
@@ -489,7 +495,7 @@ void SurfaceStream::unlockBitmap()
 {
     if (!bitmapLocked())
         return;
-    m_data->worker->changeSettings([](ConversionSettings& settings) { settings.lockedBitmap = nullptr; });
+    m_data->worker->unlockBitmap();
     Q_EMIT bitmapLockChanged(false);
 }
 

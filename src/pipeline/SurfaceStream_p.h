@@ -56,6 +56,8 @@ public:
     /// While false, nothing asks the source on the user-interface thread; what it announces meanwhile is looked at
     /// then.
     void setSourceAskable(bool askable);
+    /// Shows what a change of settings has done to the front picture.
+    void showRenewal(StreamWorker::Renewal renewal);
 
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
@@ -76,7 +78,6 @@ public:
 
     std::uint64_t publishedSequence = 0; // of the picture that the surface shows
     std::uint64_t framesPublished = 0;
-    DisplayFramePtr published;     // keeps what the surface reads pixel values from, be it a locked bitmap
     bool isSourceSetUp = false;    // as it was found last; not known at first
     bool isFrameAnnounced = false; // by a source that was not set up
     ReadoutSource readout;

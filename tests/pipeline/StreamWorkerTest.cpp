@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Tests the hand-shake between the stream's worker and those who ask it.
 #include "pipeline/StreamWorker.h"
+#include "pipeline/Conversion.h"
 #include "support/FakeSources.h"
 
 #include <QtTest/QTest>
@@ -18,7 +19,8 @@ private Q_SLOTS:
     void requestsDuringAFetchAreServedByOneMore();
     void waitingRequestSeesAFetchThatBeganAfterIt();
     void clearDropsFramesUntilTheyAreAccepted();
-    void settingsChangedDuringAConversionHold();
+    void changeDuringAConversionIsLeftToItsEnd();
+    void frameWithoutALockIsConvertedAgainBetweenFetches();
     void stopDropsTheFrameBeingFetched();
     void leavingDoesNotWait();
 };
@@ -95,33 +97,74 @@ void StreamWorkerTest::clearDropsFramesUntilTheyAreAccepted()
 }
 
 // The pool is kept busy, so that the worker stands in the middle of its conversion while the settings change.
-void StreamWorkerTest::settingsChangedDuringAConversionHold()
+void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
 {
-    TestFrame frame(1024, 1024, RGB8); // so large that the pool is needed
-    for (std::size_t i = 0; i < frame.pixels.size(); i += 3)
-        frame.pixels[i] = 200; // blue, in the RGB order
-    for (int round = 0; round < 20; ++round) {
-        Gate fetched;
-        PullSource source([&](RawImage* image, ScopedLock*) {
-            *image = frame.raw;
-            fetched.pass();
-            return true;
-        });
-        StreamWorker worker(&source, [] {});
-        worker.start();
-        Gate busy;
-        std::thread occupant([&] { CopyPool::shared()->run([&](std::size_t, std::size_t) { busy.pass(); }); });
-        QTRY_VERIFY(busy.arrived() > 0);
-        worker.request();
-        fetched.open();
-        QTRY_COMPARE(fetched.arrived(), 1);
-        worker.changeSettings([](ConversionSettings& settings) { settings.rgbOrderReversed = true; });
-        busy.openForGood();
-        occupant.join();
-        QTRY_VERIFY(worker.front());
-        QCOMPARE(worker.front()->image.pixelColor(3, 3), QColor(200, 0, 0));
-        QCOMPARE(worker.front()->effective.format, BGR8);
-    }
+    const TestFrame small(64, 64, BayerRG8, 9);
+    const TestFrame large(2048, 2048, BayerRG8, 9); // for which the pool is needed
+    PushSource source;
+    StreamWorker worker(&source, [] {});
+    worker.start();
+    source.setNextFrame(small.raw);
+    worker.requestAndWait();
+    Gate busy;
+    std::thread occupant([&] { CopyPool::shared()->run([&](std::size_t, std::size_t) { busy.pass(); }); });
+    QTRY_VERIFY(busy.arrived() > 0);
+    source.setNextFrame(large.raw);
+    worker.request();
+    QVector<unsigned int> palette = grayRamp();
+    const auto dragPalette = [&] {
+        palette[9] += 0x10000;
+        return worker.changeSettings(&StageVersions::palette,
+                                     [&](ConversionSettings& settings) { settings.palette = palette; });
+    };
+    QTRY_COMPARE(dragPalette(), StreamWorker::Renewal::None);
+    const auto demosaic = [](ConversionSettings& settings) { settings.demosaicEnabled = true; };
+    QCOMPARE(worker.changeSettings(&StageVersions::demosaic, demosaic), StreamWorker::Renewal::None);
+    QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::None);
+    busy.openForGood();
+    occupant.join();
+    QTRY_COMPARE(worker.framesConverted(), std::uint64_t{2});
+    QCOMPARE(worker.front()->rendered.pixel(0, 0), palette[9]); // chosen before it was applied
+    QCOMPARE(worker.front()->image.format(), QImage::Format_Indexed8);
+    QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::Converted);
+    QCOMPARE(worker.front()->image.format(), QImage::Format_RGBX8888);
+    QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::None);
+    const int locks = source.frameLocks; // for two frames and one change
+    QCOMPARE(locks, 3);
+}
+
+// Without a lock, a frame can be read until the next one is asked for.
+void StreamWorkerTest::frameWithoutALockIsConvertedAgainBetweenFetches()
+{
+    ProtectedPixels pixels(64 * 64);
+    Gate gate;
+    PullSource source([&, isLent = false](RawImage* image, ScopedLock*) mutable {
+        if (isLent)
+            pixels.release();
+        gate.pass();
+        isLent = !isLent;
+        if (isLent)
+            pixels.acquire();
+        *image = {pixels.data(), 64, 64, BayerRG8, nullptr};
+        return isLent;
+    });
+    pixels.release();
+    StreamWorker worker(&source, [] {});
+    worker.start();
+    gate.open();
+    worker.requestAndWait();
+    const auto demosaic = [&](bool isOn) {
+        return worker.changeSettings(&StageVersions::demosaic,
+                                     [=](ConversionSettings& settings) { settings.demosaicEnabled = isOn; });
+    };
+    QCOMPARE(demosaic(true), StreamWorker::Renewal::Converted);
+    worker.request();
+    QTRY_COMPARE(gate.arrived(), 2);
+    QCOMPARE(demosaic(false), StreamWorker::Renewal::None);
+    gate.openForGood();
+    QTRY_COMPARE(source.fetches.load(), 2);
+    worker.stop();
+    QCOMPARE(demosaic(false), StreamWorker::Renewal::None); // nor when it was asked in vain
 }
 
 void StreamWorkerTest::stopDropsTheFrameBeingFetched()

@@ -116,6 +116,7 @@ private Q_SLOTS:
     void bitmapLock_data();
     void bitmapLock();
     void hostDrawsIntoTheBitmap();
+    void bitmapOverADemosaicedFrameGivesItsOwnValues();
 };
 
 void SurfaceStreamTest::pushedFrameIsShown()
@@ -590,13 +591,49 @@ void SurfaceStreamTest::hostDrawsIntoTheBitmap()
     display.show(bitmap);
     QCOMPARE(display.shown(), QColor(200, 0, 0));
 
-    // What the surface reads pixel values from stays until something else is shown.
+    // What is in view can be read, and converted again, whatever is locked meanwhile.
+    const auto redShown = [&] {
+        display.stream.updateAcquisitionState();
+        return display.surface.imageSrcPixVal({2, 2}, display.value) ? display.value.r : 0;
+    };
     QVERIFY(display.stream.setBitmapLocked(4, 4, RGBa8));
-    QVERIFY(display.surface.imageSrcPixVal({2, 2}, display.value));
-    QCOMPARE(display.value.r, 200u);
+    QCOMPARE(redShown(), 200u);
+    RawImage taken;
+    ScopedLock lock;
+    QVERIFY(display.stream.latestImage(&taken, &lock));
+    QVERIFY(display.stream.getBitmap(&bitmap));
+    display.stream.unlockBitmap();
+    lock.reset(nullptr);
+    display.source.push(taken); // no more
+    QCOMPARE(redShown(), 200u);
+    QVERIFY(display.stream.setBitmapLocked(4, 4, RGBa8));
     QVERIFY(display.stream.getBitmap(&bitmap));
     display.show(bitmap);
     QCOMPARE(qAlpha(display.stream.cloneLatestImage().pixel(0, 0)), 255);
+    std::fill_n(const_cast<std::uint8_t*>(bitmap.data), 64, std::uint8_t{50});
+    display.stream.unlockBitmap();
+    display.stream.setRgbOrderReversed(true);
+    QCOMPARE(display.shown(), QColor(50, 50, 50));
+    QVERIFY(display.stream.latestImage(&taken, &lock));
+    display.source.setUp = false;
+    display.stream.updateAcquisitionState();
+    QVERIFY(display.surface.pixmap().isNull());
+    QCOMPARE(int(taken.data[0]), 50); // as long as the lock is held
+}
+
+void SurfaceStreamTest::bitmapOverADemosaicedFrameGivesItsOwnValues()
+{
+    const TestFrame frame(8, 8, BayerRG8, 100);
+    PushDisplay display;
+    display.stream.setBayerDemosaicEnabled(true);
+    display.show(frame.raw);
+    QVERIFY(display.stream.setBitmapLocked(8, 8, Mono8));
+    RawImage bitmap;
+    QVERIFY(display.stream.getBitmap(&bitmap));
+    const_cast<std::uint8_t*>(bitmap.data)[9] = 77;
+    display.stream.updateAcquisitionState();
+    QVERIFY(display.surface.imageSrcPixVal({1, 1}, display.value));
+    QVERIFY(display.value.mono && display.value.value == 77);
 }
 
 QTEST_MAIN(SurfaceStreamTest)
