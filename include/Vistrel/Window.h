@@ -189,7 +189,7 @@ public:
     /// Keeps this window above a top-level window of the host, of whatever toolkit and thread; null ends that. On X11
     /// that is the window manager's to do. Without effect for what is no such window.
     void setTransientParent(HWND parent);
-    HWND transientParent() const;
+    HWND transientParent() const; ///< as it was given; null when there is none, and from the moment that it has gone
 
 private:
     class VISTREL_LOCAL PrivateData;

@@ -33,7 +33,8 @@ struct Parent
 {
     DWORD thread; // which owns the window
     std::set<HWND> children;
-    std::set<HWND> raised; // the children that became topmost with the parent
+    std::set<HWND> raised;      // the children that became topmost with the parent
+    bool isStackingDue = false; // a request is on its way to the carrier
 };
 
 // Never deleted: a hook procedure may still run while the process ends.
@@ -42,7 +43,14 @@ struct Registry
     std::mutex mutex; // never held while a window is moved: that calls other windows
     std::map<HWND, Parent> parents;
     std::map<DWORD, HHOOK> hooks; // by thread, for each thread that owns a parent
+    HWND carrier = nullptr;       // a message-only window of the children's thread: takes requests of other threads
 };
+
+constexpr UINT stackingMessage = WM_APP; // with the parent
+constexpr UINT_PTR lookTimer = 1;
+constexpr UINT lookInterval = 50; // milliseconds
+constexpr int lookCount = 10;
+int looksLeft = 0; // the children's thread only
 
 Registry& registry()
 {
@@ -99,10 +107,9 @@ bool isTopmost(HWND window)
     return (GetWindowLongPtrW(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
 }
 
-// Asynchronous: the window's thread may be waiting for this one.
 void putBelow(HWND window, HWND upper)
 {
-    SetWindowPos(window, upper, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE | SWP_ASYNCWINDOWPOS);
+    SetWindowPos(window, upper, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOMOVE | SWP_NOACTIVATE);
 }
 
 BOOL CALLBACK addWindow(HWND window, LPARAM list)
@@ -140,8 +147,8 @@ void stackAbove(HWND parent, const std::set<HWND>& children, const std::set<HWND
     }
 }
 
-// With a topmost parent the children become topmost, and with an ordinary one no longer.
-void parentWasMoved(HWND parent)
+// On the children's thread. With a topmost parent the children become topmost, and with an ordinary one no longer.
+void stackChildren(HWND parent)
 {
     std::set<HWND> children;
     std::set<HWND> lowered;
@@ -151,6 +158,7 @@ void parentWasMoved(HWND parent)
         const auto entry = all.parents.find(parent);
         if (entry == all.parents.end())
             return;
+        entry->second.isStackingDue = false;
         children = entry->second.children;
         std::set<HWND>& raised = entry->second.raised;
         if (!isTopmost(parent))
@@ -162,21 +170,71 @@ void parentWasMoved(HWND parent)
     stackAbove(parent, children, lowered);
 }
 
+std::vector<HWND> allParents()
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    std::vector<HWND> parents;
+    for (const auto& entry : all.parents)
+        parents.push_back(entry.first);
+    return parents;
+}
+
+// Wine and window managers raise an activated window a while later and send no message when they have, so the order is
+// looked at again for half a second after the last request.
+LRESULT CALLBACK carrierProcedure(HWND carrier, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    try {
+        if (message == stackingMessage) {
+            stackChildren(reinterpret_cast<HWND>(wParam));
+            looksLeft = lookCount;
+            SetTimer(carrier, lookTimer, lookInterval, nullptr);
+        } else if (message == WM_TIMER) {
+            if (--looksLeft <= 0)
+                KillTimer(carrier, lookTimer);
+            for (const HWND parent : allParents())
+                stackChildren(parent);
+        }
+    } catch (...) {
+        reportException("stacking above a transient parent"); // nothing may leave for the system
+    }
+    return DefWindowProcW(carrier, message, wParam, lParam);
+}
+
+// Has the children of a parent stacked by their own thread: a window's thread may be waiting for the parent's, and a
+// place that another thread computes may be an old one when it is taken. At most one request of a parent is on its way.
+void requestStacking(HWND parent)
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    const auto entry = all.parents.find(parent);
+    if (entry != all.parents.end() && !entry->second.isStackingDue)
+        entry->second.isStackingDue =
+            PostMessageW(all.carrier, stackingMessage, reinterpret_cast<WPARAM>(parent), 0) != 0;
+}
+
 LRESULT CALLBACK beforeWindowProcedure(int code, WPARAM wParam, LPARAM lParam)
 {
     if (code == HC_ACTION) {
         const auto* const call = reinterpret_cast<const CWPSTRUCT*>(lParam);
-        if (call->message == WM_WINDOWPOSCHANGED) {
-            try {
-                parentWasMoved(call->hwnd);
-            } catch (...) {
-                reportException("stacking above a transient parent"); // nothing may leave for the system
-            }
-        } else if (call->message == WM_NCDESTROY) {
+        if (call->message == WM_WINDOWPOSCHANGED || call->message == WM_ACTIVATE)
+            requestStacking(call->hwnd);
+        else if (call->message == WM_NCDESTROY)
             forgetParent(call->hwnd);
-        }
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+// Under the mutex.
+bool makeCarrier(Registry& all)
+{
+    if (!all.carrier) {
+        all.carrier = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                      GetModuleHandleW(nullptr), nullptr);
+        if (all.carrier)
+            SetWindowLongPtrW(all.carrier, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(carrierProcedure));
+    }
+    return all.carrier;
 }
 
 // Under the mutex.
@@ -195,19 +253,20 @@ bool addTransientChild(HWND parent, HWND child)
 {
     parent = GetAncestor(parent, GA_ROOT);
     const DWORD thread = threadOf(parent);
-    if (thread == 0 || threadOf(child) == 0 || parent == child)
+    if (thread == 0 || threadOf(child) != GetCurrentThreadId() || parent == child)
         return false;
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.mutex);
     forgetTheDead(all);
     // Two windows that go above each other would never come to rest.
-    if (isKeptAbove(all, parent, child))
+    if (isKeptAbove(all, parent, child) || !makeCarrier(all))
         return false;
     if (all.hooks.count(thread) == 0) {
         const HHOOK hook = SetWindowsHookExW(WH_CALLWNDPROC, beforeWindowProcedure, nullptr, thread);
         if (!hook)
             return false;
         all.hooks[thread] = hook;
+        PostMessageW(parent, WM_NULL, 0, 0); // Wine's threads learn of a hook with the next message that they take
     }
     removeChild(all, child);
     Parent& entry = all.parents[parent];
@@ -225,12 +284,24 @@ void removeTransientChild(HWND child)
     removeIdleHooks(all);
 }
 
+bool isTransientChild(HWND child)
+{
+    Registry& all = registry();
+    const std::lock_guard<std::mutex> guard(all.mutex);
+    forgetTheDead(all);
+    return std::any_of(all.parents.begin(), all.parents.end(),
+                       [&](const auto& entry) { return entry.second.children.count(child) != 0; });
+}
+
 void removeTransientParents()
 {
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.mutex);
     all.parents.clear();
     removeIdleHooks(all);
+    if (all.carrier)
+        DestroyWindow(all.carrier);
+    all.carrier = nullptr;
 }
 
 #elif defined(VISTREL_HAS_X11)
@@ -301,6 +372,18 @@ void removeTransientChild(HWND child)
     xcb_flush(QX11Info::connection());
 }
 
+bool isTransientChild(HWND child)
+{
+    auto& parents = registry().parents;
+    const auto entry = parents.find(child);
+    if (entry == parents.end() || !QX11Info::isPlatformX11())
+        return false;
+    if (isLiving(QX11Info::connection(), numberOf(entry->second)))
+        return true;
+    parents.erase(entry); // the number may become another window's
+    return false;
+}
+
 void removeTransientParents()
 {
     registry().parents.clear();
@@ -314,6 +397,11 @@ bool addTransientChild(HWND, HWND)
 }
 
 void removeTransientChild(HWND) {}
+
+bool isTransientChild(HWND)
+{
+    return false;
+}
 
 void removeTransientParents() {}
 

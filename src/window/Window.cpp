@@ -95,8 +95,8 @@ bool Window::PrivateData::eventFilter(QObject*, QEvent* event)
 
 void Window::PrivateData::renewTransientParent()
 {
-    if (windowQt && transientParentHandle)
-        window->setTransientParent(transientParentHandle);
+    if (windowQt)
+        window->setTransientParent(window->transientParent());
 }
 
 Window::Window(ScopedAcquisitionInterface&& acquisitionInterface)
@@ -518,7 +518,7 @@ void Window::setTransientParent(HWND parent)
 
 HWND Window::transientParent() const
 {
-    return m_data->transientParentHandle;
+    return isTransientChild(m_data->transientChild) ? m_data->transientParentHandle : nullptr;
 }
 
 } // namespace Vistrel
