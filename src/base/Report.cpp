@@ -2,9 +2,10 @@
 // The one way to the standard error stream, and the guard around calls into the host.
 #include "base/Report.h"
 
+#include "platform/ErrorStream.h"
+
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 
 namespace Vistrel {
 
@@ -26,8 +27,7 @@ void reportLine(const std::string& line) noexcept
         sink(line);
         return;
     }
-    // One call, so that lines of several threads do not mix.
-    std::fprintf(stderr, "%s\n", line.c_str());
+    writeErrorLine(line.c_str());
 }
 
 void reportException(const char* operation) noexcept
@@ -46,7 +46,7 @@ void reportException(const char* operation) noexcept
             reportLine(prefix + "unknown exception");
         }
     } catch (...) {
-        std::fputs("Vistrel: out of memory\n", stderr);
+        writeErrorLine("Vistrel: out of memory");
     }
 }
 

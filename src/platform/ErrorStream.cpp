@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// Where messages go that nobody asked for.
+#include "platform/ErrorStream.h"
+
+#include <cstdio>
+
+#if defined(_WIN32)
+#include <string>
+#include <windows.h>
+#endif
+
+namespace Vistrel {
+
+void writeErrorLine(const char* line) noexcept
+{
+#if defined(_WIN32)
+    if (_fileno(stderr) < 0) {
+        try {
+            OutputDebugStringA((std::string(line) + '\n').c_str());
+        } catch (...) {
+            OutputDebugStringA(line);
+        }
+        return;
+    }
+#endif
+    std::fprintf(stderr, "%s\n", line); // one call
+}
+
+} // namespace Vistrel
