@@ -22,6 +22,11 @@ QString maker()
     return QStringLiteral("Korvane");
 }
 
+QString makerLink()
+{
+    return QStringLiteral("<a href=\"https://www.korvane.example\">%1</a>").arg(maker());
+}
+
 QString known(const QString& version)
 {
     return version.isEmpty() ? AboutDialog::tr("Unknown") : version;
@@ -60,11 +65,6 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent), m_form(std::make_un
 }
 
 AboutDialog::~AboutDialog() = default;
-
-QString AboutDialog::makerLink()
-{
-    return QStringLiteral("<a href=\"https://www.korvane.example\">%1</a>").arg(maker());
-}
 
 void AboutDialog::describeLibrary()
 {

@@ -23,8 +23,6 @@ public:
     explicit AboutDialog(QWidget* parent = nullptr);
     ~AboutDialog() override;
 
-    static QString makerLink(); ///< the name of who makes this library, as rich text
-
     /// Fills the box with what is to be said of this library, and fixes its size.
     void describeLibrary();
 

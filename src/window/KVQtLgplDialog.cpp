@@ -3,7 +3,6 @@
 #include "window/KVQtLgplDialog.h"
 
 #include "ui_KVQtLgplDialog.h"
-#include "window/AboutDialog.h"
 
 #include <QtCore/QFile>
 #include <QtGui/QFontDatabase>
@@ -45,9 +44,9 @@ KVQtLgplDialog::KVQtLgplDialog(QWidget* parent) : QDialog(parent)
     }
 
     form.sourceCodeLabel->setText(
-        tr("For at least three years from when you received this library, %1 sends you the source code of Qt %2, which "
-           "it uses, on request and for no more than the cost of doing so.")
-            .arg(AboutDialog::makerLink(), QLatin1String(qVersion())));
+        tr("The source code of Qt %1, which this library uses, with the patches that it was built with, is in the "
+           "archive that is distributed beside this library's package and made by the same script.")
+            .arg(QLatin1String(qVersion())));
 
     // The text's whole width and a page of it, as far as the screen has room.
     const int lineHeight = form.lgpl21Label->fontMetrics().lineSpacing();
