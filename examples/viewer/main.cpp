@@ -46,6 +46,30 @@ QString titleOf(const Options& options)
 }
 
 #if defined(_WIN32)
+// A program of windows has no standard streams, unless they were redirected: it takes the console of who started it.
+void useConsole()
+{
+    const bool wantsOutput = _fileno(stdout) < 0;
+    const bool wantsErrors = _fileno(stderr) < 0;
+    if ((!wantsOutput && !wantsErrors) || !AttachConsole(ATTACH_PARENT_PROCESS))
+        return;
+    if (wantsOutput)
+        std::freopen("CONOUT$", "w", stdout);
+    if (wantsErrors) {
+        std::freopen("CONOUT$", "w", stderr);
+        std::setvbuf(stderr, nullptr, _IONBF, 0);
+    }
+}
+
+// On the console that the program was started from, or, where there is none, in a box.
+void complain(const QString& message)
+{
+    if (_fileno(stderr) >= 0)
+        std::fprintf(stderr, "viewer: %s\n", qPrintable(message));
+    else
+        MessageBoxW(nullptr, reinterpret_cast<const wchar_t*>(message.utf16()), L"Vistrel Viewer", MB_ICONERROR);
+}
+
 // From the system: the C library's own have lost every letter that the 8-bit encoding does not know.
 QStringList commandLine(int, char**)
 {
@@ -59,6 +83,13 @@ QStringList commandLine(int, char**)
     return arguments;
 }
 #else
+void useConsole() {}
+
+void complain(const QString& message)
+{
+    std::fprintf(stderr, "viewer: %s\n", qPrintable(message));
+}
+
 QStringList commandLine(int argc, char** argv)
 {
     QStringList arguments;
@@ -72,11 +103,12 @@ QStringList commandLine(int argc, char** argv)
 
 int main(int argc, char* argv[])
 {
+    useConsole();
     const QStringList arguments = commandLine(argc, argv);
     QString error;
     const std::optional<Options> options = parseOptions(arguments, &error);
     if (!options) {
-        std::fprintf(stderr, "viewer: %s\nTry viewer --help.\n", qPrintable(error));
+        complain(QStringLiteral("%1\nTry viewer --help.").arg(error));
         return 2;
     }
     if (options->help) {
@@ -95,7 +127,7 @@ int main(int argc, char* argv[])
         std::printf("%s\n", qPrintable(outcome.statistics));
         return outcome.exitCode;
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "viewer: %s\n", failure.what());
+        complain(QString::fromLocal8Bit(failure.what()));
         return 1;
     }
 }
