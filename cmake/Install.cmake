@@ -10,7 +10,8 @@ install(FILES ${VISTREL_PUBLIC_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/
 install(EXPORT VistrelTargets NAMESPACE Vistrel:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/VistrelConfig.cmake.in ${PROJECT_BINARY_DIR}/VistrelConfig.cmake
-                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
+                              INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel
+                              PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/VistrelConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/VistrelConfig.cmake ${PROJECT_BINARY_DIR}/VistrelConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Vistrel)
