@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Vistrel for Python, by ctypes and NumPy on the library's flat C interface. Copy it, and add what else you need.
 
-The library is the one that VISTREL_LIBRARY names, or else the installed one. The thread that makes the `Application` is
-the user-interface thread; everything belongs there but `Window.push`, `Window.signal`, `Window.ask` and
-`Application.exit`.
+The library is the one that VISTREL_LIBRARY names, or else the one beside this file, or else the installed one. The
+thread that makes the `Application` is the user-interface thread; everything belongs there but `Window.push`,
+`Window.signal`, `Window.ask` and `Application.exit`.
 """
 
 import ctypes
@@ -20,8 +20,14 @@ import numpy as np
 
 from vistrel_constants import *
 
-_library = ctypes.CDLL(os.environ.get("VISTREL_LIBRARY") or
-                       ("Vistrel.dll" if sys.platform == "win32" else "libVistrel.so.0.1"))
+
+def _find_library():
+    name = "Vistrel.dll" if sys.platform == "win32" else "libVistrel.so.0.1"
+    beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), name)
+    return os.environ.get("VISTREL_LIBRARY") or (beside if os.path.exists(beside) else name)
+
+
+_library = ctypes.CDLL(_find_library())
 
 
 # Text is in the local 8-bit encoding.
