@@ -11,8 +11,8 @@ compiler_folders() {
 }
 
 windows_packages=(cmake ninja-build make pkg-config python3 dpkg-dev g++ g++-mingw-w64-x86-64-posix
-    libboost1.74-tools-dev librsvg2-bin fonts-liberation)
-wine_packages=(wine64 wine fonts-wine imagemagick zip unzip)
+    libboost1.74-tools-dev librsvg2-bin fonts-liberation llvm)
+wine_packages=(wine64 wine fonts-wine imagemagick zip unzip clang lld)
 
 # use_wine [FOLDER]...: sets up this shell so that `wine` finds libraries in these folders. Its state is this tree's own.
 use_wine() {

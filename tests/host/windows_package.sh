@@ -8,12 +8,31 @@ checker=$1
 . "$SOURCE_DIR/scripts/windows/common.sh"
 export LC_ALL=C.UTF-8
 
-echo "== Packing"
+echo "== Packing, twice the same"
 "$SOURCE_DIR/scripts/windows/package"
+zips=("$SOURCE_DIR"/build/Vistrel-*-windows-x86_64*.zip)
+first=$(sha256sum "${zips[@]}")
+sleep 2 # the step of the times in these files
+"$SOURCE_DIR/scripts/windows/package"
+[ "$first" = "$(sha256sum "${zips[@]}")" ] || { echo "FAIL: the packages differ"; exit 1; }
+x86_64-w64-mingw32-objdump -p "$BUILD_DIR/bin/Vistrel.dll" | grep 'Time/Date.* 1970'
 rm -rf "$WORK_DIR"
 mkdir -p "$WORK_DIR/für Kameras" # a name as users have it
 unzip -q "$SOURCE_DIR"/build/Vistrel-*-windows-x86_64.zip -d "$WORK_DIR/für Kameras"
 package=$(echo "$WORK_DIR/für Kameras"/*)
+
+echo "== Looking for papers and sources"
+for paper in qt boost highway gcc mingw-w64 LGPL-3 GPL-3 Apache-2.0; do
+    test -s "$package/licences/$paper.txt"
+done
+if grep -rn /usr/share/common-licenses "$package/licences"; then
+    echo "FAIL: a paper names a text that is not here"
+    exit 1
+fi
+listing=$(unzip -l "$SOURCE_DIR"/build/Vistrel-*-windows-x86_64-sources.zip)
+grep 'qt/qtbase.*\.orig\.tar' <<<"$listing"
+grep 'qt/qtbase.*\.debian\.tar' <<<"$listing"
+
 use_wine # nothing but the package can be found
 
 echo "== Running the viewer from $package"
@@ -46,4 +65,11 @@ for toolkit in ON OFF; do
     wine "$package/bin/plain_c.exe"
 done
 wine "$package/bin/host.exe"
+
+echo "== Building a C host by a compiler of the other kind"
+clang --target=x86_64-pc-windows-msvc -std=c99 -Wall -Wextra -Werror -ffreestanding -I"$package/include" \
+    -c "$HOST_DIR/bare.c" -o "$WORK_DIR/bare.obj"
+lld-link /nologo /subsystem:console /entry:start /nodefaultlib "/out:$package/bin/bare.exe" "$WORK_DIR/bare.obj" \
+    "$package/lib/Vistrel.lib" /usr/x86_64-w64-mingw32/lib/libkernel32.a
+wine "$package/bin/bare.exe"
 echo "== All ran from the package"
