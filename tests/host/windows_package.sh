@@ -68,8 +68,8 @@ wine "$package/bin/host.exe"
 
 echo "== Building a C host by a compiler of the other kind"
 clang --target=x86_64-pc-windows-msvc -std=c99 -Wall -Wextra -Werror -ffreestanding -I"$package/include" \
-    -c "$HOST_DIR/bare.c" -o "$WORK_DIR/bare.obj"
-lld-link /nologo /subsystem:console /entry:start /nodefaultlib "/out:$package/bin/bare.exe" "$WORK_DIR/bare.obj" \
+    -c "$HOST_DIR/plain.c" -o "$WORK_DIR/plain.obj"
+lld-link /nologo /subsystem:console /entry:start /nodefaultlib "/out:$package/bin/plain_other.exe" "$WORK_DIR/plain.obj" \
     "$package/lib/Vistrel.lib" /usr/x86_64-w64-mingw32/lib/libkernel32.a
-wine "$package/bin/bare.exe"
+wine "$package/bin/plain_other.exe"
 echo "== All ran from the package"

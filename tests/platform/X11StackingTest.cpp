@@ -76,9 +76,6 @@ public:
         return -1;
     }
 
-    template <typename Reply>
-    using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
-
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     const xcb_window_t number = xcb_generate_id(connection);
     xcb_window_t root = 0;
