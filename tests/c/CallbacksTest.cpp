@@ -308,7 +308,7 @@ void CallbacksTest::workerAsks()
         bool eventFilter(QObject* receiver, QEvent* event) override
         {
             const bool isCall =
-                event->type() == QEvent::MetaCall && strstr(receiver->metaObject()->className(), "Call");
+                event->type() == QEvent::MetaCall && strstr(receiver->metaObject()->className(), "CallCarrier");
             if (isCall)
                 VTWindowDestroy(window);
             return false;
