@@ -91,8 +91,6 @@ private Q_SLOTS:
     void lookUp();
     void storesMakeNoDifference();
     void vectorsCanBeForbidden();
-    void exactBytes_data();
-    void exactBytes();
     void onlyKnownDepthsConvert();
     void impossibleFramesAreRefused_data();
     void impossibleFramesAreRefused();
@@ -242,49 +240,6 @@ void ConversionTest::vectorsCanBeForbidden()
     QVERIFY(forbidding.waitForFinished());
     QVERIFY2(forbidding.exitStatus() == QProcess::NormalExit && forbidding.exitCode() == 0,
              forbidding.readAllStandardOutput().constData());
-}
-
-void ConversionTest::exactBytes_data()
-{
-    QTest::addColumn<unsigned>("format");
-    QTest::addColumn<unsigned>("width");
-    QTest::addColumn<QByteArray>("source");
-    QTest::addColumn<QByteArray>("expected");
-    const auto row = [](const char* name, unsigned format, unsigned width, const char* source, const char* expected) {
-        QTest::newRow(name) << format << width << QByteArray::fromHex(source) << QByteArray(expected);
-    };
-    row("bytes stay", Mono8, 4, "00017fff", "00017fff");
-    row("10 bits wrap", Mono10, 3, "ff0300040304", "ff0000");
-    row("12 bits wrap", Mono12, 3, "ff0f00101f10", "ff0001");
-    row("14 bits wrap", Mono14, 3, "ff3f00404040", "ff0001");
-    row("16 bits", Mono16, 3, "ffffff000001", "ff0001");
-    row("colour of 12 bits wraps", BGR12, 1, "ff0f00101010", "ff0001ff");
-    row("packed", Mono10p, 4, "ffc0000000", "ff000000");
-    row("packed, 0x004 0x008 0x010 0x3fc", Mono10p, 4, "01008043fc", "010204ff");
-    row("packed, not swapped", Mono10p_NoSwap, 4, "000000000000c0ff", "ff000000");
-    row("both packing bits", 0xC00A, 2, "ff030001", "ff40");
-    row("first is blue", RGB8, 1, "102030", "302010ff");
-    row("first is red", BGR8, 1, "102030", "102030ff");
-    row("pattern of colour", RGB8 | BayerRG, 1, "102030", "302010ff");
-    row("alpha is ignored", RGBa8, 2, "1020300040506080", "302010ff605040ff");
-    row("alpha is ignored, first is red", BGRa8, 1, "10203000", "102030ff");
-    row("30 bits, first is red", RGB10p32, 1, "ff030000", "ff0000ff");
-    row("30 bits, first is blue", BGR10p32, 1, "ff030000", "0000ffff");
-    row("30 bits, upper two ignored", RGB10p32, 1, "000000c0", "000000ff");
-}
-
-void ConversionTest::exactBytes()
-{
-    QFETCH(unsigned, format);
-    QFETCH(unsigned, width);
-    QFETCH(QByteArray, source);
-    QFETCH(QByteArray, expected);
-    const GuardedBuffer memory(static_cast<std::size_t>(source.size()), GuardedBuffer::AtBack);
-    std::copy(source.begin(), source.end(), memory.data());
-    QImage target;
-    PixelBuffer buffer;
-    QVERIFY(convertFrame(m_pool, target, buffer, {memory.data(), width, 1, Format(format), nullptr}));
-    QCOMPARE(bytesOf(target).toHex(), expected);
 }
 
 void ConversionTest::onlyKnownDepthsConvert()

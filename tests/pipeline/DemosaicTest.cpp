@@ -114,7 +114,6 @@ private Q_SLOTS:
     void everySize_data();
     void everySize();
     void largeFrames();
-    void flatColorStaysFlat();
     void refusals_data();
     void refusals();
 
@@ -176,27 +175,6 @@ void DemosaicTest::largeFrames()
                 faultOf(m_pool, {source.data(), width, height, format, nullptr}, GuardedBuffer::AtBack);
             QVERIFY2(fault.isEmpty(), fault.constData());
         }
-    }
-}
-
-void DemosaicTest::flatColorStaysFlat()
-{
-    constexpr std::size_t width = 17;
-    constexpr std::size_t height = 6;
-    for (const Format format : {BayerGB8, BayerGR8, BayerRG8, BayerBG8, BayerGB12, BayerGR12, BayerRG12, BayerBG12}) {
-        const Layout layout = layoutOf(format);
-        std::vector<std::uint8_t> bytes(width * height * layout.bytes);
-        for (std::size_t i = 0; i < width * height; ++i) {
-            const char color = colorAt(format, static_cast<int>(i % width), static_cast<int>(i / width));
-            const unsigned level = (color == 'R' ? 250u : color == 'G' ? 120u : 3u) << (layout.bits - 8);
-            for (std::size_t byte = 0; byte < layout.bytes; ++byte)
-                bytes[i * layout.bytes + byte] = static_cast<std::uint8_t>(level >> 8 * byte);
-        }
-        QImage target;
-        PixelBuffer buffer;
-        QVERIFY(convertFrame(m_pool, target, buffer, {bytes.data(), width, height, format, nullptr}));
-        for (std::size_t i = 0; i < width * height; ++i)
-            QCOMPARE(target.pixel(static_cast<int>(i % width), static_cast<int>(i / width)), qRgb(250, 120, 3));
     }
 }
 

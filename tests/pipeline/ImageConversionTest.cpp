@@ -31,7 +31,6 @@ class ImageConversionTest : public QObject
 private Q_SLOTS:
     void everyImageBecomesAFrame_data();
     void everyImageBecomesAFrame();
-    void nullImageChangesNothing();
     void renderedImages_data();
     void renderedImages();
 
@@ -82,19 +81,6 @@ void ImageConversionTest::everyImageBecomesAFrame()
             QCOMPARE(image.pixel(x, y), opaque.pixel(x, y));
         }
     }
-}
-
-void ImageConversionTest::nullImageChangesNothing()
-{
-    PixelBuffer buffer(5, std::uint8_t{9});
-    QImage image(2, 2, QImage::Format_RGB32);
-    image.fill(Qt::red);
-    const QImage before = image.copy();
-    RawImage raw{buffer.data(), 5, 1, Mono8, &buffer};
-    QVERIFY(!rawFromImage(m_pool, QImage(), buffer, image, raw));
-    QVERIFY(buffer == PixelBuffer(5, std::uint8_t{9}));
-    QCOMPARE(image, before);
-    QVERIFY(raw.data == buffer.data() && raw.width == 5 && raw.height == 1 && raw.format == Mono8);
 }
 
 void ImageConversionTest::renderedImages_data()
