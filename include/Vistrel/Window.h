@@ -59,7 +59,8 @@ public:
     SurfaceScrollArea* surfaceScrollArea();
     const SurfaceScrollArea* surfaceScrollArea() const;
 
-    // Place and size in logical screen pixels, without the frame but in `move` and where it says so.
+    // Place and size in logical screen pixels, without the frame but in `move` and where it says so. A side is bounded
+    // to 1 to 32,767; a place that meets no screen is moved by as little as makes it meet one.
     void move(int x, int y);
     void resize(int width, int height);
     int width() const;
@@ -70,7 +71,8 @@ public:
     /// So that the frame has this place and size. How wide the frame is, is known once the window has been shown.
     void setFrameGeometry(int x, int y, int width, int height);
     bool saveGeometry(char* const buffer, std::size_t* const size) const; ///< as a text for `restoreGeometry`
-    /// False, and the window unchanged, for a text that did not come whole from `saveGeometry`.
+    /// False, and the window unchanged, for a text that did not come whole from `saveGeometry`, or whose rectangles are
+    /// out of the bounds above.
     bool restoreGeometry(const char* const text);
 
     void show();

@@ -12,14 +12,11 @@
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 
-#include <QtCore/QDataStream>
 #include <QtCore/QEvent>
 #include <QtWidgets/QAction>
 
-#include <algorithm>
 #include <cassert>
 #include <cstdint>
-#include <iterator>
 #include <string>
 #include <utility>
 
@@ -30,18 +27,6 @@ namespace {
 HWND handleOf(WId id)
 {
     return reinterpret_cast<HWND>(id);
-}
-
-// Whether the toolkit's saved geometry has all that its version holds; what is missing it would take for zeros.
-bool isWhole(const QByteArray& geometry)
-{
-    constexpr int sizes[] = {0, 46, 50, 66}; // bytes, by major version
-    QDataStream stream(geometry);
-    quint32 magic = 0;
-    quint16 version = 0;
-    stream >> magic >> version;
-    return stream.status() == QDataStream::Ok && version >= 1 &&
-           geometry.size() >= sizes[std::min<std::size_t>(version, std::size(sizes) - 1)];
 }
 
 } // namespace
@@ -177,68 +162,6 @@ SurfaceScrollArea* Window::surfaceScrollArea()
 const SurfaceScrollArea* Window::surfaceScrollArea() const
 {
     return const_cast<Window*>(this)->surfaceScrollArea();
-}
-
-// Place and size ------------------------------------------------------------------------------------------------------
-
-void Window::move(int x, int y)
-{
-    m_data->tell("move", [=](WindowQt& w) { w.move(x, y); });
-}
-
-void Window::resize(int width, int height)
-{
-    m_data->tell("resize", [=](WindowQt& w) { w.resize(width, height); });
-}
-
-int Window::width() const
-{
-    return m_data->ask("width", [](WindowQt& w) { return w.width(); });
-}
-
-int Window::height() const
-{
-    return m_data->ask("height", [](WindowQt& w) { return w.height(); });
-}
-
-void Window::getGeometry(int& x, int& y, int& width, int& height) const
-{
-    m_data->ask("getGeometry", [](WindowQt& w) { return w.geometry(); }).getRect(&x, &y, &width, &height);
-}
-
-void Window::getFrameGeometry(int& x, int& y, int& width, int& height) const
-{
-    m_data->ask("getFrameGeometry", [](WindowQt& w) { return w.frameGeometry(); }).getRect(&x, &y, &width, &height);
-}
-
-void Window::setGeometry(int x, int y, int width, int height)
-{
-    m_data->tell("setGeometry", [=](WindowQt& w) { w.setGeometry(x, y, width, height); });
-}
-
-void Window::setFrameGeometry(int x, int y, int width, int height)
-{
-    m_data->tell("setFrameGeometry", [=](WindowQt& w) {
-        const QSize frame = w.frameGeometry().size() - w.size();
-        w.move(x, y);
-        w.resize(QSize(width, height) - frame);
-    });
-}
-
-bool Window::saveGeometry(char* const buffer, std::size_t* const size) const
-{
-    return m_data->ask("saveGeometry", [=](WindowQt& w) {
-        return latin1Out(QString::fromLatin1(w.saveGeometry().toHex()), buffer, size);
-    });
-}
-
-bool Window::restoreGeometry(const char* const text)
-{
-    return m_data->ask("restoreGeometry", [=](WindowQt& w) {
-        const QByteArray hexadecimal = QByteArray(text).toLower();
-        const QByteArray geometry = QByteArray::fromHex(hexadecimal);
-        return geometry.toHex() == hexadecimal && isWhole(geometry) && w.restoreGeometry(geometry);
-    });
 }
 
 // Visibility ----------------------------------------------------------------------------------------------------------

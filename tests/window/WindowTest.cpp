@@ -8,10 +8,13 @@
 #include "base/Report.h"
 #include "support/FakeSources.h"
 
+#include <QtGui/QScreen>
 #include <QtTest/QtTest>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QDialog>
 #include <QtWidgets/QLabel>
+
+#include <limits>
 
 using namespace Vistrel;
 
@@ -41,7 +44,8 @@ class WindowTest : public QObject
 private Q_SLOTS:
     void textsAreCutToTheBuffer();
     void geometryComesBack();
-    void geometryThatIsNotWholeIsRefused();
+    void geometryThatCannotBeShownIsRefused();
+    void geometryIsBoundedToTheScreens();
     void settingsReachTheWindow();
     void bayerFilterOverride();
     void applicationAbout();
@@ -88,17 +92,47 @@ void WindowTest::geometryComesBack()
     QCOMPARE(QRect(x, y, width, height), QRect(30, 20, 450, 380));
 }
 
-void WindowTest::geometryThatIsNotWholeIsRefused()
+void WindowTest::geometryThatCannotBeShownIsRefused()
 {
     Window window{ScopedAcquisitionInterface()};
     window.setGeometry(40, 50, 500, 400);
     const QByteArray saved = textOf(window, &Window::saveGeometry);
-    const QByteArray texts[] = {saved.left(saved.size() - 2),   saved.left(9), saved + "zz", "rubbish", "",
-                                QByteArray("00") + saved.mid(2)};
+    const auto with = [&saved](int number, quint32 value) { // in place of one of the text's numbers
+        return saved.left(8 * number) + QByteArray::number(value, 16).rightJustified(8, '0') +
+               saved.mid(8 * number + 8);
+    };
+    const QByteArray texts[] = {saved.left(saved.size() - 2),
+                                saved.left(9),
+                                saved + "zz",
+                                saved + "00",
+                                "rubbish",
+                                "",
+                                QByteArray("00") + saved.mid(2),
+                                with(4, 50000) /* right edge of the frame */,
+                                with(9, 50000) /* bottom of the normal place */,
+                                with(4, 0x80000000)};
+    QVERIFY(window.restoreGeometry(with(4, 700).constData()));
+    window.setGeometry(40, 50, 500, 400);
     for (const QByteArray& text : texts)
         QVERIFY2(!window.restoreGeometry(text.constData()), text.constData());
     QVERIFY(!window.restoreGeometry(nullptr));
     QCOMPARE(window.qt_handle()->geometry(), QRect(40, 50, 500, 400));
+}
+
+void WindowTest::geometryIsBoundedToTheScreens()
+{
+    Window window{ScopedAcquisitionInterface()};
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    constexpr int least = std::numeric_limits<int>::min();
+    constexpr int most = std::numeric_limits<int>::max();
+    window.resize(1 << 30, most);
+    QCOMPARE(window.qt_handle()->size(), QSize(32767, 32767));
+    window.setGeometry(most, least, 600, 500);
+    QCOMPARE(window.qt_handle()->geometry(), QRect(screen.right(), screen.top() - 499, 600, 500));
+    window.setFrameGeometry(least, 30, 600, most);
+    QCOMPARE(window.qt_handle()->frameGeometry(), QRect(screen.left() - 599, 30, 600, 32767));
+    window.move(most, most);
+    QCOMPARE(window.qt_handle()->frameGeometry().topLeft(), screen.bottomRight());
 }
 
 void WindowTest::settingsReachTheWindow()
