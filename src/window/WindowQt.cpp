@@ -3,6 +3,7 @@
 #include "window/WindowQt_p.h"
 
 #include "pipeline/SurfaceStream_p.h"
+#include "platform/WindowHints.h"
 #include "window/SourceKeeper.h"
 
 #include <Vistrel/AbstractFileInterface.h>
@@ -312,20 +313,7 @@ void WindowQt::setCloseable(bool closeable)
     if (closeable == this->closeable())
         return;
     m_data->form.actionClose->setEnabled(closeable);
-    Qt::WindowFlags flags = windowFlags() & Qt::WindowType_Mask;
-    if (!closeable)
-        flags |=
-            Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint;
-    // Other flags make another native window, which is hidden and placed anew.
-    const bool wasVisible = isVisible();
-    const Qt::WindowStates state = windowState();
-    const QRect place = geometry();
-    setWindowFlags(flags);
-    if (state == Qt::WindowNoState)
-        setGeometry(place);
-    setWindowState(Qt::WindowNoState);
-    setWindowState(state);
-    setVisible(wasVisible);
+    setCloseButton(*this, closeable);
 }
 
 void WindowQt::closeEvent(QCloseEvent* event)
