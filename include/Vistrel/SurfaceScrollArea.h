@@ -33,6 +33,7 @@ public:
     explicit SurfaceScrollArea(QWidget* parent = nullptr);
     ~SurfaceScrollArea() override;
 
+    // The area's own, never to be deleted.
     Surface* surface();
     const Surface* surface() const;
     QScrollBar* horizontalScrollBar();
@@ -40,7 +41,7 @@ public:
     QScrollBar* verticalScrollBar();
     const QScrollBar* verticalScrollBar() const;
 
-    QWidget* cornerWidget();
+    QWidget* cornerWidget(); ///< null, too, once the host has deleted it
     const QWidget* cornerWidget() const;
     /// Takes ownership of the widget, or of none for null; the one before it is deleted. It is shown, as a square,
     /// while either bar is.

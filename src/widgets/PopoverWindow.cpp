@@ -103,7 +103,10 @@ void PopoverWindow::popUp(QWidget* anchor, QWidget* fallback)
     m_data->anchor = anchor;
     m_data->fallback = fallback;
     m_data->place();
+    const QPointer<PopoverWindow> self(this); // who hears of it may delete it
     show();
+    if (!self)
+        return;
     raise();
     activateWindow();
 }
@@ -179,8 +182,12 @@ bool PopoverWindow::PrivateData::leavesOpen() const
 
 bool PopoverWindow::event(QEvent* event)
 {
-    if (event->type() == QEvent::WindowDeactivate && m_data->isOpen && !m_data->leavesOpen())
+    if (event->type() == QEvent::WindowDeactivate && m_data->isOpen && !m_data->leavesOpen()) {
+        const QPointer<PopoverWindow> self(this);
         close();
+        if (!self)
+            return true;
+    }
     if (event->type() == QEvent::ShortcutOverride) {
         auto* const key = static_cast<QKeyEvent*>(event);
         const QWidget* const editor = focusWidget();

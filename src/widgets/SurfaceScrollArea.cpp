@@ -6,6 +6,7 @@
 
 #include <Vistrel/Surface.h>
 
+#include <QtCore/QPointer>
 #include <QtCore/QSignalBlocker>
 #include <QtGui/QPalette>
 #include <QtWidgets/QGridLayout>
@@ -30,7 +31,7 @@ class SurfaceScrollArea::PrivateData : public QObject
 public:
     explicit PrivateData(SurfaceScrollArea* owner);
 
-    bool setRange(QScrollBar* bar, int imageLength, int viewLength, bool canScroll, int singleStep);
+    void setRange(QScrollBar* bar, int imageLength, int viewLength, bool isScrollable);
     void setValues(const QPointF& offset);
 
     SurfaceScrollArea* const area;
@@ -41,7 +42,7 @@ public:
     // Gone before the surface is, which is left by the pointer when it ends.
     ViewportEventFilter wheel;
     ImageSurfaceEventFilter mouse;
-    QWidget* corner = nullptr;
+    QPointer<QWidget> corner; // null, too, when its owner before has deleted it
 
 public Q_SLOTS:
     void updateScrollRange();
@@ -59,6 +60,9 @@ SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
 {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    // A bar that stands alone takes the length of the hidden one's cell, too.
+    layout->setRowStretch(0, 1);
+    layout->setColumnStretch(0, 1);
     layout->addWidget(surface, 0, 0);
     layout->addWidget(horizontal, 1, 0);
     layout->addWidget(vertical, 0, 1);
@@ -160,32 +164,35 @@ void SurfaceScrollArea::setCornerWidget(QWidget* const widget)
 
 // Scroll bars ---------------------------------------------------------------------------------------------------------
 
-bool SurfaceScrollArea::PrivateData::setRange(QScrollBar* bar, int imageLength, int viewLength, bool canScroll,
-                                              int singleStep)
+void SurfaceScrollArea::PrivateData::setRange(QScrollBar* bar, int imageLength, int viewLength, bool isScrollable)
 {
-    const int range = std::max(imageLength - viewLength, 0);
-    const bool isScrollable = canScroll && range > 0;
     const QSignalBlocker blocker(bar);
-    bar->setRange(0, range);
+    bar->setRange(0, std::max(imageLength - viewLength, 0));
     bar->setVisible(isScrollable);
     bar->setEnabled(isScrollable);
-    bar->setSingleStep(singleStep);
+    bar->setSingleStep(static_cast<int>(std::max(surface->scaling(), 1.0)));
     bar->setPageStep(viewLength);
-    return isScrollable;
 }
 
+// Decided on the area without bars, so that none is there only because the other is.
 void SurfaceScrollArea::PrivateData::updateScrollRange()
 {
     const bool wasHorizontal = area->hBarScrollable();
     const bool wasVertical = area->vBarScrollable();
     const QSize scaled = surface->scaledSize().toSize();
     const bool canScroll = !surface->scaleToFit() && scaled.width() >= 1 && scaled.height() >= 1;
-    const int singleStep = static_cast<int>(std::max(surface->scaling(), 1.0));
-    const bool isHorizontal = setRange(horizontal, scaled.width(), surface->width(), canScroll, singleStep);
-    const bool isVertical = setRange(vertical, scaled.height(), surface->height(), canScroll, singleStep);
+    const int barHeight = horizontal->sizeHint().height();
+    const int barWidth = vertical->sizeHint().width();
+    QSize view = area->contentsRect().size();
+    bool isHorizontal = canScroll && scaled.width() > view.width();
+    const bool isVertical = canScroll && scaled.height() > view.height() - (isHorizontal ? barHeight : 0);
+    isHorizontal = canScroll && scaled.width() > view.width() - (isVertical ? barWidth : 0);
+    view -= QSize(isVertical ? barWidth : 0, isHorizontal ? barHeight : 0);
+    setRange(horizontal, scaled.width(), view.width(), isHorizontal);
+    setRange(vertical, scaled.height(), view.height(), isVertical);
 
-    if (corner) {
-        const int side = std::min(horizontal->sizeHint().height(), vertical->sizeHint().width());
+    if (corner && corner->parentWidget() == area) {
+        const int side = std::min(barHeight, barWidth);
         corner->setFixedSize(side, side);
         corner->setVisible(isHorizontal || isVertical);
     }
