@@ -56,8 +56,8 @@ QAction* WindowQt::addImageStatsAction(const QString& text)
 void WindowQt::PrivateData::userMenuActionDestroyed()
 {
     for (QMenu* const menu : form.menuBar->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly)) {
-        if (!menu->objectName().startsWith(userMenuPrefix) || !menu->isEmpty())
-            continue;
+        if (!menu->objectName().startsWith(userMenuPrefix) || !menu->actions().isEmpty())
+            continue; // a hidden one is there, too
         menu->setObjectName(QString());
         form.menuBar->removeAction(menu->menuAction());
         menu->deleteLater();

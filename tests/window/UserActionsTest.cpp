@@ -137,8 +137,9 @@ void UserActionsTest::menusComeAndGo()
     QCOMPARE(host.trace, std::string("schecked sstriggered s"));
     delete other;
     QCOMPARE(shown.entries(bar), before);
+    second->qt_handle()->setVisible(false);
     delete shown.a;
-    QCOMPARE(shown.entries(bar), before);
+    QCOMPARE(shown.entries(bar), before); // for the one that is hidden
     delete second;
     QVERIFY(!QString::fromStdString(shown.entries(bar)).contains(QLatin1String("Mill")));
     QVERIFY(shown.window->addMainMenuAction(shown.command("n"), "&Mill", "N"));
@@ -151,11 +152,16 @@ void UserActionsTest::barsFollow()
     Shown shown(host);
     const auto* const bar = shown.child<QToolBar>("acquisitionToolBar");
     const auto after = [&] { return shown.entries(bar, shown.child<QAction>("actionQuick_View")); };
-    const Action* const second = shown.window->addToolBarAction(shown.command("s"), "S");
+    Action* const second = shown.window->addToolBarAction(shown.command("s"), "S");
     QCOMPARE(after(), std::string("| B S"));
     delete shown.b;
     QCOMPARE(after(), std::string("| S"));
+    second->qt_handle()->setSeparator(true);
+    const Action* const third = shown.window->addToolBarAction(shown.command("t"), "T");
+    QCOMPARE(after(), std::string("| | T"));
     delete second;
+    QCOMPARE(after(), std::string("| T"));
+    delete third;
     QCOMPARE(after(), std::string());
 
     const auto buttons = [&] {
