@@ -18,6 +18,8 @@ namespace Vistrel {
 
 namespace {
 
+constexpr int colorTableCount = 8;
+
 QString withoutMnemonic(const QString& text)
 {
     QString plain = text;
@@ -54,31 +56,52 @@ QVector<unsigned int> WindowQt::PrivateData::colorsOf(ColorTable table) const
     return makeColorTable(table, rainbow, static_cast<std::uint32_t>(ticks));
 }
 
-void WindowQt::PrivateData::applyColorTable(ColorTable table, QAction* action)
+QAction* WindowQt::PrivateData::paletteAction(ColorTable table) const
 {
-    const QVector<unsigned int> colors = colorsOf(table);
+    QAction* const actions[colorTableCount] = {
+        form.actionColor_Palette_Gray,   form.actionColor_Palette_Gray_2x,  form.actionColor_Palette_Gray_Inverse,
+        form.actionColor_Palette_Sine,   form.actionColor_Palette_Cosine,   form.actionColor_Palette_Rainbow,
+        form.actionColor_Palette_Random, form.actionColor_Palette_Contours,
+    };
+    return actions[static_cast<int>(table)];
+}
+
+void WindowQt::PrivateData::chooseColorTable(ColorTable table)
+{
     colorTable = table;
-    stream->setColorPalette(colors);
+    showColors();
+    QAction* const action = paletteAction(table);
     action->setChecked(true);
-    action->setIcon(rampOf(colors, window->palette().color(QPalette::Mid)));
     paletteButton->setText(tr("Palette: %1").arg(withoutMnemonic(action->text())));
-    form.rainbowRulesDockWidget->setVisible(table == ColorTable::Rainbow);
+    isRainbowDockWanted = table == ColorTable::Rainbow;
+    showRainbowDock();
+}
+
+void WindowQt::PrivateData::showColors()
+{
+    stream->setColorPalette(colorsOf(colorTable));
+    showRamp(colorTable);
+}
+
+// The palette in use keeps its very colours, which for Random nobody can make again.
+void WindowQt::PrivateData::showRamp(ColorTable table)
+{
+    const QVector<unsigned int> colors = table == colorTable ? stream->colorPalette() : colorsOf(table);
+    paletteAction(table)->setIcon(rampOf(colors, window->palette().color(QPalette::Mid)));
 }
 
 void WindowQt::PrivateData::showRamps()
 {
-    const std::pair<QAction*, ColorTable> entries[] = {
-        {form.actionColor_Palette_Gray, ColorTable::Gray},
-        {form.actionColor_Palette_Gray_2x, ColorTable::Gray2x},
-        {form.actionColor_Palette_Gray_Inverse, ColorTable::GrayInverse},
-        {form.actionColor_Palette_Sine, ColorTable::Sine},
-        {form.actionColor_Palette_Cosine, ColorTable::Cosine},
-        {form.actionColor_Palette_Rainbow, ColorTable::Rainbow},
-        {form.actionColor_Palette_Random, ColorTable::Random},
-        {form.actionColor_Palette_Contours, ColorTable::Contours},
-    };
-    for (const auto& [action, table] : entries)
-        action->setIcon(rampOf(colorsOf(table), window->palette().color(QPalette::Mid)));
+    for (int table = 0; table < colorTableCount; ++table)
+        showRamp(static_cast<ColorTable>(table));
+}
+
+void WindowQt::PrivateData::updateRainbow()
+{
+    if (colorTable == ColorTable::Rainbow)
+        showColors();
+    else
+        showRamp(ColorTable::Rainbow);
 }
 
 ColorTable WindowQt::colorTable() const
@@ -88,66 +111,51 @@ ColorTable WindowQt::colorTable() const
 
 void WindowQt::setColorTable(ColorTable table)
 {
-    switch (table) {
-    case ColorTable::Gray:
-        return setColorTableGray();
-    case ColorTable::Gray2x:
-        return setColorTableGray2x();
-    case ColorTable::GrayInverse:
-        return setColorTableGrayInverse();
-    case ColorTable::Sine:
-        return setColorTableSine();
-    case ColorTable::Cosine:
-        return setColorTableCosine();
-    case ColorTable::Rainbow:
-        return setColorTableRainbow();
-    case ColorTable::Random:
-        return setColorTableRandom();
-    case ColorTable::Contours:
-        return setColorTableContours();
-    }
-    reportLine("Vistrel::WindowQt::setColorTable: Unknown ColorTable with index " +
-               std::to_string(static_cast<int>(table)) + ".");
+    const int index = static_cast<int>(table);
+    if (index >= 0 && index < colorTableCount)
+        m_data->chooseColorTable(table);
+    else
+        reportLine("Vistrel::WindowQt::setColorTable: Unknown ColorTable with index " + std::to_string(index) + ".");
 }
 
 void WindowQt::setColorTableGray()
 {
-    m_data->applyColorTable(ColorTable::Gray, m_data->form.actionColor_Palette_Gray);
+    setColorTable(ColorTable::Gray);
 }
 
 void WindowQt::setColorTableGray2x()
 {
-    m_data->applyColorTable(ColorTable::Gray2x, m_data->form.actionColor_Palette_Gray_2x);
+    setColorTable(ColorTable::Gray2x);
 }
 
 void WindowQt::setColorTableGrayInverse()
 {
-    m_data->applyColorTable(ColorTable::GrayInverse, m_data->form.actionColor_Palette_Gray_Inverse);
+    setColorTable(ColorTable::GrayInverse);
 }
 
 void WindowQt::setColorTableSine()
 {
-    m_data->applyColorTable(ColorTable::Sine, m_data->form.actionColor_Palette_Sine);
+    setColorTable(ColorTable::Sine);
 }
 
 void WindowQt::setColorTableCosine()
 {
-    m_data->applyColorTable(ColorTable::Cosine, m_data->form.actionColor_Palette_Cosine);
+    setColorTable(ColorTable::Cosine);
 }
 
 void WindowQt::setColorTableRainbow()
 {
-    m_data->applyColorTable(ColorTable::Rainbow, m_data->form.actionColor_Palette_Rainbow);
+    setColorTable(ColorTable::Rainbow);
 }
 
 void WindowQt::setColorTableRandom()
 {
-    m_data->applyColorTable(ColorTable::Random, m_data->form.actionColor_Palette_Random);
+    setColorTable(ColorTable::Random);
 }
 
 void WindowQt::setColorTableContours()
 {
-    m_data->applyColorTable(ColorTable::Contours, m_data->form.actionColor_Palette_Contours);
+    setColorTable(ColorTable::Contours);
 }
 
 // Mosaics and channels ------------------------------------------------------------------------------------------------

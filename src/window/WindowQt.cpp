@@ -99,7 +99,6 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     scrollArea->surface()->installEventFilter(this);
     form.rainbowRulesDockWidget->installEventFilter(this);
     nameForAssistance();
-    showRamps();
     // Shortcuts live while the bars are hidden, too.
     window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
 }
@@ -180,12 +179,8 @@ void WindowQt::PrivateData::connectActions()
         connectMenu(entry->menu());
 
     connect(f.rainbow_generatePushButton, SIGNAL(clicked()), window, SLOT(setColorTableRainbow()));
-    for (const QDoubleSpinBox* const box : f.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>()) {
-        connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [this] {
-            if (colorTable == ColorTable::Rainbow)
-                window->setColorTableRainbow();
-        });
-    }
+    for (const QDoubleSpinBox* const box : f.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>())
+        connect(box, SIGNAL(valueChanged(double)), this, SLOT(updateRainbow()));
 
     for (std::size_t i = 0; i < infoItemCount; ++i)
         connect(infoSwitch(static_cast<InfoItem>(i)), SIGNAL(triggered()), this, SLOT(updateInfoSwitches()));
@@ -244,6 +239,7 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFile
     m_data->makeEditors();
     m_data->connectActions();
     setColorTableGray();
+    m_data->showRamps();
     setApplicationAbout(nullptr);
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
     updateFeatureSet();

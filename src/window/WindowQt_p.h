@@ -104,9 +104,13 @@ public:
     void applyViewMode();
     void setBarsVisible(bool visible);
     bool eventFilter(QObject* watched, QEvent* event) override;
-    bool filterDockKeys(QEvent& event);
+    void showRainbowDock();
+    bool filterDock(QEvent& event);
     QVector<unsigned int> colorsOf(ColorTable table) const;
-    void applyColorTable(ColorTable table, QAction* action);
+    QAction* paletteAction(ColorTable table) const;
+    void chooseColorTable(ColorTable table);
+    void showColors();
+    void showRamp(ColorTable table);
     void showRamps();
     void setBayerFilter(Format filter, QAction* action);
 
@@ -141,8 +145,8 @@ public:
 
     ColorTable colorTable = ColorTable::Gray;
     bool isExhibited = false;
-    bool isImageAlone = false;   // full screen or exhibited
-    bool hadRainbowDock = false; // before the image was alone
+    bool isImageAlone = false; // full screen or exhibited
+    bool isRainbowDockWanted = false;
     QAction* leaveAction = nullptr;
     QTimer barsTimer; // of bars that come over the image
     QString badge;    // which of the icons below is the window's
@@ -167,6 +171,7 @@ public Q_SLOTS:
     void startFixedSelect();
     void startFixedAccepted(int count);
     void quickViewPopoverOpen();
+    void updateRainbow();
     void updateInfoSwitches();
     void updateImageStats();
     void updateImageInfo();

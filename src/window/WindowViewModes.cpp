@@ -66,10 +66,12 @@ void WindowQt::setKeepImageInfoVisible(bool visible)
         m_data->hideWindowBars();
 }
 
-// The system may leave full screen, too.
+// The system may leave full screen, too, and change its colours.
 void WindowQt::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        m_data->showRamps();
     if (event->type() == QEvent::WindowStateChange && isFullScreen() != m_data->form.actionFull_Screen->isChecked()) {
         m_data->form.actionFull_Screen->setChecked(isFullScreen());
         m_data->applyViewMode();
@@ -93,9 +95,8 @@ void WindowQt::PrivateData::applyViewMode()
     if (isAlone == isImageAlone)
         return;
     isImageAlone = isAlone;
+    showRainbowDock();
     if (isAlone) {
-        hadRainbowDock = form.rainbowRulesDockWidget->isVisibleTo(window);
-        form.rainbowRulesDockWidget->hide();
         form.centralwidget->hide();
         scrollArea->setParent(window);
         scrollArea->setGeometry(window->rect());
@@ -109,7 +110,12 @@ void WindowQt::PrivateData::applyViewMode()
     form.centralwidget->show();
     scrollArea->show();
     setBarsVisible(true);
-    form.rainbowRulesDockWidget->setVisible(hadRainbowDock);
+}
+
+// The one place that shows or hides it: while it is wanted and leaves the image its room.
+void WindowQt::PrivateData::showRainbowDock()
+{
+    form.rainbowRulesDockWidget->setVisible(isRainbowDockWanted && !isImageAlone);
 }
 
 void WindowQt::PrivateData::setBarsVisible(bool visible)
@@ -153,7 +159,7 @@ void WindowQt::PrivateData::leaveViewMode()
 bool WindowQt::PrivateData::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == form.rainbowRulesDockWidget)
-        return filterDockKeys(*event);
+        return filterDock(*event);
     if (event->type() == QEvent::MouseMove || event->type() == QEvent::Enter || event->type() == QEvent::Leave)
         pixelTimer.start(0);
     if (isImageAlone && (event->type() == QEvent::MouseMove || event->type() == QEvent::Leave)) {
@@ -168,8 +174,10 @@ bool WindowQt::PrivateData::eventFilter(QObject* watched, QEvent* event)
 }
 
 // What is typed into the dock's boxes is no command of the window; Esc goes back to the image.
-bool WindowQt::PrivateData::filterDockKeys(QEvent& event)
+bool WindowQt::PrivateData::filterDock(QEvent& event)
 {
+    if (event.type() == QEvent::Close) // by its own button
+        isRainbowDockWanted = false;
     if (event.type() != QEvent::ShortcutOverride && event.type() != QEvent::KeyPress)
         return false;
     auto& key = static_cast<QKeyEvent&>(event);
