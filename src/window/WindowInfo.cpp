@@ -9,17 +9,19 @@
 #include <Vistrel/SurfaceScrollArea.h>
 
 #include <QtGui/QClipboard>
-#include <QtGui/QCursor>
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QProgressBar>
+#include <QtWidgets/QStatusBar>
 
 namespace Vistrel {
 
 namespace {
 
 using Source = AbstractAcquisitionInterface;
+
+constexpr int messageMs = 2000;
 
 } // namespace
 
@@ -88,15 +90,30 @@ void WindowQt::PrivateData::updatePixelValue()
                       isRead ? std::optional<PixVal>(value) : std::nullopt);
 }
 
+// Above the information that they are of, also when it lies over the image.
 void WindowQt::PrivateData::showInfoSwitches()
+{
+    showWindowBars();
+    QMenu* const menu = makeInfoMenu();
+    const QSize size = menu->sizeHint();
+    menu->popup(infoBar->mapToGlobal(QPoint(infoBar->width() - size.width(), -size.height())));
+}
+
+void WindowQt::PrivateData::showInfoSwitchesAt(const QPoint& position)
+{
+    makeInfoMenu()->popup(form.statusBar->mapToGlobal(position));
+}
+
+QMenu* WindowQt::PrivateData::makeInfoMenu()
 {
     auto* const menu = new QMenu(window);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    connectMenu(menu);
     for (std::size_t i = 0; i < infoItemCount; ++i)
         menu->addAction(infoSwitch(static_cast<InfoItem>(i)));
     menu->addSeparator();
     menu->addActions({form.actionKeep_Stats_Visible, form.actionCopy_Image_Stats});
-    menu->popup(QCursor::pos());
+    return menu;
 }
 
 // What can be done with the image, and with the pixel that was clicked.
@@ -122,6 +139,8 @@ void WindowQt::copyCurrentPixelValue()
     PixVal value;
     if (m_data->scrollArea->surface()->imageSrcPixVal({pixel.x(), pixel.y()}, value))
         QGuiApplication::clipboard()->setText(pixelText({pixel.x(), pixel.y()}, value));
+    else
+        statusBar()->showMessage(tr("No image pixel under the pointer"), messageMs);
 }
 
 void WindowQt::copyCurrentImageStats()

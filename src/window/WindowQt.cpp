@@ -196,7 +196,7 @@ void WindowQt::PrivateData::connectActions()
     connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateImageStats()));
     connect(&pixelTimer, SIGNAL(timeout()), this, SLOT(updatePixelValue()));
     f.statusBar->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(f.statusBar, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showInfoSwitches()));
+    connect(f.statusBar, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showInfoSwitchesAt(QPoint)));
     scrollArea->surface()->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(scrollArea->surface(), SIGNAL(customContextMenuRequested(QPoint)), this,
             SLOT(showSurfaceContextMenu(QPoint)));

@@ -93,6 +93,7 @@ public:
             operation, [message] { return message; }, std::move(command));
     }
     QAction* infoSwitch(InfoItem item) const;
+    QMenu* makeInfoMenu();
     void setPreview(InfoItem item, bool enabled);
     PopoverWindow* makePopover(QWidget* contents, QAction* action);
     void makeEditors();
@@ -177,6 +178,7 @@ public Q_SLOTS:
     void updateImageInfo();
     void updatePixelValue();
     void showInfoSwitches();
+    void showInfoSwitchesAt(const QPoint& position);
     void showSurfaceContextMenu(const QPoint& position);
     void showWindowBars();
     void hideWindowBars();
