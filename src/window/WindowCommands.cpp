@@ -89,7 +89,7 @@ void WindowQt::PrivateData::setupModeAsync()
     }
     const QByteArray bytes = action->data().toByteArray(); // as the source gave it
     const std::string name = (bytes.isNull() ? action->whatsThis().toLocal8Bit() : bytes).toStdString();
-    runCommand("setupMode", tr("Acquisition setup (%1) ongoing").arg(action->text()),
+    runCommand("setupMode", tr("Acquisition setup (%1) ongoing").arg(action->whatsThis()),
                [s = source.get(), name] { return s->setupMode(name.c_str()); });
 }
 

@@ -22,6 +22,10 @@ PopoverWindow* WindowQt::PrivateData::makePopover(QWidget* contents, QAction* ac
     popover->setContents(contents);
     connect(popover, &PopoverWindow::opened, action, [action] { action->setChecked(true); });
     connect(popover, &PopoverWindow::closed, action, [action] { action->setChecked(false); });
+    connect(action, &QAction::changed, popover, [action, popover] {
+        if (popover->isOpen() && !action->isVisible())
+            popover->close(); // what it is for has gone
+    });
     return popover;
 }
 

@@ -275,6 +275,7 @@ void WindowQt::PrivateData::updateActionStates()
     form.actionSave_Image->setEnabled(hasImage);
     form.actionCopy_Image->setEnabled(hasImage);
     form.actionCopy_Image_Stats->setEnabled(hasImage);
+    form.actionCopy_Pixel_Value->setEnabled(hasImage);
     form.menuColor_Palette->setEnabled(hasPalette);
     paletteButton->setEnabled(hasPalette);
     form.rainbowRulesContentsWidget->setEnabled(hasPalette);
@@ -353,15 +354,16 @@ void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
 void WindowQt::PrivateData::showHint()
 {
     const std::pair<const QAction*, QString> steps[] = {
-        {form.actionSetup, tr("Set up: %1")},
-        {form.actionStart, tr("Start: %1")},
-        {form.actionStart_Single, tr("Take one image: %1")},
-        {form.actionTrigger, tr("Trigger: %1")},
+        {form.actionSetup, tr("Set up")},
+        {form.actionStart, tr("Start")},
+        {form.actionStart_Single, tr("Take one image")},
+        {form.actionTrigger, tr("Trigger")},
     };
     QString hint = known.isRunning ? tr("Waiting for the first image") : tr("No image");
     for (const auto& [action, text] : steps) {
         if (action->isVisible() && action->isEnabled() && (!known.isRunning || action == form.actionTrigger)) {
-            hint = text.arg(action->shortcut().toString(QKeySequence::NativeText));
+            const QString key = action->shortcut().toString(QKeySequence::NativeText);
+            hint = key.isEmpty() ? text : tr("%1: %2").arg(text, key);
             break;
         }
     }

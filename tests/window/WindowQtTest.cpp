@@ -12,6 +12,7 @@
 #include <QtCore/QPointer>
 #include <QtGui/QClipboard>
 #include <QtTest/QTest>
+#include <QtWidgets/QDockWidget>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMenu>
@@ -214,6 +215,9 @@ void WindowQtTest::stateIsToldInWords()
     shown.camera->setUp = false;
     shown.camera->announce();
     QTRY_VERIFY(tells("Not set up", "Set up: F5"));
+    shown.action("actionSetup")->setShortcut({});
+    shown.camera->announce();
+    QTRY_VERIFY(tells("Not set up", "Set up"));
     shown.camera->setUp = true;
     shown.camera->announce();
     QTRY_VERIFY(tells("Stopped", "Start: Space"));
@@ -237,8 +241,12 @@ void WindowQtTest::setupModes()
     QVERIFY(!menu->actions()[0]->isChecked() && !menu->actions()[0]->font().bold());
     QVERIFY(menu->actions()[1]->isChecked() && menu->actions()[1]->font().bold());
     QCOMPARE(menu->actions()[0]->toolTip(), QStringLiteral("Short exposure"));
+    shown.events->gate.close();
     menu->actions()[0]->trigger();
     shown.window->updateFeatureSet(); // the entry is gone before its command runs
+    QTRY_COMPARE(shown.window->statusBar()->currentMessage(),
+                 QStringLiteral("Acquisition setup (Fast & dark) ongoing"));
+    shown.events->gate.openForGood();
     QTRY_COMPARE(shown.events->seen(), std::string("Fast & dark"));
 }
 
@@ -257,10 +265,19 @@ void WindowQtTest::palettes()
     QVERIFY(!shown.action("actionColor_Palette_Gray")->isChecked());
     shown.window->setColorTableRainbow();
     auto* const center = shown.window->findChild<QDoubleSpinBox*>(QStringLiteral("rainbow_centerSpinBox"));
+    const auto ramp = [&] { return shown.action("actionColor_Palette_Rainbow")->icon().pixmap(16).toImage(); };
     QVERIFY(center->isVisible());
     const QVector<unsigned int> before = shown.window->surfaceStream()->colorPalette();
     center->setValue(200);
     QVERIFY(shown.window->surfaceStream()->colorPalette() != before);
+    const QImage ofRainbow = ramp();
+    shown.window->setColorTableGray();
+    center->setValue(180);
+    QVERIFY(ramp() != ofRainbow);
+    center->setValue(200);
+    QCOMPARE(ramp(), ofRainbow);
+    QVERIFY(shown.window->colorTable() == ColorTable::Gray && !center->isVisible());
+    shown.window->setColorTableRainbow();
     center->setFocus();
     QTest::keyClick(center, Qt::Key_Up); // for the box, which keeps what is typed in it
     QTest::keyClick(center, Qt::Key_Plus);
@@ -289,6 +306,9 @@ void WindowQtTest::imageIsAloneInViewModes()
     QVERIFY(!bar->isVisible());
     QVERIFY(!shown.window->statusBar()->isVisible());
     QCOMPARE(surface->size(), shown.window->size());
+    auto* const dock = shown.window->findChild<QDockWidget*>();
+    shown.window->setColorTableRainbow(); // the dock waits
+    QVERIFY(!dock->isVisible() && surface->size() == shown.window->size());
     // Keys live while the bars are hidden; the bars come over the image.
     QTest::keyClick(shown.window, Qt::Key_X);
     QVERIFY(shown.window->pixelCrosshairVisible());
@@ -307,12 +327,18 @@ void WindowQtTest::imageIsAloneInViewModes()
     QTRY_VERIFY(!shown.window->fullScreen() && shown.window->exhibitView());
     QTest::keyClick(shown.window, Qt::Key_Escape);
     QVERIFY(!shown.window->exhibitView() && bar->isVisible() && shown.window->menuBar()->isVisible());
+    QVERIFY(dock->isVisible());
+    dock->close(); // by the user, so it stays away
+    shown.window->setExhibitView(true);
+    shown.window->setExhibitView(false);
+    QVERIFY(!dock->isVisible());
     QTRY_COMPARE(surface->size(), before);
 }
 
 void WindowQtTest::imageIsToldOf()
 {
     ShownWindow shown;
+    QVERIFY(!shown.action("actionCopy_Pixel_Value")->isEnabled());
     shown.camera->setHasFramesDelivered(true);
     shown.camera->announce();
     const TestFrame frame(4, 3, Mono12, 10);
@@ -354,6 +380,11 @@ void WindowQtTest::fixedCountIsStarted()
     QTest::keyClick(count, Qt::Key_Return);
     QTRY_COMPARE(shown.events->seen(), std::string("fixed 12"));
     QVERIFY(!editor->isVisible() && !shown.action("actionStart_Fixed")->isChecked());
+    QTest::keyClick(shown.window, Qt::Key_Asterisk);
+    QTRY_VERIFY(editor->isVisible());
+    shown.camera->setHasStartFixed(false);
+    shown.camera->announce();
+    QTRY_VERIFY(!editor->isVisible());
 }
 
 void WindowQtTest::closeableIsObeyed()
