@@ -82,6 +82,7 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
     const DisplayCheck display = checkDisplay(arguments);
     if (!display.refusal.empty())
         refuse(display.refusal);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // icons in the screen's own pixels
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
     if (!QGuiApplication::primaryScreen()) // a window would end the process
         refuse("The platform \"" + QGuiApplication::platformName().toStdString() + "\" has no screen.");

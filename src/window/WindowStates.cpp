@@ -48,6 +48,7 @@ QPixmap iconPicture(const QString& name, const QSize& size)
 QPixmap withBadge(const QPixmap& icon, const QString& state)
 {
     QPixmap badged = icon;
+    badged.setDevicePixelRatio(1); // all below is in its own pixels
     const int side = badged.width() * 9 / 16;
     const QRectF frame(badged.width() - side + 0.5, badged.height() - side + 0.5, side - 1, side - 1);
     const double inset = side / 8.0;
