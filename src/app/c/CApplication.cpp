@@ -85,6 +85,7 @@ std::int32_t VTAppDestroy(VTAppHandle app)
                 delete dynamic_cast<VTWindowWrapper*>(entry.object);
         }
         delete &application;
+        all.waitForPushes(); // frames come back there, too
         all.endFinishedCalls();
         return VT_OK;
     });

@@ -97,9 +97,12 @@ std::int32_t VTWindowGetUserData(VTWindowHandle window, void** result)
 
 std::int32_t VTWindowSetNextFrame(VTWindowHandle window, const VTRawImage* image)
 {
-    return callOnGate(window, [=](WindowGate& gate) -> std::int32_t {
-        gate.push(image);
-        return VT_OK;
+    return guarded([&]() -> std::int32_t {
+        const PushScope scope;
+        return callOnGate(window, [=](WindowGate& gate) -> std::int32_t {
+            gate.push(image);
+            return VT_OK;
+        });
     });
 }
 

@@ -7,6 +7,7 @@
 
 #include <QtCore/QCoreApplication>
 
+#include <chrono>
 #include <utility>
 
 namespace Vistrel {
@@ -88,6 +89,27 @@ void Handles::endFinishedCalls()
         if (!isEnding)
             return;
     }
+}
+
+void Handles::waitForPushes()
+{
+    std::unique_lock<std::mutex> guard(mutex);
+    if (!pushEnded.wait_for(guard, std::chrono::seconds(3), [this] { return pushes == 0; }))
+        reportLine("VTAppDestroy: A released frame's function that has not returned is left alone.");
+}
+
+PushScope::PushScope()
+{
+    const std::lock_guard<std::mutex> guard(handles().mutex);
+    m_isCounted = handles().application;
+    handles().pushes += m_isCounted;
+}
+
+PushScope::~PushScope()
+{
+    const std::lock_guard<std::mutex> guard(handles().mutex);
+    handles().pushes -= m_isCounted;
+    handles().pushEnded.notify_all();
 }
 
 } // namespace Vistrel

@@ -6,6 +6,7 @@
 
 #include <Vistrel/CInterface.h>
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -36,6 +37,8 @@ struct Handles
     std::thread::id thread; // of VTAppCreate
     std::unordered_map<const void*, Entry> live;
     bool isEnding = false; // inside VTAppDestroy
+    int pushes = 0;        // calls under way on any thread that may let frames go
+    std::condition_variable pushEnded;
     std::vector<FinishedCall> finishedCalls;
 
     template <typename Object>
@@ -57,6 +60,23 @@ struct Handles
     void callFinished(VTNotifyCallback callback, void* userData);
     void runFinishedCalls();
     void endFinishedCalls(); ///< runs them; there are no later ones
+
+    /// Once there is no application: waits for the calls in `pushes`, but not for one that takes longer than the end of
+    /// an application may.
+    void waitForPushes();
+};
+
+/// A call that may let frames go, as long as this lives.
+class PushScope
+{
+public:
+    PushScope();
+    ~PushScope();
+    PushScope(const PushScope&) = delete;
+    PushScope& operator=(const PushScope&) = delete;
+
+private:
+    bool m_isCounted; // not without an application: such calls do nothing, and are not to be waited for
 };
 
 Handles& handles();
