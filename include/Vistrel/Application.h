@@ -31,7 +31,8 @@ public:
 
     /// Runs the event loop until `exit`, and returns the code given there.
     int exec();
-    /// Ends the event loop. An exit asked for before the loop runs is kept, and ends the next `exec()` at its start.
+    /// Ends the event loop. An exit asked for before the loop runs is kept, and ends the next `exec()` at its start; a
+    /// message box that is shown before ends without an answer.
     void exit(int returnCode);
 
     /// Whether the event loop ends when the last window closes; true at first.

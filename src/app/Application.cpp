@@ -123,13 +123,15 @@ void Application::PrivateData::runIdlePass()
 
 void Application::PrivateData::applyKeptExit()
 {
-    if (!isRunning)
-        return;
     std::optional<int> code;
     {
         const std::lock_guard<std::mutex> guard(exitMutex);
-        code.swap(keptExit);
+        code = keptExit;
+        if (isRunning)
+            keptExit.reset();
     }
+    if (!isRunning && QThread::currentThread()->loopLevel() == 0)
+        return; // otherwise the loop is a message box's
     if (code)
         QCoreApplication::exit(*code);
 }
