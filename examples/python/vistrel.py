@@ -6,8 +6,11 @@ thread that makes the `Application` is the user-interface thread; everything bel
 `Window.signal`, `Window.ask` and `Application.exit`.
 """
 
+import atexit
+import contextlib
 import ctypes
 import itertools
+import operator
 import os
 import signal
 import socket
@@ -49,8 +52,8 @@ class RawImage(ctypes.Structure):
 class Error(Exception):
     """A call was refused; `code` is one of VT_ERROR_..."""
 
-    def __init__(self, code):
-        super().__init__(_library.VTResultText(code).decode())
+    def __init__(self, code, about=""):
+        super().__init__(about + _library.VTResultText(code).decode())
         self.code = code
 
 
@@ -64,6 +67,21 @@ def _declare(name, *argtypes, restype=_check):
     function.argtypes, function.restype = argtypes, restype
 
 
+def _fitting(type_, value):
+    """The integer, which ctypes would cut to the type's size."""
+    number = operator.index(value)
+    if type_(number).value != number:
+        raise OverflowError(f"{number} does not fit into {8 * ctypes.sizeof(type_)} bits")
+    return number
+
+
+def _exact(type_):
+    """The integer type for arguments that are not to be cut."""
+    return type("exact", (type_,), {"from_param": classmethod(lambda _, value: type_(_fitting(type_, value)))})
+
+
+_int32, _uint32 = _exact(c_int32), _exact(c_uint32)
+
 _NotifyCallback = CFUNCTYPE(None, c_void_p)
 _ReleasedCallback = CFUNCTYPE(None, POINTER(RawImage), c_void_p)
 _TriggeredCallback = CFUNCTYPE(None, c_void_p, c_bool, c_void_p)
@@ -72,25 +90,25 @@ _declare("VTResultText", c_int32, restype=c_char_p)
 _declare("VTAppCreate", c_int, POINTER(c_char_p), POINTER(c_void_p))
 _declare("VTAppDestroy", c_void_p)
 _declare("VTAppExec", c_void_p, POINTER(c_int))
-_declare("VTAppExit", c_void_p, c_int)
+_declare("VTAppExit", c_void_p, _int32)
 _declare("VTWindowCreate", c_void_p, POINTER(c_void_p), c_void_p)
 _declare("VTWindowDestroy", c_void_p)
 _declare("VTWindowSetNextFrame", c_void_p, POINTER(RawImage), restype=c_int32)
 _declare("VTWindowAddSetupMode", c_void_p, c_char_p, c_char_p)
 _declare("VTWindowAddFileFormat", c_void_p, c_char_p, c_char_p, c_char_p)
-_declare("VTWindowAddAction", c_void_p, c_int32, c_char_p, c_char_p, _TriggeredCallback, _NotifyCallback, c_void_p,
+_declare("VTWindowAddAction", c_void_p, _int32, c_char_p, c_char_p, _TriggeredCallback, _NotifyCallback, c_void_p,
          POINTER(c_void_p))
 _declare("VTActionDestroy", c_void_p)
-_declare("VTMessageBoxDialogShow", c_void_p, c_int32, c_char_p, c_char_p, c_uint32, c_uint32, POINTER(c_uint32))
-_declare("VTSendSignal", c_void_p, c_int32)
+_declare("VTMessageBoxDialogShow", c_void_p, _int32, c_char_p, c_char_p, _uint32, _uint32, POINTER(c_uint32))
+_declare("VTSendSignal", c_void_p, _int32)
 _VALUES = {0: ("Int32", c_int32), 1: ("Double", c_double), 2: ("Bool", c_bool)}
 for _name, _type in _VALUES.values():
-    _declare("VTSetProp" + _name, c_void_p, c_int32, _type)
-    _declare("VTGetProp" + _name, c_void_p, c_int32, POINTER(_type))
-_declare("VTSetPropCStr", c_void_p, c_int32, c_char_p)
-_declare("VTGetPropCStr", c_void_p, c_int32, c_char_p, POINTER(c_size_t))
-_declare("VTSetPropData", c_void_p, c_int32, c_char_p, c_size_t)
-_declare("VTGetPropData", c_void_p, c_int32, c_char_p, POINTER(c_size_t))
+    _declare("VTSetProp" + _name, c_void_p, _int32, _int32 if _type is c_int32 else _type)
+    _declare("VTGetProp" + _name, c_void_p, _int32, POINTER(_type))
+_declare("VTSetPropCStr", c_void_p, _int32, c_char_p)
+_declare("VTGetPropCStr", c_void_p, _int32, c_char_p, POINTER(c_size_t))
+_declare("VTSetPropData", c_void_p, _int32, c_char_p, c_size_t)
+_declare("VTGetPropData", c_void_p, _int32, c_char_p, POINTER(c_size_t))
 
 # What the library holds a number of, as `user`: kept here until its last call.
 _live = {}
@@ -111,6 +129,17 @@ def _guarded(function, failure=None):
 # Properties ----------------------------------------------------------------------------------------------------------
 
 _LATIN1 = (VT_WINDOW_TITLE, VT_WINDOW_ABOUT_TITLE, VT_WINDOW_ABOUT_TEXT)
+_NAMES = {value: name for name, value in globals().items() if name.startswith(("VT_WINDOW_", "VT_ACTION_", "VT_APP_"))}
+
+
+def _bytes(value):
+    if isinstance(value, np.ndarray):
+        return value.astype(value.dtype.newbyteorder("=")).tobytes()
+    try:
+        return bytes(memoryview(value))
+    except TypeError:
+        raise TypeError(f"bytes or an array are needed, such as np.array([x, y, width, height], np.int32) for a "
+                        f"geometry, not {type(value).__name__}") from None
 
 
 class _Object:
@@ -137,38 +166,64 @@ class _Object:
 
     def __setitem__(self, number, value):
         kind = number // 100 % 10
-        if kind in _VALUES:
-            getattr(_library, "VTSetProp" + _VALUES[kind][0])(self._handle, number, value)
-        elif kind == 3:
-            text = value.encode("latin-1") if number in _LATIN1 else _encode(value)
-            _library.VTSetPropCStr(self._handle, number, text)
-        else:
-            _library.VTSetPropData(self._handle, number, bytes(value), len(bytes(value)))
+        size = ""
+        try:
+            if kind in _VALUES:
+                getattr(_library, "VTSetProp" + _VALUES[kind][0])(self._handle, number, value)
+            elif kind == 3:
+                text = value.encode("latin-1") if number in _LATIN1 else _encode(value)
+                _library.VTSetPropCStr(self._handle, number, text)
+            else:
+                data = _bytes(value)
+                size = f", {len(data)} bytes"
+                _library.VTSetPropData(self._handle, number, data, len(data))
+        except Error as error:
+            raise Error(error.code, f"{_NAMES.get(number, number)} = {value!r}{size}: ") from None
 
 
 # The application -----------------------------------------------------------------------------------------------------
 
 
 class Application(_Object):
-    """To be used in a `with`, whose end closes all windows."""
+    """Ends with all windows at the end of its `with`, by `close`, or else when Python ends, whose functions no thread
+    of the library may call then."""
 
     def __init__(self):
         super().__init__()
+        self._is_interruptible = False
         arguments = [_encode(argument) for argument in sys.argv]
         _library.VTAppCreate(len(arguments), (c_char_p * len(arguments))(*arguments), byref(self._handle))
+        atexit.register(self.close)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        _library.VTAppDestroy(self._handle)
+        self.close()
+
+    def close(self):
+        if self._handle:
+            _library.VTAppDestroy(self._handle)
+            self._handle = c_void_p()  # which may become another application's
+            atexit.unregister(self.close)
 
     def exit(self, code=0):
         _library.VTAppExit(self._handle, code)
 
     def run(self):
-        """Runs the event loop, on Python's main thread, until `exit` or the end of the last window. Ctrl+C ends it,
-        too: Python notes the signal at once in the socket, but would handle it only after the loop."""
+        """Runs the event loop until `exit` or the end of the last window. Ctrl+C ends it, too."""
+        code = c_int()
+        with self._interruptible():
+            _library.VTAppExec(self._handle, byref(code))
+        return code.value
+
+    @contextlib.contextmanager
+    def _interruptible(self):
+        """Ctrl+C ends an event loop that runs inside, and raises KeyboardInterrupt: Python notes the signal at once in
+        the socket, but would handle it only after the loop. On Python's main thread, to which alone it comes."""
+        if self._is_interruptible or threading.current_thread() is not threading.main_thread():
+            yield
+            return
         interrupts = []
         reader, writer = socket.socketpair()
         writer.setblocking(False)
@@ -176,24 +231,27 @@ class Application(_Object):
         def watch():
             for number in iter(lambda: reader.recv(1), b""):
                 if number[0] == signal.SIGINT:
-                    self.exit()
+                    interrupts.append(True)
+                    self.exit()  # also before the loop: it is kept
 
         watcher = threading.Thread(target=watch)
         watcher.start()
-        handler = signal.signal(signal.SIGINT, lambda *_: interrupts.append(True))
-        wakeup = signal.set_wakeup_fd(writer.fileno())
-        code = c_int()
+        handler, wakeup = signal.getsignal(signal.SIGINT), -1
         try:
-            _library.VTAppExec(self._handle, byref(code))
+            # Watched before Python's own way is given up, which is still good for what comes in between.
+            wakeup = signal.set_wakeup_fd(writer.fileno())
+            signal.signal(signal.SIGINT, lambda *_: None)
+            self._is_interruptible = True
+            yield
         finally:
-            signal.set_wakeup_fd(wakeup)
+            self._is_interruptible = False
             signal.signal(signal.SIGINT, handler)
+            signal.set_wakeup_fd(wakeup)
             writer.close()
             watcher.join()
             reader.close()
-        if interrupts:
-            raise KeyboardInterrupt
-        return code.value
+            if interrupts:
+                raise KeyboardInterrupt from None
 
 
 # Frames --------------------------------------------------------------------------------------------------------------
@@ -216,11 +274,19 @@ class Frame:
 
     def __init__(self, pixels, format=None, released=None):
         self.pixels, self.released = pixels, released
-        self._array = np.ascontiguousarray(pixels)
-        channels = self._array.shape[2] if self._array.ndim == 3 else 1
-        self.format = _FORMATS.get((self._array.dtype.type, channels)) if format is None else format
-        if self.format is None or _pixel_of(self.format) != (self._array.dtype.type, channels):
-            raise ValueError(f"no format for {self._array.dtype} x {channels}")
+        array = np.asarray(pixels)
+        if array.ndim not in (2, 3) or array.size == 0:
+            raise ValueError(f"a frame is rows x columns, or rows x columns x channels, and not {array.shape}")
+        self._array = np.ascontiguousarray(array, array.dtype.newbyteorder("="))
+        channels = array.shape[2] if array.ndim == 3 else 1
+        self.format = _FORMATS.get((self._array.dtype.type, channels)) if format is None else _fitting(c_uint32, format)
+        if self.format is None:
+            raise ValueError(f"no format for {array.dtype} x {channels} channels: it takes np.uint8 x 1, 3 or 4, or "
+                             "np.uint16 x 1 or 3")
+        type_, count = _pixel_of(self.format)
+        if (type_, count) != (self._array.dtype.type, channels):
+            raise ValueError(f"format {self.format:#x} is np.{type_.__name__} x {count} channels, not {array.dtype} x "
+                             f"{channels}")
 
     def _describe(self, image, number):
         height, width = self._array.shape[:2]
@@ -248,6 +314,10 @@ def _named_command(window, function):
 
 def _answer(otherwise):
     return lambda window, function: _guarded(lambda user: function(), otherwise)
+
+
+def _size(window, function):
+    return _guarded(lambda user: _fitting(c_size_t, function()), 0)
 
 
 def _text(window, function):
@@ -288,14 +358,14 @@ _SIGNATURES = {
     4: ("Query", CFUNCTYPE(c_bool, c_void_p), _answer(False)),
     5: ("Text", CFUNCTYPE(c_bool, POINTER(ctypes.c_ubyte), POINTER(c_size_t), c_void_p), _text),
     6: ("Double", CFUNCTYPE(c_double, c_void_p), _answer(0.0)),
-    7: ("Size", CFUNCTYPE(c_size_t, c_void_p), _answer(0)),
+    7: ("Size", CFUNCTYPE(c_size_t, c_void_p), _size),
     8: ("NextFrame", CFUNCTYPE(c_bool, POINTER(RawImage), c_void_p), _next_frame),
     10: ("Notify", _NotifyCallback, _answer(None)),
     12: ("Save", CFUNCTYPE(c_bool, POINTER(RawImage), c_char_p, c_void_p), _save),
 }
 for _name, _type, _ in _SIGNATURES.values():
-    _declare("VTSetFeature" + _name, c_void_p, c_int32, _type)
-_declare("VTSetFeatureReleased", c_void_p, c_int32, _ReleasedCallback)
+    _declare("VTSetFeature" + _name, c_void_p, _int32, _type)
+_declare("VTSetFeatureReleased", c_void_p, _int32, _ReleasedCallback)
 
 
 @_ReleasedCallback
@@ -322,6 +392,7 @@ class Window(_Object):
     def __init__(self, application, finished=None):
         super().__init__()
         self.finished = finished
+        self._application = application
         self._callbacks = []  # all of them until the end: one may be running when another takes its place
         self._lent = {}  # by the number in `userData`
         number = next(_numbers)
@@ -335,6 +406,8 @@ class Window(_Object):
         _library.VTWindowDestroy(handle)
 
     def _lend(self, frame, image):
+        if not isinstance(frame, Frame):
+            raise TypeError(f"a Frame is needed, such as Frame(pixels), not {type(frame).__name__}")
         number = next(_numbers)
         self._lent[number] = frame
         frame._describe(image, number)
@@ -356,10 +429,14 @@ class Window(_Object):
         and a file name."""
         if feature in (VT_FEATURE_FINISHED, VT_FEATURE_FRAME_RELEASED):
             raise ValueError("given to the window, and to each Frame")
+        if feature // 100 not in _SIGNATURES:
+            raise Error(VT_ERROR_UNKNOWN_FEATURE)
+        if function is not None and not callable(function):
+            raise TypeError(f"a function is needed, or None, not {type(function).__name__}")
         name, type_, adapt = _SIGNATURES[feature // 100]
-        callback = type_(adapt(self, function)) if function else type_()
-        self._callbacks.append(callback)
+        callback = type_(adapt(self, function)) if function is not None else type_()
         getattr(_library, "VTSetFeature" + name)(self._handle, feature, callback)
+        self._callbacks.append(callback)
 
     def signal(self, number):
         _library.VTSendSignal(self._handle, number)
@@ -373,8 +450,9 @@ class Window(_Object):
     def ask(self, kind, title, text, buttons=VT_BUTTON_OK, default=VT_BUTTON_NONE):
         """The button that the user presses in a message box. Off the user-interface thread the caller waits."""
         pressed = c_uint32()
-        _library.VTMessageBoxDialogShow(self._handle, kind, _encode(title), _encode(text), buttons, default,
-                                        byref(pressed))
+        with self._application._interruptible():
+            _library.VTMessageBoxDialogShow(self._handle, kind, _encode(title), _encode(text), buttons, default,
+                                            byref(pressed))
         return pressed.value
 
 
@@ -404,7 +482,7 @@ class Action(_Object):
         try:
             _library.VTWindowAddAction(window._handle, place, menu and _encode(menu), _encode(text), _triggered,
                                        _gone, number, byref(self._handle))
-        except Error:
+        except BaseException:
             _live.pop(number, None)
             raise
 

@@ -175,7 +175,7 @@ static int32_t messageBox(void* h)
     void* const text = pointer(VT_ERROR_NULL_POINTER, 1, 3, "text");
     void* const pressed = pointer(VT_ERROR_NULL_POINTER, 2, 3, &out);
     if (!faultSet)
-        return VT_OK; // `testBox` has the user for it
+        return VT_OK; // there is no user for it
     return VTMessageBoxDialogShow(h, kind, title, text, (uint32_t)shown, (uint32_t)first, pressed);
 }
 

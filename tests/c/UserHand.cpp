@@ -2,9 +2,8 @@
 // What a C host cannot do by itself: be the user, and run out of memory.
 #include "UserHand.h"
 
-#include <QtWidgets/QAbstractButton>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QWidget>
 
 #include <atomic>
 #include <cstdio>
@@ -50,14 +49,6 @@ void closeByUser(VTWindowHandle window)
     void* native = nullptr;
     VTWindowGetNativeHandle(window, &native);
     QWidget::find(reinterpret_cast<WId>(native))->close();
-}
-
-bool userSeesBox(bool pressYes)
-{
-    const auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    if (box && pressYes)
-        box->button(QMessageBox::Yes)->click();
-    return box;
 }
 
 int toolkitWarnings()

@@ -10,8 +10,7 @@ extern "C" {
 #endif
 
 void closeByUser(VTWindowHandle window);
-bool userSeesBox(bool pressYes); // whether a message box is up
-int toolkitWarnings(void);       // so far, but for what the system is said to lack
+int toolkitWarnings(void); // so far, but for what the system is said to lack
 
 // Makes the nth allocation from now on this thread fail, or none (0). False where the library's allocations are out of
 // reach: on Windows it is bound to an operator new of its own, and the race detector wants to have the real one.

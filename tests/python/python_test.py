@@ -10,6 +10,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import weakref
@@ -189,13 +190,48 @@ class Binding(unittest.TestCase):
                                   (VT_WINDOW_TITLE, "50 \u00b0C"), (VT_WINDOW_IMAGE_OFFSET, bytes(8))):
                 window[number] = value
                 self.assertEqual(window[number], value)
-            with self.assertRaises(Error) as refusal:
+            with self.assertRaisesRegex(Error, "^VT_WINDOW_ZOOM = 0: The property cannot have this value or size.$"):
                 window[VT_WINDOW_ZOOM] = 0
-            self.assertEqual(refusal.exception.code, VT_ERROR_OUT_OF_RANGE)
-            self.assertEqual(str(refusal.exception), "The property cannot have this value or size.")
             with self.assertRaises(Error) as refusal:
                 Application()
             self.assertEqual(refusal.exception.code, VT_ERROR_APPLICATION_EXISTS)
+
+            with self.assertRaisesRegex(ctypes.ArgumentError, "4294967321 does not fit into 32 bits"):
+                window[VT_WINDOW_REFRESH_RATE] = 2 ** 32 + 25
+            with self.assertRaisesRegex(TypeError, "not list"):
+                window[VT_WINDOW_GEOMETRY] = [40, 80, 100, 100]
+            with self.assertRaisesRegex(TypeError, "not ndarray"):
+                window.push(np.zeros((4, 4), np.uint8))
+            with self.assertRaises(Error):
+                window.on(155, print)
+            self.assertEqual((window._lent, window._callbacks), ({}, []))  # nothing that was refused is kept
+
+    def test_end_of_python(self):
+        """Without a `with`, while threads push: what they push comes back on them, in Python, while there is one."""
+        program = """if True:
+            import threading, numpy, vistrel
+            window = vistrel.Window(vistrel.Application())
+            def push():
+                while window.push(vistrel.Frame(numpy.zeros((99, 99), numpy.uint8), None, len)): pass
+            for _ in range(3): threading.Thread(target=push, daemon=True).start()
+        """
+        for _ in range(5):
+            subprocess.run([sys.executable, "-B", "-c", program], timeout=60, stderr=subprocess.DEVNULL, check=True)
+
+    def test_interrupt_before_the_loop(self):
+        """Ctrl+C right before and right after Python's own way of noting it is given up; and over a message box."""
+        for name in ("set_wakeup_fd", "signal"):
+            def interrupted(*arguments, function=getattr(signal, name)):
+                setattr(signal, name, function)
+                result = function(*arguments)
+                os.kill(os.getpid(), signal.SIGINT)
+                return result
+            with Application() as application, self.assertRaises(KeyboardInterrupt):
+                setattr(signal, name, interrupted)
+                application.run()
+        with Application() as application, self.assertRaises(KeyboardInterrupt):
+            threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
+            Window(application).ask(VT_MESSAGE_QUESTION, "", "")
 
     def test_lent_frames(self):
         """Each array lives until it is released, once; what a callback raises goes no further; then all is let go."""
@@ -238,9 +274,11 @@ class Binding(unittest.TestCase):
 
     def test_wrong_pixels(self):
         for pixels, format in ((np.zeros((4, 4), np.uint8), VT_FORMAT_MONO12), (np.zeros((4, 4)), None),
-                               (np.zeros((4, 4, 3), np.uint8), VT_FORMAT_RGBA8)):
+                               (np.zeros((4, 4, 3), np.uint8), VT_FORMAT_RGBA8), (np.zeros((4, 4, 3, 1), "B"), None)):
             with self.assertRaises(ValueError):
                 Frame(pixels, format)
+        big = np.array([[1, 2]], ">u2")
+        self.assertEqual(Frame(big)._array.tobytes(), np.array([[1, 2]], np.uint16).tobytes())
 
 
 if __name__ == "__main__":
