@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A whole host in C99: a camera with all commands and four buffers, pushed or pulled, and image files of its own.
+// A whole host in C99: a camera with all commands and six buffers, pushed or pulled, and image files of its own.
 #define _POSIX_C_SOURCE 200809L // clock_gettime, nanosleep
 
 #include <Vistrel/CInterface.h>
@@ -13,7 +13,7 @@
 
 #define COUNT(array) (sizeof(array) / sizeof((array)[0]))
 
-enum { BUFFER_COUNT = 4 };
+enum { BUFFER_COUNT = 6 }; // five may be lent at once
 
 static const struct
 {

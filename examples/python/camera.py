@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Two windows: a camera whose thread pushes 12-bit frames in four buffers, and colour frames that are pulled."""
+"""Two windows: a camera whose thread pushes 12-bit frames in six buffers, and colour frames that are pulled."""
 import queue
 import threading
 import time
@@ -20,7 +20,7 @@ class Camera:
         self.running = threading.Event()
         self.running.set()
         self.free = queue.Queue()  # buffers that the window does not read; a released one comes back
-        for _ in range(4):
+        for _ in range(6):
             self.free.put(np.empty((240, 320), np.uint16))
 
         self.window = Window(application)

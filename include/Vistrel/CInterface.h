@@ -446,9 +446,9 @@ enum VTFeature {
 
     /* Released. Every frame lent, pushed or pulled, comes back here exactly once, its fields unchanged: when a newer
      * one replaced it unseen, when it was taken away or could not be shown, or when it is no longer the one in view nor
-     * read. The one in view stays lent for pixel values and saving, another is being converted, a third one waits: with
-     * a fourth buffer the camera always has one to fill. Register it before the first frame. Any thread; no frame must
-     * be pushed from within it. */
+     * read. Five may be lent at once: in view, about to be, ready, being converted, waiting; with a sixth buffer the
+     * camera always has one to fill, with a seventh also while a save function shows a message box. Register it before
+     * the first frame. Any thread; no frame must be pushed from within it. */
     VT_FEATURE_FRAME_RELEASED = 900,
 
     /* Notify. User-interface thread. CLOSED: the user closes the window. FINISHED: the last call of all with `user`, of

@@ -295,8 +295,9 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 void SurfaceStream::PrivateData::publishNew()
 {
     const StreamWorker::Renewal renewal = worker->renewIfOwed();
-    const DisplayFramePtr front = worker->front();
+    DisplayFramePtr front = worker->front();
     if (front && front->sequence > publishedSequence) {
+        front.reset(); // its source waits for it while a newer one is published
         expectFrame();
         updateImage();
     } else {
@@ -308,12 +309,15 @@ void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
 {
     if (renewal == StreamWorker::Renewal::None)
         return;
-    const DisplayFramePtr front = worker->front();
+    DisplayFramePtr front = worker->front();
     // In another palette alone, a picture has the same pixel values. One that is new comes with its own.
-    if (renewal == StreamWorker::Renewal::Converted || !front || front->sequence > publishedSequence || !front->isDrawn)
+    const bool isSame = front && front->sequence <= publishedSequence && front->isDrawn;
+    if (renewal == StreamWorker::Renewal::Converted || !isSame) {
+        front.reset();
         updateImage();
-    else if (surface)
+    } else if (surface) {
         surface->setPixmap(pixmapOf(*front));
+    }
 }
 
 void SurfaceStream::PrivateData::updateImage()

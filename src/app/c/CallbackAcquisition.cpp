@@ -76,24 +76,24 @@ bool CallbackAcquisition::getNextFrame(RawImage* const image, ScopedLock* const 
         lock->reset(new LentFrameLock(frame));
     *image = toRawImage(frame->image);
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_used.erase(std::remove_if(m_used.begin(), m_used.end(), [](const auto& used) { return used.expired(); }),
-                 m_used.end());
-    m_used.push_back(frame);
+    m_used.erase(
+        std::remove_if(m_used.begin(), m_used.end(), [](const UsedFrame& used) { return used.frame.expired(); }),
+        m_used.end());
+    m_used.push_back({frame->image, frame});
     previous = std::exchange(m_delivered, frame);
     return true;
 }
 
+// Takes no other frame than the one that is asked for: the host would wait for the others, too.
 ScopedLock CallbackAcquisition::getFrameLock(const RawImage& image)
 {
-    std::vector<LentFramePtr> used; // any of them may be let go here
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        for (const auto& frame : m_used)
-            used.push_back(frame.lock());
+    LentFramePtr frame; // outlives the guard
+    const std::lock_guard<std::mutex> guard(m_mutex);
+    for (auto used = m_used.rbegin(); used != m_used.rend() && !frame; ++used) {
+        if (isSameFrame(used->image, image))
+            frame = used->frame.lock();
     }
-    const auto frame = std::find_if(used.rbegin(), used.rend(),
-                                    [&](const LentFramePtr& one) { return one && isSameFrame(one->image, image); });
-    return frame != used.rend() ? ScopedLock(new LentFrameLock(*frame)) : ScopedLock();
+    return frame ? ScopedLock(new LentFrameLock(frame)) : ScopedLock();
 }
 
 std::shared_ptr<const void> CallbackAcquisition::takeDelivered()

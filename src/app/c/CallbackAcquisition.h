@@ -75,6 +75,12 @@ public:
     std::shared_ptr<const void> takeDelivered() override;
 
 private:
+    struct UsedFrame
+    {
+        VTRawImage image;
+        std::weak_ptr<const LentFrame> frame;
+    };
+
     template <typename Callback, typename Result, typename... Arguments>
     Result call(std::int32_t feature, Result otherwise, Arguments... arguments) const;
     bool command(std::int32_t feature) const;
@@ -88,8 +94,8 @@ private:
 
     std::mutex m_mutex; // guards all below; no frame is let go under it
     LentFramePtr m_pending;
-    LentFramePtr m_delivered;                           // until it is taken
-    std::vector<std::weak_ptr<const LentFrame>> m_used; // that have been delivered, in that order
+    LentFramePtr m_delivered;      // until it is taken
+    std::vector<UsedFrame> m_used; // that have been delivered, in that order
 };
 
 } // namespace Vistrel
