@@ -305,6 +305,7 @@ enum VTProperty {
     VT_WINDOW_ABOUT_TITLE = 2302,   /* Latin-1; heading of "About Application...", which both texts empty take away */
     VT_WINDOW_ABOUT_TEXT = 2303,    /* Latin-1 */
 
+    /* Sides are bounded to 1 to 32,767; a place that meets no screen is moved by as little as makes it meet one. */
     VT_WINDOW_GEOMETRY = 2400,         /* int32_t[4]: x, y, width, height in logical screen pixels, without the frame */
     VT_WINDOW_FRAME_GEOMETRY = 2401,   /* the same with the frame, whose width is known once the window was shown */
     VT_WINDOW_IMAGE_OFFSET = 2402,     /* int32_t[2]: of the view in the scaled image, in logical pixels */
