@@ -96,7 +96,8 @@ public:
     ///
     /// The delivered buffer must stay readable while its lock is held. Pixel values of the picture in view are read
     /// under a new lock: until two later frames have been delivered, a lock on this one must be refused or its memory
-    /// be there. Null `data` clears the picture.
+    /// be there. A frame that was delivered without a lock is not read any more once the next call here has begun, but
+    /// for what a lock on it is granted for. Null `data` clears the picture.
     virtual bool getNextFrame(RawImage* const image, ScopedLock* const lock) = 0;
 
     /// A lock under which the pixels of `image`, which was delivered before, can be read; empty when they cannot be any

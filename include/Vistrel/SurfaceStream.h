@@ -89,7 +89,9 @@ public Q_SLOTS:
     void setRefreshRate(int hz);
     void setRefreshRateAuto(bool enabled);
 
-    // Each of these re-converts the picture in view where it changes it.
+    // Each of these re-converts the picture in view where it changes it, and waits for that: for one conversion at
+    // most. While a newer frame is being converted, or a command of the window is under way, the picture follows a
+    // moment later. A frame that came without a lock is re-converted only until the source is asked for the next one.
     void setBayerDemosaicEnabled(bool enabled);
     /// The pattern bits of `filter` replace those of the frames; 0 uses the frames' own.
     void setBayerDemosaicFilter(Vistrel::Format filter);

@@ -259,6 +259,11 @@ bool StreamWorker::convertFrontAgain(const DisplayFramePtr& shown)
 {
     if (!m_source)
         return false;
+    if (!m_isSourceAskable) {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        m_isChangeOwed = true;
+        return false;
+    }
     const ScopedLock lock =
         hostCall("getFrameLock", ScopedLock(), [&] { return m_source->getFrameLock(shown->delivered); });
     if (!lock && (shown->underLock || isColor(shown->delivered.format)))

@@ -74,6 +74,9 @@ public:
 
     /// Does what a change has left, now that no frame is being converted. To be called whenever `converted` was.
     Renewal renewIfOwed();
+    /// While false, no change asks the source for a lock; what it would convert again is left to `renewIfOwed`. On the
+    /// thread that changes settings.
+    void setSourceAskable(bool askable) { m_isSourceAskable = askable; }
 
     /// Locks a new, zeroed bitmap, which the front picture then shows; false, and none locked, when it cannot be.
     bool lockBitmap(int width, int height, Format format);
@@ -126,6 +129,8 @@ private:
     const std::function<void()> m_converted;
     FrameConverter m_converter;
     std::unique_ptr<boost::thread> m_thread;
+
+    bool m_isSourceAskable = true;
 
     mutable std::mutex m_imageMutex; // guards the picture and what the conversion reads
     DisplayFramePtr m_front;

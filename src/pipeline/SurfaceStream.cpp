@@ -229,8 +229,10 @@ void SurfaceStream::PrivateData::ignoreSource()
 void SurfaceStream::PrivateData::setSourceAskable(bool askable)
 {
     readout.isAskable = askable;
+    worker->setSourceAskable(askable);
     if (!askable)
         return;
+    frameConverted.request(); // a change may have been left to be done
     if (std::exchange(readout.wasRefused, false) && surface)
         surface->update();
     if (hasNewState)
