@@ -7,6 +7,7 @@
 #include <Vistrel/ScopedLock.h>
 
 #include <cstddef>
+#include <memory>
 
 namespace Vistrel {
 
@@ -173,7 +174,7 @@ protected:
 
 private:
     struct VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

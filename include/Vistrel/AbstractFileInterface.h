@@ -6,6 +6,7 @@
 #include <Vistrel/RawImage.h>
 
 #include <cstddef>
+#include <memory>
 
 namespace Vistrel {
 
@@ -64,7 +65,7 @@ protected:
 
 private:
     struct VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -7,6 +7,7 @@
 #include <QtCore/QObject>
 
 #include <cstddef>
+#include <memory>
 
 namespace Vistrel {
 
@@ -42,7 +43,7 @@ Q_SIGNALS:
 
 private:
     struct VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -5,6 +5,7 @@
 #include <Vistrel/ScopedActionInterface.h>
 
 #include <cstddef>
+#include <memory>
 
 class QAction;
 class QObject;
@@ -56,7 +57,7 @@ private:
     VISTREL_LOCAL void endWith(QObject* part); // of the window: there is no window any more once that has gone
 
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -4,6 +4,8 @@
 
 #include <Vistrel/BaseClass.h>
 
+#include <memory>
+
 namespace Vistrel {
 
 /// The one object that a host creates before any display window. The thread that creates it is the user-interface
@@ -46,7 +48,7 @@ public:
 
 private:
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

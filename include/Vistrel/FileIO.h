@@ -5,6 +5,7 @@
 #include <Vistrel/BaseClass.h>
 #include <Vistrel/RawImage.h>
 
+#include <memory>
 #include <string_view>
 
 namespace Vistrel {
@@ -62,7 +63,7 @@ public:
 
 private:
     struct VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

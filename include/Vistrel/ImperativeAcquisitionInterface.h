@@ -4,6 +4,8 @@
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
+#include <memory>
+
 namespace Vistrel {
 
 /// A ready-made source for hosts that have a frame in hand. The latest pushed frame waits until the display takes it or
@@ -45,7 +47,7 @@ public:
 
 private:
     struct VISTREL_LOCAL PrivateData;
-    PrivateData* m_imperative;
+    std::unique_ptr<PrivateData> m_imperative;
 };
 
 } // namespace Vistrel

@@ -6,6 +6,8 @@
 
 #include <QtWidgets/QWidget>
 
+#include <memory>
+
 namespace Vistrel {
 
 class SurfaceScrollArea;
@@ -43,7 +45,7 @@ protected:
 
 private:
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

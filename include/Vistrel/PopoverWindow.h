@@ -6,6 +6,8 @@
 
 #include <QtWidgets/QWidget>
 
+#include <memory>
+
 namespace Vistrel {
 
 /// A frameless panel over its window, for one widget. It takes the keyboard focus and gives it back; it closes by Esc,
@@ -51,7 +53,7 @@ protected:
 
 private:
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -8,6 +8,8 @@
 #include <QtCore/QPointF>
 #include <QtWidgets/QWidget>
 
+#include <memory>
+
 class QScrollBar;
 
 namespace Vistrel {
@@ -83,7 +85,7 @@ Q_SIGNALS:
 
 private:
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -12,6 +12,8 @@
 #include <QtGui/QImage>
 #include <QtGui/QPixmap>
 
+#include <memory>
+
 namespace Vistrel {
 
 class AbstractAcquisitionInterface;
@@ -19,8 +21,8 @@ class Surface;
 
 /// Fetches frames from a source on a worker thread of its own, converts them on all processors, and publishes the
 /// newest on the surface. Frames are asked for at the refresh rate while the source is set up (ten times a second once
-/// it has had none for a second), and at once when the source announces one. The user-interface thread never waits for
-/// the source.
+/// it has had none for a second), and when the source announces one: at once after a pause, and the newest of those that
+/// come faster than 60 times a second. The user-interface thread never waits for the source.
 ///
 /// Bound to the user-interface thread. Surface and source are not owned; the source must outlive the stream, whose
 /// destructor waits for a fetch that is under way.
@@ -34,6 +36,7 @@ class VISTREL_EXPORT SurfaceStream : public QObject
     Q_PROPERTY(bool rgbOrderReversed READ rgbOrderReversed WRITE setRgbOrderReversed)
 
 public:
+    /// Throws an exception of the standard library, and leaves nothing behind, when the system has no thread for it.
     SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface);
     ~SurfaceStream() override;
 
@@ -109,7 +112,7 @@ Q_SIGNALS:
 private:
     friend class WindowQt; // which may go while the source blocks
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

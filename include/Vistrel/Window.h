@@ -11,6 +11,7 @@
 #include <Vistrel/ScopedFileInterface.h>
 
 #include <cstddef>
+#include <memory>
 
 class QWidget;
 
@@ -195,7 +196,7 @@ public:
 
 private:
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -10,6 +10,8 @@
 
 #include <QtWidgets/QMainWindow>
 
+#include <memory>
+
 class QAction;
 class QDialog;
 
@@ -166,7 +168,7 @@ private:
     VISTREL_LOCAL void discard();
 
     class VISTREL_LOCAL PrivateData;
-    PrivateData* m_data;
+    std::unique_ptr<PrivateData> m_data;
 };
 
 } // namespace Vistrel

@@ -52,10 +52,7 @@ struct AbstractAcquisitionInterface::PrivateData
 
 AbstractAcquisitionInterface::AbstractAcquisitionInterface() : m_data(new PrivateData(this)) {}
 
-AbstractAcquisitionInterface::~AbstractAcquisitionInterface()
-{
-    delete m_data;
-}
+AbstractAcquisitionInterface::~AbstractAcquisitionInterface() = default;
 
 void AbstractAcquisitionInterface::uxClosed() {}
 

@@ -21,10 +21,7 @@ AcquisitionSignalHandler::AcquisitionSignalHandler(AbstractAcquisitionInterface*
     qRegisterMetaType<size_t>("size_t");
 }
 
-AcquisitionSignalHandler::~AcquisitionSignalHandler()
-{
-    delete m_data;
-}
+AcquisitionSignalHandler::~AcquisitionSignalHandler() = default;
 
 void AcquisitionSignalHandler::setup()
 {

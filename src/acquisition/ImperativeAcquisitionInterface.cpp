@@ -119,10 +119,7 @@ struct ImperativeAcquisitionInterface::PrivateData
 
 ImperativeAcquisitionInterface::ImperativeAcquisitionInterface() : m_imperative(new PrivateData) {}
 
-ImperativeAcquisitionInterface::~ImperativeAcquisitionInterface()
-{
-    delete m_imperative;
-}
+ImperativeAcquisitionInterface::~ImperativeAcquisitionInterface() = default;
 
 void ImperativeAcquisitionInterface::setNextFrame(const unsigned char* const data, std::size_t width,
                                                   std::size_t height, Format format, void* const userData)

@@ -99,22 +99,22 @@ Action::Action(Window* const window, QAction* const action, ScopedActionInterfac
 {
     if (m_data->command)
         m_data->command->setAction(this);
-    QObject::connect(action, SIGNAL(destroyed()), m_data, SLOT(actionQtDestroyed()));
-    QObject::connect(action, SIGNAL(triggered(bool)), m_data, SLOT(actionQtTriggered(bool)));
+    QObject::connect(action, SIGNAL(destroyed()), m_data.get(), SLOT(actionQtDestroyed()));
+    QObject::connect(action, SIGNAL(triggered(bool)), m_data.get(), SLOT(actionQtTriggered(bool)));
 }
 
 Action::~Action()
 {
     if (QAction* const action = m_data->action) {
-        action->disconnect(m_data);
+        action->disconnect(m_data.get());
         delete action;
     }
-    m_data->letGo();
+    m_data.release()->letGo();
 }
 
 void Action::endWith(QObject* part)
 {
-    QObject::connect(part, SIGNAL(destroyed()), m_data, SLOT(windowDestroyed()));
+    QObject::connect(part, SIGNAL(destroyed()), m_data.get(), SLOT(windowDestroyed()));
 }
 
 Window* Action::window()

@@ -136,13 +136,13 @@ void Application::PrivateData::applyKeptExit()
         QCoreApplication::exit(*code);
 }
 
-Application::Application(int argc, const char* const* argv) : m_data(nullptr)
+Application::Application(int argc, const char* const* argv)
 {
     Application* none = nullptr;
     if (!globalApplication.compare_exchange_strong(none, this))
         refuse("The Applicaion global has already been allocated.");
     try {
-        m_data = new PrivateData(argc, argv);
+        m_data = std::make_unique<PrivateData>(argc, argv);
     } catch (...) {
         globalApplication.store(nullptr);
         throw;
@@ -152,7 +152,6 @@ Application::Application(int argc, const char* const* argv) : m_data(nullptr)
 Application::~Application()
 {
     globalApplication.exchange(nullptr);
-    delete m_data;
 }
 
 Application* Application::global()
@@ -164,7 +163,7 @@ int Application::exec()
 {
     const bool wasRunning = std::exchange(m_data->isRunning, true);
     // Runs as the loop's first event: an exit that was asked for before the loop is up would be forgotten by it.
-    QMetaObject::invokeMethod(m_data, "applyKeptExit", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(m_data.get(), "applyKeptExit", Qt::QueuedConnection);
     if (m_data->idleTimer)
         m_data->idleTimer->start();
     const int returnCode = QApplication::exec();
@@ -182,7 +181,7 @@ void Application::exit(int returnCode)
         m_data->keptExit = returnCode;
         // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
         if (!isHere)
-            QMetaObject::invokeMethod(m_data, "applyKeptExit", Qt::QueuedConnection);
+            QMetaObject::invokeMethod(m_data.get(), "applyKeptExit", Qt::QueuedConnection);
     }
     if (isHere)
         m_data->applyKeptExit();
@@ -205,7 +204,7 @@ void Application::addIdleMethod(void (*method)(void*), void* const userData)
         return;
     m_data->idleTimer = new QTimer(m_data->toolkit.get());
     m_data->idleTimer->setInterval(0);
-    QObject::connect(m_data->idleTimer, SIGNAL(timeout()), m_data, SLOT(runIdlePass()));
+    QObject::connect(m_data->idleTimer, SIGNAL(timeout()), m_data.get(), SLOT(runIdlePass()));
     if (m_data->isRunning)
         m_data->idleTimer->start();
 }

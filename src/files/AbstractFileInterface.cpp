@@ -74,10 +74,7 @@ struct AbstractFileInterface::PrivateData
 
 AbstractFileInterface::AbstractFileInterface() : m_data(new PrivateData) {}
 
-AbstractFileInterface::~AbstractFileInterface()
-{
-    delete m_data;
-}
+AbstractFileInterface::~AbstractFileInterface() = default;
 
 bool AbstractFileInterface::addFormat(const char* const extension, const char* const extensions,
                                       const char* const description)

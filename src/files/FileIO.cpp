@@ -94,10 +94,7 @@ FileIO::FileIO(const RawImage& image) : FileIO()
     setData(image);
 }
 
-FileIO::~FileIO()
-{
-    delete m_data;
-}
+FileIO::~FileIO() = default;
 
 bool FileIO::hasData() const
 {

@@ -90,10 +90,11 @@ void CopyPool::startWorkers()
 {
     if (!m_workers.empty())
         return;
+    m_workers.reserve(m_participants); // a thread that has been started is kept
     for (std::size_t number = 1; number < m_participants; ++number) {
         try {
             m_workers.push_back(std::make_unique<boost::thread>([this, number] { work(number); }));
-        } catch (const boost::thread_resource_error&) {
+        } catch (const std::exception&) {
             break;
         }
     }

@@ -87,7 +87,7 @@ SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterfac
         return;
     m_data->followSource();
     // A source that is set up already may never announce it.
-    QMetaObject::invokeMethod(m_data, "updateStreamStates", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(m_data.get(), "updateStreamStates", Qt::QueuedConnection);
 }
 
 SurfaceStream::~SurfaceStream()
@@ -100,7 +100,6 @@ SurfaceStream::~SurfaceStream()
     // The source may go any time after this, and the surface would still ask it for pixel values.
     if (m_data->surface)
         m_data->surface->clearImageSrc();
-    delete m_data;
 }
 
 Surface* SurfaceStream::surface()
@@ -204,8 +203,8 @@ void SurfaceStream::setRefreshRateAuto(bool enabled)
     }
     m_data->connectScreen();
     if (!wasAuto)
-        m_data->primaryScreenConnection =
-            connect(qApp, &QGuiApplication::primaryScreenChanged, m_data, [data = m_data] { data->connectScreen(); });
+        m_data->primaryScreenConnection = connect(qApp, &QGuiApplication::primaryScreenChanged, m_data.get(),
+                                                  [data = m_data.get()] { data->connectScreen(); });
 }
 
 bool SurfaceStream::PrivateData::asksSetUp() const

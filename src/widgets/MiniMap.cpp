@@ -76,10 +76,7 @@ MiniMap::MiniMap(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this
     connect(&m_data->nextShrinking, SIGNAL(timeout()), this, SLOT(update()));
 }
 
-MiniMap::~MiniMap()
-{
-    delete m_data;
-}
+MiniMap::~MiniMap() = default;
 
 void MiniMap::setScrollArea(SurfaceScrollArea* area)
 {

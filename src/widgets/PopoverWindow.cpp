@@ -69,10 +69,7 @@ PopoverWindow::PopoverWindow(QWidget* parent)
     m_data->layout->setContentsMargins(borderMargin, borderMargin, borderMargin, borderMargin);
 }
 
-PopoverWindow::~PopoverWindow()
-{
-    delete m_data;
-}
+PopoverWindow::~PopoverWindow() = default;
 
 void PopoverWindow::setContents(QWidget* contents)
 {

@@ -14,10 +14,7 @@ Surface::Surface(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
 }
 
-Surface::~Surface()
-{
-    delete m_data;
-}
+Surface::~Surface() = default;
 
 double Surface::scalingMin()
 {

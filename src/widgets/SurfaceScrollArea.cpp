@@ -94,18 +94,16 @@ SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(
         connect(shortcut, SIGNAL(activated()), this, slot);
     }
 
-    connect(surface, SIGNAL(pixelRangeChanged()), m_data, SLOT(updateScrollRange()), Qt::QueuedConnection);
-    connect(surface, SIGNAL(pixelOffsetChanged(QPointF)), m_data, SLOT(updateScrollPos(QPointF)), Qt::QueuedConnection);
+    connect(surface, SIGNAL(pixelRangeChanged()), m_data.get(), SLOT(updateScrollRange()), Qt::QueuedConnection);
+    connect(surface, SIGNAL(pixelOffsetChanged(QPointF)), m_data.get(), SLOT(updateScrollPos(QPointF)),
+            Qt::QueuedConnection);
     connect(m_data->horizontal, SIGNAL(valueChanged(int)), surface, SLOT(setScaledOffsetX(int)));
     connect(m_data->vertical, SIGNAL(valueChanged(int)), surface, SLOT(setScaledOffsetY(int)));
     m_data->horizontal->hide();
     m_data->vertical->hide();
 }
 
-SurfaceScrollArea::~SurfaceScrollArea()
-{
-    delete m_data;
-}
+SurfaceScrollArea::~SurfaceScrollArea() = default;
 
 Surface* SurfaceScrollArea::surface()
 {

@@ -101,7 +101,6 @@ Window::~Window()
     m_data->forgetTransientParent();
     if (WindowQt* const window = std::exchange(m_data->windowQt, nullptr))
         window->discard();
-    delete m_data;
 }
 
 bool Window::good() const

@@ -249,7 +249,6 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFile
 WindowQt::~WindowQt()
 {
     Q_EMIT partsGoing();
-    delete m_data;
 }
 
 AbstractAcquisitionInterface* WindowQt::acquisitionInterface()

@@ -30,7 +30,7 @@ QAction* WindowQt::addMainMenuAction(const QString& menuTitle, const QString& te
     auto* const action = new QAction(text, this);
     menu->addAction(action);
     addAction(action); // a shortcut that the host gives it lives while the menus are hidden, too
-    connect(action, SIGNAL(destroyed()), m_data, SLOT(userMenuActionDestroyed()));
+    connect(action, SIGNAL(destroyed()), m_data.get(), SLOT(userMenuActionDestroyed()));
     return action;
 }
 
@@ -39,7 +39,7 @@ QAction* WindowQt::addToolBarAction(const QString& text)
     auto* const action = new QAction(text, this);
     addAction(action);
     m_data->userToolBarActions.append(action);
-    connect(action, SIGNAL(destroyed()), m_data, SLOT(userToolBarActionDestroyed()));
+    connect(action, SIGNAL(destroyed()), m_data.get(), SLOT(userToolBarActionDestroyed()));
     updateFeatureSet();
     return action;
 }
