@@ -5,7 +5,6 @@
 #include <QtTest/QtTest>
 
 #include <atomic>
-#include <set>
 #include <stdexcept>
 #include <thread>
 
@@ -16,39 +15,11 @@ class CopyPoolTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyParticipantRunsOnce();
     void runsDoNotOverlap();
     void everyRowIsDoneOnce();
     void exceptionsReachTheCaller_data();
     void exceptionsReachTheCaller();
 };
-
-void CopyPoolTest::everyParticipantRunsOnce()
-{
-    QCOMPARE(CopyPool().participants(), std::size_t{std::max(1u, std::thread::hardware_concurrency())});
-    for (const std::size_t count : {1u, 2u, 3u, 7u}) {
-        CopyPool pool(count);
-        QCOMPARE(pool.participants(), count);
-        std::set<std::thread::id> everSeen;
-        for (int run = 0; run < 200; ++run) {
-            std::vector<std::atomic<int>> calls(count);
-            std::vector<std::thread::id> threads(count);
-            std::atomic<int> stray{0};
-            pool.run([&](std::size_t participant, std::size_t total) {
-                if (participant >= count || total != count || ++calls[participant] > 1)
-                    ++stray;
-                else
-                    threads[participant] = std::this_thread::get_id();
-            });
-            QCOMPARE(stray.load(), 0);
-            for (const std::atomic<int>& called : calls)
-                QCOMPARE(called.load(), 1);
-            QVERIFY(threads[0] == std::this_thread::get_id());
-            everSeen.insert(threads.begin(), threads.end());
-        }
-        QCOMPARE(everSeen.size(), count); // a thread each, and the same ones for every run
-    }
-}
 
 void CopyPoolTest::runsDoNotOverlap()
 {
