@@ -3,6 +3,7 @@
 #include "pipeline/StreamWorker.h"
 
 #include "acquisition/FrameLender.h"
+#include "acquisition/FrameLocking.h"
 #include "base/Report.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
@@ -264,9 +265,8 @@ bool StreamWorker::convertFrontAgain(const DisplayFramePtr& shown)
         m_isChangeOwed = true;
         return false;
     }
-    const ScopedLock lock =
-        hostCall("getFrameLock", ScopedLock(), [&] { return m_source->getFrameLock(shown->delivered); });
-    if (!lock && (shown->underLock || isColor(shown->delivered.format)))
+    const ScopedLock lock = askFrameLock(m_source, shown->delivered);
+    if (!lock && (shown->underLock || isColor(shown->delivered.format) || HeldFrameLock::isOf(m_source)))
         return false;
     // Without a lock the pixels are the source's again as soon as it is asked for the next frame.
     if (!lock && !pauseFetching(shown->fetch))

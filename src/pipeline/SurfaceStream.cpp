@@ -2,6 +2,7 @@
 // Brings a source's frames onto a surface.
 #include "pipeline/SurfaceStream_p.h"
 
+#include "acquisition/FrameLocking.h"
 #include "base/Report.h"
 #include "pipeline/Conversion.h"
 
@@ -422,8 +423,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
         *image = front->delivered;
         if (!lock)
             return true;
-        ScopedLock frameLock =
-            hostCall("getFrameLock", ScopedLock(), [&] { return m_data->source->getFrameLock(front->delivered); });
+        ScopedLock frameLock = askFrameLock(m_data->source, front->delivered);
         if (!frameLock)
             return false;
         lock->reset(new PictureLock(std::move(frameLock), front));

@@ -2,6 +2,7 @@
 // State of a surface stream.
 #pragma once
 
+#include "acquisition/FrameLocking.h"
 #include "base/PacedCall.h"
 #include "pipeline/StreamWorker.h"
 
@@ -30,7 +31,7 @@ public:
     ScopedLock getFrameLock(const RawImage& image) override
     {
         wasRefused = wasRefused || !isAskable;
-        return isAskable ? m_source->getFrameLock(image) : ScopedLock();
+        return isAskable ? askFrameLock(m_source, image) : ScopedLock();
     }
 
     // User-interface thread.

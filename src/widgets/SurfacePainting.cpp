@@ -2,7 +2,7 @@
 // What a surface paints, and the pixel values that it reads.
 #include "widgets/Surface_p.h"
 
-#include "base/Report.h"
+#include "acquisition/FrameLocking.h"
 #include "pipeline/Conversion.h"
 #include "pipeline/PixelReader.h"
 
@@ -78,12 +78,6 @@ Surface::PrivateData::ImageSource Surface::PrivateData::imageSource() const
     return from;
 }
 
-// Asked for with no mutex held: the source may wait, or call back.
-ScopedLock Surface::PrivateData::frameLock(const ImageSource& asked) const
-{
-    return hostCall("getFrameLock", ScopedLock(), [&] { return asked.source->getFrameLock(asked.raw); });
-}
-
 void Surface::setImageSrc(const QImage& image)
 {
     PrivateData::ImageSource next;
@@ -136,7 +130,7 @@ bool Surface::imageSrcPixVal(const PixPos& position, PixVal& value)
     value = PixVal();
     const PrivateData::ImageSource source = m_data->imageSource();
     if (source.hasRaw()) {
-        const ScopedLock lock = m_data->frameLock(source);
+        const ScopedLock lock = askFrameLock(source.source, source.raw);
         return lock.good() && readPixel(source.raw, position, value);
     }
     if (source.image.isNull() || !source.image.rect().contains(position.x, position.y))
@@ -223,7 +217,7 @@ void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
     std::vector<PixelOverlay::Cell> cells;
     const QRect visible = cellsIn(area, scaledRect, scaling, size);
     {
-        const ScopedLock lock = source.hasRaw() ? frameLock(source) : ScopedLock();
+        const ScopedLock lock = source.hasRaw() ? askFrameLock(source.source, source.raw) : ScopedLock();
         if (source.hasRaw() && !lock)
             return;
         for (int x = visible.left(); x <= visible.right(); ++x) {

@@ -72,7 +72,6 @@ public:
     void requestUpdate();
 
     ImageSource imageSource() const;
-    ScopedLock frameLock(const ImageSource& asked) const;
 
     void paintImage(QPainter& painter, const QRegion& region);
     void paintOverlay(QPainter& painter, const QRectF& area);
