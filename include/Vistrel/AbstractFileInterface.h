@@ -18,8 +18,9 @@ class FileIO;
 /// Each format is known by its primary file extension; further ones may belong to it. An extension is written with or
 /// without its leading dot and in any letter case, and consists of ASCII letters and digits.
 ///
-/// The registry is thread-safe. `load` and `save` are called on the user-interface thread; an exception that leaves
-/// them is caught by the caller, reported in one line on the standard error stream, and counts as failure.
+/// The registry is thread-safe. `load` is called on the user-interface thread, and so is `save` unless `savesOnThread`
+/// says otherwise; an exception that leaves them is caught by the caller, reported in one line on the standard error
+/// stream, and counts as failure.
 class VISTREL_EXPORT AbstractFileInterface : public BaseClass
 {
 public:
@@ -57,8 +58,14 @@ public:
     virtual bool load(const char* const fileName, FileIO* const image);
 
     /// Writes the frame, which is readable until this returns, to a file of a registered format. Returns false by
-    /// default.
+    /// default. Unless `savesOnThread`, this is the source's own buffer: its lock is held meanwhile, the window shows
+    /// no pixel values, and the source may have to wait with its next frame. On Windows the name may be the file's
+    /// short one ("WUMEGA~1.TIF"), and an empty file of that name be there already.
     virtual bool save(const RawImage& image, const char* const fileName);
+
+    /// Whether `save` may be called on any thread, with a copy of the frame, while the window goes on. The call ends
+    /// before the interface is destroyed; it opens no window or message box. Returns false by default.
+    virtual bool savesOnThread() const;
 
 protected:
     AbstractFileInterface();

@@ -6,8 +6,8 @@
 
 namespace Vistrel {
 
-/// Claims ".png" and writes the acquired frame instead of the displayed image, lossless, as `FileIO` tells. Names with
-/// another suffix are refused. Thread-safe.
+/// Claims ".png" and writes the acquired frame instead of the displayed image, lossless, as `FileIO` tells, on a thread
+/// of the window's. A window writes files of any name. Names with another suffix are refused. Thread-safe.
 class VISTREL_EXPORT PngFileInterface final : public AbstractFileInterface
 {
 public:
@@ -16,6 +16,7 @@ public:
 
     bool load(const char* const fileName, FileIO* const image) override;
     bool save(const RawImage& image, const char* const fileName) override;
+    bool savesOnThread() const override;
 };
 
 } // namespace Vistrel

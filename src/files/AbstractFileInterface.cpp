@@ -172,4 +172,9 @@ bool AbstractFileInterface::save(const RawImage&, const char* const)
     return false;
 }
 
+bool AbstractFileInterface::savesOnThread() const
+{
+    return false;
+}
+
 } // namespace Vistrel

@@ -2,6 +2,8 @@
 // Images of the toolkit in files, read with suspicion and written whole or not at all.
 #include "files/PictureFile.h"
 
+#include "platform/LocalFileName.h"
+
 #include <QtCore/QBuffer>
 #include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
@@ -124,7 +126,7 @@ PictureType pictureType(const QString& fileName)
 QImage PictureReader::read(const QString& fileName)
 {
     const PictureType type = pictureType(fileName);
-    if (type == PictureType::Unknown || !QFileInfo(fileName).isFile())
+    if (type == PictureType::Unknown || !isFileName(fileName) || !QFileInfo(fileName).isFile())
         return {};
     m_file.setFileName(fileName);
     if (!m_file.open(QIODevice::ReadOnly))
@@ -167,7 +169,7 @@ bool PictureReader::applyExtras(PixelBuffer& frame)
 bool writePicture(QImage image, const QString& fileName, const PictureOptions& options)
 {
     const PictureType type = pictureType(fileName);
-    if (type == PictureType::Unknown || !isSane(image.size()))
+    if (type == PictureType::Unknown || !isFileName(fileName) || !isSane(image.size()))
         return false;
     if (type == PictureType::Png) { // pixels of a camera have no known size; a positive one would be written
         image.setDotsPerMeterX(-1);

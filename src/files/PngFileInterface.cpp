@@ -25,4 +25,9 @@ bool PngFileInterface::save(const RawImage& image, const char* const fileName)
     return pictureType(decodedName(fileName)) == PictureType::Png && FileIO(image).save(fileName);
 }
 
+bool PngFileInterface::savesOnThread() const
+{
+    return true;
+}
+
 } // namespace Vistrel

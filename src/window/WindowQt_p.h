@@ -99,9 +99,12 @@ public:
     void makeEditors();
     void toggle(PopoverWindow* popover, QAction* action);
     bool claims(const QByteArray& suffix) const; ///< whether the host's file interface does
+    QStringList hostFilters() const;
     QStringList saveFilters() const;
     QString askSavePath();
     QString saveImage(const QString& path);
+    QString saveFrame(const QString& path);
+    bool writeBeside(const std::function<bool()>& write);
     void applyViewMode();
     void setBarsVisible(bool visible);
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -160,6 +163,7 @@ public:
     KVQtLgplDialog* licensing = nullptr;
     QString savedPath;   // of the image saved last
     QString savedFilter; // that was chosen last
+    bool isWriting = false;
 
 Q_SIGNALS:
     void busyWorkComplete(Vistrel::BusyWorkResult result);

@@ -1,11 +1,17 @@
 // SPDX-License-Identifier: MIT
 // Saves and copies the image that the main window shows.
+#include "acquisition/FrameLocking.h"
 #include "files/PictureFile.h"
+#include "platform/LocalFileName.h"
 #include "window/WindowQt_p.h"
 
-#include <Vistrel/AbstractFileInterface.h>
+#include <Vistrel/FileIO.h>
+#include <Vistrel/PngFileInterface.h>
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 
+#include <QtCore/QEventLoop>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
 #include <QtGui/QClipboard>
@@ -13,9 +19,13 @@
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMessageBox>
 
+#include <boost/thread/thread.hpp>
+
 namespace Vistrel {
 
 namespace {
+
+constexpr int messageMs = 5000;
 
 struct BuiltInFormat
 {
@@ -44,6 +54,15 @@ QString firstSuffix(const QString& filter)
     return begin > 1 && end > begin ? filter.mid(begin, end - begin) : QString();
 }
 
+// Whether what follows the last dot is meant as a file's type, as in "shot.tif", and not as in "lens 2.8" or
+// "v1.final".
+bool namesType(const QString& path)
+{
+    const QString suffix = QFileInfo(path).suffix();
+    return suffix.contains(QRegularExpression(QStringLiteral("^[A-Za-z0-9]{2,4}$"))) &&
+           suffix.contains(QRegularExpression(QStringLiteral("[A-Za-z]")));
+}
+
 } // namespace
 
 bool WindowQt::PrivateData::claims(const QByteArray& suffix) const
@@ -59,6 +78,12 @@ QStringList WindowQt::PrivateData::saveFilters() const
         if (!isReplaced)
             filters += WindowQt::tr(format.filter);
     }
+    return filters + hostFilters();
+}
+
+QStringList WindowQt::PrivateData::hostFilters() const
+{
+    QStringList filters;
     if (!files)
         return filters;
     const QByteArray suffixes = askText(
@@ -73,7 +98,7 @@ QStringList WindowQt::PrivateData::saveFilters() const
     return filters;
 }
 
-// The path that the user names, or nothing. A name without a known suffix gets the chosen filter's first one.
+// The path that the user names, or nothing. A name without a type gets the chosen filter's first suffix.
 QString WindowQt::PrivateData::askSavePath()
 {
     const QStringList filters = saveFilters();
@@ -86,8 +111,7 @@ QString WindowQt::PrivateData::askSavePath()
         dialog->setFileMode(QFileDialog::AnyFile);
         dialog->setOption(QFileDialog::DontConfirmOverwrite); // its question would be on the stack; asked below
         dialog->setNameFilters(filters);
-        if (filters.contains(savedFilter))
-            dialog->selectNameFilter(savedFilter);
+        dialog->selectNameFilter(filters.contains(savedFilter) ? savedFilter : hostFilters().value(0));
         if (!start.isEmpty()) {
             dialog->setDirectory(QFileInfo(start).absolutePath());
             dialog->selectFile(QFileInfo(start).fileName());
@@ -98,11 +122,13 @@ QString WindowQt::PrivateData::askSavePath()
         QString path = isAccepted ? dialog->selectedFiles().value(0) : QString();
         savedFilter = dialog->selectedNameFilter();
         delete dialog;
-        const QByteArray suffix = suffixOf(path);
         if (path.isEmpty())
             return path;
-        if (!claims(suffix) && pictureType(path) == PictureType::Unknown)
+        if (!claims(suffixOf(path)) && pictureType(path) == PictureType::Unknown) {
+            if (namesType(path))
+                return path; // which saving refuses
             path += firstSuffix(savedFilter);
+        }
         if (!QFileInfo::exists(path))
             return path;
         const QPointer<QMessageBox> question =
@@ -121,44 +147,106 @@ QString WindowQt::PrivateData::askSavePath()
     }
 }
 
+// Writes on a thread while the events of this one go on, and returns when the file is there. The window may go
+// meanwhile; an application that ends waits here.
+bool WindowQt::PrivateData::writeBeside(const std::function<bool()>& write)
+{
+    const QPointer<PrivateData> alive(this);
+    isWriting = true;
+    updateActionStates();
+    QEventLoop loop;
+    bool isWritten = false;
+    const auto work = [&] {
+        isWritten = hostCall("save", false, write);
+        QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
+    };
+    try {
+        boost::thread thread(work);
+        loop.exec();
+        thread.join();
+    } catch (const boost::thread_resource_error&) {
+        work();
+    }
+    if (alive)
+        isWriting = false;
+    return isWritten;
+}
+
 // What went wrong, or nothing.
 QString WindowQt::PrivateData::saveImage(const QString& path)
 {
-    if (claims(suffixOf(path))) {
-        // The host may let the window go meanwhile.
-        const std::shared_ptr<AbstractAcquisitionInterface> keptSource = source;
-        const std::shared_ptr<AbstractFileInterface> keptFiles = files;
-        RawImage raw;
-        ScopedLock lock;
-        if (!stream->latestImage(&raw, &lock))
-            return tr("The image data buffer cannot be accessed at this time.");
-        const QByteArray name = path.toLocal8Bit();
-        const bool isSaved = QString::fromLocal8Bit(name) == path &&
-                             hostCall("save", false, [&] { return keptFiles->save(raw, name.constData()); });
-        return isSaved ? QString()
-                       : tr("File save of an image data buffer failed. Please verify that the current user has access "
-                            "to the selected location.");
-    }
+    if (claims(suffixOf(path)))
+        return saveFrame(path);
     const QImage image = stream->cloneLatestImageForRender();
     if (image.isNull())
         return tr("The display image cannot be accessed at this time.");
-    return writePicture(image, path, PictureOptions())
+    if (pictureType(path) == PictureType::Unknown)
+        return tr("Files of the type \"%1\" cannot be written. Please choose one of the listed types.")
+            .arg(QFileInfo(path).suffix());
+    return writeBeside([&] { return writePicture(image, path, PictureOptions()); })
                ? QString()
                : tr("File save of a display image failed. Please verify that the current user has "
                     "access to the selected location.");
 }
 
+// By the host's interface, which gets the frame itself unless it may be called on a thread.
+QString WindowQt::PrivateData::saveFrame(const QString& path)
+{
+    // The host may let the window go meanwhile.
+    const std::shared_ptr<AbstractAcquisitionInterface> keptSource = source;
+    const std::shared_ptr<AbstractFileInterface> keptFiles = files;
+    RawImage raw;
+    ScopedLock lock;
+    if (!stream->latestImage(&raw, &lock))
+        return tr("The image data buffer cannot be accessed at this time.");
+
+    const bool isOurs = dynamic_cast<const PngFileInterface*>(keptFiles.get()) != nullptr;
+    const auto name = isOurs ? nullptr : std::make_unique<LocalFileName>(path);
+    if (name && name->bytes().isEmpty())
+        return tr("The name of this file or of its folder has letters that the system's code page has not, and the "
+                  "writer of this type takes no others. Please choose another name or folder.");
+    const auto save = [&](const RawImage& image) { return keptFiles->save(image, name->bytes().constData()); };
+    bool isSaved = false;
+    if (isOurs || hostCall("savesOnThread", false, [&] { return keptFiles->savesOnThread(); })) {
+        const FileIO copy(raw);
+        lock.reset(nullptr);
+        RawImage image;
+        isSaved =
+            copy.getData(image) && writeBeside([&] { return isOurs ? copy.save(path.toStdWString()) : save(image); });
+    } else {
+        const QPointer<Surface> surface = scrollArea->surface();
+        {
+            const HeldFrameLock held(keptSource.get());
+            isSaved = hostCall("save", false, [&] { return save(raw); });
+        }
+        lock.reset(nullptr);
+        if (surface)
+            surface->update(); // with the values that it could not ask for
+    }
+    if (name && isSaved)
+        name->keepFile();
+    return isSaved ? QString()
+                   : tr("File save of an image data buffer failed. Please verify that the current user has access "
+                        "to the selected location.");
+}
+
 void WindowQt::saveCurrentImage()
 {
     const QPointer<WindowQt> alive(this);
+    if (m_data->isWriting)
+        return;
     const QString path = m_data->askSavePath();
     if (!alive || path.isEmpty())
         return;
     const QString error = m_data->saveImage(path);
-    if (!alive || m_data->isClosed) // the host's save may have closed the window
+    if (!alive || m_data->isClosed) { // while the file was written
+        if (!error.isEmpty())
+            reportLine("Vistrel::WindowQt: An image that was being saved when its window closed is lost.");
         return;
+    }
     if (error.isEmpty()) {
         m_data->savedPath = path;
+        m_data->form.statusBar->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
     } else {
         const QPointer<QMessageBox> box =
             new QMessageBox(QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok, this);

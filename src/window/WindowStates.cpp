@@ -273,7 +273,7 @@ void WindowQt::PrivateData::updateActionStates()
     const bool hasImage = front && front->delivered.data;
     const bool hasPalette =
         hasImage && isMonochrome(front->effective.format) && (front->effective.format & formatPatternMask) == 0;
-    form.actionSave_Image->setEnabled(hasImage);
+    form.actionSave_Image->setEnabled(hasImage && !isWriting);
     form.actionCopy_Image->setEnabled(hasImage);
     form.actionCopy_Image_Stats->setEnabled(hasImage);
     form.actionCopy_Pixel_Value->setEnabled(hasImage);

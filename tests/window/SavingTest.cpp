@@ -3,6 +3,8 @@
 #include <Vistrel/FileIO.h>
 #include <Vistrel/MessageBoxDialog.h>
 #include <Vistrel/PngFileInterface.h>
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 #include <Vistrel/Window.h>
 #include <Vistrel/WindowQt.h>
@@ -93,6 +95,8 @@ class HostFiles : public AbstractFileInterface
 public:
     HostFiles() { addFormat(".host", nullptr, nullptr); }
     bool save(const RawImage& image, const char* const) override { return onSave(image); }
+    bool savesOnThread() const override { return isThreaded; }
+    bool isThreaded = false;
     std::function<bool(const RawImage&)> onSave = [](const RawImage&) { return false; };
 };
 
@@ -122,6 +126,8 @@ private Q_SLOTS:
     void nameWithoutSuffixIsCompleted();
     void dialogRemembers();
     void windowGoesMeanwhile();
+    void hostsSaveHasTheLockAlone();
+    void threadWritesWhileTheWindowGoesOn();
     void copies();
 
 private:
@@ -169,20 +175,22 @@ void SavingTest::filtersFollowTheHost()
     const auto filters = [this] {
         QString found;
         save({[&](QDialog& dialog) {
-            found = dynamic_cast<QFileDialog&>(dialog).nameFilters().join(QLatin1String(";;"));
+            auto& files = dynamic_cast<QFileDialog&>(dialog);
+            found =
+                files.nameFilters().join(QLatin1String(";;")).replace(files.selectedNameFilter(), QStringLiteral("*"));
             dialog.reject();
         }});
         return found.toStdString();
     };
     open();
     const std::string others = std::string(photographs) + ";;" + bitmaps;
-    QCOMPARE(filters(), "Portable Network Graphics Image (*.png);;" + others);
+    QCOMPARE(filters(), "*;;" + others);
     auto* const files = new HostFiles;
     open(files);
     files->addFormat(".png", ".tif", "Deep Image");
-    QCOMPARE(filters(), others + ";;.host image file (*.host);;Deep Image (*.png *.tif)");
+    QCOMPARE(filters(), others + ";;*;;Deep Image (*.png *.tif)"); // a host's is marked at first
     files->addFormat(".jpeg", nullptr, "Lossy");
-    QCOMPARE(filters(), bitmaps + std::string(";;.host image file (*.host);;Lossy (*.jpeg);;Deep Image (*.png *.tif)"));
+    QCOMPARE(filters(), bitmaps + std::string(";;*;;Lossy (*.jpeg);;Deep Image (*.png *.tif)"));
 }
 
 void SavingTest::writesWhatIsShownOrAcquired()
@@ -256,8 +264,11 @@ void SavingTest::nameWithoutSuffixIsCompleted()
     QCOMPARE(contents("a.jpg"), QByteArray("old"));
     QCOMPARE(save({name(path("a"), photographs)}), std::string("files|replace?|"));
     QVERIFY(contents("a.jpg") != "old");
-    save({name(path("b.txt"), bitmaps)});
-    QCOMPARE(QImageReader::imageFormat(path("b.txt.bmp")), QByteArray("bmp"));
+    save({name(path("lens 2.8"), bitmaps)});
+    QCOMPARE(QImageReader::imageFormat(path("lens 2.8.bmp")), QByteArray("bmp"));
+    QCOMPARE(save({name(path("b.tif"), bitmaps)}),
+             std::string("files|Files of the type \"tif\" cannot be written. Please choose one of the listed types.|"));
+    QVERIFY(!QDir(m_folder->path()).entryList().join(QString()).contains(QLatin1String("tif")));
 }
 
 void SavingTest::dialogRemembers()
@@ -316,6 +327,73 @@ void SavingTest::windowGoesMeanwhile()
         QTRY_VERIFY(!window);
         QCOMPARE(saves, row.inSave == ' ' ? 0 : 1);
         QCOMPARE(contents("old.bmp"), QByteArray("old"));
+    }
+}
+
+// Asking for the lock once more could wait for ever.
+void SavingTest::hostsSaveHasTheLockAlone()
+{
+    auto* const files = new HostFiles;
+    open(files);
+    Surface* const surface = shown()->surfaceScrollArea()->surface();
+    surface->setScaling(surface->scalingMax());
+    surface->grab();
+    QVERIFY(m_source->frameLocks > 0); // for the value cells
+    int asked = -1;
+    files->onSave = [&](const RawImage&) {
+        const int own = m_source->frameLocks;
+        PixVal value;
+        RawImage raw;
+        ScopedLock lock;
+        surface->grab();
+        const bool isRead =
+            surface->imageSrcPixVal({0, 0}, value) || shown()->surfaceStream()->latestImage(&raw, &lock);
+        asked = m_source->frameLocks - own;
+        return !isRead;
+    };
+    QCOMPARE(save({name(path("a.host"))}), std::string("files|"));
+    QCOMPARE(asked, 0);
+    PixVal value;
+    QVERIFY(surface->imageSrcPixVal({0, 0}, value));
+}
+
+void SavingTest::threadWritesWhileTheWindowGoesOn()
+{
+    for (const char end :
+         {' ', 'c', 'd', 'q'}) { // meanwhile the window is closed or deleted, or the loop is told to end
+        auto* const files = new HostFiles;
+        QSemaphore begun;
+        QSemaphore go;
+        files->isThreaded = true;
+        files->onSave = [&](const RawImage& image) {
+            begun.release();
+            go.acquire();
+            QFile file(path("a.host"));
+            const QByteArray bytes(1 << 25, static_cast<char>(image.data[63]));
+            return image.data != m_frame.raw.data && QThread::currentThread() != thread() &&
+                   file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+        };
+        open(files);
+        const QPointer<WindowQt> window = shown();
+        const auto* const action = window->findChild<QAction*>(QStringLiteral("actionSave_Image"));
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            if (!begun.tryAcquire())
+                return;
+            QVERIFY(!action->isEnabled());
+            QVERIFY(m_source->getFrameLock(m_frame.raw).good()); // nobody holds it
+            if (end == 'c')
+                window->close();
+            else if (end == 'd')
+                m_window.reset();
+            else if (end == 'q')
+                QCoreApplication::exit();
+            go.release();
+        });
+        timer.start(1);
+        QCOMPARE(save({name(path("a.host"))}), std::string("files|"));
+        const QByteArray written = contents("a.host");
+        QVERIFY(written.size() == 1 << 25 && written.back() == '\xFD' && QFile::remove(path("a.host")));
     }
 }
 
