@@ -41,7 +41,8 @@ public:
 
     bool hasData() const;
 
-    /// Copies the frame's pixels; `userData` is kept with them. False, and the frame held before stays, when `data` is
+    /// Copies the frame's pixels; `userData` is kept with them. Of the format's code, fields without meaning are left
+    /// out. False, and the frame held before stays, when `data` is
     /// null, the size is zero or its bytes cannot be counted, the format has no name, or there is no memory. Of a
     /// packed frame no more is read than its last row needs; what follows counts as zero.
     bool setData(const RawImage& image);

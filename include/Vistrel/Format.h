@@ -126,8 +126,8 @@ constexpr std::size_t bytesPerPixel(Format format)
     }
 }
 
-/// The format's name, such as "BayerRG12" or "RGB10p32"; a static text, null when no name belongs to the value.
-/// Thread-safe.
+/// The format's name, such as "BayerRG12" or "RGB10p32"; a static text, null when no name belongs to the value. Fields
+/// that mean nothing in a format, such as a channel order in monochrome, are passed over. Thread-safe.
 VISTREL_EXPORT const char* formatName(Format format);
 
 /// Finds a format by its exact name. False, and `format` unchanged, when the name is unknown or an argument is null.

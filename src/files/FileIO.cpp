@@ -7,6 +7,7 @@
 #include "files/PictureFile.h"
 #include "pipeline/Conversion.h"
 #include "pipeline/PackedIterators.h"
+#include "pipeline/PlainFormat.h"
 
 #include <utility>
 
@@ -105,13 +106,15 @@ bool FileIO::setData(const RawImage& image)
 {
     if (!image.data || !formatName(image.format) || !isReadable(image))
         return false;
+    RawImage plain = image;
+    plain.format = plainFormat(image.format);
     return hostCall("FileIO::setData", false, [&] {
         const std::size_t size = image.width * bytesPerPixel(image.format) * image.height;
         const std::uint8_t* const end =
-            (image.format & formatPackingMask) != 0 ? packedFrameEnd(image) : image.data + size;
+            (plain.format & formatPackingMask) != 0 ? packedFrameEnd(plain) : image.data + size;
         PixelBuffer pixels(image.data, end);
         pixels.resize(size, 0);
-        m_data->replace(pixels, image);
+        m_data->replace(pixels, plain);
         return true;
     });
 }

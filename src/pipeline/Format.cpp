@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The names of the pixel formats.
-#include <Vistrel/Format.h>
+#include "pipeline/PlainFormat.h"
 
 #include <algorithm>
 #include <cstring>
@@ -36,10 +36,28 @@ constexpr Named names[] = {
 
 } // namespace
 
+Format plainFormat(Format format)
+{
+    constexpr std::uint32_t layoutMask = 0xFF0000; // no format has a layout
+    if ((format & layoutMask) != 0)
+        return format;
+    const std::uint32_t packing = format & formatPackingMask;
+    std::uint32_t fields = formatDepth(format);
+    if (isMonochrome(format)) {
+        fields |= format & formatPatternMask;
+        if (formatDepth(format) == 10 && (packing == Packedp || packing == PackedNoSwap))
+            fields |= packing;
+    } else if ((format & formatOrderMask) == OrderBGR) {
+        fields |= OrderBGR;
+    }
+    return Format(fields);
+}
+
 const char* formatName(Format format)
 {
-    const auto found = std::find_if(std::begin(names), std::end(names),
-                                    [format](const Named& named) { return named.format == format; });
+    const auto found =
+        std::find_if(std::begin(names), std::end(names),
+                     [plain = plainFormat(format)](const Named& named) { return named.format == plain; });
     return found == std::end(names) ? nullptr : found->name;
 }
 
