@@ -162,24 +162,6 @@ Ending runViewer(const char* arguments, const WorkingFolder& folder)
 
 using Source = AbstractAcquisitionInterface;
 
-// The letters of what the source says that it is, and that it can do now.
-QByteArray stateOf(const Source& source)
-{
-    static constexpr std::pair<char, bool (Source::*)() const> queries[] = {
-        {'U', &Source::isSetup},        {'R', &Source::isRunning},       {'V', &Source::isRunningReverse},
-        {'F', &Source::isRunningFixed}, {'1', &Source::isRunningSingle}, {'W', &Source::isRunningSingleReverse},
-        {'P', &Source::isPaused},       {'S', &Source::isStopped},       {'u', &Source::canSetup},
-        {'c', &Source::canCleanup},     {'r', &Source::canStart},        {'v', &Source::canStartReverse},
-        {'p', &Source::canPause},       {'s', &Source::canStop},         {'t', &Source::canTrigger},
-    };
-    QByteArray state;
-    for (const auto& [letter, ask] : queries) {
-        if ((source.*ask)())
-            state += letter;
-    }
-    return state;
-}
-
 void writePictures(const QTemporaryDir& folder)
 {
     for (int i = 1; i <= 3; ++i) {
@@ -206,8 +188,6 @@ private Q_SLOTS:
     void everyFormatShowsThePicture();
     void lentFramesStayAsTheyAre();
     void filesPlayInOrderAgainAndAgain();
-    void commandsChangeTheState_data();
-    void commandsChangeTheState();
     void runsEndByThemselves();
     void stepsGoForthAndBack();
     void modesChangeTheRun();
@@ -285,35 +265,6 @@ void ViewerTest::filesPlayInOrderAgainAndAgain()
         width = width == 23 ? 21 : width + 1;
     }
     QVERIFY(taker.areIntact);
-}
-
-void ViewerTest::commandsChangeTheState_data()
-{
-    QTest::addColumn<QByteArray>("state");
-    QTest::newRow("start") << QByteArray("URcvps");
-    QTest::newRow("startReverse") << QByteArray("URVcrps");
-    QTest::newRow("startSingle") << QByteArray("UR1crvps");
-    QTest::newRow("startSingleReverse") << QByteArray("URWcrvps");
-    QTest::newRow("startReverse startFixed") << QByteArray("URFcrvps");
-    QTest::newRow("startSingle pause") << QByteArray("UPcrvst");
-    QTest::newRow("pause startReverse") << QByteArray("URVcrps");
-    QTest::newRow("pause stop pause") << QByteArray("UScrv");
-    QTest::newRow("cleanup start stop pause") << QByteArray("Su");
-    QTest::newRow("cleanup setup") << QByteArray("UScrv");
-}
-
-void ViewerTest::commandsChangeTheState()
-{
-    QFETCH(QByteArray, state);
-    PatternSource source(Mono8, QSize(64, 48), 100);
-    QCOMPARE(stateOf(source), QByteArray("URcvps"));
-    const size_t frames = 2;
-    for (const QByteArray& command : QByteArray(QTest::currentDataTag()).split(' ')) {
-        const auto count = command == "startFixed" ? Q_ARG(size_t, frames) : QGenericArgument();
-        QVERIFY(QMetaObject::invokeMethod(source.signalHandler(), command.constData(), Qt::DirectConnection, count));
-    }
-    QCOMPARE(stateOf(source), state);
-    QCOMPARE(source.getNextFrame(nullptr, nullptr), source.isRunning());
 }
 
 void ViewerTest::runsEndByThemselves()
