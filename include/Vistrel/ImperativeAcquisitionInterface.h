@@ -14,7 +14,8 @@ namespace Vistrel {
 /// memory must not be freed before two later frames have been taken: pixel values of the picture in view are read from
 /// it.
 ///
-/// The display takes frames only under a lock: call `setFramesLocked(true)` first, or no frame is shown. A host still
+/// The display takes frames only under a lock: call `setFramesLocked(true)` first, or no frame is shown. It takes none
+/// while `isSetup()` is false. Both are told once on the standard error stream, and in the empty view. A host still
 /// derives from this class and answers `isSetup` and `isRunning`. `setNextFrame`, `clearNextFrame`, `framesLocked` and
 /// `setFramesLocked` are thread-safe; the latter two must not be called by a thread that holds a frame lock, nor while
 /// holding anything that an override of `getFrameLock` waits for.
@@ -30,6 +31,8 @@ public:
     void setNextFrame(const RawImage& image);
     /// Drops the pending frame, if any; never blocks.
     void clearNextFrame();
+    /// How many frames have been pushed. Thread-safe; never blocks.
+    std::size_t framesPushed() const;
 
     /// Whether frames are handed out under a lock; false at first. Both wait while a frame is being read.
     bool framesLocked() const;

@@ -33,7 +33,8 @@ class SurfaceStream;
 class VISTREL_EXPORT Window : public BaseClass
 {
 public:
-    /// Takes the source over, which may be none. Not shown yet.
+    /// Takes the source over, which may be none. Not shown yet. Throws `std::logic_error`, and takes nothing over,
+    /// before there is an `Application`, and on any thread but the one that made it.
     explicit Window(ScopedAcquisitionInterface&& acquisitionInterface);
     /// Takes over what the host's own image files are saved by, too.
     Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface);

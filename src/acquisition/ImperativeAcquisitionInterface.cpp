@@ -114,6 +114,7 @@ struct ImperativeAcquisitionInterface::PrivateData
     std::unique_ptr<RawImage> takePending() { return std::unique_ptr<RawImage>(pending.exchange(nullptr)); }
 
     std::atomic<RawImage*> pending{nullptr};
+    std::atomic<std::size_t> pushed{0};
     std::shared_ptr<FrameGate> gate = std::make_shared<FrameGate>();
 };
 
@@ -130,11 +131,17 @@ void ImperativeAcquisitionInterface::setNextFrame(const unsigned char* const dat
 void ImperativeAcquisitionInterface::setNextFrame(const RawImage& image)
 {
     delete m_imperative->pending.exchange(new RawImage(image));
+    ++m_imperative->pushed;
 }
 
 void ImperativeAcquisitionInterface::clearNextFrame()
 {
     delete m_imperative->pending.exchange(nullptr);
+}
+
+std::size_t ImperativeAcquisitionInterface::framesPushed() const
+{
+    return m_imperative->pushed.load();
 }
 
 bool ImperativeAcquisitionInterface::framesLocked() const

@@ -6,7 +6,7 @@
 #include "acquisition/FrameLocking.h"
 #include "base/Report.h"
 
-#include <Vistrel/AbstractAcquisitionInterface.h>
+#include <Vistrel/ImperativeAcquisitionInterface.h>
 
 #include <QtCore/QScopeGuard>
 
@@ -17,7 +17,10 @@
 namespace Vistrel {
 
 StreamWorker::StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted)
-    : m_source(source), m_lender(dynamic_cast<FrameLender*>(source)), m_converted(std::move(converted))
+    : m_source(source),
+      m_lender(dynamic_cast<FrameLender*>(source)),
+      m_pushSource(dynamic_cast<ImperativeAcquisitionInterface*>(source)),
+      m_converted(std::move(converted))
 {
 }
 
@@ -128,8 +131,11 @@ void StreamWorker::serve(std::uint64_t fetch)
         delivery.bitmap = m_settings.lockedBitmap;
     }
     if (!m_source ||
-        !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivery.raw, &delivery.lock); }))
+        !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivery.raw, &delivery.lock); })) {
+        lookAtPushed();
         return;
+    }
+    m_framesPushed = m_pushSource ? m_pushSource->framesPushed() : 0;
     delivery.lent = m_lender ? m_lender->takeDelivered() : nullptr;
     // A frame that the source was waiting for while it was cleaned up and set up again is shown: what was cleared is
     // looked at from here on.
@@ -146,6 +152,15 @@ void StreamWorker::serve(std::uint64_t fetch)
     if (outcome == Outcome::Cleared)
         m_converter.releaseMemory(); // taken after everything had been freed
     announce(outcome == Outcome::Front);
+}
+
+// A push source that was given a frame and delivers none may have dropped it.
+void StreamWorker::lookAtPushed()
+{
+    const std::size_t framesPushed = m_pushSource ? m_pushSource->framesPushed() : 0;
+    if (framesPushed != std::exchange(m_framesPushed, framesPushed) && !m_pushSource->framesLocked())
+        m_refusals.add(
+            "A frame that was pushed is dropped, because frames are not locked: call setFramesLocked(true).");
 }
 
 StreamWorker::Outcome StreamWorker::convertDelivered(const Delivery& delivery)
@@ -203,10 +218,17 @@ void StreamWorker::announce(bool isFront)
 std::shared_ptr<DisplayFrame> StreamWorker::tryConvert(const RawImage& delivered, bool underLock,
                                                        const ConversionSettings& before)
 {
-    return hostCall("conversion", std::shared_ptr<DisplayFrame>(), [&] {
+    try {
         std::shared_ptr<DisplayFrame> frame = m_converter.convert(delivered, underLock, before);
-        return frame && m_converter.render(*frame, settings()) ? frame : nullptr;
-    });
+        if (frame && m_converter.render(*frame, settings())) {
+            m_refusals.clear();
+            return frame;
+        }
+        m_refusals.add(refusalOf(delivered, before.lockedBitmap ? &before.lockedBitmap->description : nullptr));
+    } catch (...) {
+        m_refusals.add("There is no memory for a frame.");
+    }
+    return nullptr;
 }
 
 // The picture --------------------------------------------------------------------------------------------------------
@@ -350,6 +372,7 @@ void StreamWorker::unlockBitmap()
 
 void StreamWorker::clear()
 {
+    m_refusals.clear();
     {
         DisplayFramePtr previous;
         const std::lock_guard<std::mutex> guard(m_imageMutex);

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pipeline/FrameConverter.h"
+#include "pipeline/Refusals.h"
 
 #include <Vistrel/ScopedLock.h>
 
@@ -22,6 +23,7 @@ namespace Vistrel {
 
 class AbstractAcquisitionInterface;
 class FrameLender;
+class ImperativeAcquisitionInterface;
 
 /// Holds the newest complete picture of a stream and, while it runs, renews it on a thread of its own.
 ///
@@ -51,6 +53,7 @@ public:
     DisplayFramePtr front() const; ///< the newest complete picture, or null
     ConversionSettings settings() const;
     std::uint64_t framesConverted() const { return m_framesConverted.load(); }
+    Refusals& refusals() { return m_refusals; } ///< why frames are not shown
 
     /// What a change of settings has done to the front picture.
     enum class Renewal { None, Rendered, Converted };
@@ -113,6 +116,7 @@ private:
     Outcome convertDelivered(const Delivery& delivery);
     Outcome makeFront(std::shared_ptr<DisplayFrame> frame, const Delivery& delivery);
     void announce(bool isFront);
+    void lookAtPushed();
     std::shared_ptr<DisplayFrame> tryConvert(const RawImage& delivered, bool underLock,
                                              const ConversionSettings& before);
     Snapshot snapshot() const;
@@ -125,7 +129,10 @@ private:
     void resumeFetching();
 
     AbstractAcquisitionInterface* const m_source;
-    FrameLender* const m_lender; // the source, if it is one
+    FrameLender* const m_lender;                              // the source, if it is one
+    const ImperativeAcquisitionInterface* const m_pushSource; // the source, if it is one
+    std::size_t m_framesPushed = 0;                           // to it, when it was looked at last
+    Refusals m_refusals;
     const std::function<void()> m_converted;
     FrameConverter m_converter;
     std::unique_ptr<boost::thread> m_thread;

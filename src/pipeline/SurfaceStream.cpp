@@ -6,8 +6,8 @@
 #include "base/Report.h"
 #include "pipeline/Conversion.h"
 
-#include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/AcquisitionSignalHandler.h>
+#include <Vistrel/ImperativeAcquisitionInterface.h>
 #include <Vistrel/Surface.h>
 
 #include <QtGui/QGuiApplication>
@@ -239,6 +239,14 @@ void SurfaceStream::PrivateData::setSourceAskable(bool askable)
         stream->updateAcquisitionState();
     else if (isFrameAnnounced)
         getNextFrame();
+}
+
+void SurfaceStream::PrivateData::tellUnfetched()
+{
+    const auto* const pushSource = dynamic_cast<const ImperativeAcquisitionInterface*>(source);
+    if (!isSourceSetUp && readout.isAskable && (isFrameAnnounced || (pushSource && pushSource->framesPushed() > 0)))
+        worker->refusals().add("Frames come, but are not shown, because the source is not set up: isSetup() is false.",
+                               0);
 }
 
 void SurfaceStream::PrivateData::updateStreamStates()

@@ -59,6 +59,8 @@ public:
     void setSourceAskable(bool askable);
     /// Shows what a change of settings has done to the front picture.
     void showRenewal(StreamWorker::Renewal renewal);
+    /// Says so when frames come that are not fetched, because the source is not set up.
+    void tellUnfetched();
 
     SurfaceStream* const stream;
     const QPointer<Surface> surface;

@@ -12,13 +12,17 @@
 #include <Vistrel/SurfaceScrollArea.h>
 
 #include <QtCore/QRegularExpression>
+#include <QtCore/QThread>
 #include <QtGui/QCloseEvent>
 #include <QtWidgets/QActionGroup>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMenu>
 #include <QtWidgets/QProgressBar>
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
+
+#include <stdexcept>
 
 namespace Vistrel {
 
@@ -32,6 +36,17 @@ std::shared_ptr<AbstractFileInterface> keepFiles(ScopedFileInterface&& given)
 {
     const auto owner = std::make_shared<ScopedFileInterface>(std::move(given));
     return {owner, owner->get()};
+}
+
+// The toolkit would end the process.
+QWidget* checkedParent(QWidget* parent)
+{
+    const auto* const application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application)
+        throw std::logic_error("Vistrel::Window::Window: There is no application yet. Make a Vistrel::Application.");
+    if (QThread::currentThread() != application->thread())
+        throw std::logic_error("Vistrel::Window::Window: This is not the thread that made the application.");
+    return parent;
 }
 
 } // namespace
@@ -55,6 +70,8 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     auto* const overImage = new QVBoxLayout(scrollArea->surface());
     hintLabel = new QLabel(scrollArea->surface());
     hintLabel->setAlignment(Qt::AlignCenter);
+    hintLabel->setTextFormat(Qt::PlainText);
+    hintLabel->setWordWrap(true);
     hintLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
     hintLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
     hintLabel->setStyleSheet(QStringLiteral("color: #f0f0f0; font-size: 15pt"));
@@ -194,6 +211,7 @@ void WindowQt::PrivateData::connectActions()
     connect(f.actionCopy_Pixel_Value, SIGNAL(triggered()), window, SLOT(copyCurrentPixelValue()));
     connect(f.actionCopy_Image_Stats, SIGNAL(triggered()), window, SLOT(copyCurrentImageStats()));
     connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateImageStats()));
+    connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateHint()));
     connect(&pixelTimer, SIGNAL(timeout()), this, SLOT(updatePixelValue()));
     f.statusBar->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(f.statusBar, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showInfoSwitchesAt(QPoint)));
@@ -234,7 +252,8 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* p
 
 WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface,
                    QWidget* parent)
-    : QMainWindow(parent), m_data(new PrivateData(this, std::move(acquisitionInterface), std::move(fileInterface)))
+    : QMainWindow(checkedParent(parent)),
+      m_data(new PrivateData(this, std::move(acquisitionInterface), std::move(fileInterface)))
 {
     m_data->makeEditors();
     m_data->connectActions();

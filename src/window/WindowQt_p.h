@@ -49,6 +49,7 @@ struct SourceAnswers
     bool canStartSingle = false;
     bool canPause = false;
     bool canStop = false;
+    bool isSetUp = false;
     bool isRunning = false;
     QByteArray activeMode;       // null when none is active
     QString statePicture;        // on the window's icon
@@ -180,6 +181,7 @@ public Q_SLOTS:
     void updateInfoSwitches();
     void updateImageStats();
     void updateImageInfo();
+    void updateHint();
     void updatePixelValue();
     void showInfoSwitches();
     void showInfoSwitchesAt(const QPoint& position);

@@ -251,7 +251,8 @@ SourceAnswers WindowQt::PrivateData::askSource() const
     };
     answers.statePicture = QStringLiteral("Cleanup");
     answers.stateWords = QT_TR_NOOP("Not set up");
-    if (!ask("isSetup", &Source::isSetup))
+    answers.isSetUp = ask("isSetup", &Source::isSetup);
+    if (!answers.isSetUp)
         return answers;
     answers.statePicture = QStringLiteral("AmbiguousState");
     answers.stateWords = QT_TR_NOOP("Unknown state");
@@ -351,7 +352,15 @@ void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
     connect(toggle, SIGNAL(triggered()), this, canCleanup ? SLOT(cleanupAsync()) : SLOT(setupAsync()));
 }
 
-// What an empty view says of what to do next.
+void WindowQt::PrivateData::updateHint()
+{
+    if (hintLabel->isHidden() || !isAskable())
+        return;
+    stream->m_data->tellUnfetched();
+    showHint();
+}
+
+// What an empty view says: what to do next, or why frames are not shown.
 void WindowQt::PrivateData::showHint()
 {
     const std::pair<const QAction*, QString> steps[] = {
@@ -360,8 +369,13 @@ void WindowQt::PrivateData::showHint()
         {form.actionStart_Single, tr("Take one image")},
         {form.actionTrigger, tr("Trigger")},
     };
-    QString hint = known.isRunning ? tr("Waiting for the first image") : tr("No image");
+    QString hint = QString::fromStdString(stream->m_data->worker->refusals().text());
+    const bool isRefused = !hint.isEmpty();
+    if (!isRefused)
+        hint = known.isRunning ? tr("Waiting for the first image") : tr("No image");
     for (const auto& [action, text] : steps) {
+        if (isRefused && known.isSetUp)
+            break;
         if (action->isVisible() && action->isEnabled() && (!known.isRunning || action == form.actionTrigger)) {
             const QString key = action->shortcut().toString(QKeySequence::NativeText);
             hint = key.isEmpty() ? text : tr("%1: %2").arg(text, key);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tests what a source gets without overriding anything: capabilities, setup modes, the relay of signals and commands.
+// Tests what a source gets without overriding anything: setup modes, texts, the relay of commands.
 #include "base/Report.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
@@ -8,7 +8,6 @@
 #include <QtTest/QtTest>
 
 #include <stdexcept>
-#include <thread>
 
 using namespace Vistrel;
 
@@ -21,10 +20,6 @@ public:
     bool isRunning() const override { return false; }
     bool getNextFrame(RawImage* const, ScopedLock* const) override { return false; }
     ScopedLock getFrameLock(const RawImage&) override { return {}; }
-
-    using AbstractAcquisitionInterface::signalAcquisitionStateChange;
-    using AbstractAcquisitionInterface::signalFeatureSetChange;
-    using AbstractAcquisitionInterface::signalGetFrameNow;
 };
 
 /// Notes which command came, and fails.
@@ -62,35 +57,10 @@ class AcquisitionInterfaceTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void capabilitiesAreIndependent();
     void setupModesAreNamedOnce();
     void textOut();
-    void signalsReachQueuedReceivers();
     void slotsRunCommands();
 };
-
-void AcquisitionInterfaceTest::capabilitiesAreIndependent()
-{
-    using Source = AbstractAcquisitionInterface;
-#define CAPABILITY(name) std::make_pair(&Source::has##name, &Source::setHas##name)
-    const auto capabilities = {
-        CAPABILITY(Setup),           CAPABILITY(SetupMode),
-        CAPABILITY(Cleanup),         CAPABILITY(Trigger),
-        CAPABILITY(StartReverse),    CAPABILITY(Start),
-        CAPABILITY(StartFixed),      CAPABILITY(StartSingle),
-        CAPABILITY(Pause),           CAPABILITY(Stop),
-        CAPABILITY(FrameRate),       CAPABILITY(FramesQueued),
-        CAPABILITY(FramesFilled),    CAPABILITY(FramesDropped),
-        CAPABILITY(FramesDelivered), CAPABILITY(StartSingleReverse),
-    };
-    BareSource source;
-    for (const auto& changed : capabilities) {
-        (source.*changed.second)(true);
-        for (const auto& other : capabilities)
-            QCOMPARE((source.*other.first)(), &other == &changed);
-        (source.*changed.second)(false);
-    }
-}
 
 void AcquisitionInterfaceTest::setupModesAreNamedOnce()
 {
@@ -138,28 +108,6 @@ void AcquisitionInterfaceTest::textOut()
         QCOMPARE(size, sizeof buffer);
     }
     QCOMPARE(buffer, "two by two");
-}
-
-void AcquisitionInterfaceTest::signalsReachQueuedReceivers()
-{
-    BareSource source;
-    QByteArrayList received;
-    const AcquisitionSignalHandler* const handler = source.signalHandler();
-    const auto listen = [&](void (AcquisitionSignalHandler::*signal)(), const char* name) {
-        connect(
-            handler, signal, this, [&received, name] { received += name; }, Qt::QueuedConnection);
-    };
-    listen(&AcquisitionSignalHandler::acquisitionStateChanged, "state");
-    listen(&AcquisitionSignalHandler::featureSetChanged, "features");
-    listen(&AcquisitionSignalHandler::getFrameNow, "frame");
-    std::thread([&] {
-        source.signalGetFrameNow();
-        source.signalAcquisitionStateChange();
-        source.signalFeatureSetChange();
-    }).join();
-    QVERIFY(received.isEmpty());
-    QCoreApplication::processEvents();
-    QCOMPARE(received, QByteArrayList({"frame", "state", "features"}));
 }
 
 void AcquisitionInterfaceTest::slotsRunCommands()

@@ -2,20 +2,16 @@
 // Tests the queue of commands: their order, what is announced of them, and what is left when the queue goes first.
 #include "window/BusyWork.h"
 
-#include "base/Report.h"
 #include "support/FakeSources.h"
 
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 
 #include <atomic>
-#include <stdexcept>
 
 using namespace Vistrel;
 
 namespace {
-
-std::atomic<int> reportedLines{0};
 
 QVector<int> resultsOf(const QSignalSpy& completed)
 {
@@ -33,8 +29,6 @@ class BusyWorkTest : public QObject
 
 private Q_SLOTS:
     void commandsRunInOrderOneAtATime();
-    void onlySlowCommandsAreShown();
-    void commandThatThrowsHasFailed();
     void queueGoesBeforeItsCommand();
     void waitingCommandsAreDropped();
 };
@@ -69,36 +63,6 @@ void BusyWorkTest::commandsRunInOrderOneAtATime()
     QCOMPARE(order, (std::vector<int>{0, 1, 2, 3}));
     QCOMPARE(resultsOf(completed), (QVector<int>{0, 1, 0, 0}));
     QVERIFY(!work.isBusy());
-}
-
-void BusyWorkTest::onlySlowCommandsAreShown()
-{
-    BusyWork work(nullptr);
-    QSignalSpy completed(&work, &BusyWork::completed);
-    QSignalSpy delayed(&work, &BusyWork::delayed);
-    Gate gate;
-    work.start(
-        "test", [] { return QStringLiteral("slow"); }, [&] { return gate.pass(), true; });
-    work.start(
-        "test", [] { return QStringLiteral("waits for the slow one"); }, [] { return true; });
-    QTRY_COMPARE(delayed.size(), 1);
-    QCOMPARE(delayed[0][0].toString(), QStringLiteral("slow"));
-    QVERIFY(work.isBusy() && completed.isEmpty());
-    gate.open();
-    QTRY_COMPARE(completed.size(), 2);
-}
-
-void BusyWorkTest::commandThatThrowsHasFailed()
-{
-    setReportSink([](const std::string& line) { reportedLines += line.find("start") != std::string::npos ? 1 : 0; });
-    BusyWork work(nullptr);
-    QSignalSpy completed(&work, &BusyWork::completed);
-    work.start("start", {}, []() -> bool { throw std::runtime_error("no camera"); });
-    work.start("test", {}, [] { return true; });
-    QTRY_COMPARE(completed.size(), 2);
-    QCOMPARE(resultsOf(completed), (QVector<int>{1, 0}));
-    QCOMPARE(reportedLines.load(), 1);
-    setReportSink(nullptr);
 }
 
 void BusyWorkTest::queueGoesBeforeItsCommand()

@@ -14,7 +14,9 @@
 #include <QtWidgets/QDialog>
 #include <QtWidgets/QLabel>
 
+#include <algorithm>
 #include <limits>
+#include <mutex>
 
 using namespace Vistrel;
 
@@ -50,6 +52,8 @@ private Q_SLOTS:
     void bayerFilterOverride();
     void applicationAbout();
     void closedWindowIsHarmless();
+    void whyNoFrameIsShown_data();
+    void whyNoFrameIsShown();
 };
 
 void WindowTest::textsAreCutToTheBuffer()
@@ -255,6 +259,55 @@ void WindowTest::closedWindowIsHarmless()
     window.setApplicationAbout("a", "b");
     QVERIFY(!window.addToolBarAction(ScopedActionInterface(), "no"));
 #endif
+}
+
+void WindowTest::whyNoFrameIsShown_data()
+{
+    QTest::addColumn<bool>("isLocked");
+    QTest::addColumn<bool>("isSetUp");
+    QTest::addColumn<quint32>("format");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<QString>("why");
+    QTest::newRow("not locked") << false << true << quint32(Mono8) << 4 << QStringLiteral("setFramesLocked(true)");
+    QTest::newRow("not set up") << true << false << quint32(Mono8) << 4 << QStringLiteral("isSetup() is false");
+    QTest::newRow("format") << true << true << 0x77u << 4 << QStringLiteral("unknown format 0x77");
+    QTest::newRow("size") << true << true << quint32(Mono8) << 0 << QStringLiteral("0 x 3 pixels");
+}
+
+void WindowTest::whyNoFrameIsShown()
+{
+    QFETCH(bool, isLocked);
+    QFETCH(bool, isSetUp);
+    QFETCH(quint32, format);
+    QFETCH(int, width);
+    QFETCH(QString, why);
+    static std::mutex mutex;
+    static QString told;
+    told.clear();
+    setReportSink([](const std::string& line) {
+        const std::lock_guard<std::mutex> guard(mutex);
+        told += QString::fromStdString(line);
+    });
+    const auto reset = qScopeGuard([] { setReportSink(nullptr); });
+    auto* const source = new PushSource;
+    source->setFramesLocked(isLocked);
+    source->setUp = isSetUp;
+    Window window{ScopedAcquisitionInterface(source)};
+    window.show();
+    const TestFrame frame(4, 3, Mono8);
+    const auto isShown = [&](const QString& text) {
+        const QList<QLabel*> labels = window.qt_handle()->findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+            return label->isVisible() && label->text().contains(why) && label->text().contains(text);
+        });
+    };
+    const auto push = [&] { source->push({frame.pixels.data(), std::size_t(width), 3, Format(format), nullptr}); };
+    push();
+    QTRY_VERIFY(isShown({}));
+    push();
+    QTRY_VERIFY(!isSetUp || isShown(QStringLiteral("(2 times)")));
+    const std::lock_guard<std::mutex> guard(mutex);
+    QCOMPARE(told.count(why), 1);
 }
 
 QTEST_MAIN(WindowTest)
