@@ -186,7 +186,7 @@ std::vector<Step> cameraSteps(const QString& format)
          triggers("actionStart"),
          sees({1280, 960}),
          triggers("actionStop"),
-         {"sees all frames back but one", [] { return source()->isStopped() && source()->framesQueued() == 3; }},
+         {"sees all frames back but one", [] { return source()->isStopped() && source()->framesQueued() == 5; }},
          triggers("actionSave_Image"),
          choosesFile(saved),
          {"finds the frame in the file", [=] { return isShownFrameIn(saved, cFrameHeader(format)); }},
