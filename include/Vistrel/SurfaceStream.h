@@ -21,8 +21,8 @@ class Surface;
 
 /// Fetches frames from a source on a worker thread of its own, converts them on all processors, and publishes the
 /// newest on the surface. Frames are asked for at the refresh rate while the source is set up (ten times a second once
-/// it has had none for a second), and when the source announces one: at once after a pause, and the newest of those that
-/// come faster than 60 times a second. The user-interface thread never waits for the source.
+/// it has had none for a second), and when the source announces one: at once after a pause, and the newest of those
+/// that come faster than 60 times a second. The user-interface thread never waits for the source.
 ///
 /// Bound to the user-interface thread. Surface and source are not owned; the source must outlive the stream, whose
 /// destructor waits for a fetch that is under way.

@@ -4,7 +4,6 @@
 
 #include <QtTest/QtTest>
 
-
 using namespace Vistrel;
 
 namespace {
