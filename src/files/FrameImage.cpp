@@ -216,8 +216,8 @@ bool layOut(const QImage& image, QImage::Format kind, Format format, PixelBuffer
         if (band.isNull())
             throw std::bad_alloc();
         for (int row = 0; row < rows; ++row) {
-            if (!rowFromImage(band.constScanLine(isReady ? top + row : row), kind, static_cast<std::size_t>(top + row),
-                              raw, pixels))
+            const int y = top + row;
+            if (!rowFromImage(band.constScanLine(isReady ? y : row), kind, static_cast<std::size_t>(y), raw, pixels))
                 return false;
         }
     }
