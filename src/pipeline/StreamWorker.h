@@ -137,26 +137,25 @@ private:
     FrameConverter m_converter;
     std::unique_ptr<boost::thread> m_thread;
 
-    bool m_isSourceAskable = true;
-
     mutable std::mutex m_imageMutex; // guards the picture and what the conversion reads
     DisplayFramePtr m_front;
     ConversionSettings m_settings;
     bool m_isConverting = false; // a frame newer than the front
     bool m_isChangeOwed = false; // settings changed while one was being converted
-    std::uint64_t m_clearCount = 0;
     bool m_isAccepting = true;
+    std::uint64_t m_clearCount = 0;
 
     std::mutex m_handshakeMutex; // guards requests and their completion
     std::condition_variable m_handshakeCondition;
     std::uint64_t m_requested = 0;
-    std::uint64_t m_served = 0; // of the requests, all up to this one
-    bool m_started = false;
+    std::uint64_t m_served = 0;  // of the requests, all up to this one
     std::uint64_t m_fetches = 0; // begun
+    bool m_started = false;
     bool m_isServing = false;
     bool m_isPaused = false; // the front's pixels, which came without a lock, are being read
     std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> m_left; // this worker and what it keeps, once left
 
+    bool m_isSourceAskable = true;
     std::atomic<bool> m_running{false}; // set and cleared under the handshake mutex
     std::atomic<std::uint64_t> m_framesConverted{0};
 };
