@@ -175,11 +175,7 @@ void CallCarrier::serve()
 // Who waits then may wait for ever, and the host for him.
 void CallCarrier::loopEnded()
 {
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.hasLoopEnded = true;
-    dropUnserved(calls);
-    QMetaObject::invokeMethod(this, "loopRuns", Qt::QueuedConnection); // by the next loop, if there is one
+    endWaitingCalls();
 }
 
 void CallCarrier::loopRuns()
@@ -243,6 +239,8 @@ void endWaitingCalls()
     const std::lock_guard<std::mutex> guard(calls.mutex);
     calls.hasLoopEnded = true;
     dropUnserved(calls);
+    if (calls.carrier)
+        QMetaObject::invokeMethod(calls.carrier, "loopRuns", Qt::QueuedConnection); // by the next loop, if there is one
 }
 
 void endWaitingCalls(const Window* window)

@@ -18,8 +18,8 @@ DialogButton answerOnUserInterfaceThread(const Window* window, const std::functi
 void addCallableWindow(const Window* window);
 void removeCallableWindow(const Window* window);
 
-/// From now on calls on other threads answer that no button was pressed. For the end of the application, which waits
-/// for those threads. User-interface thread.
+/// Until an event loop runs again, calls on other threads answer that no button was pressed. For an end of the loop
+/// that is followed by a wait for those threads. User-interface thread.
 void endWaitingCalls();
 /// For the end of what `window` shows: calls that wait for it now answer that no button was pressed. User-interface
 /// thread.

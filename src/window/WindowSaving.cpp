@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Saves and copies the image that the main window shows.
 #include "acquisition/FrameLocking.h"
+#include "dialogs/WaitingCalls.h"
 #include "files/PictureFile.h"
 #include "platform/LocalFileName.h"
 #include "window/WindowQt_p.h"
@@ -20,6 +21,8 @@
 #include <QtWidgets/QMessageBox>
 
 #include <boost/thread/thread.hpp>
+
+#include <atomic>
 
 namespace Vistrel {
 
@@ -156,13 +159,17 @@ bool WindowQt::PrivateData::writeBeside(const std::function<bool()>& write)
     updateActionStates();
     QEventLoop loop;
     bool isWritten = false;
+    std::atomic<bool> isDone{false};
     const auto work = [&] {
         isWritten = hostCall("save", false, write);
+        isDone = true;
         QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
     };
     try {
         boost::thread thread(work);
         loop.exec();
+        if (!isDone)
+            endWaitingCalls(); // the application ends, and a host's box would wait for it
         thread.join();
     } catch (const boost::thread_resource_error&) {
         work();
