@@ -83,7 +83,11 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
     if (!display.refusal.empty())
         refuse(display.refusal);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // icons in the screen's own pixels
+    if (!display.platforms.empty())
+        qputenv("QT_QPA_PLATFORM", display.platforms.c_str()); // not another, which would end the process
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
+    if (!display.platforms.empty())
+        qunsetenv("QT_QPA_PLATFORM");
     if (!QGuiApplication::primaryScreen()) // a window would end the process
         refuse("The platform \"" + QGuiApplication::platformName().toStdString() + "\" has no screen.");
 }

@@ -33,8 +33,10 @@ struct Choice
     QByteArray platforms; // names with their own arguments, in the order in which they are tried
     QString pluginFolder; // to be looked into before others, or empty
     QByteArray display;   // the X server's name, or empty for that in DISPLAY
+    bool isNamed = false; // by arguments or environment
 };
 
+// Which of these the toolkit tries of itself depends on its version and on patches.
 QByteArray defaultPlatforms()
 {
 #if defined(Q_OS_WIN)
@@ -42,26 +44,30 @@ QByteArray defaultPlatforms()
 #elif defined(Q_OS_MACOS)
     return "cocoa";
 #else
-    const bool isWayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
-    return isWayland ? "wayland;xcb" : "xcb";
+    if (qgetenv("XDG_SESSION_TYPE") == "wayland")
+        return "wayland;xcb";
+    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ? "xcb;wayland" : "xcb";
 #endif
 }
 
 Choice choose(const std::vector<std::string>& arguments)
 {
     Choice choice{qgetenv("QT_QPA_PLATFORM"), qEnvironmentVariable("QT_QPA_PLATFORM_PLUGIN_PATH"), {}};
-    if (choice.platforms.isEmpty())
-        choice.platforms = defaultPlatforms();
+    choice.isNamed = !choice.platforms.isEmpty();
     for (std::size_t i = 1; i + 1 < arguments.size(); ++i) {
         const std::string option = arguments[i].substr(arguments[i].rfind("--", 0) == 0 ? 1 : 0);
         const char* const value = arguments[i + 1].c_str();
         if (option == "-platform")
-            choice.platforms = value, ++i;
+            choice.platforms = value, choice.isNamed = true, ++i;
         else if (option == "-platformpluginpath")
             choice.pluginFolder = QString::fromLocal8Bit(value), ++i;
         else if (option == "-display")
             choice.display = value, ++i;
+        else if (option == "-platformtheme" || option.rfind("-qwindow", 0) == 0)
+            ++i; // its value, whatever that looks like
     }
+    if (!choice.isNamed)
+        choice.platforms = defaultPlatforms();
     return choice;
 }
 
@@ -211,13 +217,17 @@ DisplayCheck checkDisplay(const std::vector<std::string>& arguments)
 #endif
     const Choice choice = choose(arguments);
     DisplayCheck all;
-    for (const QByteArray& entry : choice.platforms.split(';')) {
-        const QString platform = QString::fromLocal8Bit(entry.split(':').first()).toLower();
+    QByteArrayList entries = choice.platforms.split(';');
+    for (; !entries.isEmpty(); entries.removeFirst()) {
+        const QString platform = QString::fromLocal8Bit(entries.first().split(':').first()).toLower();
         DisplayCheck check = checkPlatform(platform, choice);
         if (check.refusal.empty() && endsTheProcess(platform))
             return {"The platform \"" + platform.toStdString() + "\" finds no graphics device.", nullptr};
-        if (check.refusal.empty())
+        if (check.refusal.empty()) {
+            if (!choice.isNamed)
+                check.platforms = entries.join(';').toStdString();
             return check;
+        }
         all.refusal += (all.refusal.empty() ? "" : " ") + check.refusal;
     }
     return all;
