@@ -128,7 +128,8 @@ void StreamWorker::serve(std::uint64_t fetch)
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         if (!m_isAccepting)
             return;
-        delivery.bitmap = m_settings.lockedBitmap;
+        delivery.bitmaps = std::exchange(m_unlocked, {});
+        delivery.bitmaps.push_back(m_settings.lockedBitmap);
     }
     if (!m_source ||
         !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivery.raw, &delivery.lock); })) {
@@ -166,14 +167,17 @@ void StreamWorker::lookAtPushed()
 StreamWorker::Outcome StreamWorker::convertDelivered(const Delivery& delivery)
 {
     Snapshot before;
+    Bitmaps bitmaps = delivery.bitmaps;
     {
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         m_isConverting = true;
         before = {m_front, m_settings};
+        bitmaps.insert(bitmaps.end(), m_unlocked.begin(), m_unlocked.end());
     }
-    // Drawn into a bitmap that has been unlocked: its pixels go with the picture in view.
-    for (const auto& bitmap : {delivery.bitmap, before.front ? before.front->lockedBitmap : nullptr,
-                               before.front ? before.front->drawnBitmap : nullptr}) {
+    if (before.front)
+        bitmaps.insert(bitmaps.end(), {before.front->lockedBitmap, before.front->drawnBitmap});
+    // Drawn into a bitmap that has been unlocked, and is freed soon.
+    for (const auto& bitmap : bitmaps) {
         if (bitmap && bitmap != before.settings.lockedBitmap && bitmap->description.data == delivery.raw.data)
             return Outcome::Dropped;
     }
@@ -356,7 +360,7 @@ bool StreamWorker::lockBitmap(int width, int height, Format format)
         if (m_front != before)
             continue; // a newer frame has come, which must not be lost
         m_front.swap(shown);
-        m_settings.lockedBitmap.swap(bitmap);
+        exchangeBitmap(std::move(bitmap));
         return true;
     }
     unlockBitmap();
@@ -365,9 +369,16 @@ bool StreamWorker::lockBitmap(int width, int height, Format format)
 
 void StreamWorker::unlockBitmap()
 {
-    std::shared_ptr<LockedBitmap> bitmap; // freed after the lock is released
     const std::lock_guard<std::mutex> guard(m_imageMutex);
+    exchangeBitmap(nullptr);
+}
+
+// Under the image mutex. A frame that was drawn into the old bitmap may be on its way.
+void StreamWorker::exchangeBitmap(std::shared_ptr<LockedBitmap> bitmap)
+{
     m_settings.lockedBitmap.swap(bitmap);
+    if (bitmap)
+        m_unlocked.push_back(std::move(bitmap));
 }
 
 void StreamWorker::clear()
@@ -375,10 +386,12 @@ void StreamWorker::clear()
     m_refusals.clear();
     {
         DisplayFramePtr previous;
+        Bitmaps unlocked;
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         ++m_clearCount;
         m_isAccepting = false;
         previous = std::exchange(m_front, nullptr);
+        unlocked.swap(m_unlocked);
     }
     m_converter.releaseMemory();
 }

@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace boost {
 class thread;
@@ -98,13 +99,15 @@ private:
         ConversionSettings settings;
     };
 
+    using Bitmaps = std::vector<std::shared_ptr<LockedBitmap>>;
+
     // A frame as it came from the source.
     struct Delivery
     {
         RawImage raw;
         ScopedLock lock;
         std::shared_ptr<const void> lent;
-        std::shared_ptr<LockedBitmap> bitmap; // locked when it was asked for: its pixels may lie there
+        Bitmaps bitmaps; // its pixels may lie there: locked when it was asked for, or unlocked since the fetch before
         std::uint64_t fetch = 0;
         std::uint64_t clearCount = 0;
     };
@@ -121,6 +124,7 @@ private:
                                              const ConversionSettings& before);
     Snapshot snapshot() const;
     bool replaceFront(const DisplayFramePtr& before, DisplayFramePtr frame);
+    void exchangeBitmap(std::shared_ptr<LockedBitmap> bitmap);
 
     Renewal renewFront();
     bool convertFrontAgain(const DisplayFramePtr& shown);
@@ -140,6 +144,7 @@ private:
     mutable std::mutex m_imageMutex; // guards the picture and what the conversion reads
     DisplayFramePtr m_front;
     ConversionSettings m_settings;
+    Bitmaps m_unlocked;          // since the last fetch began: a frame that the source still holds back may lie there
     bool m_isConverting = false; // a frame newer than the front
     bool m_isChangeOwed = false; // settings changed while one was being converted
     bool m_isAccepting = true;
