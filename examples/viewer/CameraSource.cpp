@@ -137,8 +137,11 @@ CameraSource::~CameraSource()
         m_watch->changed.notify_all();
     }
     m_keeper.join();
+    std::unique_lock<std::mutex> guard(m_watch->mutex);
+    const bool isLost = m_watch->isLost;
+    guard.unlock();
     // A lost camera would let each command run into its timeout.
-    if (m_connection && m_playback.isRunning() && !m_watch->isLost)
+    if (m_connection && m_playback.isRunning() && !isLost)
         m_connection->stop();
 }
 
