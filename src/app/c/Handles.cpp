@@ -59,10 +59,11 @@ void Handles::callFinished(VTNotifyCallback callback, void* userData)
     if (!application && !isEnding)
         return;
     finishedCalls.push_back({callback, userData});
-    // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
+    // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post. What is
+    // posted holds nothing, which the receiver would read before.
     if (application)
         QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [this] { runFinishedCalls(); }, Qt::QueuedConnection);
+            QCoreApplication::instance(), [] { handles().runFinishedCalls(); }, Qt::QueuedConnection);
 }
 
 void Handles::runFinishedCalls()
