@@ -12,9 +12,16 @@
 
 #include <boost/thread/thread.hpp>
 
+#include <cstddef>
 #include <utility>
 
 namespace Vistrel {
+
+namespace {
+
+constexpr std::size_t mostUnlocked = 4; // bitmaps that are kept for what is on its way
+
+} // namespace
 
 StreamWorker::StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted)
     : m_source(source),
@@ -373,12 +380,16 @@ void StreamWorker::unlockBitmap()
     exchangeBitmap(nullptr);
 }
 
-// Under the image mutex. A frame that was drawn into the old bitmap may be on its way.
+// Under the image mutex. A frame that was drawn into the old bitmap may be on its way. The source may keep a fetch
+// waiting for as long as it likes: a host that locks without pause fills no memory.
 void StreamWorker::exchangeBitmap(std::shared_ptr<LockedBitmap> bitmap)
 {
     m_settings.lockedBitmap.swap(bitmap);
-    if (bitmap)
-        m_unlocked.push_back(std::move(bitmap));
+    if (!bitmap)
+        return;
+    if (m_unlocked.size() == mostUnlocked)
+        m_unlocked.erase(m_unlocked.begin());
+    m_unlocked.push_back(std::move(bitmap));
 }
 
 void StreamWorker::clear()
