@@ -255,6 +255,7 @@ void WindowQt::saveCurrentImage()
         m_data->savedPath = path;
         m_data->form.statusBar->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
     } else {
+        m_data->form.statusBar->clearMessage(); // "Saved" of an earlier image
         const QPointer<QMessageBox> box =
             new QMessageBox(QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok, this);
         box->setAttribute(Qt::WA_QuitOnClose, false);
