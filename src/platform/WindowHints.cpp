@@ -5,6 +5,10 @@
 #include <QtGui/QWindow>
 #include <QtWidgets/QWidget>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 namespace Vistrel {
 
 namespace {
@@ -22,18 +26,14 @@ Qt::WindowFlags hints(const QWidget& window, bool hasButton)
 
 #if defined(_WIN32)
 
-// The system takes the state for a part of what the flags replace, so it is set anew, in a window that is hidden.
+// The toolkit's ways make the native window's style anew, without its state, or hide the window. The button follows the
+// entry of the system's menu, as it does where the toolkit makes a native window of these flags.
 void setCloseButton(QWidget& window, bool hasButton)
 {
-    const bool wasVisible = window.isVisible();
-    const Qt::WindowStates state = window.windowState();
-    const QRect place = window.geometry();
-    window.setWindowFlags(hints(window, hasButton));
-    if (state == Qt::WindowNoState)
-        window.setGeometry(place);
-    window.setWindowState(Qt::WindowNoState);
-    window.setWindowState(state);
-    window.setVisible(wasVisible);
+    window.overrideWindowFlags(hints(window, hasButton));
+    const auto handle = reinterpret_cast<HWND>(window.effectiveWinId()); // null before there is one
+    EnableMenuItem(GetSystemMenu(handle, FALSE), SC_CLOSE, MF_BYCOMMAND | (hasButton ? MF_ENABLED : MF_GRAYED));
+    DrawMenuBar(handle); // the frame, too
 }
 
 #else
