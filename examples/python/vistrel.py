@@ -167,6 +167,9 @@ class _Object:
     def __setitem__(self, number, value):
         kind = number // 100 % 10
         size = ""
+        wanted = {2: ("True or False", (bool, int, np.bool_)), 3: ("a text", str)}.get(kind)
+        if wanted and not isinstance(value, wanted[1]):
+            raise TypeError(f"{_NAMES.get(number, number)} is {wanted[0]}, not {value!r}")
         try:
             if kind in _VALUES:
                 getattr(_library, "VTSetProp" + _VALUES[kind][0])(self._handle, number, value)
