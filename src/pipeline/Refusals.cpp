@@ -34,13 +34,13 @@ void Refusals::add(const std::string& reason, std::size_t frames) noexcept
 {
     try {
         const std::lock_guard<std::mutex> guard(m_mutex);
+        m_current = reason;
         if (m_counts.size() == mostReasons && m_counts.count(reason) == 0)
-            return;
+            return; // shown, and not counted
         const auto [entry, isNew] = m_counts.emplace(reason, 0);
         entry->second += frames;
         if (isNew)
             reportLine("Vistrel: " + reason);
-        m_current = reason;
     } catch (...) {
         reportException("refusal");
     }

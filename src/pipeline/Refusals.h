@@ -32,7 +32,7 @@ public:
 private:
     mutable std::mutex m_mutex;                  // guards all below
     std::map<std::string, std::size_t> m_counts; // of frames, by reason
-    std::string m_current;                       // key of `m_counts`, or empty
+    std::string m_current;                       // reason; empty when nothing is refused
 };
 
 /// Why `frame`, which could not be converted, is refused. `bitmap` describes what is locked, or is null.
