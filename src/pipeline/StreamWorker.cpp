@@ -165,7 +165,9 @@ void StreamWorker::serve(std::uint64_t fetch)
 // A push source that was given a frame and delivers none may have dropped it.
 void StreamWorker::lookAtPushed()
 {
-    const std::size_t framesPushed = m_pushSource ? m_pushSource->framesPushed() : 0;
+    if (!m_pushSource)
+        return;
+    const std::size_t framesPushed = m_pushSource->framesPushed();
     if (framesPushed != std::exchange(m_framesPushed, framesPushed) && !m_pushSource->framesLocked())
         m_refusals.add(
             "A frame that was pushed is dropped, because frames are not locked: call setFramesLocked(true).");
