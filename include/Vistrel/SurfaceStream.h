@@ -78,8 +78,9 @@ public:
     /// Lets the next frame be converted as usual.
     void unlockBitmap();
     /// Describes the locked bitmap; its address is fixed until it is unlocked. False when none is locked. A host that
-    /// drew into it delivers this very descriptor as its next frame, and does so no more once the bitmap is unlocked or
-    /// locked anew, which frees it.
+    /// drew into it delivers this very descriptor as its next frame. Unlocking it, or locking anew, frees its pixels
+    /// once no picture in view and no frame that was pushed before lies in them; the host neither draws into it nor
+    /// delivers it from then on.
     bool getBitmap(RawImage* const image) const;
 
     quint64 framesConverted() const; ///< frames converted since construction, also those replaced before being seen

@@ -2,6 +2,8 @@
 // A source into which the host pushes its frames.
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 
+#include "base/LentMemory.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <memory>
@@ -90,6 +92,28 @@ private:
     FrameGate& m_gate;
 };
 
+// A frame that waits, and the library's own memory that it lies in, if any: a host that drew into a bitmap may unlock
+// it before the frame is taken.
+struct PushedFrame
+{
+    RawImage image;
+    std::shared_ptr<const void> memory;
+};
+
+// A host's lock, which keeps that memory, too.
+class KeepingLock : public AbstractLock
+{
+public:
+    KeepingLock(ScopedLock lock, std::shared_ptr<const void> memory)
+        : m_lock(std::move(lock)), m_memory(std::move(memory))
+    {
+    }
+
+private:
+    ScopedLock m_lock;
+    std::shared_ptr<const void> m_memory;
+};
+
 } // namespace
 
 struct ImperativeAcquisitionInterface::PrivateData
@@ -111,9 +135,9 @@ struct ImperativeAcquisitionInterface::PrivateData
 
     ~PrivateData() { delete pending.load(); }
 
-    std::unique_ptr<RawImage> takePending() { return std::unique_ptr<RawImage>(pending.exchange(nullptr)); }
+    std::unique_ptr<PushedFrame> takePending() { return std::unique_ptr<PushedFrame>(pending.exchange(nullptr)); }
 
-    std::atomic<RawImage*> pending{nullptr};
+    std::atomic<PushedFrame*> pending{nullptr};
     std::atomic<std::size_t> pushed{0};
     std::shared_ptr<FrameGate> gate = std::make_shared<FrameGate>();
 };
@@ -130,7 +154,7 @@ void ImperativeAcquisitionInterface::setNextFrame(const unsigned char* const dat
 
 void ImperativeAcquisitionInterface::setNextFrame(const RawImage& image)
 {
-    delete m_imperative->pending.exchange(new RawImage(image));
+    delete m_imperative->pending.exchange(new PushedFrame{image, lentMemoryAt(image.data)});
     ++m_imperative->pushed;
 }
 
@@ -160,23 +184,25 @@ bool ImperativeAcquisitionInterface::getNextFrame(RawImage* const image, ScopedL
     if (!image)
         return false;
     if (!lock) {
-        const std::unique_ptr<RawImage> frame = m_imperative->takePending();
+        const std::unique_ptr<PushedFrame> frame = m_imperative->takePending();
         if (frame)
-            *image = *frame;
+            *image = frame->image;
         return frame != nullptr;
     }
 
     // A caller that still holds the previous frame's lock here would otherwise wait for itself.
     lock->reset(nullptr);
     const HandOver handOver(*m_imperative->gate);
-    const std::unique_ptr<RawImage> frame = m_imperative->takePending();
+    const std::unique_ptr<PushedFrame> frame = m_imperative->takePending();
     if (!frame)
         return false;
-    ScopedLock frameLock = getFrameLock(*frame);
+    ScopedLock frameLock = getFrameLock(frame->image);
     if (!frameLock)
         return false;
+    if (frame->memory)
+        frameLock = ScopedLock(new KeepingLock(std::move(frameLock), std::move(frame->memory)));
     lock->take(std::move(frameLock));
-    *image = *frame;
+    *image = frame->image;
     return true;
 }
 

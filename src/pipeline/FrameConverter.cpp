@@ -2,6 +2,7 @@
 // From a delivered frame to a complete picture, in recycled memory.
 #include "pipeline/FrameConverter.h"
 
+#include "base/LentMemory.h"
 #include "pipeline/Conversion.h"
 #include "pipeline/RowKernels.h"
 
@@ -82,6 +83,7 @@ std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered,
     frame->delivered = delivered;
     frame->effective = delivered;
     frame->underLock = underLock;
+    frame->memory = lentMemoryAt(delivered.data);
     if (!delivered.data)
         return frame;
     frame->effective.format = effectiveFormat(delivered.format, settings);
@@ -113,7 +115,6 @@ bool FrameConverter::convertLocked(DisplayFrame& frame, const std::shared_ptr<Lo
         if (raw.width != bitmap.description.width || raw.height != bitmap.description.height ||
             formatDepth(raw.format) != formatDepth(bitmap.description.format))
             return false;
-        frame.drawnBitmap = locked;
         frame.swappedShow = isColor(raw.format) && (raw.format & formatOrderMask) != OrderBGR;
     } else if (!copyFrame(*m_pool, bitmap.target, raw)) {
         return false;
@@ -162,6 +163,7 @@ std::shared_ptr<LockedBitmap> FrameConverter::makeLockedBitmap(int width, int he
         return nullptr;
     std::fill(bitmap->block->begin(), bitmap->block->end(), std::uint8_t{0});
     bitmap->description.data = bitmap->block->data();
+    registerLentMemory(bitmap->block, bitmap->description.data, bitmap->block->size());
     return bitmap;
 }
 

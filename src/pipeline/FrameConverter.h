@@ -61,7 +61,7 @@ struct DisplayFrame
     QImage rendered;                            // as it is shown; null without pixels
     std::uint64_t sequence = 0;                 // of the frames converted by a stream, from 1
     std::shared_ptr<LockedBitmap> lockedBitmap; // whose pixels `image` shows, if any
-    std::shared_ptr<LockedBitmap> drawnBitmap;  // into which the host drew the frame that `delivered` describes, if any
+    std::shared_ptr<const void> memory;         // the library's own that `delivered` points into, if any
     std::shared_ptr<const void> lent;           // keeps what `delivered` describes from being given back to the source
     bool isDrawn = true;                        // the pixels of `image` are those of `delivered`
 };

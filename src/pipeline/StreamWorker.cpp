@@ -4,6 +4,7 @@
 
 #include "acquisition/FrameLender.h"
 #include "acquisition/FrameLocking.h"
+#include "base/LentMemory.h"
 #include "base/Report.h"
 
 #include <Vistrel/ImperativeAcquisitionInterface.h>
@@ -16,12 +17,6 @@
 #include <utility>
 
 namespace Vistrel {
-
-namespace {
-
-constexpr std::size_t mostUnlocked = 4; // bitmaps that are kept for what is on its way
-
-} // namespace
 
 StreamWorker::StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted)
     : m_source(source),
@@ -135,8 +130,7 @@ void StreamWorker::serve(std::uint64_t fetch)
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         if (!m_isAccepting)
             return;
-        delivery.bitmaps = std::exchange(m_unlocked, {});
-        delivery.bitmaps.push_back(m_settings.lockedBitmap);
+        delivery.bitmaps = {std::exchange(m_unlocked, nullptr), m_settings.lockedBitmap};
     }
     if (!m_source ||
         !hostCall("getNextFrame", false, [&] { return m_source->getNextFrame(&delivery.raw, &delivery.lock); })) {
@@ -145,6 +139,7 @@ void StreamWorker::serve(std::uint64_t fetch)
     }
     m_framesPushed = m_pushSource ? m_pushSource->framesPushed() : 0;
     delivery.lent = m_lender ? m_lender->takeDelivered() : nullptr;
+    delivery.memory = lentMemoryAt(delivery.raw.data);
     // A frame that the source was waiting for while it was cleaned up and set up again is shown: what was cleared is
     // looked at from here on.
     {
@@ -162,6 +157,11 @@ void StreamWorker::serve(std::uint64_t fetch)
     announce(outcome == Outcome::Front);
 }
 
+bool StreamWorker::hasPushedFrames() const
+{
+    return m_pushSource && m_pushSource->framesPushed() > 0;
+}
+
 // A push source that was given a frame and delivers none may have dropped it.
 void StreamWorker::lookAtPushed()
 {
@@ -175,24 +175,15 @@ void StreamWorker::lookAtPushed()
 
 StreamWorker::Outcome StreamWorker::convertDelivered(const Delivery& delivery)
 {
-    Snapshot before;
-    Bitmaps bitmaps = delivery.bitmaps;
+    ConversionSettings before;
     {
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         m_isConverting = true;
-        before = {m_front, m_settings};
-        bitmaps.insert(bitmaps.end(), m_unlocked.begin(), m_unlocked.end());
-    }
-    if (before.front)
-        bitmaps.insert(bitmaps.end(), {before.front->lockedBitmap, before.front->drawnBitmap});
-    // Drawn into a bitmap that has been unlocked, and is freed soon.
-    for (const auto& bitmap : bitmaps) {
-        if (bitmap && bitmap != before.settings.lockedBitmap && bitmap->description.data == delivery.raw.data)
-            return Outcome::Dropped;
+        before = m_settings;
     }
     // Until the front tells what the bitmap holds.
-    const std::unique_lock<std::mutex> pixels = lockPixels(before.settings.lockedBitmap);
-    std::shared_ptr<DisplayFrame> frame = tryConvert(delivery.raw, delivery.lock.good(), before.settings);
+    const std::unique_lock<std::mutex> pixels = lockPixels(before.lockedBitmap);
+    std::shared_ptr<DisplayFrame> frame = tryConvert(delivery.raw, delivery.lock.good(), before);
     return frame ? makeFront(std::move(frame), delivery) : Outcome::Dropped;
 }
 
@@ -322,7 +313,6 @@ bool StreamWorker::convertFrontAgain(const DisplayFramePtr& shown)
     frame->sequence = shown->sequence;
     frame->fetch = shown->fetch;
     frame->lent = shown->lent;
-    frame->drawnBitmap = shown->drawnBitmap;
     return replaceFront(shown, frame);
 }
 
@@ -369,7 +359,7 @@ bool StreamWorker::lockBitmap(int width, int height, Format format)
         if (m_front != before)
             continue; // a newer frame has come, which must not be lost
         m_front.swap(shown);
-        exchangeBitmap(std::move(bitmap));
+        exchangeBitmap(bitmap); // which is then the one that is freed, with no lock held
         return true;
     }
     unlockBitmap();
@@ -378,20 +368,17 @@ bool StreamWorker::lockBitmap(int width, int height, Format format)
 
 void StreamWorker::unlockBitmap()
 {
+    std::shared_ptr<LockedBitmap> bitmap; // freed with no lock held
     const std::lock_guard<std::mutex> guard(m_imageMutex);
-    exchangeBitmap(nullptr);
+    exchangeBitmap(bitmap);
 }
 
-// Under the image mutex. A frame that was drawn into the old bitmap may be on its way. The source may keep a fetch
-// waiting for as long as it likes: a host that locks without pause fills no memory.
-void StreamWorker::exchangeBitmap(std::shared_ptr<LockedBitmap> bitmap)
+// Under the image mutex. Takes the bitmap to be locked, and returns one that is kept no longer.
+void StreamWorker::exchangeBitmap(std::shared_ptr<LockedBitmap>& bitmap)
 {
     m_settings.lockedBitmap.swap(bitmap);
-    if (!bitmap)
-        return;
-    if (m_unlocked.size() == mostUnlocked)
-        m_unlocked.erase(m_unlocked.begin());
-    m_unlocked.push_back(std::move(bitmap));
+    if (bitmap)
+        m_unlocked.swap(bitmap);
 }
 
 void StreamWorker::clear()
@@ -399,7 +386,7 @@ void StreamWorker::clear()
     m_refusals.clear();
     {
         DisplayFramePtr previous;
-        Bitmaps unlocked;
+        std::shared_ptr<LockedBitmap> unlocked;
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         ++m_clearCount;
         m_isAccepting = false;

@@ -7,6 +7,7 @@
 
 #include <Vistrel/ScopedLock.h>
 
+#include <array>
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -14,7 +15,6 @@
 #include <memory>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 namespace boost {
 class thread;
@@ -55,6 +55,7 @@ public:
     ConversionSettings settings() const;
     std::uint64_t framesConverted() const { return m_framesConverted.load(); }
     Refusals& refusals() { return m_refusals; } ///< why frames are not shown
+    bool hasPushedFrames() const;               ///< the source is a push source that was ever given one
 
     /// What a change of settings has done to the front picture.
     enum class Renewal { None, Rendered, Converted };
@@ -99,15 +100,14 @@ private:
         ConversionSettings settings;
     };
 
-    using Bitmaps = std::vector<std::shared_ptr<LockedBitmap>>;
-
     // A frame as it came from the source.
     struct Delivery
     {
         RawImage raw;
         ScopedLock lock;
         std::shared_ptr<const void> lent;
-        Bitmaps bitmaps; // its pixels may lie there: locked when it was asked for, or unlocked since the fetch before
+        std::array<std::shared_ptr<LockedBitmap>, 2> bitmaps; // into which the source may have drawn it meanwhile
+        std::shared_ptr<const void> memory;                   // the library's own that it lies in, if any
         std::uint64_t fetch = 0;
         std::uint64_t clearCount = 0;
     };
@@ -124,7 +124,7 @@ private:
                                              const ConversionSettings& before);
     Snapshot snapshot() const;
     bool replaceFront(const DisplayFramePtr& before, DisplayFramePtr frame);
-    void exchangeBitmap(std::shared_ptr<LockedBitmap> bitmap);
+    void exchangeBitmap(std::shared_ptr<LockedBitmap>& bitmap);
 
     Renewal renewFront();
     bool convertFrontAgain(const DisplayFramePtr& shown);
@@ -144,9 +144,9 @@ private:
     mutable std::mutex m_imageMutex; // guards the picture and what the conversion reads
     DisplayFramePtr m_front;
     ConversionSettings m_settings;
-    Bitmaps m_unlocked;          // since the last fetch began: a frame that the source still holds back may lie there
-    bool m_isConverting = false; // a frame newer than the front
-    bool m_isChangeOwed = false; // settings changed while one was being converted
+    std::shared_ptr<LockedBitmap> m_unlocked; // since the last fetch began: the source may still hold a frame in it
+    bool m_isConverting = false;              // a frame newer than the front
+    bool m_isChangeOwed = false;              // settings changed while one was being converted
     bool m_isAccepting = true;
     std::uint64_t m_clearCount = 0;
 

@@ -7,7 +7,6 @@
 #include "pipeline/Conversion.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>
-#include <Vistrel/ImperativeAcquisitionInterface.h>
 #include <Vistrel/Surface.h>
 
 #include <QtGui/QGuiApplication>
@@ -243,8 +242,7 @@ void SurfaceStream::PrivateData::setSourceAskable(bool askable)
 
 void SurfaceStream::PrivateData::tellUnfetched()
 {
-    const auto* const pushSource = dynamic_cast<const ImperativeAcquisitionInterface*>(source);
-    if (!isSourceSetUp && readout.isAskable && (isFrameAnnounced || (pushSource && pushSource->framesPushed() > 0)))
+    if (!isSourceSetUp && readout.isAskable && (isFrameAnnounced || worker->hasPushedFrames()))
         worker->refusals().add("Frames come, but are not shown, because the source is not set up: isSetup() is false.",
                                0);
 }

@@ -591,9 +591,16 @@ void SurfaceStreamTest::hostDrawsIntoTheBitmap()
     QVERIFY(display.stream.getBitmap(&bitmap));
     display.stream.unlockBitmap();
     lock.reset(nullptr);
-    display.source.push(taken); // no more
     QCOMPARE(redShown(), 200u);
-    QVERIFY(display.stream.setBitmapLocked(4, 4, RGBa8));
+    for (int i = 0; i < 6; ++i) { // before the frame is taken
+        QVERIFY(display.stream.setBitmapLocked(4, 4, RGBa8));
+        if (i != 0)
+            continue;
+        QVERIFY(display.stream.getBitmap(&bitmap));
+        std::fill_n(const_cast<std::uint8_t*>(bitmap.data), 64, std::uint8_t{70});
+        display.source.setNextFrame(bitmap);
+    }
+    QTRY_COMPARE(display.shown(), QColor(70, 70, 70));
     QVERIFY(display.stream.getBitmap(&bitmap));
     display.show(bitmap);
     QCOMPARE(qAlpha(display.stream.cloneLatestImage().pixel(0, 0)), 255);

@@ -65,7 +65,8 @@ struct LentFrame
     LentFrame& operator=(const LentFrame&) = delete;
 
     VTRawImage image{};
-    bool isLent = false; // false until the host has said so
+    bool isLent = false;                // false until the host has said so
+    std::shared_ptr<const void> memory; // the library's own that the frame lies in, if any
     const std::shared_ptr<HostFunctions> functions;
 };
 

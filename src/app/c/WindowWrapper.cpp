@@ -2,6 +2,8 @@
 // What a C host's window handle stands for.
 #include "app/c/WindowWrapper.h"
 
+#include "base/LentMemory.h"
+
 #include <Vistrel/WindowQt.h>
 
 #include <QtCore/QObject>
@@ -25,6 +27,7 @@ LentFramePtr WindowGate::push(const VTRawImage* image)
     if (image) {
         frame = std::make_shared<LentFrame>(acquisition.functions());
         frame->image = *image;
+        frame->memory = lentMemoryAt(image->data);
         frame->isLent = true;
     }
     return acquisition.push(std::move(frame));
