@@ -335,6 +335,13 @@ bool isLiving(xcb_connection_t* connection, xcb_window_t window)
     return reply != nullptr;
 }
 
+// False for a window that has gone.
+bool isDone(xcb_connection_t* connection, xcb_void_cookie_t request)
+{
+    const Owned<xcb_generic_error_t> error(xcb_request_check(connection, request), &std::free);
+    return error == nullptr;
+}
+
 bool isKeptAbove(HWND window, HWND lower)
 {
     const auto entry = registry().parents.find(window);
@@ -343,12 +350,12 @@ bool isKeptAbove(HWND window, HWND lower)
 
 } // namespace
 
-// The window manager keeps a window above the one that it is transient for.
+// The window manager keeps a window above the one that it is transient for. The reply is waited for: what the host asks
+// of the window manager next, on a connection of its own, must not overtake the property.
 bool addTransientChild(HWND parent, HWND child)
 {
     xcb_connection_t* const connection = QX11Info::isPlatformX11() ? QX11Info::connection() : nullptr;
-    if (!connection || !parent || !child || parent == child || !isLiving(connection, numberOf(parent)) ||
-        !isLiving(connection, numberOf(child)))
+    if (!connection || !parent || !child || parent == child || !isLiving(connection, numberOf(parent)))
         return false;
     auto& parents = registry().parents;
     for (auto entry = parents.begin(); entry != parents.end();) // numbers are used again
@@ -356,20 +363,18 @@ bool addTransientChild(HWND parent, HWND child)
     if (isKeptAbove(parent, child))
         return false;
     const xcb_window_t number = numberOf(parent);
-    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW,
-                        32, 1, &number);
-    xcb_flush(connection);
+    if (!isDone(connection, xcb_change_property_checked(connection, XCB_PROP_MODE_REPLACE, numberOf(child),
+                                                        XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, 32, 1, &number)))
+        return false;
     parents[child] = parent;
     return true;
 }
 
 void removeTransientChild(HWND child)
 {
-    if (registry().parents.erase(child) == 0 || !QX11Info::isPlatformX11() ||
-        !isLiving(QX11Info::connection(), numberOf(child)))
-        return;
-    xcb_delete_property(QX11Info::connection(), numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR);
-    xcb_flush(QX11Info::connection());
+    xcb_connection_t* const connection = QX11Info::isPlatformX11() ? QX11Info::connection() : nullptr;
+    if (registry().parents.erase(child) != 0 && connection)
+        isDone(connection, xcb_delete_property_checked(connection, numberOf(child), XCB_ATOM_WM_TRANSIENT_FOR));
 }
 
 bool isTransientChild(HWND child)

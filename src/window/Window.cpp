@@ -70,11 +70,14 @@ void Window::PrivateData::forgetTransientParent()
     transientParentHandle = nullptr;
 }
 
-// A native window that is made anew, or shown again, knows nothing of a parent. It will only be there after this event.
+// Qt takes the parent from a native window that it makes anew, which is there after the event, and from one that it
+// shows on X11. ShowToParent comes right after that, so a host that raises the parent next finds the window registered.
 bool Window::PrivateData::eventFilter(QObject*, QEvent* event)
 {
-    if (transientParentHandle && (event->type() == QEvent::WinIdChange || event->type() == QEvent::Show))
+    if (transientParentHandle && event->type() == QEvent::WinIdChange)
         QMetaObject::invokeMethod(this, "renewTransientParent", Qt::QueuedConnection);
+    else if (transientParentHandle && event->type() == QEvent::ShowToParent)
+        renewTransientParent();
     return false;
 }
 

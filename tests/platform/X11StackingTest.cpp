@@ -102,29 +102,29 @@ void X11StackingTest::staysAboveTheParent()
     QVERIFY(!child.transientParent());
     child.setTransientParent(parent.handle());
     QCOMPARE(child.transientParent(), parent.handle());
-    child.show();
-    QVERIFY(QTest::qWaitForWindowExposed(child.qt_handle()));
-    const auto isAbove = [&] { return parent.place(number) > parent.place(parent.number); };
     // A third window tells that the parent has been raised.
     Window other{ScopedAcquisitionInterface()};
     other.show();
     QVERIFY(QTest::qWaitForWindowExposed(other.qt_handle()));
     const auto otherNumber = xcb_window_t(reinterpret_cast<std::uintptr_t>(other.native_handle()));
-    const auto raiseParent = [&] {
+    const auto raiseOther = [&] {
         parent.raise(otherNumber);
         QTRY_VERIFY(parent.place(otherNumber) > parent.place(parent.number));
+    };
+    const auto raiseParent = [&] {
         parent.raise(parent.number);
         QTRY_VERIFY(parent.place(otherNumber) < parent.place(parent.number));
     };
-    raiseParent();
-    QTRY_VERIFY(isAbove());
-    child.hide(); // and made known to the window manager anew
-    child.show();
-    QVERIFY(QTest::qWaitForWindowExposed(child.qt_handle()));
-    raiseParent();
-    QTRY_VERIFY(isAbove());
+    const auto isAbove = [&] { return parent.place(number) > parent.place(parent.number); };
+    for (int time = 0; time < 2; ++time) { // the window manager forgets a hidden window
+        raiseOther();
+        child.hide();
+        child.show();
+        raiseParent();
+        QTRY_VERIFY(isAbove());
+    }
     child.setTransientParent(nullptr);
-    QVERIFY(!child.transientParent());
+    raiseOther();
     raiseParent();
     QTRY_VERIFY(!isAbove());
 }
