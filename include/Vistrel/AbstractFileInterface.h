@@ -18,8 +18,8 @@ class FileIO;
 /// Each format is known by its primary file extension; further ones may belong to it. An extension is written with or
 /// without its leading dot and in any letter case, and consists of ASCII letters and digits.
 ///
-/// The registry is thread-safe. `load` is called on the user-interface thread, and so is `save` unless `savesOnThread`
-/// says otherwise; an exception that leaves them is caught by the caller, reported in one line on the standard error
+/// The registry is thread-safe. `load` is called on the user-interface thread, and so are `save` and `saveWide` unless
+/// `savesOnThread` says otherwise; an exception that leaves them is caught by the caller, reported in one line on the standard error
 /// stream, and counts as failure.
 class VISTREL_EXPORT AbstractFileInterface : public BaseClass
 {
@@ -66,6 +66,11 @@ public:
     /// Whether `save` may be called on any thread, with a copy of the frame, while the window goes on. The call ends
     /// before the interface is destroyed; it opens no window or message box. Returns false by default.
     virtual bool savesOnThread() const;
+
+    /// What a window calls to save: as `save`, with the whole name in wide characters. On Windows these are the
+    /// system's own (UTF-16), and only they can name every file. By default calls `save` with the name in the local
+    /// 8-bit encoding; false when there is no such name.
+    virtual bool saveWide(const RawImage& image, const wchar_t* const fileName);
 
 protected:
     AbstractFileInterface();

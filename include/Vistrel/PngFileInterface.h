@@ -7,7 +7,7 @@
 namespace Vistrel {
 
 /// Claims ".png" and writes the acquired frame instead of the displayed image, lossless, as `FileIO` tells, on a thread
-/// of the window's. A window writes files of any name. Names with another suffix are refused. Thread-safe.
+/// of the window's. Names with another suffix are refused. Thread-safe.
 class VISTREL_EXPORT PngFileInterface final : public AbstractFileInterface
 {
 public:
@@ -17,6 +17,7 @@ public:
     bool load(const char* const fileName, FileIO* const image) override;
     bool save(const RawImage& image, const char* const fileName) override;
     bool savesOnThread() const override;
+    bool saveWide(const RawImage& image, const wchar_t* const fileName) override;
 };
 
 } // namespace Vistrel

@@ -3,6 +3,7 @@
 #include <Vistrel/AbstractFileInterface.h>
 
 #include "base/TextOut.h"
+#include "platform/LocalFileName.h"
 
 #include <algorithm>
 #include <cstring>
@@ -175,6 +176,15 @@ bool AbstractFileInterface::save(const RawImage&, const char* const)
 bool AbstractFileInterface::savesOnThread() const
 {
     return false;
+}
+
+bool AbstractFileInterface::saveWide(const RawImage& image, const wchar_t* const fileName)
+{
+    LocalFileName name(QString::fromWCharArray(fileName));
+    const bool isSaved = !name.bytes().isEmpty() && save(image, name.bytes().constData());
+    if (isSaved)
+        name.keepFile();
+    return isSaved;
 }
 
 } // namespace Vistrel

@@ -30,4 +30,9 @@ bool PngFileInterface::savesOnThread() const
     return true;
 }
 
+bool PngFileInterface::saveWide(const RawImage& image, const wchar_t* const fileName)
+{
+    return pictureType(QString::fromWCharArray(fileName)) == PictureType::Png && FileIO(image).save(fileName);
+}
+
 } // namespace Vistrel

@@ -7,7 +7,6 @@
 #include "window/WindowQt_p.h"
 
 #include <Vistrel/FileIO.h>
-#include <Vistrel/PngFileInterface.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
@@ -207,19 +206,14 @@ QString WindowQt::PrivateData::saveFrame(const QString& path)
     if (!stream->latestImage(&raw, &lock))
         return tr("The image data buffer cannot be accessed at this time.");
 
-    const bool isOurs = dynamic_cast<const PngFileInterface*>(keptFiles.get()) != nullptr;
-    const auto name = isOurs ? nullptr : std::make_unique<LocalFileName>(path);
-    if (name && name->bytes().isEmpty())
-        return tr("The name of this file or of its folder has letters that the system's code page has not, and the "
-                  "writer of this type takes no others. Please choose another name or folder.");
-    const auto save = [&](const RawImage& image) { return keptFiles->save(image, name->bytes().constData()); };
+    const std::wstring name = path.toStdWString();
+    const auto save = [&](const RawImage& image) { return keptFiles->saveWide(image, name.c_str()); };
     bool isSaved = false;
-    if (isOurs || hostCall("savesOnThread", false, [&] { return keptFiles->savesOnThread(); })) {
+    if (hostCall("savesOnThread", false, [&] { return keptFiles->savesOnThread(); })) {
         const FileIO copy(raw);
         lock.reset(nullptr);
         RawImage image;
-        isSaved =
-            copy.getData(image) && writeBeside([&] { return isOurs ? copy.save(path.toStdWString()) : save(image); });
+        isSaved = copy.getData(image) && writeBeside([&] { return save(image); });
     } else {
         const QPointer<Surface> surface = scrollArea->surface();
         {
@@ -230,11 +224,14 @@ QString WindowQt::PrivateData::saveFrame(const QString& path)
         if (surface)
             surface->update(); // with the values that it could not ask for
     }
-    if (name && isSaved)
-        name->keepFile();
-    return isSaved ? QString()
-                   : tr("File save of an image data buffer failed. Please verify that the current user has access "
-                        "to the selected location.");
+    if (isSaved)
+        return QString();
+    if (LocalFileName(path).bytes().isEmpty())
+        return tr("File save of an image data buffer failed. The name of this file or of its folder has letters that "
+                  "the system's code page has not, which not every writer takes. Please choose another name or "
+                  "folder.");
+    return tr("File save of an image data buffer failed. Please verify that the current user has access to the "
+              "selected location.");
 }
 
 void WindowQt::saveCurrentImage()
