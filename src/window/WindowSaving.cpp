@@ -56,13 +56,29 @@ QString firstSuffix(const QString& filter)
     return begin > 1 && end > begin ? filter.mid(begin, end - begin) : QString();
 }
 
-// Whether what follows the last dot is meant as a file's type, as in "shot.tif", and not as in "lens 2.8" or
-// "v1.final".
-bool namesType(const QString& path)
+// Who writes "shot.tif" wants that very type; "my.cat", "lens 2.8" and "v1.final" are names without one.
+bool namesOtherPicture(const QString& path)
 {
-    const QString suffix = QFileInfo(path).suffix();
-    return suffix.contains(QRegularExpression(QStringLiteral("^[A-Za-z0-9]{2,4}$"))) &&
-           suffix.contains(QRegularExpression(QStringLiteral("[A-Za-z]")));
+    constexpr const char* types[] = {"avif", "dib", "dng",  "exr", "fit", "fits", "gif",  "hdr", "heic", "heif",
+                                     "ico",  "j2k", "jfif", "jp2", "jpe", "jxl",  "pbm",  "pdf", "pgm",  "pnm",
+                                     "ppm",  "psd", "raw",  "svg", "tga", "tif",  "tiff", "webp"};
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    return std::any_of(std::begin(types), std::end(types),
+                       [&suffix](const char* type) { return suffix == QLatin1String(type); });
+}
+
+// The button that was pressed; none when the window went meanwhile.
+int showBox(QWidget* window, QMessageBox::Icon icon, const QString& title, const QString& text,
+            QMessageBox::StandardButtons buttons)
+{
+    const QPointer<QMessageBox> box = new QMessageBox(icon, title, text, buttons, window);
+    box->setAttribute(Qt::WA_QuitOnClose, false);
+    box->setDefaultButton(QMessageBox::No);
+    const int pressed = box->exec();
+    if (!box)
+        return QMessageBox::NoButton;
+    delete box;
+    return pressed;
 }
 
 } // namespace
@@ -100,7 +116,8 @@ QStringList WindowQt::PrivateData::hostFilters() const
     return filters;
 }
 
-// The path that the user names, or nothing. A name without a type gets the chosen filter's first suffix.
+// The path that the user names, of a type that can be written, or nothing. A name without a type gets the chosen
+// filter's first suffix.
 QString WindowQt::PrivateData::askSavePath()
 {
     const QStringList filters = saveFilters();
@@ -126,25 +143,23 @@ QString WindowQt::PrivateData::askSavePath()
         delete dialog;
         if (path.isEmpty())
             return path;
-        if (!claims(suffixOf(path)) && pictureType(path) == PictureType::Unknown) {
-            if (namesType(path))
-                return path; // which saving refuses
+        const auto isWritable = [&] { return claims(suffixOf(path)) || pictureType(path) != PictureType::Unknown; };
+        if (!isWritable() && !namesOtherPicture(path))
             path += firstSuffix(savedFilter);
-        }
-        if (!QFileInfo::exists(path))
+        int answer = QMessageBox::Yes;
+        if (!isWritable())
+            answer = showBox(window, QMessageBox::Critical, tr("File Save Error"),
+                             tr("Files of the type \"%1\" cannot be written. Please choose one of the listed types.")
+                                 .arg(QFileInfo(path).suffix()),
+                             QMessageBox::Ok);
+        else if (QFileInfo::exists(path))
+            answer = showBox(window, QMessageBox::Question, tr("Save Current Image"),
+                             tr("%1 already exists.\nDo you want to replace it?").arg(QFileInfo(path).fileName()),
+                             QMessageBox::Yes | QMessageBox::No);
+        if (answer == QMessageBox::Yes)
             return path;
-        const QPointer<QMessageBox> question =
-            new QMessageBox(QMessageBox::Question, tr("Save Current Image"),
-                            tr("%1 already exists.\nDo you want to replace it?").arg(QFileInfo(path).fileName()),
-                            QMessageBox::Yes | QMessageBox::No, window);
-        question->setAttribute(Qt::WA_QuitOnClose, false);
-        question->setDefaultButton(QMessageBox::No);
-        const bool isReplaced = question->exec() == QMessageBox::Yes;
-        if (!alive || !question)
+        if (!alive || answer == QMessageBox::NoButton)
             return QString();
-        delete question;
-        if (isReplaced)
-            return path;
         start = path;
     }
 }
@@ -186,9 +201,6 @@ QString WindowQt::PrivateData::saveImage(const QString& path)
     const QImage image = stream->cloneLatestImageForRender();
     if (image.isNull())
         return tr("The display image cannot be accessed at this time.");
-    if (pictureType(path) == PictureType::Unknown)
-        return tr("Files of the type \"%1\" cannot be written. Please choose one of the listed types.")
-            .arg(QFileInfo(path).suffix());
     return writeBeside([&] { return writePicture(image, path, PictureOptions()); })
                ? QString()
                : tr("File save of a display image failed. Please verify that the current user has "
@@ -253,13 +265,9 @@ void WindowQt::saveCurrentImage()
         m_data->form.statusBar->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
     } else {
         m_data->form.statusBar->clearMessage(); // "Saved" of an earlier image
-        const QPointer<QMessageBox> box =
-            new QMessageBox(QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok, this);
-        box->setAttribute(Qt::WA_QuitOnClose, false);
-        box->exec();
+        showBox(this, QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok);
         if (!alive)
             return;
-        delete box;
     }
     m_data->updateActionStates();
 }

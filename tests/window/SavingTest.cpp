@@ -94,12 +94,23 @@ class HostFiles : public AbstractFileInterface
 {
 public:
     HostFiles() { addFormat(".host", nullptr, nullptr); }
-    bool save(const RawImage& image, const char* const) override { return onSave(image); }
+    bool save(const RawImage& image, const char* const fileName) override
+    {
+        return QFile::decodeName(fileName) == named && onSave(image);
+    }
+    bool saveWide(const RawImage& image, const wchar_t* const fileName) override
+    {
+        named = QString::fromWCharArray(fileName);
+        return AbstractFileInterface::saveWide(image, fileName);
+    }
     bool savesOnThread() const override { return isThreaded; }
     bool isThreaded = false;
+    QString named;
     std::function<bool(const RawImage&)> onSave = [](const RawImage&) { return false; };
 };
 
+const char* const displaySave = "File save of a display image failed. Please verify that the current user has access "
+                                "to the selected location.";
 const char* const bitmaps = "Bitmap Image (*.bmp)";
 const char* const photographs = "Joint Photographic Expert Group Image (*.jpg *.jpeg)";
 
@@ -217,16 +228,14 @@ void SavingTest::writesWhatIsShownOrAcquired()
 
 void SavingTest::errorsAreTold()
 {
-    const std::string access = " failed. Please verify that the current user has access to the selected location.";
     const std::string buffer = "The image data buffer cannot be accessed at this time.";
-    const std::string bufferSave = "File save of an image data buffer" + access;
+    const std::string bufferSave = "File save of an image data buffer" + std::string(displaySave).substr(28);
     const std::string display = "The display image cannot be accessed at this time.";
-    const std::string displaySave = "File save of a display image" + access;
     const struct
     {
         const char* file;
         char fault; // n: no image, l: no lock, t: thrown, w: too wide for the format
-        const std::string& error;
+        const std::string error;
     } rows[] = {{"old.host", 'n', buffer},        {"old.HOST", 'l', buffer},          {"old.host", ' ', bufferSave},
                 {"old.host", 't', bufferSave},    {"old.bmp", 'n', display},          {"old.jpg", 'w', displaySave},
                 {"none/a.bmp", ' ', displaySave}, {"old.bmp/a.png", ' ', displaySave}};
@@ -264,11 +273,16 @@ void SavingTest::nameWithoutSuffixIsCompleted()
     QCOMPARE(contents("a.jpg"), QByteArray("old"));
     QCOMPARE(save({name(path("a"), photographs)}), std::string("files|replace?|"));
     QVERIFY(contents("a.jpg") != "old");
-    save({name(path("lens 2.8"), bitmaps)});
-    QCOMPARE(QImageReader::imageFormat(path("lens 2.8.bmp")), QByteArray("bmp"));
-    QCOMPARE(save({name(path("b.tif"), bitmaps)}),
-             std::string("files|Files of the type \"tif\" cannot be written. Please choose one of the listed types.|"));
-    QVERIFY(!QDir(m_folder->path()).entryList().join(QString()).contains(QLatin1String("tif")));
+    save({name(path("my.cat"), bitmaps)});
+    QCOMPARE(QImageReader::imageFormat(path("my.cat.bmp")), QByteArray("bmp"));
+    QString kept;
+    const Answer ok = [](QDialog& box) { box.accept(); };
+    const Answer look = [&](QDialog& dialog) { kept = dialog.findChild<QLineEdit*>()->text(), dialog.reject(); };
+    QCOMPARE(save({name(path("b.TIF"), bitmaps), ok, look}),
+             std::string("files|Files of the type \"TIF\" cannot be written. Please choose one of the listed types.|"
+                         "files|"));
+    QCOMPARE(kept, QStringLiteral("b.TIF"));
+    QVERIFY(!QDir(m_folder->path()).entryList().join(QString()).contains(QLatin1String("TIF")));
 }
 
 void SavingTest::dialogRemembers()
@@ -302,9 +316,7 @@ void SavingTest::windowGoesMeanwhile()
         std::string asked;
     } rows[] = {{"", ' ', "files|"},
                 {"old.bmp", ' ', "files|replace?|"},
-                {"none/a.bmp", ' ',
-                 "files|File save of a display image failed. Please verify that the current user "
-                 "has access to the selected location.|"},
+                {"none/a.bmp", ' ', std::string("files|") + displaySave + "|"},
                 {"a.host", 'd', "files|"},
                 {"a.host", 'f', "files|"},
                 {"a.host", 'b', "files|Wait|"}};
