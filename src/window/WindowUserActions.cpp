@@ -40,7 +40,7 @@ QAction* WindowQt::addToolBarAction(const QString& text)
     addAction(action);
     m_data->userToolBarActions.append(action);
     connect(action, SIGNAL(destroyed()), m_data.get(), SLOT(userToolBarActionDestroyed()));
-    updateFeatureSet();
+    m_data->layOutToolBar(); // asks the source nothing, and so at any time
     return action;
 }
 
@@ -71,7 +71,7 @@ void WindowQt::PrivateData::userToolBarActionDestroyed()
     userToolBarActions.erase(std::remove_if(userToolBarActions.begin(), userToolBarActions.end(), isGone),
                              userToolBarActions.end());
     if (userToolBarActions.isEmpty())
-        window->updateFeatureSet(); // their separator goes with them
+        layOutToolBar(); // their separator goes with them
 }
 
 } // namespace Vistrel

@@ -185,6 +185,8 @@ void CommandsTest::sourceIsLeftAloneWhileCommandsAreUnderWay()
     other.join();
     QTRY_COMPARE(announced.size(), 500);
     shown.window->copyCurrentImageStats();
+    const QAction* const added = shown.window->addToolBarAction(QStringLiteral("At once"));
+    QVERIFY(added->associatedWidgets().contains(shown.window->findChild<QToolBar*>()));
     const auto areAll = [&](bool enabled) {
         bool are = shown.action("actionSetup_Cleanup")->isEnabled() == enabled &&
                    shown.modes()->actions()[0]->isEnabled() == enabled;
