@@ -14,12 +14,13 @@
 #include <QtCore/QEventLoop>
 #include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
+#include <QtCore/QScopeGuard>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMessageBox>
 
-#include <boost/thread/thread.hpp>
+#include <boost/thread/scoped_thread.hpp>
 
 #include <atomic>
 
@@ -165,11 +166,14 @@ QString WindowQt::PrivateData::askSavePath()
 }
 
 // Writes on a thread while the events of this one go on, and returns when the file is there. The window may go
-// meanwhile; an application that ends waits here.
+// meanwhile; an application that ends waits here. What begins meanwhile in the same way returns first.
 bool WindowQt::PrivateData::writeBeside(const std::function<bool()>& write)
 {
-    const QPointer<PrivateData> alive(this);
     isWriting = true;
+    const auto end = qScopeGuard([alive = QPointer<PrivateData>(this)] {
+        if (alive)
+            alive->isWriting = false;
+    });
     updateActionStates();
     QEventLoop loop;
     bool isWritten = false;
@@ -180,16 +184,13 @@ bool WindowQt::PrivateData::writeBeside(const std::function<bool()>& write)
         QMetaObject::invokeMethod(&loop, "quit", Qt::QueuedConnection);
     };
     try {
-        boost::thread thread(work);
+        const boost::strict_scoped_thread<> thread(work); // joined in any case
         loop.exec();
         if (!isDone)
             endWaitingCalls(); // the application ends, and a host's box would wait for it
-        thread.join();
     } catch (const boost::thread_resource_error&) {
         work();
     }
-    if (alive)
-        isWriting = false;
     return isWritten;
 }
 
