@@ -19,8 +19,8 @@ class FileIO;
 /// without its leading dot and in any letter case, and consists of ASCII letters and digits.
 ///
 /// The registry is thread-safe. `load` is called on the user-interface thread, and so are `save` and `saveWide` unless
-/// `savesOnThread` says otherwise; an exception that leaves them is caught by the caller, reported in one line on the standard error
-/// stream, and counts as failure.
+/// `savesOnThread` says otherwise; an exception that leaves them is caught by the caller, reported in one line on the
+/// standard error stream, and counts as failure.
 class VISTREL_EXPORT AbstractFileInterface : public BaseClass
 {
 public:
@@ -58,7 +58,8 @@ public:
     virtual bool load(const char* const fileName, FileIO* const image);
 
     /// Writes the frame, which is readable until this returns, to a file of a registered format. Returns false by
-    /// default. Unless `savesOnThread`, this is the source's own buffer: its lock is held meanwhile, the window shows
+    /// default. Windows do not save so while a command of the source is under way, for that may hold up the lock of the
+    /// frame. Unless `savesOnThread`, this is the source's own buffer: its lock is held meanwhile, the window shows
     /// no pixel values, and the source may have to wait with its next frame. On Windows the name may be the file's
     /// short one ("WUMEGA~1.TIF"), and an empty file of that name be there already.
     virtual bool save(const RawImage& image, const char* const fileName);

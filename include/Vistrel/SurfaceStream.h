@@ -56,8 +56,9 @@ public:
 
     /// Copies the descriptor of the newest frame as the source delivered it. With `lock` it succeeds only under a lock
     /// that the source granted, and the pixels can be read while it is held; whatever `*lock` held is released first.
-    /// False without a frame. Let go of the lock before control returns to the event loop, and before any other call
-    /// here.
+    /// False without a frame. The source is asked for the lock on this thread, also while a command of a window's is
+    /// under way: a source whose commands hold up `getFrameLock` holds up this call. Let go of the lock before control
+    /// returns to the event loop, and before any other call here.
     bool latestImage(RawImage* const image, ScopedLock* const lock) const;
     /// Deep copy of the newest converted image: `Format_Indexed8` without colour table for monochrome frames,
     /// `Format_RGBX8888` for colour. Null without a frame.

@@ -150,8 +150,8 @@ public Q_SLOTS:
     void setPreviewZoomLevel(bool enabled);
     void setPreviewPixelValue(bool enabled);
 
-    /// To a file that the user names. Events go on meanwhile; returns when the file is there, and after every dialog and
-    /// every saving that began in the meantime, also another window's.
+    /// To a file that the user names. Events go on meanwhile; returns when the file is there, and after every dialog
+    /// and every saving that began in the meantime, also another window's.
     void saveCurrentImage();
     void copyCurrentImage();      ///< to the clipboard, as it is shown, in full size
     void copyCurrentPixelValue(); ///< as text, of the pixel under the pointer or clicked last

@@ -216,7 +216,8 @@ QString WindowQt::PrivateData::saveFrame(const QString& path)
     const std::shared_ptr<AbstractFileInterface> keptFiles = files;
     RawImage raw;
     ScopedLock lock;
-    if (!stream->latestImage(&raw, &lock))
+    // A command of the source's may hold up whoever asks for the lock.
+    if (busyWork.isBusy() || !stream->latestImage(&raw, &lock))
         return tr("The image data buffer cannot be accessed at this time.");
 
     const std::wstring name = path.toStdWString();

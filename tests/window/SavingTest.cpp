@@ -87,7 +87,9 @@ public:
     {
         return lends ? PushSource::getFrameLock(frame) : ScopedLock();
     }
+    bool cleanup() override { return gate.pass(), true; }
     std::atomic<bool> lends{true};
+    Gate gate;
 };
 
 class HostFiles : public AbstractFileInterface
@@ -234,11 +236,11 @@ void SavingTest::errorsAreTold()
     const struct
     {
         const char* file;
-        char fault; // n: no image, l: no lock, t: thrown, w: too wide for the format
+        char fault; // n: no image, l: no lock, c: a command, t: thrown, w: too wide for the format
         const std::string error;
-    } rows[] = {{"old.host", 'n', buffer},        {"old.HOST", 'l', buffer},          {"old.host", ' ', bufferSave},
-                {"old.host", 't', bufferSave},    {"old.bmp", 'n', display},          {"old.jpg", 'w', displaySave},
-                {"none/a.bmp", ' ', displaySave}, {"old.bmp/a.png", ' ', displaySave}};
+    } rows[] = {{"old.host", 'n', buffer},     {"old.HOST", 'l', buffer},        {"old.host", 'c', buffer},
+                {"old.host", ' ', bufferSave}, {"old.host", 't', bufferSave},    {"old.bmp", 'n', display},
+                {"old.jpg", 'w', displaySave}, {"none/a.bmp", ' ', displaySave}, {"old.bmp/a.png", ' ', displaySave}};
     setReportSink([](const std::string&) {});
     const auto reset = qScopeGuard([] { setReportSink(nullptr); });
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("dimension")));
@@ -250,6 +252,8 @@ void SavingTest::errorsAreTold()
         files->onSave = [&](const RawImage&) { return row.fault == 't' ? throw 3 : false; };
         open(files, row.fault != 'n');
         m_source->lends = row.fault != 'l';
+        if (row.fault == 'c')
+            shown()->setUnconfigured();
         make("old.bmp");
         const bool isOld = !std::strchr(row.file, '/');
         if (isOld)
@@ -258,6 +262,7 @@ void SavingTest::errorsAreTold()
         QCOMPARE(save({name(path(row.file))}), (isOld ? "files|replace?|" : "files|") + row.error + "|");
         QCOMPARE(QDir(m_folder->path()).entryList(), before); // nothing half written
         QVERIFY(contents("old.bmp") == "old" && (!isOld || contents(row.file) == "old"));
+        m_source->gate.openForGood();
     }
 }
 
