@@ -31,10 +31,10 @@ namespace {
 
 struct Parent
 {
-    DWORD thread; // which owns the window
-    std::set<HWND> children;
-    std::set<HWND> raised;      // the children that became topmost with the parent
-    bool isStackingDue = false; // a request is on its way to the carrier
+    DWORD thread;                  // which owns the window
+    std::map<HWND, HWND> children; // with the window that was named, which the parent is or has in it
+    std::set<HWND> raised;         // the children that became topmost with the parent
+    bool isStackingDue = false;    // a request is on its way to the carrier
 };
 
 // Never deleted: a hook procedure may still run while the process ends.
@@ -66,11 +66,30 @@ DWORD threadOf(HWND window)
     return process == GetCurrentProcessId() ? thread : 0;
 }
 
+// Under the mutex. `isToGo` is given a parent's entry and a child's.
+template <typename Condition>
+void removeChildren(Registry& all, const Condition& isToGo)
+{
+    for (auto parent = all.parents.begin(); parent != all.parents.end();) {
+        auto& children = parent->second.children;
+        for (auto child = children.begin(); child != children.end();) {
+            if (isToGo(*parent, *child)) {
+                parent->second.raised.erase(child->first);
+                child = children.erase(child);
+            } else {
+                ++child;
+            }
+        }
+        parent = children.empty() ? all.parents.erase(parent) : std::next(parent);
+    }
+}
+
 // Under the mutex. A thread that ended took its windows along without a word, and its number may be another thread's.
 void forgetTheDead(Registry& all)
 {
-    for (auto entry = all.parents.begin(); entry != all.parents.end();)
-        entry = threadOf(entry->first) == entry->second.thread ? std::next(entry) : all.parents.erase(entry);
+    removeChildren(all, [](const auto& parent, const auto& child) {
+        return threadOf(parent.first) != parent.second.thread || threadOf(child.second) == 0;
+    });
 }
 
 // Under the mutex.
@@ -90,16 +109,18 @@ bool isKeptAbove(const Registry& all, HWND window, HWND lower)
 {
     const auto entry = all.parents.find(lower);
     return entry != all.parents.end() &&
-           std::any_of(entry->second.children.begin(), entry->second.children.end(),
-                       [&](HWND child) { return child == window || isKeptAbove(all, window, child); });
+           std::any_of(entry->second.children.begin(), entry->second.children.end(), [&](const auto& child) {
+               return child.first == window || isKeptAbove(all, window, child.first);
+           });
 }
 
-void forgetParent(HWND parent)
+void forget(HWND window)
 {
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.mutex);
-    if (all.parents.erase(parent) != 0)
-        removeIdleHooks(all);
+    removeChildren(
+        all, [=](const auto& parent, const auto& child) { return parent.first == window || child.second == window; });
+    removeIdleHooks(all);
 }
 
 bool isTopmost(HWND window)
@@ -159,7 +180,8 @@ void stackChildren(HWND parent)
         if (entry == all.parents.end())
             return;
         entry->second.isStackingDue = false;
-        children = entry->second.children;
+        for (const auto& child : entry->second.children)
+            children.insert(child.first);
         std::set<HWND>& raised = entry->second.raised;
         if (!isTopmost(parent))
             lowered.swap(raised);
@@ -220,7 +242,7 @@ LRESULT CALLBACK beforeWindowProcedure(int code, WPARAM wParam, LPARAM lParam)
         if (call->message == WM_WINDOWPOSCHANGED || call->message == WM_ACTIVATE)
             requestStacking(call->hwnd);
         else if (call->message == WM_NCDESTROY)
-            forgetParent(call->hwnd);
+            forget(call->hwnd);
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
 }
@@ -238,20 +260,16 @@ bool makeCarrier(Registry& all)
 }
 
 // Under the mutex.
-void removeChild(Registry& all, HWND child)
+void removeChild(Registry& all, HWND window)
 {
-    for (auto entry = all.parents.begin(); entry != all.parents.end();) {
-        entry->second.children.erase(child);
-        entry->second.raised.erase(child);
-        entry = entry->second.children.empty() ? all.parents.erase(entry) : std::next(entry);
-    }
+    removeChildren(all, [=](const auto&, const auto& child) { return child.first == window; });
 }
 
 } // namespace
 
-bool addTransientChild(HWND parent, HWND child)
+bool addTransientChild(HWND named, HWND child)
 {
-    parent = GetAncestor(parent, GA_ROOT);
+    const HWND parent = GetAncestor(named, GA_ROOT);
     const DWORD thread = threadOf(parent);
     if (thread == 0 || threadOf(child) != GetCurrentThreadId() || parent == child)
         return false;
@@ -271,7 +289,7 @@ bool addTransientChild(HWND parent, HWND child)
     removeChild(all, child);
     Parent& entry = all.parents[parent];
     entry.thread = thread;
-    entry.children.insert(child);
+    entry.children[child] = named;
     removeIdleHooks(all);
     return true;
 }

@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <memory>
 #include <thread>
 #include <vector>
 
@@ -228,20 +227,20 @@ void PlatformTest::registrationsEnd()
 void PlatformTest::displayWindowKeepsItsParent()
 {
     const ForeignWindow first;
-    auto second = std::make_unique<ForeignWindow>();
+    const ForeignWindow second;
     Window window{ScopedAcquisitionInterface()};
     window.show();
     window.setTransientParent(window.native_handle());
     QVERIFY(!window.transientParent());
     window.setTransientParent(first.handle);
     // Of two the last, named by any window in it.
-    const HWND panel = CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, second->handle, nullptr,
+    const HWND panel = CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, second.handle, nullptr,
                                        GetModuleHandleW(nullptr), nullptr);
     window.setTransientParent(panel);
     QCOMPARE(window.transientParent(), panel);
     raise(first.handle);
-    raise(second->handle);
-    QTRY_COMPARE(above(second->handle, 1), std::vector<HWND>{window.native_handle()});
+    raise(second.handle);
+    QTRY_COMPARE(above(second.handle, 1), std::vector<HWND>{window.native_handle()});
     raise(first.handle);
     QCoreApplication::processEvents();
     QVERIFY(!isAbove(window.native_handle(), first.handle));
@@ -249,13 +248,12 @@ void PlatformTest::displayWindowKeepsItsParent()
     window.setCloseable(false); // which may take another native window
     const auto isKept = [&] {
         raise(first.handle);
-        raise(second->handle);
+        raise(second.handle);
         QCoreApplication::processEvents();
-        return above(second->handle, 1) == std::vector<HWND>{window.native_handle()};
+        return above(second.handle, 1) == std::vector<HWND>{window.native_handle()};
     };
     QTRY_VERIFY(isKept());
-    DestroyWindow(panel); // its parent's thread would wait for this one
-    second.reset();
+    DestroyWindow(panel);
     QVERIFY(!window.transientParent());
 
     window.setApplicationAbout("Mill", "2", LoadIconW(nullptr, MAKEINTRESOURCEW(32512)), nullptr, nullptr);
