@@ -121,6 +121,12 @@ Owned<ArvCamera> findCamera(const QByteArray& name)
     return camera;
 }
 
+bool waitsForTrigger(ArvCamera* camera)
+{
+    const QByteArray mode = valueOf(camera, "TriggerMode");
+    return !mode.isNull() && mode != "Off";
+}
+
 KnownCamera rememberCamera(ArvCamera* camera, const QByteArray& name)
 {
     KnownCamera known;
@@ -203,11 +209,10 @@ void CameraConnection::start()
     error.check("start");
 }
 
-bool CameraConnection::stop()
+void CameraConnection::stop()
 {
-    CameraError error;
-    arv_camera_stop_acquisition(m_camera.get(), error.target());
-    return !*error.target();
+    CameraError ignored;
+    arv_camera_stop_acquisition(m_camera.get(), ignored.target());
 }
 
 // Buffers -------------------------------------------------------------------------------------------------------------

@@ -21,13 +21,12 @@ struct FrameCounts
     std::atomic<std::size_t> withoutBuffer{0}; // there was none to receive them
 };
 
-/// Tells the thread that looks for the camera that there is something to do.
+/// Learns from a connection that its camera is lost.
 struct CameraWatch
 {
     std::mutex mutex; // guards the others
     std::condition_variable changed;
     bool isLost = false;
-    bool isEnding = false;
 };
 
 /// Owns one reference to an object of Aravis or GLib.
@@ -63,6 +62,9 @@ private:
 /// Finds a camera by its name, or the first one for an empty name. Throws `std::runtime_error` when there is none.
 Owned<ArvCamera> findCamera(const QByteArray& name);
 
+/// Whether the camera sends a frame only when it is told to. Its silence means nothing then.
+bool waitsForTrigger(ArvCamera* camera);
+
 KnownCamera rememberCamera(ArvCamera* camera, const QByteArray& name);
 
 /// Finds a camera that was lost and tells it its settings; null when it does not answer. Throws `std::runtime_error`
@@ -81,7 +83,7 @@ public:
     ~CameraConnection();
 
     void start(); ///< throws `std::runtime_error`
-    bool stop();
+    void stop();
 
     /// The next filled buffer, which is to be lent or given back; null when none comes within `microseconds`.
     ArvBuffer* pop(guint64 microseconds, FrameCounts& counts);

@@ -2,19 +2,20 @@
 // A GigE Vision or USB3 Vision camera, through Aravis.
 #include "CameraSource.h"
 
-#include "CameraConnection.h"
+#include "CameraLink.h"
 #include "PlayedSource.h"
 #include "RecentFrames.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
-#include <thread>
 
 namespace {
 
 constexpr guint64 longestWait = 50000; // microseconds
-constexpr std::chrono::milliseconds betweenAttempts(100);
+constexpr double longestSilence = 1;   // seconds, and
+constexpr double longestGap = 4;       // frame periods
 
 // GenICam and the display name the formats alike, but the camera's RGB has red first in memory, which the display calls
 // BGR; only the 30-bit word has the same order under the same name. GenICam's packed formats start at the least
@@ -51,18 +52,18 @@ class CameraSource : public PlayedSource<Vistrel::AbstractAcquisitionInterface>
 {
 public:
     CameraSource(const QByteArray& name, std::optional<Vistrel::Format> format);
-    ~CameraSource() override;
 
     bool start() override { return startRun(Length::Endless); }
     bool startSingle() override { return startRun(Length::Single); }
     bool stop() override;
 
-    double frameRate() const override { return secondsLost() < 0 ? PlayedSource::frameRate() : 0; }
+    double frameRate() const override { return secondsSilent() < 0 ? PlayedSource::frameRate() : 0; }
     std::size_t framesQueued() const override { return m_queued; }
     std::size_t framesFilled() const override { return m_filled; }
     std::size_t framesDropped() const override { return m_counts.lost + m_counts.withoutBuffer; }
     std::size_t framesDelivered() const override { return m_recent.delivered(); }
-    double secondsLost() const override;
+    bool isLost() const override { return m_link->isLost(); }
+    double secondsSilent() const override;
     std::optional<Received> received() const override;
 
     bool getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock) override;
@@ -70,28 +71,25 @@ public:
 
 private:
     bool startRun(Length length);
-    ArvBuffer* popNewest(std::size_t* popped);
+    ArvBuffer* popNewest(CameraConnection& connection, std::size_t* popped);
     bool holdsFrame(ArvBuffer* buffer) const;
+    bool isOverdue() const;
+    double age() const;
     void giveUp(const char* why);
-    void keepConnected();
-    void findLost();
-    bool reconnect();
+    void tellLoss(bool isNowLost);
 
     Vistrel::Format m_format{};
     ArvPixelFormat m_cameraFormat = 0; // what each frame must come in
-    KnownCamera m_known;               // not changed after construction
+    bool m_runsFreely = true;          // waits for no trigger
     FrameCounts m_counts;
     std::atomic<std::size_t> m_skipped{0}; // older than the newest one when the display asked, or stopped meanwhile
     std::atomic<std::size_t> m_queued{0};
     std::atomic<std::size_t> m_filled{0};
     std::atomic<Playback::Clock::time_point> m_lastFrame{Playback::Clock::now()};
-    std::atomic<bool> m_isLost{false};
+    std::atomic<bool> m_isSilent{false}; // runs freely, and has sent no frame for long
     RecentFrames m_recent;
-    const std::shared_ptr<CameraWatch> m_watch = std::make_shared<CameraWatch>();
-    // Guards the connection, which is null after a loss. The camera runs exactly while the playback does.
-    std::mutex m_mutex;
-    std::unique_ptr<CameraConnection> m_connection;
-    std::thread m_keeper;
+    std::mutex m_mutex; // held by each fetch and each command: the camera runs exactly while the playback does
+    std::unique_ptr<CameraLink> m_link;
 };
 
 CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format> format)
@@ -113,8 +111,8 @@ CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format
     error.check("pixel format");
     arv_camera_set_acquisition_mode(camera.get(), ARV_ACQUISITION_MODE_CONTINUOUS, error.target());
     error.check("acquisition mode");
-    m_known = rememberCamera(camera.get(), name);
-    m_connection = std::make_unique<CameraConnection>(camera, m_watch);
+    m_runsFreely = !waitsForTrigger(camera.get());
+    m_link = std::make_unique<CameraLink>(camera, name, [this](bool isNowLost) { tellLoss(isNowLost); });
 
     setHasStart(true);
     setHasStartSingle(true);
@@ -126,40 +124,26 @@ CameraSource::CameraSource(const QByteArray& name, std::optional<Vistrel::Format
     setHasFramesDelivered(true);
     m_playback.setup();
     startRun(Length::Endless);
-    m_keeper = std::thread([this] { keepConnected(); });
-}
-
-CameraSource::~CameraSource()
-{
-    {
-        const std::lock_guard<std::mutex> guard(m_watch->mutex);
-        m_watch->isEnding = true;
-        m_watch->changed.notify_all();
-    }
-    m_keeper.join();
-    std::unique_lock<std::mutex> guard(m_watch->mutex);
-    const bool isLost = m_watch->isLost;
-    guard.unlock();
-    // A lost camera would let each command run into its timeout.
-    if (m_connection && m_playback.isRunning() && !isLost)
-        m_connection->stop();
 }
 
 // Commands ------------------------------------------------------------------------------------------------------------
 
-// While the camera is lost, the playback alone is changed: that is what it is found for.
 bool CameraSource::startRun(Length length)
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    if (!isRunning() && m_connection)
-        m_connection->start();
+    if (!isRunning())
+        m_link->start();
     return m_playback.start(length);
 }
 
 bool CameraSource::stop()
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    return m_playback.stop() && (!m_connection || m_connection->stop());
+    if (!m_playback.stop())
+        return false;
+    m_isSilent = false;
+    m_link->stop();
+    return true;
 }
 
 // Frames --------------------------------------------------------------------------------------------------------------
@@ -168,16 +152,20 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
 {
     const std::lock_guard<std::mutex> guard(m_mutex);
     const std::optional<Playback::Run> run = m_playback.run();
-    if (!run || !m_connection)
+    if (!run)
+        return false;
+    const CameraLink::Access access = m_link->access();
+    if (!access.connection)
         return false;
     std::size_t popped = 0;
-    ArvBuffer* const buffer = popNewest(&popped);
-    m_queued = m_connection->queued();
-    m_filled = m_connection->filled();
+    ArvBuffer* const buffer = popNewest(*access.connection, &popped);
+    m_queued = access.connection->queued();
+    m_filled = access.connection->filled();
+    m_isSilent = !buffer && isOverdue();
     if (!buffer)
         return false;
 
-    const LentBuffer lent = m_connection->lend(buffer);
+    const LentBuffer lent = access.connection->lend(buffer);
     gint rowPadding = 0;
     gint framePadding = 0;
     arv_buffer_get_image_padding(buffer, &rowPadding, &framePadding);
@@ -191,7 +179,7 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
         return false;
     }
     if (!isRunning()) // it was a single one
-        m_connection->stop();
+        m_link->stop();
     m_lastFrame = Playback::Clock::now();
     const Vistrel::RawImage frame{static_cast<const std::uint8_t*>(arv_buffer_get_image_data(buffer, nullptr)),
                                   std::size_t(arv_buffer_get_image_width(buffer)),
@@ -201,11 +189,11 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
 }
 
 // The newest whole frame; older ones go back unseen. Null when none comes in time.
-ArvBuffer* CameraSource::popNewest(std::size_t* popped)
+ArvBuffer* CameraSource::popNewest(CameraConnection& connection, std::size_t* popped)
 {
     ArvBuffer* newest = nullptr;
     guint64 wait = longestWait;
-    while (ArvBuffer* const buffer = m_connection->pop(wait, m_counts)) {
+    while (ArvBuffer* const buffer = connection.pop(wait, m_counts)) {
         wait = 0;
         ArvBuffer* older = buffer;
         if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
@@ -214,7 +202,7 @@ ArvBuffer* CameraSource::popNewest(std::size_t* popped)
             m_skipped += older ? 1 : 0;
         }
         if (older)
-            m_connection->giveBack(older);
+            connection.giveBack(older);
     }
     return newest;
 }
@@ -232,67 +220,36 @@ void CameraSource::giveUp(const char* why)
 {
     std::fprintf(stderr, "viewer: %s\n", why);
     m_playback.fail();
+    m_link->stop();
 }
 
 // Loss ----------------------------------------------------------------------------------------------------------------
 
-// On a thread of its own: Aravis waits for seconds for a camera that is not there.
-void CameraSource::keepConnected()
+void CameraSource::tellLoss(bool isNowLost)
 {
-    std::unique_lock<std::mutex> guard(m_watch->mutex);
-    while (m_watch->changed.wait(guard, [this] { return m_watch->isLost || m_watch->isEnding; }), !m_watch->isEnding) {
-        guard.unlock();
-        findLost();
-        guard.lock();
-    }
-}
-
-void CameraSource::findLost()
-{
-    std::unique_ptr<CameraConnection> lost;
-    {
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        lost = std::move(m_connection);
-    }
-    m_isLost = true;
-    std::fprintf(stderr, "viewer: the camera was lost\n");
+    if (isNowLost)
+        std::fprintf(stderr, "viewer: the camera was lost\n");
+    else
+        std::fprintf(stderr, "viewer: the camera is back after %.1f s\n", age());
     signalAcquisitionStateChange();
-    lost.reset(); // before the camera is asked for control anew, lest that be given back
-
-    std::unique_lock<std::mutex> guard(m_watch->mutex);
-    do {
-        m_watch->isLost = false;
-        guard.unlock();
-        const bool isFound = reconnect();
-        guard.lock();
-        if (isFound)
-            return;
-    } while (!m_watch->changed.wait_for(guard, betweenAttempts, [this] { return m_watch->isEnding; }));
 }
 
-bool CameraSource::reconnect()
+// Until the second frame nobody knows how often they come.
+bool CameraSource::isOverdue() const
 {
-    try {
-        const Owned<ArvCamera> camera = findAgain(m_known);
-        if (!camera || arv_camera_get_pixel_format(camera.get(), nullptr) != m_cameraFormat)
-            return false;
-        auto connection = std::make_unique<CameraConnection>(camera, m_watch);
-        const std::lock_guard<std::mutex> guard(m_mutex);
-        if (isRunning())
-            connection->start();
-        m_connection = std::move(connection);
-    } catch (const std::runtime_error&) {
-        return false; // it is not quite there yet, or another program has it
-    }
-    std::fprintf(stderr, "viewer: the camera is back after %.1f s\n", secondsLost());
-    m_isLost = false;
-    signalAcquisitionStateChange();
-    return true;
+    const double rate = m_playback.frameRate();
+    return m_runsFreely && rate > 0 && age() > std::max(longestSilence, longestGap / rate);
 }
 
-double CameraSource::secondsLost() const
+double CameraSource::secondsSilent() const
 {
-    return m_isLost ? std::chrono::duration<double>(Playback::Clock::now() - m_lastFrame.load()).count() : -1;
+    return isLost() || m_isSilent ? age() : -1;
+}
+
+// Of the last frame, in seconds.
+double CameraSource::age() const
+{
+    return std::chrono::duration<double>(Playback::Clock::now() - m_lastFrame.load()).count();
 }
 
 std::optional<ViewerSource::Received> CameraSource::received() const

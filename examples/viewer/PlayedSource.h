@@ -13,8 +13,11 @@ public:
     /// Whether it is not set up by its own failure, which it has told on the standard error stream. Thread-safe.
     virtual bool hasFailed() const = 0;
 
-    /// How old the last frame is of a source that has gone and is looked for; below 0 while it is there. Thread-safe.
-    virtual double secondsLost() const { return -1; }
+    /// Whether it has gone and is looked for. Thread-safe.
+    virtual bool isLost() const { return false; }
+
+    /// How old the last frame is when the source is lost or the next one is overdue; below 0 otherwise. Thread-safe.
+    virtual double secondsSilent() const { return -1; }
 
     /// What became of the frames that were sent to this program.
     struct Received

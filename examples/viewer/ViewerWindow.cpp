@@ -24,8 +24,7 @@
 namespace {
 
 constexpr int noFrameMs = 20000;
-constexpr int lossMs = 200;
-constexpr int countsMs = 250;
+constexpr int receptionMs = 250;
 
 // What this process has used of its processors so far.
 double processorSeconds()
@@ -59,7 +58,7 @@ ViewerWindow::ViewerWindow(Vistrel::ScopedAcquisitionInterface&& source, const O
     : WindowQt(std::move(source)),
       m_options(options),
       m_outcome(outcome),
-      m_loss(new QLabel(surfaceScrollArea())),
+      m_silence(new QLabel(surfaceScrollArea())),
       m_counts(new QLabel)
 {
     resize(QSize(1024, 800).boundedTo(screen()->availableSize() * 0.95));
@@ -74,18 +73,18 @@ ViewerWindow::ViewerWindow(Vistrel::ScopedAcquisitionInterface&& source, const O
             Qt::QueuedConnection);
     QTimer::singleShot(0, this, &ViewerWindow::checkSource);
 
-    m_loss->setStyleSheet(QStringLiteral("background: #b00020; color: white; font-weight: bold; padding: 6px 12px;"));
-    m_loss->setAttribute(Qt::WA_TransparentForMouseEvents);
-    m_loss->hide();
-    connect(&m_lossTimer, &QTimer::timeout, this, &ViewerWindow::showLoss);
+    m_silence->setStyleSheet(
+        QStringLiteral("background: #b00020; color: white; font-weight: bold; padding: 6px 12px;"));
+    m_silence->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_silence->hide();
     m_counts->setToolTip(tr("Frames received whole; lost on the way from the camera, in part or altogether; without a "
                             "buffer, for all were full; and of those received, skipped for a newer one"));
     m_counts->setMinimumWidth(1); // a narrow window cuts it
-    connect(&m_countsTimer, &QTimer::timeout, this, &ViewerWindow::showCounts);
+    connect(&m_receptionTimer, &QTimer::timeout, this, &ViewerWindow::showReception);
     if (this->source() && this->source()->received()) {
         statusBar()->addPermanentWidget(m_counts);
-        m_countsTimer.start(countsMs);
-        showCounts();
+        m_receptionTimer.start(receptionMs);
+        showReception();
     }
 
     m_noFrame.setSingleShot(true);
@@ -113,7 +112,6 @@ void ViewerWindow::imageUpdated()
 
 void ViewerWindow::checkSource()
 {
-    showLoss();
     if (!source() || !source()->hasFailed())
         return;
     // The source has told why on the standard error stream.
@@ -128,26 +126,20 @@ const ViewerSource* ViewerWindow::source() const
     return dynamic_cast<const ViewerSource*>(acquisitionInterface());
 }
 
-// The picture stays, and looks as if it were live.
-void ViewerWindow::showLoss()
+void ViewerWindow::showReception()
 {
-    const double seconds = source() ? source()->secondsLost() : -1;
-    m_loss->setVisible(seconds >= 0);
-    if (seconds < 0) {
-        m_lossTimer.stop();
+    if (!source())
         return;
-    }
-    if (!m_lossTimer.isActive())
-        m_lossTimer.start(lossMs);
-    m_loss->setText(tr("Camera lost, last frame %1 s ago").arg(int(seconds)));
-    m_loss->adjustSize();
-    m_loss->move((surfaceScrollArea()->width() - m_loss->width()) / 2, m_loss->fontMetrics().height());
-}
-
-void ViewerWindow::showCounts()
-{
-    if (source())
-        m_counts->setText(countsText(*source()->received()));
+    m_counts->setText(countsText(*source()->received()));
+    // The picture stays, and looks as if it were live.
+    const double seconds = source()->secondsSilent();
+    m_silence->setVisible(seconds >= 0);
+    if (seconds < 0)
+        return;
+    const QString text = source()->isLost() ? tr("Camera lost, last frame %1 s ago") : tr("Last frame %1 s ago");
+    m_silence->setText(text.arg(int(seconds)));
+    m_silence->adjustSize();
+    m_silence->move((surfaceScrollArea()->width() - m_silence->width()) / 2, m_silence->fontMetrics().height());
 }
 
 // The end -------------------------------------------------------------------------------------------------------------

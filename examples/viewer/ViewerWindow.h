@@ -33,8 +33,7 @@ protected:
 private Q_SLOTS:
     void imageUpdated();
     void checkSource();
-    void showLoss();
-    void showCounts();
+    void showReception();
 
 private:
     const ViewerSource* source() const;
@@ -43,11 +42,10 @@ private:
 
     const Options m_options;
     Outcome* const m_outcome;
-    QTimer m_noFrame; // runs only with `--frames`, which promises an end
-    QTimer m_lossTimer;
-    QLabel* const m_loss; // over the picture while the source is lost
-    QTimer m_countsTimer;
-    QLabel* const m_counts;      // in the status bar, for a source that receives its frames
+    QTimer m_noFrame;            // runs only with `--frames`, which promises an end
+    QTimer m_receptionTimer;     // runs for a source that receives its frames, as do the two below
+    QLabel* const m_silence;     // over the picture while no frames come
+    QLabel* const m_counts;      // in the status bar
     double m_processorTime = -1; // seconds of this process at the first frame; below 0 before it
     bool m_isClosed = false;
 };
