@@ -64,7 +64,7 @@ running=$!
 before=$(received_bytes)
 frames_come() { [ "$(received_bytes)" -gt $((before + 40 * 2 * 512 * 512)) ]; }
 wait_until frames_come
-kill -KILL $camera
+kill -KILL $camera; wait $camera 2>/dev/null # beside one that still lives, the next one hears nothing
 arv-fake-gv-camera-0.8 -i lo -r 2 &
 camera=$!
 wait $running || fail "the viewer ended with $?"
