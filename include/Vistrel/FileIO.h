@@ -27,7 +27,8 @@ namespace Vistrel {
 /// A file without the text field, or whose field cannot be true, is loaded as the closest format: `Mono8`, `Mono16`,
 /// `RGB8`, `RGBa8`, or `RGB16` (with 16 bits a channel, alpha is dropped).
 ///
-/// Images of more than 2^28 pixels are neither saved nor loaded. Loading takes no more memory than four times the
+/// Images of more than 2^28 pixels, PNG of more than 1,000,000 in a row or column, and JPEG of more than 65,500, are
+/// neither saved nor loaded; nor is JPEG of more than 64 scans loaded. Loading takes no more memory than four times the
 /// frame's bytes and 64 MB, whatever the file holds. Reentrant.
 class VISTREL_EXPORT FileIO : public BaseClass
 {

@@ -2,6 +2,7 @@
 // Images of the toolkit in files, read with suspicion and written whole or not at all.
 #include "files/PictureFile.h"
 
+#include "files/Checksum.h"
 #include "platform/LocalFileName.h"
 
 #include <QtCore/QBuffer>
@@ -12,12 +13,14 @@
 #include <QtGui/QImageWriter>
 
 #include <algorithm>
+#include <limits>
 
 namespace Vistrel {
 
 namespace {
 
 constexpr qint64 mostPixels = qint64{1} << 28; // 2 GiB in the deepest format
+constexpr int longestJpegSide = 65500;         // of the toolkit's encoder
 constexpr qint64 mostPixelsPerByte = 8 * 1032; // the most that PNG can hold: deflate's limit, at one bit a pixel
 constexpr int extraPiece = 1 << 20;            // bytes of a frame in one chunk
 constexpr int pngEnd = 12;                     // bytes of the last chunk
@@ -27,9 +30,13 @@ QByteArray toolkitName(PictureType type)
     return type == PictureType::Png ? "png" : type == PictureType::Jpeg ? "jpg" : "bmp";
 }
 
-bool isSane(const QSize& size)
+bool isSane(PictureType type, const QSize& size)
 {
-    return !size.isEmpty() && qint64{size.width()} * size.height() <= mostPixels;
+    const int longestSide = type == PictureType::Png    ? PictureParts::longestPngSide
+                            : type == PictureType::Jpeg ? longestJpegSide
+                                                        : std::numeric_limits<int>::max();
+    return !size.isEmpty() && qint64{size.width()} * size.height() <= mostPixels &&
+           std::max(size.width(), size.height()) <= longestSide;
 }
 
 // Extra bytes ---------------------------------------------------------------------------------------------------------
@@ -42,24 +49,14 @@ QByteArray bigEndian(quint32 number)
     return bytes;
 }
 
-// Of the PNG standard, annex D.
-quint32 checksum(const QByteArray& bytes)
-{
-    quint32 sum = ~quint32{0};
-    for (const char byte : bytes) {
-        sum ^= static_cast<uchar>(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            sum = sum >> 1 ^ ((sum & 1) != 0 ? 0xEDB88320u : 0u);
-    }
-    return ~sum;
-}
-
 bool appendExtras(QIODevice& file, const PixelBuffer& extras)
 {
     const auto put = [&file](const QByteArray& bytes) { return file.write(bytes) == bytes.size(); };
     const auto putChunk = [&put](const QByteArray& typeAndData) {
+        Checksum sum;
+        sum.add(typeAndData.constData(), static_cast<std::size_t>(typeAndData.size()));
         return put(bigEndian(static_cast<quint32>(typeAndData.size() - 4))) && put(typeAndData) &&
-               put(bigEndian(checksum(typeAndData)));
+               put(bigEndian(sum.value()));
     };
     if (!file.seek(file.size() - pngEnd))
         return false;
@@ -86,6 +83,11 @@ bool encode(const QImage& image, PictureType type, const PictureOptions& options
     if (type == PictureType::Png && options.compression >= 0)
         writer.setCompression(options.compression);
     return writer.write(image) && (options.extras.empty() || appendExtras(file, options.extras));
+}
+
+bool canOverwrite(const QString& fileName)
+{
+    return QFileInfo(fileName).isFile() && QFileInfo(fileName).isWritable();
 }
 
 // In a folder that takes no new file. What makes the file longer goes first: when there is no room for it, the old
@@ -138,7 +140,7 @@ QImage PictureReader::read(const QString& fileName)
     QImageReader reader(&parts, toolkitName(type));
     reader.setAutoDetectImageFormat(false);
     const QSize size = reader.size();
-    if (!isSane(size) || qint64{size.width()} * size.height() / mostPixelsPerByte > m_file.size())
+    if (!isSane(type, size) || qint64{size.width()} * size.height() / mostPixelsPerByte > m_file.size())
         return {};
     QImage image;
     if (type == PictureType::Bmp) { // run lengths may leave pixels out
@@ -169,22 +171,24 @@ bool PictureReader::applyExtras(PixelBuffer& frame)
 bool writePicture(QImage image, const QString& fileName, const PictureOptions& options)
 {
     const PictureType type = pictureType(fileName);
-    if (type == PictureType::Unknown || !isFileName(fileName) || !isSane(image.size()))
+    if (type == PictureType::Unknown || !isFileName(fileName) || !isSane(type, image.size()))
         return false;
     if (type == PictureType::Png) { // pixels of a camera have no known size; a positive one would be written
         image.setDotsPerMeterX(-1);
         image.setDotsPerMeterY(-1);
     }
     QSaveFile file(fileName);
-    if (file.open(QIODevice::WriteOnly)) {
-        if (!encode(image, type, options, file) || !file.flush()) // committing does not look at what it flushes
-            return false;
-        if (file.commit())
-            return true;
-    }
-    QBuffer buffer;
-    return QFileInfo(fileName).isFile() && QFileInfo(fileName).isWritable() && buffer.open(QIODevice::WriteOnly) &&
-           encode(image, type, options, buffer) && overwrite(fileName, buffer.data());
+    const bool isBeside = file.open(QIODevice::WriteOnly);
+    if (!isBeside && !canOverwrite(fileName))
+        return false;
+    QBuffer buffer; // encoding into a file that cannot be written would tell of it on the standard error stream
+    if (!buffer.open(QIODevice::WriteOnly) || !encode(image, type, options, buffer))
+        return false;
+    const QByteArray& bytes = buffer.data();
+    // Committing does not look at what it flushes.
+    if (isBeside && (file.write(bytes) != bytes.size() || !file.flush()))
+        return false;
+    return (isBeside && file.commit()) || (canOverwrite(fileName) && overwrite(fileName, bytes));
 }
 
 } // namespace Vistrel

@@ -2,9 +2,12 @@
 // The bytes of an image file that make its picture.
 #include "files/PictureParts.h"
 
+#include "files/Checksum.h"
+
 #include <QtCore/QFile>
 
 #include <algorithm>
+#include <utility>
 
 namespace Vistrel {
 
@@ -12,6 +15,7 @@ namespace {
 
 constexpr qint64 blockSize = 1 << 16;
 constexpr std::size_t mostParts = 1024;
+constexpr int mostScans = 64;              // of a JPEG file; each passes over all pixels, however few bytes it has
 constexpr qint64 deflateLimit = 1032;      // bytes that a compressed byte becomes at most
 constexpr qint64 optionalBit = 0x20000000; // of a chunk's type; the pixels can be read without
 constexpr qint64 longestText = 64;
@@ -85,15 +89,36 @@ qint64 PictureParts::find(char byte, qint64 from)
 // What is missing of a cut file the toolkit fills with grey in JPEG, and with whatever was in memory in BMP; for a PNG
 // chunk it takes as much memory as the chunk claims.
 
-// Follows the chunks, whose data lies between length, type and checksum.
+// Of the chunk that begins there, over its type and data.
+bool PictureParts::hasTrueChecksum(qint64 at, qint64 length)
+{
+    Checksum sum;
+    if (!m_file.seek(at + 4))
+        return false;
+    for (qint64 rest = 4 + length; rest > 0;) {
+        const QByteArray piece = m_file.read(std::min(rest, blockSize));
+        if (piece.isEmpty())
+            return false;
+        sum.add(piece.constData(), static_cast<std::size_t>(piece.size()));
+        rest -= piece.size();
+    }
+    return sum.value() == numberAt(at + 8 + length, 4, true);
+}
+
+// Follows the chunks, whose data lies between length, type and checksum. Of what is damaged or not allowed the
+// toolkit's decoder would tell on the standard error stream.
 bool PictureParts::findInPng()
 {
+    const QByteArray head("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
+    if (!m_file.seek(0) || m_file.read(head.size()) != head)
+        return false;
     const qint64 width = numberAt(16, 4, true);
     const qint64 height = numberAt(20, 4, true);
     const int depth = byteAt(24);
     const int kind = byteAt(25); // bits: 1 palette, 2 colour, 4 alpha
     const int channels = ((kind & 3) == 2 ? 3 : 1) + ((kind & 4) != 0 ? 1 : 0);
     bool hasFormat = false;
+    bool hasTransparency = false;
     qint64 compressed = 0;
     qint64 at = 8;
     add(0, at);
@@ -103,18 +128,24 @@ bool PictureParts::findInPng()
         const qint64 end = at + 12 + length;
         if (type < 0 || end > m_file.size())
             return false;
-        bool isNeeded = (type & optionalBit) == 0 || type == chunkType("tRNS");
+        bool isNeeded = (type & optionalBit) == 0;
+        const bool isExtra = type == chunkType(extraChunk) && m_extras.size() <= mostParts;
         if (type == chunkType("IDAT"))
             compressed += length;
-        else if (type == chunkType(extraChunk) && m_extras.size() <= mostParts)
+        else if (isExtra)
             m_extras.push_back({at + 8, length});
+        else if (type == chunkType("tRNS"))
+            isNeeded = !std::exchange(hasTransparency, true);
         else if (type == chunkType("tEXt") && !hasFormat && length <= longestText)
             isNeeded = hasFormat = m_file.seek(at + 8) &&
                                    m_file.read(sizeof formatKeyword) == QByteArray(formatKeyword, sizeof formatKeyword);
+        if ((isNeeded || isExtra) && !hasTrueChecksum(at, length))
+            return false;
         if (isNeeded)
             add(at, end - at);
         if (type == chunkType("IEND"))
-            return width > 0 && height > 0 && (width * depth * channels + 7) / 8 <= compressed * deflateLimit / height;
+            return width > 0 && height > 0 && std::max(width, height) <= longestPngSide &&
+                   (width * depth * channels + 7) / 8 <= compressed * deflateLimit / height;
         at = end;
     }
 }
@@ -122,6 +153,7 @@ bool PictureParts::findInPng()
 // Follows the markers to the end of the image; within compressed data, 0xFF is never followed by that marker's code.
 bool PictureParts::findInJpeg()
 {
+    int scans = 0;
     qint64 from = 0;
     for (qint64 at = find('\xFF', 2); at >= 0; at = find('\xFF', from)) {
         add(from, at - from);
@@ -133,6 +165,8 @@ bool PictureParts::findInJpeg()
                 return false;
             size += length;
         }
+        if (marker == 0xDA && ++scans > mostScans)
+            return false;
         const bool isComment = marker == 0xFE;
         const bool isApplications = marker > 0xE0 && marker < 0xF0 && marker != 0xEE; // 0xEE says how colour is stored
         if (!isComment && !isApplications)

@@ -30,12 +30,13 @@ public:
     explicit PictureParts(QFile& file);
 
     /// Finds the parts, and opens this device. False when the file is not whole, not of this type, claims more pixels
-    /// than its bytes can hold, or is in more pieces than any writer makes.
+    /// than its bytes can hold, has a wrong checksum, or is in more pieces or scans than any writer makes.
     bool find(PictureType type);
 
     /// The data of the PNG chunks `extraChunk`.
     const std::vector<Part>& extras() const { return m_extras; }
-    static constexpr char extraChunk[] = "vsBT"; // private, of no meaning to others, not to be kept after a change
+    static constexpr int longestPngSide = 1000000; // of the toolkit's decoder and encoder, in pixels
+    static constexpr char extraChunk[] = "vsBT";   // private, of no meaning to others, not to be kept after a change
 
     qint64 size() const override;
     bool seek(qint64 position) override;
@@ -45,6 +46,7 @@ protected:
     qint64 writeData(const char* data, qint64 maxSize) override;
 
 private:
+    bool hasTrueChecksum(qint64 at, qint64 length);
     bool findInPng();
     bool findInJpeg();
     bool findInBmp();
