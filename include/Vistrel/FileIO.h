@@ -59,7 +59,7 @@ public:
 
     /// Writes the frame held. The file appears, or replaces an older one, only when it is whole; where the folder takes
     /// no new file, the older one is overwritten. False, and an older file as it was, when there is no frame, the
-    /// suffix is unknown, the disk is full, or the file cannot be written.
+    /// suffix is unknown, the disk is full, or the file cannot be written. Waits until the bytes are on the disk.
     bool save(const char* const fileName) const;
     bool save(std::wstring_view fileName) const;
 

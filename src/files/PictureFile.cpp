@@ -3,6 +3,7 @@
 #include "files/PictureFile.h"
 
 #include "files/Checksum.h"
+#include "platform/DiskWriting.h"
 #include "platform/LocalFileName.h"
 
 #include <QtCore/QBuffer>
@@ -100,11 +101,12 @@ bool overwrite(const QString& fileName, const QByteArray& bytes)
     const qint64 oldSize = file.size();
     const int head = static_cast<int>(qMin<qint64>(oldSize, bytes.size()));
     const qint64 tail = bytes.size() - head;
-    if (!file.seek(head) || file.write(bytes.constData() + head, tail) != tail) {
+    if (!file.seek(head) || file.write(bytes.constData() + head, tail) != tail || !reachesDisk(file)) {
         file.resize(oldSize);
         return false;
     }
-    return file.seek(0) && file.write(bytes.constData(), head) == head && file.resize(bytes.size());
+    return file.seek(0) && file.write(bytes.constData(), head) == head && file.resize(bytes.size()) &&
+           reachesDisk(file);
 }
 
 } // namespace
@@ -186,7 +188,7 @@ bool writePicture(QImage image, const QString& fileName, const PictureOptions& o
         return false;
     const QByteArray& bytes = buffer.data();
     // Committing does not look at what it flushes.
-    if (isBeside && (file.write(bytes) != bytes.size() || !file.flush()))
+    if (isBeside && (file.write(bytes) != bytes.size() || !file.flush() || !reachesDisk(file)))
         return false;
     return (isBeside && file.commit()) || (canOverwrite(fileName) && overwrite(fileName, bytes));
 }
