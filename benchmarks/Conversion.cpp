@@ -4,8 +4,8 @@
 #include "Peers.h"
 #include "Turns.h"
 
-#include "pipeline/Conversion.h"
-#include "pipeline/FrameConverter.h"
+#include "pipeline/frames/Conversion.h"
+#include "pipeline/frames/FrameConverter.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,7 +3,7 @@
 #include "Measure.h"
 #include "Viewer.h"
 
-#include "pipeline/FrameConverter.h"
+#include "pipeline/frames/FrameConverter.h"
 
 #include <benchmark/benchmark.h>
 

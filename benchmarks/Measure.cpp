@@ -2,7 +2,7 @@
 // Clocks, memory counters, statistics, frames.
 #include "Measure.h"
 
-#include "pipeline/PixelReader.h"
+#include "pipeline/pixels/PixelReader.h"
 
 #include <algorithm>
 #include <atomic>

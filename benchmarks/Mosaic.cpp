@@ -3,7 +3,7 @@
 #include "Measure.h"
 #include "Peers.h"
 
-#include "pipeline/Conversion.h"
+#include "pipeline/frames/Conversion.h"
 
 #include <benchmark/benchmark.h>
 

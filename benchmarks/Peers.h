@@ -2,7 +2,7 @@
 // The same conversions by general libraries, as a host would write them that uses these.
 #pragma once
 
-#include "pipeline/CopyPool.h"
+#include "pipeline/frames/CopyPool.h"
 
 #include <Vistrel/RawImage.h>
 

@@ -2,7 +2,7 @@
 // Runs the measurements that the command line selects.
 #include "Peers.h"
 
-#include "pipeline/CopyPool.h"
+#include "pipeline/frames/CopyPool.h"
 
 #include <benchmark/benchmark.h>
 

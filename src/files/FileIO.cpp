@@ -5,9 +5,8 @@
 #include "base/Report.h"
 #include "files/FrameImage.h"
 #include "files/PictureFile.h"
-#include "pipeline/Conversion.h"
-#include "pipeline/PackedIterators.h"
-#include "pipeline/PlainFormat.h"
+#include "pipeline/frames/Conversion.h"
+#include "pipeline/pixels/PixelFormats.h"
 
 #include <utility>
 
@@ -104,16 +103,13 @@ bool FileIO::hasData() const
 
 bool FileIO::setData(const RawImage& image)
 {
-    if (!image.data || !formatName(image.format) || !isReadable(image))
+    if (!image.data || !isReadable(image))
         return false;
     RawImage plain = image;
     plain.format = plainFormat(image.format);
     return hostCall("FileIO::setData", false, [&] {
-        const std::size_t size = image.width * bytesPerPixel(image.format) * image.height;
-        const std::uint8_t* const end =
-            (plain.format & formatPackingMask) != 0 ? packedFrameEnd(plain) : image.data + size;
-        PixelBuffer pixels(image.data, end);
-        pixels.resize(size, 0);
+        PixelBuffer pixels(image.data, frameEnd(plain));
+        pixels.resize(image.width * bytesPerPixel(image.format) * image.height, 0);
         m_data->replace(pixels, plain);
         return true;
     });

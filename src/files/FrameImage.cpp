@@ -2,7 +2,7 @@
 // Frames as images that keep every bit of them, and back.
 #include "files/FrameImage.h"
 
-#include "pipeline/PackedIterators.h"
+#include "pipeline/pixels/PixelFormats.h"
 
 #include <QtCore/QString>
 
@@ -10,6 +10,7 @@
 #include <cstring>
 #include <functional>
 #include <new>
+#include <vector>
 
 namespace Vistrel {
 
@@ -25,40 +26,20 @@ QString formatField()
     return QStringLiteral("Vistrel Format");
 }
 
-// Only 10-bit formats with packing bits have a name.
-std::uint32_t packing(Format format)
-{
-    return format & formatPackingMask;
-}
-
-bool hasSpareBits(Format format)
-{
-    return packing(format) != 0 || formatDepth(format) == 30;
-}
-
-// In images the first channel is red.
-bool isReversed(Format format)
-{
-    const bool bgr = (format & formatOrderMask) == OrderBGR;
-    return bgr == (formatDepth(format) == 30);
-}
-
 std::size_t frameBytes(const RawImage& raw)
 {
     return raw.width * bytesPerPixel(raw.format) * raw.height;
 }
 
-QImage::Format imageFormat(Format format)
+QImage::Format imageFormat(const PixelFormat& format)
 {
-    if (isMonochrome(format))
-        return formatDepth(format) == 8 ? QImage::Format_Grayscale8 : QImage::Format_Grayscale16;
-    switch (formatDepth(format)) {
-    case 24:
-        return QImage::Format_RGB888;
-    case 32:
-        return QImage::Format_RGBA8888;
+    switch (format.layout->samples) {
+    case 1:
+        return format.bits == 8 ? QImage::Format_Grayscale8 : QImage::Format_Grayscale16;
+    case 3:
+        return format.bits == 8 ? QImage::Format_RGB888 : QImage::Format_RGBX64;
     default:
-        return QImage::Format_RGBX64;
+        return QImage::Format_RGBA8888;
     }
 }
 
@@ -97,118 +78,74 @@ Format closestFormat(QImage::Format kind)
 // Rows ----------------------------------------------------------------------------------------------------------------
 
 // Copies pixels whose red and blue may change places; what a target has besides is left alone.
-template <typename Sample>
-void copyChannels(const Sample* source, std::size_t sourceStep, Sample* target, std::size_t targetStep,
-                  std::size_t count, std::size_t channels, bool reversed)
+template <typename Source, typename Target>
+void copySamples(const Source* source, std::size_t sourceStep, Target* target, std::size_t targetStep,
+                 std::size_t count, std::size_t samples, bool reversed)
 {
     for (; count > 0; --count, source += sourceStep, target += targetStep) {
-        for (std::size_t channel = 0; channel < channels; ++channel)
-            target[channel] = source[reversed && channel < 3 ? 2 - channel : channel];
+        for (std::size_t i = 0; i < samples; ++i)
+            target[i] = static_cast<Target>(source[reversed && i < 3 ? 2 - i : i]);
     }
 }
 
-template <std::uint32_t swap>
-void unpack(const Byte* source, const Byte* end, Word* target, std::size_t width)
+// Between rows of a frame and rows of an image, in which the first of three samples is red.
+class RowCopy
 {
-    Gray10PackedIterator<swap> pixel(source, end);
-    for (std::size_t x = 0; x < width; ++x, ++pixel)
-        target[x] = pixel.fullDepth();
-}
-
-// The inverse, into zeroed bytes; false when a sample has more than ten bits.
-bool pack(const Word* source, std::size_t width, Byte* target, const Byte* end, bool swap)
-{
-    for (std::size_t x = 0; x < width; x += 4, target += 5) {
-        std::uint64_t word = 0;
-        for (std::size_t i = 0; i < 4 && x + i < width; ++i) {
-            if (source[x + i] > 0x3FF)
-                return false;
-            word |= std::uint64_t{source[x + i]} << (54 - 10 * i);
-        }
-        for (std::size_t i = 0; i < 8 && target + i < end; ++i)
-            target[i] = static_cast<Byte>(target[i] | word >> 8 * (swap ? 7 - i : i));
+public:
+    RowCopy(const PixelFormat& format, QImage::Format kind, std::size_t width)
+        : m_layout(*format.layout),
+          m_reversed(m_layout.samples > 1 && !format.isRedFirst),
+          m_hasWords(kind == QImage::Format_Grayscale16 || kind == QImage::Format_RGBX64),
+          m_step(kind == QImage::Format_RGBX64 || kind == QImage::Format_RGBA8888
+                     ? 4
+                     : std::min<std::size_t>(m_layout.samples, 3)),
+          m_samples(m_layout.samples * width)
+    {
     }
-    return true;
-}
 
-void unpack30(const Byte* source, Word* target, std::size_t width, bool reversed)
-{
-    Color30Iterator pixel(source);
-    for (std::size_t x = 0; x < width; ++x, ++pixel, target += 4) {
-        for (unsigned channel = 0; channel < 3; ++channel)
-            target[channel] = static_cast<Word>(*pixel >> 10 * (reversed ? 2 - channel : channel) & 0x3FF);
+    void fromFrame(const RawImage& raw, std::size_t row, uchar* target)
+    {
+        m_layout.unpack(raw, row, 0, raw.width, m_samples.data());
+        const std::size_t samples = std::min(m_layout.samples, m_step);
+        if (m_hasWords)
+            copySamples(m_samples.data(), m_layout.samples, reinterpret_cast<Word*>(target), m_step, raw.width, samples,
+                        m_reversed);
+        else
+            copySamples(m_samples.data(), m_layout.samples, target, m_step, raw.width, samples, m_reversed);
     }
-}
 
-bool pack30(const Word* source, Byte* target, std::size_t width, bool reversed)
-{
-    for (std::size_t x = 0; x < width; ++x, source += 4, target += 4) {
-        std::uint32_t word = 0;
-        for (unsigned channel = 0; channel < 3; ++channel) {
-            if (source[channel] > 0x3FF)
-                return false;
-            word |= std::uint32_t{source[channel]} << 10 * (reversed ? 2 - channel : channel);
-        }
-        std::memcpy(target, &word, sizeof word);
+    bool toFrame(const uchar* source, const RawImage& raw, Byte* row)
+    {
+        const std::size_t samples = std::min(m_layout.samples, m_step);
+        if (m_hasWords)
+            copySamples(reinterpret_cast<const Word*>(source), m_step, m_samples.data(), m_layout.samples, raw.width,
+                        samples, m_reversed);
+        else
+            copySamples(source, m_step, m_samples.data(), m_layout.samples, raw.width, samples, m_reversed);
+        return m_layout.pack(raw, m_samples.data(), row);
     }
-    return true;
-}
 
-void rowFromFrame(const RawImage& raw, std::size_t row, QImage& image)
-{
-    const std::size_t rowBytes = raw.width * bytesPerPixel(raw.format);
-    const Byte* const source = raw.data + row * rowBytes;
-    uchar* const target = image.scanLine(static_cast<int>(row));
-    const auto words = reinterpret_cast<Word*>(target);
-    const bool reversed = isReversed(raw.format);
-    if (packing(raw.format) == Packedp)
-        return unpack<Packedp>(source, packedFrameEnd(raw), words, raw.width);
-    if (packing(raw.format) == PackedNoSwap)
-        return unpack<PackedNoSwap>(source, packedFrameEnd(raw), words, raw.width);
-    if (isMonochrome(raw.format))
-        std::memcpy(target, source, rowBytes);
-    else if (formatDepth(raw.format) == 30)
-        unpack30(source, words, raw.width, reversed);
-    else if (bytesPerPixel(raw.format) == 6)
-        copyChannels<Word>(reinterpret_cast<const Word*>(source), 3, words, 4, raw.width, 3, reversed);
-    else {
-        const std::size_t channels = image.format() == QImage::Format_RGBA8888 ? 4 : 3;
-        copyChannels<Byte>(source, bytesPerPixel(raw.format), target, channels, raw.width, channels, reversed);
-    }
-}
-
-bool rowFromImage(const uchar* source, QImage::Format kind, std::size_t row, const RawImage& raw, PixelBuffer& pixels)
-{
-    const std::size_t rowBytes = raw.width * bytesPerPixel(raw.format);
-    Byte* const target = pixels.data() + row * rowBytes;
-    const auto words = reinterpret_cast<const Word*>(source);
-    const bool reversed = isReversed(raw.format);
-    if (packing(raw.format) != 0)
-        return pack(words, raw.width, target, packedFrameEnd(raw), packing(raw.format) == Packedp);
-    if (formatDepth(raw.format) == 30)
-        return pack30(words, target, raw.width, reversed);
-    if (isMonochrome(raw.format))
-        std::memcpy(target, source, rowBytes);
-    else if (bytesPerPixel(raw.format) == 6)
-        copyChannels<Word>(words, 4, reinterpret_cast<Word*>(target), 3, raw.width, 3, reversed);
-    else {
-        const std::size_t channels = kind == QImage::Format_RGBA8888 ? 4 : 3;
-        copyChannels<Byte>(source, channels, target, bytesPerPixel(raw.format), raw.width, channels, reversed);
-    }
-    return true;
-}
+private:
+    const PixelLayout& m_layout;
+    const bool m_reversed;
+    const bool m_hasWords;       // in the image
+    const std::size_t m_step;    // samples from one pixel of the image to the next
+    std::vector<Word> m_samples; // of a row; those that an image lacks stay 0
+};
 
 // Frames --------------------------------------------------------------------------------------------------------------
 
 // The samples of the image alone, as pixels of this kind; false when they do not fit the format.
-bool layOut(const QImage& image, QImage::Format kind, Format format, PixelBuffer& pixels, RawImage& raw)
+bool layOut(const QImage& image, QImage::Format kind, const PixelFormat& format, PixelBuffer& pixels, RawImage& raw)
 {
     raw.width = static_cast<std::size_t>(image.width());
     raw.height = static_cast<std::size_t>(image.height());
-    raw.format = format;
+    raw.format = format.code;
     pixels.assign(frameBytes(raw), 0);
     raw.data = pixels.data();
     // A fourth channel beside 16-bit ones is passed over in place: the toolkit would multiply by it.
+    RowCopy copy(format, kind, raw.width);
+    const std::size_t rowBytes = raw.width * format.layout->bytesPerPixel;
     const bool isReady = kind == QImage::Format_RGBX64 || image.format() == kind;
     for (int top = 0; top < image.height(); top += bandRows) {
         const int rows = std::min(bandRows, image.height() - top);
@@ -217,7 +154,8 @@ bool layOut(const QImage& image, QImage::Format kind, Format format, PixelBuffer
             throw std::bad_alloc();
         for (int row = 0; row < rows; ++row) {
             const int y = top + row;
-            if (!rowFromImage(band.constScanLine(isReady ? y : row), kind, static_cast<std::size_t>(y), raw, pixels))
+            if (!copy.toFrame(band.constScanLine(isReady ? y : row), raw,
+                              pixels.data() + static_cast<std::size_t>(y) * rowBytes))
                 return false;
         }
     }
@@ -236,7 +174,8 @@ bool hasNoAlpha(const RawImage& raw)
 
 QImage imageFromFrame(const RawImage& raw, PixelBuffer& extras)
 {
-    QImage::Format kind = imageFormat(raw.format);
+    const PixelFormat& format = *findFormat(raw.format);
+    QImage::Format kind = imageFormat(format);
     if (kind == QImage::Format_RGBA8888 && hasNoAlpha(raw))
         kind = QImage::Format_RGB888;
     QImage image(static_cast<int>(raw.width), static_cast<int>(raw.height), kind);
@@ -244,13 +183,14 @@ QImage imageFromFrame(const RawImage& raw, PixelBuffer& extras)
         return {};
     if (kind == QImage::Format_RGBX64)
         image.fill(Qt::black); // for the fourth word of each pixel
+    RowCopy copy(format, kind, raw.width);
     for (std::size_t row = 0; row < raw.height; ++row)
-        rowFromFrame(raw, row, image);
-    image.setText(formatField(), QLatin1String(formatName(raw.format)));
+        copy.fromFrame(raw, row, image.scanLine(static_cast<int>(row)));
+    image.setText(formatField(), QLatin1String(format.name));
     extras.clear();
-    if (hasSpareBits(raw.format)) {
+    if (format.layout->hasSpareBits) {
         RawImage bare;
-        if (!layOut(image, kind, raw.format, extras, bare))
+        if (!layOut(image, kind, format, extras, bare))
             return {};
         std::transform(extras.begin(), extras.end(), raw.data, extras.begin(), std::bit_xor<Byte>());
     }
@@ -265,12 +205,13 @@ bool frameFromImage(const QImage& image, const std::function<bool(PixelBuffer&)>
     const QImage::Format kind = sampleKind(image);
     PixelBuffer bytes;
     RawImage frame;
-    Format named = Format(0);
-    const bool isNamed = formatFromName(image.text(formatField()).toLatin1().constData(), &named) &&
-                         (imageFormat(named) == kind ||
-                          (imageFormat(named) == QImage::Format_RGBA8888 && kind == QImage::Format_RGB888));
-    if (!isNamed || !layOut(image, kind, named, bytes, frame) || (hasSpareBits(named) && !applyExtras(bytes)))
-        layOut(image, kind, closestFormat(kind), bytes, frame);
+    Format code = Format(0);
+    const PixelFormat* const named =
+        formatFromName(image.text(formatField()).toLatin1().constData(), &code) ? findFormat(code) : nullptr;
+    const bool isOfKind = named && (imageFormat(*named) == kind ||
+                                    (imageFormat(*named) == QImage::Format_RGBA8888 && kind == QImage::Format_RGB888));
+    if (!isOfKind || !layOut(image, kind, *named, bytes, frame) || (named->layout->hasSpareBits && !applyExtras(bytes)))
+        layOut(image, kind, *findFormat(closestFormat(kind)), bytes, frame);
     pixels.swap(bytes);
     raw = frame;
     return true;

@@ -2,7 +2,7 @@
 // Frames as images that keep every bit of them, and back.
 #pragma once
 
-#include "pipeline/PixelBlocks.h"
+#include "pipeline/frames/PixelBlocks.h"
 
 #include <Vistrel/RawImage.h>
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "files/PictureParts.h"
-#include "pipeline/PixelBlocks.h"
+#include "pipeline/frames/PixelBlocks.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QString>

@@ -2,7 +2,7 @@
 // Paints a picture at any scale without interpolation.
 #include "widgets/PictureSampler.h"
 
-#include "pipeline/RowKernels.h"
+#include "pipeline/pixels/Kernels.h"
 
 #include <hwy/base.h>
 #include <hwy/cache_control.h>
@@ -123,7 +123,13 @@ bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage&
             sampleRow<std::uint32_t>(pixels, ahead, m_columns, m_samples.data());
             pixels = reinterpret_cast<const uchar*>(m_samples.data());
         }
-        RowKernels::bytes4ToColor(pixels, line, pixelCount, true, 4, RowKernels::Stores::Cached);
+        Kernels::PixelRun run;
+        run.source = pixels;
+        run.target = line;
+        run.count = pixelCount;
+        run.reversed = true;
+        run.pixelBytes = 4;
+        Kernels::bytes4ToColor(run);
     };
     const std::size_t stride = static_cast<std::size_t>(m_lines.bytesPerLine());
     int next = rowAt(0);

@@ -3,8 +3,9 @@
 #include "widgets/Surface_p.h"
 
 #include "acquisition/FrameLocking.h"
-#include "pipeline/Conversion.h"
-#include "pipeline/PixelReader.h"
+#include "pipeline/frames/Conversion.h"
+#include "pipeline/pixels/PixelFormats.h"
+#include "pipeline/pixels/PixelReader.h"
 
 #include <QtCore/QVector>
 #include <QtGui/QPaintEvent>

@@ -2,7 +2,7 @@
 // The image information at the right of the main window's status bar.
 #include "window/InfoBar.h"
 
-#include "pipeline/PixelReader.h"
+#include "pipeline/pixels/PixelFormats.h"
 
 #include <QtCore/QEvent>
 #include <QtGui/QFontMetrics>

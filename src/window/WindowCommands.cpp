@@ -2,7 +2,7 @@
 // The commands that the main window gives its source, and what is shown of them.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/SurfaceStream_p.h"
+#include "pipeline/stream/SurfaceStream_p.h"
 
 #include <QtWidgets/QAction>
 #include <QtWidgets/QProgressBar>

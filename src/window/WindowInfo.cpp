@@ -2,7 +2,7 @@
 // What the main window tells of its image and source: information bar, its switches, and copies of it as text.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/SurfaceStream_p.h"
+#include "pipeline/stream/SurfaceStream_p.h"
 #include "window/InfoBar.h"
 
 #include <Vistrel/Surface.h>

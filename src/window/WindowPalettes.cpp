@@ -2,7 +2,7 @@
 // How the main window has its images shown: palettes, mosaics, channel order, crosshair.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/ColorTables.h"
+#include "pipeline/pixels/ColorTables.h"
 
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>

@@ -2,7 +2,7 @@
 // The main window that shows a source's live images and drives the source.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/SurfaceStream_p.h"
+#include "pipeline/stream/SurfaceStream_p.h"
 #include "platform/WindowHints.h"
 #include "window/SourceKeeper.h"
 

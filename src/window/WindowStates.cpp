@@ -2,7 +2,7 @@
 // Keeps the main window's actions in step with what the source offers and with the state that it is in.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/SurfaceStream_p.h"
+#include "pipeline/stream/SurfaceStream_p.h"
 #include "window/StartFixedEditor.h"
 
 #include <Vistrel/SurfaceScrollArea.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the palettes at the levels where a formula would slip.
-#include "pipeline/ColorTables.h"
+#include "pipeline/pixels/ColorTables.h"
 
 #include <QtTest/QTest>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Tests conversions and readout of every pixel format against a naive reference, in memory with no byte to spare.
-#include "pipeline/Conversion.h"
-#include "pipeline/PixelReader.h"
+#include "pipeline/frames/Conversion.h"
 #include "pipeline/PixelReference.h"
-#include "pipeline/RowKernels.h"
 #include "pipeline/VectorUnits.h"
+#include "pipeline/pixels/PixelFormats.h"
+#include "pipeline/pixels/PixelReader.h"
 
 #include <QtTest/QtTest>
 
@@ -158,9 +158,9 @@ void ConversionTest::lookUp()
         const GuardedBuffer target(4 * count, GuardedBuffer::AtBack);
         const QByteArray fault = faultInVectors([&]() -> QByteArray {
             auto* const entries = reinterpret_cast<std::uint32_t*>(target.data());
-            for (const auto stores : {RowKernels::Stores::Cached, RowKernels::Stores::Streamed}) {
+            for (const auto stores : {Kernels::Stores::Cached, Kernels::Stores::Streamed}) {
                 std::fill_n(entries, count, 0u);
-                RowKernels::lookUp(source.data(), entries, count, table, stores);
+                Kernels::lookUp(source.data(), entries, count, table, stores);
                 const bool right =
                     std::equal(entries, entries + count, source.data(),
                                [&](std::uint32_t entry, std::uint8_t index) { return entry == table[index]; });
@@ -175,43 +175,34 @@ void ConversionTest::lookUp()
 
 void ConversionTest::storesMakeNoDifference()
 {
-    using namespace RowKernels;
-    using Kernel = void (*)(const GuardedBuffer&, std::uint8_t*, std::size_t, Stores);
+    using namespace Kernels;
     struct Case
     {
         const char* name;
         std::size_t sourceBytes, targetBytes; // of four pixels
-        Kernel run;
+        void (*run)(const PixelRun&);
     };
     Random random(3);
-    const Case cases[] = {
-        {"bytes", 4, 4, [](auto& from, auto* to, auto n, Stores stores) { copyBytes(from.data(), to, n, stores); }},
-        {"words", 8, 4,
-         [](auto& from, auto* to, auto n, Stores stores) { shiftToGray(from.data(), to, n, 4, stores); }},
-        {"packed", 5, 4,
-         [](auto& from, auto* to, auto n, Stores stores) {
-             packed10ToGray(from.data(), from.data() + from.size(), to, n, true, 0, stores);
-         }},
-        {"3 bytes", 12, 16,
-         [](auto& from, auto* to, auto n, Stores stores) { bytes3ToColor(from.data(), to, n, true, 4, stores); }},
-        {"4 bytes", 16, 16,
-         [](auto& from, auto* to, auto n, Stores stores) { bytes4ToColor(from.data(), to, n, true, 4, stores); }},
-        {"3 words", 24, 16,
-         [](auto& from, auto* to, auto n, Stores stores) { words3ToColor(from.data(), to, n, 6, true, 4, stores); }},
-        {"fields", 16, 16,
-         [](auto& from, auto* to, auto n, Stores stores) { fields30ToColor(from.data(), to, n, true, 4, stores); }}};
+    const Case cases[] = {{"bytes", 4, 4, copyBytes},         {"words", 8, 4, shiftToGray},
+                          {"packed", 5, 4, packed10ToGray},   {"3 bytes", 12, 16, bytes3ToColor},
+                          {"4 bytes", 16, 16, bytes4ToColor}, {"3 words", 24, 16, words3ToColor},
+                          {"fields", 16, 16, fields30ToColor}};
     for (const Case& one : cases) {
         const std::size_t step = one.sourceBytes % 4 == 0 ? 1 : 4;    // groups are whole
         for (std::size_t count = step; count <= 200; count += step) { // so the target begins anywhere within a vector
             const GuardedBuffer source(count * one.sourceBytes / 4, GuardedBuffer::AtBack);
             fillRandom(source, random);
             std::vector<std::uint8_t> expected(count * one.targetBytes / 4);
-            one.run(source, expected.data(), count, Stores::Cached);
+            PixelRun run{source.data(), expected.data(), count, Stores::Cached, 4, true, one.targetBytes / 4};
+            run.end = source.data() + source.size();
+            one.run(run);
+            run.stores = Stores::Streamed;
             for (const auto placement : {GuardedBuffer::AtBack, GuardedBuffer::Unaligned}) {
                 const GuardedBuffer target(expected.size(), placement);
                 const QByteArray fault = faultInVectors([&]() -> QByteArray {
                     std::fill_n(target.data(), target.size(), std::uint8_t{0});
-                    one.run(source, target.data(), count, Stores::Streamed);
+                    run.target = target.data();
+                    one.run(run);
                     const bool same = std::equal(expected.begin(), expected.end(), target.data());
                     return same && target.isIntact() ? QByteArray() : one.name + QByteArray::number(qulonglong{count});
                 });
@@ -282,7 +273,8 @@ void ConversionTest::impossibleFramesAreRefused_data()
     row("no height", RGB8, 4, 0);
     row("unknown depth", 9, 4, 4);
     row("unknown depth of colour", 64, 4, 4);
-    row("unknown pattern", 0x508, 4, 4, true, true);
+    row("unknown pattern", 0x508, 4, 4);
+    row("unknown layout", 0x10008, 4, 4);
     row("mosaic too narrow", BayerGR8, 3, 100, true, true);
     row("mosaic too low", BayerGR10p, 100, 3, true, true);
     row("product overflows to 0", Mono8, most / 2 + 1, 2);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests that jobs run on every participant, one run at a time, and that exceptions come through.
-#include "pipeline/CopyPool.h"
+#include "pipeline/frames/CopyPool.h"
 
 #include <QtTest/QtTest>
 

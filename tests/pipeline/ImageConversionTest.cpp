@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Tests the ways from images back to frames and from stored images to painted ones.
-#include "pipeline/Conversion.h"
 #include "pipeline/PixelReference.h"
+#include "pipeline/frames/Conversion.h"
 
 #include <QtTest/QtTest>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests that pixel memory is recycled when, and only when, nobody refers to it.
-#include "pipeline/PixelBlocks.h"
+#include "pipeline/frames/PixelBlocks.h"
 
 #include <QtGui/QPainter>
 #include <QtGui/QPixmap>

@@ -5,7 +5,7 @@
 #include "app/c/CallbackAcquisition.h"
 #include "app/c/WindowWrapper.h"
 #include "base/Report.h"
-#include "pipeline/Conversion.h"
+#include "pipeline/frames/Conversion.h"
 
 #include <Vistrel/Surface.h>
 

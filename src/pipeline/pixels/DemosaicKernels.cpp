@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 // One row of the demosaic, compiled once for each kind of vector unit and chosen at run time.
-#include "pipeline/DemosaicKernels.h"
+#include "pipeline/pixels/DemosaicKernels.h"
 
-#include "pipeline/PlainKernels.h"
-#include "pipeline/RowKernels.h"
+#include "pipeline/pixels/PlainKernels.h"
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "pipeline/DemosaicKernels.cpp"
+#define HWY_TARGET_INCLUDE "pipeline/pixels/DemosaicKernels.cpp"
 #include <hwy/foreach_target.h>
 
-#include <hwy/cache_control.h>
-#include <hwy/highway.h>
+#include "pipeline/pixels/KernelTools-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Vistrel::DemosaicKernels {
@@ -245,8 +243,6 @@ namespace Vistrel::DemosaicKernels {
 HWY_EXPORT(Interpolate);
 HWY_EXPORT(SplitBytes);
 HWY_EXPORT(SplitWords);
-
-#define VISTREL_CHOSEN(Kernel) (RowKernels::areVectorsAllowed() ? HWY_DYNAMIC_DISPATCH(Kernel) : Plain::Kernel)
 
 void interpolate(const Rows& rows, std::uint8_t* target, std::size_t count, const Kind& kind)
 {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The thread that fetches a source's frames and converts them.
-#include "pipeline/StreamWorker.h"
+#include "pipeline/stream/StreamWorker.h"
 
 #include "acquisition/FrameLender.h"
 #include "acquisition/FrameLocking.h"

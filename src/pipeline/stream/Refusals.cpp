@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Tells why frames are not shown.
-#include "pipeline/Refusals.h"
+#include "pipeline/stream/Refusals.h"
 
 #include "base/Report.h"
-#include "pipeline/Conversion.h"
+#include "pipeline/pixels/PixelFormats.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -66,7 +66,7 @@ std::string refusalOf(const RawImage& frame, const RawImage* bitmap)
     if (frame.width == 0 || frame.height == 0)
         return "A frame of " + std::to_string(frame.width) + " x " + std::to_string(frame.height) +
                " pixels is not shown.";
-    if (!isReadable({frame.data, 1, 1, frame.format, nullptr})) {
+    if (!findFormat(frame.format)) {
         char code[16];
         std::snprintf(code, sizeof code, "0x%X", static_cast<unsigned>(frame.format));
         return std::string("A frame of the unknown format ") + code + " is not shown.";

@@ -2,8 +2,8 @@
 // From a delivered frame to a complete picture, in recycled memory.
 #pragma once
 
-#include "pipeline/CopyPool.h"
-#include "pipeline/PixelBlocks.h"
+#include "pipeline/frames/CopyPool.h"
+#include "pipeline/frames/PixelBlocks.h"
 
 #include <Vistrel/RawImage.h>
 

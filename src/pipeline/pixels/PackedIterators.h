@@ -2,7 +2,7 @@
 // Walk over the pixels of a row whose layout is not one array element a channel.
 #pragma once
 
-#include <Vistrel/RawImage.h>
+#include <Vistrel/Format.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -10,17 +10,6 @@
 #include <cstring>
 
 namespace Vistrel {
-
-/// Where the bytes that the pixels of a packed 10-bit frame need end. The most significant bit first packing needs no
-/// more of the last row than its pixels' own bits; in the other one every group needs eight bytes, of which those past
-/// the frame count as zero.
-inline const std::uint8_t* packedFrameEnd(const RawImage& raw)
-{
-    const std::size_t rowSpacing = raw.width * 2;
-    if ((raw.format & formatPackingMask) == Packedp)
-        return raw.data + (raw.height - 1) * rowSpacing + (raw.width * 10 + 7) / 8;
-    return raw.data + raw.height * rowSpacing;
-}
 
 /// The pixels of one row of packed 10-bit monochrome; `swap` is the format's packing field. Groups of four pixels lie
 /// five bytes apart. With `Packedp` a group is read most significant bit first. With `PackedNoSwap` the little-endian
@@ -55,14 +44,6 @@ public:
             m_reload = true;
         }
         return *this;
-    }
-
-    /// Goes on to the pixel `count` further, a multiple of 4; the iterator must stand at the start of a group.
-    void skipGroups(std::size_t count)
-    {
-        m_index += count;
-        m_pointer += count / 4 * 5;
-        m_reload = true;
     }
 
 private:
@@ -104,8 +85,6 @@ public:
         m_pointer += 4;
         return *this;
     }
-
-    const std::uint8_t* pointer() const { return m_pointer; }
 
 private:
     const std::uint8_t* m_pointer;

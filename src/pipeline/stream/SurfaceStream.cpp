@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Brings a source's frames onto a surface.
-#include "pipeline/SurfaceStream_p.h"
+#include "pipeline/stream/SurfaceStream_p.h"
 
 #include "acquisition/FrameLocking.h"
 #include "base/Report.h"
-#include "pipeline/Conversion.h"
+#include "pipeline/frames/Conversion.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>

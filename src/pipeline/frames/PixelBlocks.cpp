@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Pixel memory that is recycled from frame to frame.
-#include "pipeline/PixelBlocks.h"
+#include "pipeline/frames/PixelBlocks.h"
 
 #include <algorithm>
 #include <mutex>

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Interpolates the missing colours of a mosaic.
-#include "pipeline/Demosaic.h"
+#include "pipeline/pixels/Demosaic.h"
 
-#include "pipeline/DemosaicKernels.h"
-#include "pipeline/PackedIterators.h"
-#include "pipeline/RowKernels.h"
+#include "pipeline/pixels/DemosaicKernels.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -51,8 +49,8 @@ class Strip
 public:
     static constexpr std::size_t columns = 4096; // a multiple of 4
 
-    Strip(const RawImage& raw, std::size_t column)
-        : m_raw(raw), m_column(column), m_count(std::min(columns, raw.width - column))
+    Strip(const PixelFormat& format, const RawImage& raw, std::size_t column)
+        : m_layout(*format.layout), m_raw(raw), m_column(column), m_count(std::min(columns, raw.width - column))
     {
     }
 
@@ -112,16 +110,13 @@ private:
     void split(std::size_t row, std::size_t column, std::size_t count, std::uint16_t* even, std::uint16_t* odd,
                bool& isNarrow) const
     {
-        const std::uint32_t packing = m_raw.format & formatPackingMask;
-        const std::size_t rowSpacing = m_raw.width * bytesPerPixel(m_raw.format);
-        const std::uint8_t* const source = m_raw.data + row * rowSpacing;
+        const std::uint8_t* const source = m_raw.data + row * m_raw.width * m_layout.bytesPerPixel;
         isNarrow = true;
-        if (formatDepth(m_raw.format) == 8) {
+        if (m_layout.bytesPerPixel == 1) {
             DemosaicKernels::splitBytes(source + column, even, odd, count);
-        } else if (formatDepth(m_raw.format) == 10 && (packing == Packedp || packing == PackedNoSwap)) {
+        } else if (m_layout.hasSpareBits) {
             std::uint16_t sites[lead + columns + margin];
-            RowKernels::packed10ToWords(source + column / 4 * 5, packedFrameEnd(m_raw), sites, count,
-                                        packing == Packedp, rowSpacing);
+            m_layout.unpack(m_raw, row, column, count, sites);
             DemosaicKernels::splitWords(reinterpret_cast<const std::uint8_t*>(sites), even, odd, count);
         } else {
             isNarrow =
@@ -129,6 +124,7 @@ private:
         }
     }
 
+    const PixelLayout& m_layout;
     const RawImage& m_raw;
     const std::size_t m_column;
     const std::size_t m_count;
@@ -138,32 +134,19 @@ private:
 
 } // namespace
 
-bool demosaic(CopyPool& pool, QImage& target, const RawImage& raw)
+void interpolateRows(const PixelFormat& format, const RawImage& raw, const PictureTarget& target, std::size_t row,
+                     std::size_t end)
 {
-    const bool isMosaic = isMonochrome(raw.format) && (raw.format & formatPatternMask) >= BayerGB &&
-                          (raw.format & formatPatternMask) <= BayerBG;
-    if (!raw.data || !isMosaic || raw.width < smallestMosaic || raw.height < smallestMosaic || target.isNull() ||
-        target.format() != QImage::Format_RGBX8888 || static_cast<std::size_t>(target.width()) != raw.width ||
-        static_cast<std::size_t>(target.height()) != raw.height ||
-        static_cast<std::size_t>(target.bytesPerLine()) != raw.width * 4)
-        return false;
-
-    const RedSite red = redSite(raw.format);
-    const int shift = static_cast<int>(formatDepth(raw.format)) - 8;
-    std::uint8_t* const bits = target.bits();
-    const auto interpolateRows = [&](std::size_t first, std::size_t end) {
-        for (std::size_t column = 0; column < raw.width; column += Strip::columns) {
-            Strip strip(raw, column);
-            for (std::size_t row = first; row < end; ++row) {
-                const bool isRedRow = row % 2 == red.row;
-                DemosaicKernels::interpolate(strip.around(row), bits + 4 * (row * raw.width + column), strip.count(),
-                                             {isRedRow ? red.column : 1 - red.column, isRedRow, shift});
-            }
+    const RedSite red = redSite(format.code);
+    const int shift = static_cast<int>(format.bits) - 8;
+    for (std::size_t column = 0; column < raw.width; column += Strip::columns) {
+        Strip strip(format, raw, column);
+        for (std::size_t y = row; y < end; ++y) {
+            const bool isRedRow = y % 2 == red.row;
+            DemosaicKernels::interpolate(strip.around(y), target.bits + 4 * (y * raw.width + column), strip.count(),
+                                         {isRedRow ? red.column : 1 - red.column, isRedRow, shift});
         }
-    };
-    // Takes twice as long as a copy. Four rows more are loaded than a run has.
-    pool.runRows(raw.height, 2 * raw.width * (bytesPerPixel(raw.format) + 4), interpolateRows, 16);
-    return true;
+    }
 }
 
 } // namespace Vistrel

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // From raw frames to images that can be painted, and back.
-#include "pipeline/Conversion.h"
+#include "pipeline/frames/Conversion.h"
 
-#include "pipeline/Demosaic.h"
-#include "pipeline/ThreadableCopy.h"
+#include "pipeline/pixels/Demosaic.h"
+#include "pipeline/pixels/PixelFormats.h"
 
+#include <algorithm>
 #include <cstring>
-#include <limits>
 
 namespace Vistrel {
 
@@ -27,106 +27,17 @@ TargetLayout targetLayout(int kind)
     return {QImage::Format_Indexed8, 1};
 }
 
-bool fits(const QImage& target, const RawImage& raw, QImage::Format format, std::size_t bytes)
+bool fits(const QImage& target, const RawImage& raw, const TargetLayout& layout)
 {
-    return !target.isNull() && target.format() == format && static_cast<std::size_t>(target.width()) == raw.width &&
+    return !target.isNull() && target.format() == layout.format &&
+           static_cast<std::size_t>(target.width()) == raw.width &&
            static_cast<std::size_t>(target.height()) == raw.height &&
-           static_cast<std::size_t>(target.bytesPerLine()) == raw.width * bytes;
+           static_cast<std::size_t>(target.bytesPerLine()) == raw.width * layout.bytesPerPixel;
 }
 
-bool fitsGray(const QImage& target, const RawImage& raw)
+bool isMosaic(const PixelFormat& format)
 {
-    return fits(target, raw, QImage::Format_Indexed8, 1);
-}
-
-bool fitsColor(const QImage& target, const RawImage& raw)
-{
-    return fits(target, raw, QImage::Format_RGB888, 3) || fits(target, raw, QImage::Format_RGBX8888, 4);
-}
-
-template <typename Copy>
-bool runCopy(CopyPool& pool, QImage& target, const RawImage& raw)
-{
-    Copy copy(raw, target);
-    const std::size_t rowBytes =
-        raw.width * bytesPerPixel(raw.format) + static_cast<std::size_t>(target.bytesPerLine());
-    pool.runRows(raw.height, rowBytes, [&copy](std::size_t row, std::size_t end) { copy.copyRows(row, end); });
-    return true;
-}
-
-bool copyBytes(CopyPool& pool, QImage& target, const RawImage& raw)
-{
-    std::uint8_t* const bytes = target.bits();
-    const auto stores = RowKernels::storesFor(raw.width * raw.height);
-    pool.runRows(raw.height, 2 * raw.width, [&](std::size_t row, std::size_t end) {
-        RowKernels::copyBytes(raw.data + row * raw.width, bytes + row * raw.width, (end - row) * raw.width, stores);
-    });
-    return true;
-}
-
-bool copyGray(CopyPool& pool, QImage& target, const RawImage& raw)
-{
-    using Word = unsigned short;
-    if (!fitsGray(target, raw))
-        return false;
-    switch (formatDepth(raw.format)) {
-    case 8:
-        return copyBytes(pool, target, raw);
-    case 10:
-        if ((raw.format & formatPackingMask) == Packedp)
-            return runCopy<ThreadableCopyGray<Word, 0, Gray10PackedIterator<Packedp>>>(pool, target, raw);
-        if ((raw.format & formatPackingMask) == PackedNoSwap)
-            return runCopy<ThreadableCopyGray<Word, 0, Gray10PackedIterator<PackedNoSwap>>>(pool, target, raw);
-        return runCopy<ThreadableCopyGray<Word, 2, const Word*>>(pool, target, raw);
-    case 12:
-        return runCopy<ThreadableCopyGray<Word, 4, const Word*>>(pool, target, raw);
-    case 14:
-        return runCopy<ThreadableCopyGray<Word, 6, const Word*>>(pool, target, raw);
-    default:
-        return runCopy<ThreadableCopyGray<Word, 8, const Word*>>(pool, target, raw);
-    }
-}
-
-bool copyColor(CopyPool& pool, QImage& target, const RawImage& raw)
-{
-    using Byte = unsigned char;
-    using Word = unsigned short;
-    if (!fitsColor(target, raw))
-        return false;
-    switch (formatDepth(raw.format)) {
-    case 24:
-        return runCopy<ThreadableCopyColor<Byte, 3, 0, const Byte*>>(pool, target, raw);
-    case 30:
-        return runCopy<ThreadableCopyColor<unsigned int, 1, 2, Color30Iterator>>(pool, target, raw);
-    case 32:
-        return runCopy<ThreadableCopyColor<Byte, 4, 0, const Byte*>>(pool, target, raw);
-    case 36:
-        return runCopy<ThreadableCopyColor<Word, 3, 4, const Word*>>(pool, target, raw);
-    case 42:
-        return runCopy<ThreadableCopyColor<Word, 3, 6, const Word*>>(pool, target, raw);
-    default:
-        return runCopy<ThreadableCopyColor<Word, 3, 8, const Word*>>(pool, target, raw);
-    }
-}
-
-bool isMosaic(Format format)
-{
-    return isMonochrome(format) && (format & formatPatternMask) != 0;
-}
-
-// A mosaic that can be interpolated.
-bool isWholeMosaic(const RawImage& raw)
-{
-    const std::uint32_t pattern = raw.format & formatPatternMask;
-    return pattern >= BayerGB && pattern <= BayerBG && raw.width >= smallestMosaic && raw.height >= smallestMosaic;
-}
-
-bool hasPixelBytes(std::size_t width, std::size_t height, std::size_t bytes)
-{
-    constexpr auto longest = static_cast<std::size_t>(std::numeric_limits<int>::max());
-    constexpr auto most = static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max());
-    return bytes > 0 && width > 0 && height > 0 && width <= longest && height <= longest && width <= longest / bytes &&
-           height <= most / (width * bytes);
+    return (format.code & formatPatternMask) != 0;
 }
 
 QImage imageOver(uchar* bytes, std::size_t width, std::size_t height, const TargetLayout& layout)
@@ -144,20 +55,17 @@ bool hasTarget(std::size_t width, std::size_t height, const TargetLayout& layout
 
 } // namespace
 
-bool isReadable(const RawImage& raw)
-{
-    return hasPixelBytes(raw.width, raw.height, bytesPerPixel(raw.format));
-}
-
 bool isConvertible(const RawImage& raw)
 {
-    return isReadable(raw) && (!isMosaic(raw.format) || isWholeMosaic(raw)) &&
+    const PixelFormat* const format = findFormat(raw.format);
+    return format && isReadable(raw) && (!isMosaic(*format) || std::min(raw.width, raw.height) >= smallestMosaic) &&
            hasTarget(raw.width, raw.height, targetLayout(targetKind(raw.format)));
 }
 
 int targetKind(Format format)
 {
-    return isColor(format) || isMosaic(format) ? 32 : 8;
+    const PixelFormat* const found = findFormat(format);
+    return found && found->conversion.isColor ? 32 : 8;
 }
 
 bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::size_t height, int kind)
@@ -180,9 +88,20 @@ bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw)
 {
     if (!raw.data || !isConvertible(raw))
         return false;
-    if (isColor(raw.format))
-        return copyColor(pool, target, raw);
-    return isMosaic(raw.format) ? demosaic(pool, target, raw) : copyGray(pool, target, raw);
+    const PixelFormat& format = *findFormat(raw.format);
+    const PictureConversion& conversion = format.conversion;
+    TargetLayout layout = targetLayout(targetKind(raw.format));
+    if (isColor(raw.format) && target.format() == QImage::Format_RGB888)
+        layout = targetLayout(24);
+    if (!fits(target, raw, layout))
+        return false;
+    const std::size_t pixelBytes = layout.bytesPerPixel;
+    const PictureTarget picture = {target.bits(), pixelBytes, Kernels::storesFor(raw.width * raw.height * pixelBytes)};
+    pool.runRows(
+        raw.height, conversion.weight * raw.width * (format.layout->bytesPerPixel + pixelBytes),
+        [&](std::size_t row, std::size_t end) { conversion.rows(format, raw, picture, row, end); },
+        conversion.fewestRows);
+    return true;
 }
 
 bool convertFrame(CopyPool& pool, QImage& target, PixelBuffer& targetBuffer, const RawImage& raw)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The palettes: what colour each of the 256 grey levels is shown in.
-#include "pipeline/ColorTables.h"
+#include "pipeline/pixels/ColorTables.h"
 
-#include "pipeline/Conversion.h"
+#include "pipeline/frames/Conversion.h"
 
 #include <algorithm>
 #include <cmath>

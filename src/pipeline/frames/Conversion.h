@@ -2,8 +2,8 @@
 // From raw frames to images that can be painted, and back.
 #pragma once
 
-#include "pipeline/CopyPool.h"
-#include "pipeline/PixelBlocks.h"
+#include "pipeline/frames/CopyPool.h"
+#include "pipeline/frames/PixelBlocks.h"
 
 #include <Vistrel/RawImage.h>
 
@@ -12,11 +12,7 @@
 
 namespace Vistrel {
 
-/// Whether the frame has pixels of a known depth and a size whose bytes can be counted. The data pointer is taken at
-/// its word, here and below.
-bool isReadable(const RawImage& raw);
-
-/// Whether the frame, besides, has a pattern that can be interpolated, if any, and a size that an image can have.
+/// Whether the frame is readable, has room for the interpolation if it is a mosaic, and a size that an image can have.
 bool isConvertible(const RawImage& raw);
 
 /// The kind of target that a frame of this format is converted into: 32 (RGBX8888) for colour and for mosaics, else 8.

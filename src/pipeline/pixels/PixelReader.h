@@ -11,7 +11,4 @@ namespace Vistrel {
 /// `value` zeroed, outside the frame or for a frame that has no readable pixels.
 bool readPixel(const RawImage& raw, const PixPos& position, PixVal& value);
 
-/// The greatest value of one channel: 255 for 8 bits a channel, 4095 for 12, and so on; 0 for an unknown depth.
-std::uint32_t channelMaximum(Format format);
-
 } // namespace Vistrel

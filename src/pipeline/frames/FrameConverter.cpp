@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // From a delivered frame to a complete picture, in recycled memory.
-#include "pipeline/FrameConverter.h"
+#include "pipeline/frames/FrameConverter.h"
 
 #include "base/LentMemory.h"
-#include "pipeline/Conversion.h"
-#include "pipeline/RowKernels.h"
+#include "pipeline/frames/Conversion.h"
+#include "pipeline/pixels/PixelFormats.h"
 
 #include <algorithm>
 #include <array>
@@ -34,7 +34,7 @@ bool isGrayRamp(const QVector<unsigned int>& palette)
 
 Format effectiveFormat(Format delivered, const ConversionSettings& settings)
 {
-    std::uint32_t format = delivered & formatDepthMask;
+    std::uint32_t format = delivered & (formatDepthMask | formatLayoutMask);
     if (settings.demosaicEnabled && !settings.lockedBitmap && isMonochrome(delivered))
         format |= settings.filterOverride != 0 ? settings.filterOverride : delivered & formatPatternMask;
     if (settings.rgbOrderReversed)
@@ -182,12 +182,12 @@ bool FrameConverter::render(DisplayFrame& frame, const ConversionSettings& setti
         std::array<std::uint32_t, 256> table;
         std::transform(palette.begin(), palette.end(), table.begin(), [](auto entry) { return entry | 0xFF000000u; });
         const PixelBlock shown = m_blocks.take(imageBytes(image) * 4);
-        const auto stores = RowKernels::storesFor(shown->size());
+        const auto stores = Kernels::storesFor(shown->size());
         const auto rowPixels = static_cast<std::size_t>(width);
         m_pool->runRows(static_cast<std::size_t>(image.height()), 5 * rowPixels, [&](std::size_t row, std::size_t end) {
             auto* const target = reinterpret_cast<std::uint32_t*>(shown->data()) + row * rowPixels;
-            RowKernels::lookUp(image.constScanLine(static_cast<int>(row)), target, (end - row) * rowPixels,
-                               table.data(), stores);
+            Kernels::lookUp(image.constScanLine(static_cast<int>(row)), target, (end - row) * rowPixels, table.data(),
+                            stores);
         });
         frame.rendered = imageOver(shown, width, image.height(), width * 4, QImage::Format_RGB32);
     } else {
@@ -203,18 +203,22 @@ bool FrameConverter::render(DisplayFrame& frame, const ConversionSettings& setti
 PixelBlock FrameConverter::copyOfLocked(const QImage& image, bool swapped)
 {
     const PixelBlock copy = m_blocks.take(imageBytes(image));
-    const auto stores = RowKernels::storesFor(copy->size());
+    const auto stores = Kernels::storesFor(copy->size());
     const auto rowBytes = static_cast<std::size_t>(image.bytesPerLine());
     m_pool->runRows(static_cast<std::size_t>(image.height()), 2 * rowBytes, [&](std::size_t row, std::size_t end) {
-        const std::uint8_t* const source = image.constScanLine(static_cast<int>(row));
-        std::uint8_t* const target = copy->data() + row * rowBytes;
-        const std::size_t bytes = (end - row) * rowBytes;
-        if (image.format() == QImage::Format_RGBX8888)
-            RowKernels::bytes4ToColor(source, target, bytes / 4, swapped, 4, stores);
-        else if (image.format() == QImage::Format_RGB888)
-            RowKernels::bytes3ToColor(source, target, bytes / 3, swapped, 3, stores);
+        Kernels::PixelRun run;
+        run.source = image.constScanLine(static_cast<int>(row));
+        run.target = copy->data() + row * rowBytes;
+        run.stores = stores;
+        run.reversed = swapped;
+        run.pixelBytes = static_cast<std::size_t>(image.depth()) / 8;
+        run.count = (end - row) * rowBytes / run.pixelBytes;
+        if (run.pixelBytes == 4)
+            Kernels::bytes4ToColor(run);
+        else if (run.pixelBytes == 3)
+            Kernels::bytes3ToColor(run);
         else
-            RowKernels::copyBytes(source, target, bytes, stores);
+            Kernels::copyBytes(run);
     });
     return copy;
 }

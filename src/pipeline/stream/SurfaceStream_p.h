@@ -4,7 +4,7 @@
 
 #include "acquisition/FrameLocking.h"
 #include "base/PacedCall.h"
-#include "pipeline/StreamWorker.h"
+#include "pipeline/stream/StreamWorker.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/SurfaceStream.h>

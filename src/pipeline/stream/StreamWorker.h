@@ -2,8 +2,8 @@
 // The thread that fetches a source's frames and converts them.
 #pragma once
 
-#include "pipeline/FrameConverter.h"
-#include "pipeline/Refusals.h"
+#include "pipeline/frames/FrameConverter.h"
+#include "pipeline/stream/Refusals.h"
 
 #include <Vistrel/ScopedLock.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Runs one job on all processors at once.
-#include "pipeline/CopyPool.h"
+#include "pipeline/frames/CopyPool.h"
 
 #include <boost/thread/thread.hpp>
 

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+// The inner loops over pixels, in the widest vectors that the processor has.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Vistrel::Kernels {
+
+/// False in a process that started with `VISTREL_SIMD=scalar`: then the plain loops do all the work. Otherwise they do
+/// what is left beside whole vectors.
+bool areVectorsAllowed();
+
+/// Whether what is written stays in the caches or goes past them. Then it need not be read before it is overwritten,
+/// but other threads see it only after a fence, such as `CopyPool::runRows` ends with.
+enum class Stores : bool { Cached, Streamed };
+
+/// Measured, with what paints the target afterwards: to stream less than 2 MB is slower, up to 5 MB it makes no
+/// difference, and more than that is done in three quarters of the time.
+constexpr Stores storesFor(std::size_t targetBytes)
+{
+    return targetBytes < std::size_t{6} << 20 ? Stores::Cached : Stores::Streamed;
+}
+
+/// Pixels that follow each other in memory, and where they go.
+struct PixelRun
+{
+    const std::uint8_t* source = nullptr; // needs no alignment
+    std::uint8_t* target = nullptr;
+    std::size_t count = 0; // pixels
+    Stores stores = Stores::Cached;
+    int shift = 0;                     // from the depth of a channel to 8 bits
+    bool reversed = false;             // writes the channels in the opposite of their order in memory
+    std::size_t pixelBytes = 1;        // of a target pixel; the fourth byte becomes 0xFF
+    const std::uint8_t* end = nullptr; // packed pixels: bytes from here on are not read, and count as zero
+    std::size_t ahead = 0;             // packed pixels: bytes from what is read to what is fetched into the cache
+
+    /// `length` of the pixels, from pixel `first` on.
+    PixelRun part(std::size_t first, std::size_t length, std::size_t sourceBytes) const
+    {
+        PixelRun run = *this;
+        run.source += first * sourceBytes;
+        run.target += first * pixelBytes;
+        run.count = length;
+        return run;
+    }
+};
+
+// Those of one signature convert a run. Upper bits beyond the depth are lost.
+
+/// Bytes as they are. The C library's copy can be several times slower on some processors, where source and target lie
+/// unluckily to each other within their pages.
+void copyBytes(const PixelRun& run);
+/// 16-bit words to bytes.
+void shiftToGray(const PixelRun& run);
+
+/// Packed 10-bit groups of five bytes, see `Gray10PackedIterator`: the top eight bits of each pixel to a byte, or all
+/// ten to a 16-bit word. The first two read the most significant bit first, the others the native load.
+void packed10ToGray(const PixelRun& run);
+void packed10ToWords(const PixelRun& run);
+void packed10NoSwapToGray(const PixelRun& run);
+void packed10NoSwapToWords(const PixelRun& run);
+
+/// Three bytes a pixel; or four, the fourth ignored.
+void bytes3ToColor(const PixelRun& run);
+void bytes4ToColor(const PixelRun& run);
+/// Three 16-bit words a pixel.
+void words3ToColor(const PixelRun& run);
+/// Three 10-bit fields of a 32-bit word, the top eight bits of each.
+void fields30ToColor(const PixelRun& run);
+
+/// target[i] = table[source[i]], with 256 entries.
+void lookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table,
+            Stores stores);
+
+} // namespace Vistrel::Kernels
