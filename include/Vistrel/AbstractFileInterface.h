@@ -58,10 +58,10 @@ public:
     virtual bool load(const char* const fileName, FileIO* const image);
 
     /// Writes the frame, which is readable until this returns, to a file of a registered format. Returns false by
-    /// default. Windows do not save so while a command of the source is under way, for that may hold up the lock of the
-    /// frame. Unless `savesOnThread`, this is the source's own buffer: its lock is held meanwhile, the window shows
-    /// no pixel values, and the source may have to wait with its next frame. On Windows the name may be the file's
-    /// short one ("WUMEGA~1.TIF"), and an empty file of that name be there already.
+    /// default. Unless `savesOnThread`, this is the source's own buffer: its lock is held meanwhile, the window shows
+    /// no pixel values, and the source may have to wait with its next frame. Not called while a command of the source
+    /// is under way, which may hold up that lock: the user is told that the image cannot be accessed. On Windows the
+    /// name may be the file's short one ("WUMEGA~1.TIF"), and an empty file of that name be there already.
     virtual bool save(const RawImage& image, const char* const fileName);
 
     /// Whether `save` may be called on any thread, with a copy of the frame, while the window goes on. The call ends
