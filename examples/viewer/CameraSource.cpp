@@ -3,12 +3,12 @@
 #include "CameraSource.h"
 
 #include "CameraLink.h"
+#include "Console.h"
 #include "PlayedSource.h"
 #include "RecentFrames.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <stdexcept>
 
 namespace {
@@ -218,7 +218,7 @@ bool CameraSource::holdsFrame(ArvBuffer* buffer) const
 
 void CameraSource::giveUp(const char* why)
 {
-    std::fprintf(stderr, "viewer: %s\n", why);
+    printError(QString::fromLatin1(why));
     m_playback.fail();
     m_link->stop();
 }
@@ -228,9 +228,9 @@ void CameraSource::giveUp(const char* why)
 void CameraSource::tellLoss(bool isNowLost)
 {
     if (isNowLost)
-        std::fprintf(stderr, "viewer: the camera was lost\n");
+        printError(QStringLiteral("the camera was lost"));
     else
-        std::fprintf(stderr, "viewer: the camera is back after %.1f s\n", age());
+        printError(QStringLiteral("the camera is back after %1 s").arg(age(), 0, 'f', 1));
     signalAcquisitionStateChange();
 }
 

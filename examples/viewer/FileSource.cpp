@@ -2,13 +2,13 @@
 // The pictures of a folder, played as frames: a source that pushes frames to the display.
 #include "FileSource.h"
 
+#include "Console.h"
 #include "DeepPgm.h"
 
 #include <QtCore/QDir>
 #include <QtGui/QImageReader>
 
 #include <algorithm>
-#include <cstdio>
 #include <stdexcept>
 
 namespace {
@@ -101,7 +101,7 @@ void FileSource::play()
         int index = 0;
         const QImage image = readNext(run->isReverse, &deepGray, &index);
         if (image.isNull()) {
-            std::fprintf(stderr, "viewer: none of the files can be read\n");
+            printError(QStringLiteral("none of the files can be read"));
             m_playback.fail();
             return;
         }
@@ -139,7 +139,7 @@ QImage FileSource::readNext(bool isReverse, Vistrel::Format* deepGray, int* inde
             *index = next;
             return image;
         }
-        std::fprintf(stderr, "viewer: %s: %s; skipped\n", qPrintable(file), qPrintable(reader.errorString()));
+        printError(QStringLiteral("%1: %2; skipped").arg(file, reader.errorString()));
         m_files.removeAt(next);
         if (next < m_shown)
             --m_shown;

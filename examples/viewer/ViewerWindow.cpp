@@ -2,6 +2,7 @@
 // The library's window, with what the viewer's command line adds to it.
 #include "ViewerWindow.h"
 
+#include "Console.h"
 #include "PlayedSource.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
@@ -14,7 +15,6 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QStatusBar>
 
-#include <cstdio>
 #include <ctime>
 
 #if defined(_WIN32)
@@ -148,7 +148,7 @@ void ViewerWindow::fail(const QString& why)
 {
     if (m_isClosed)
         return;
-    std::fprintf(stderr, "viewer: %s\n", qPrintable(why));
+    printError(why);
     m_outcome->exitCode = 1;
     close();
 }
@@ -160,7 +160,7 @@ void ViewerWindow::closeEvent(QCloseEvent* event)
         m_isClosed = true;
         m_outcome->statistics = statistics();
         if (!m_options.screenshot.isEmpty() && !grab().save(m_options.screenshot)) {
-            std::fprintf(stderr, "viewer: cannot write %s\n", qPrintable(m_options.screenshot));
+            printError(tr("cannot write %1").arg(m_options.screenshot));
             m_outcome->exitCode = 1;
         }
     }

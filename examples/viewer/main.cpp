@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Shows live images in the library's window: a complete host, with three kinds of sources to copy from.
 #include "CameraSource.h"
+#include "Console.h"
 #include "FileSource.h"
 #include "Options.h"
 #include "PatternSource.h"
@@ -8,7 +9,6 @@
 
 #include <Vistrel/Application.h>
 
-#include <cstdio>
 #include <exception>
 
 #if defined(_WIN32)
@@ -46,28 +46,9 @@ QString titleOf(const Options& options)
 }
 
 #if defined(_WIN32)
-// A program of windows has no standard streams, unless they were redirected: it takes the console of who started it.
-void useConsole()
+void showBox(const QString& message)
 {
-    const bool wantsOutput = _fileno(stdout) < 0;
-    const bool wantsErrors = _fileno(stderr) < 0;
-    if ((!wantsOutput && !wantsErrors) || !AttachConsole(ATTACH_PARENT_PROCESS))
-        return;
-    if (wantsOutput)
-        std::freopen("CONOUT$", "w", stdout);
-    if (wantsErrors) {
-        std::freopen("CONOUT$", "w", stderr);
-        std::setvbuf(stderr, nullptr, _IONBF, 0);
-    }
-}
-
-// On the console that the program was started from, or, where there is none, in a box.
-void complain(const QString& message)
-{
-    if (_fileno(stderr) >= 0)
-        std::fprintf(stderr, "viewer: %s\n", qPrintable(message));
-    else
-        MessageBoxW(nullptr, reinterpret_cast<const wchar_t*>(message.utf16()), L"Vistrel Viewer", MB_ICONERROR);
+    MessageBoxW(nullptr, reinterpret_cast<const wchar_t*>(message.utf16()), L"Vistrel Viewer", MB_ICONERROR);
 }
 
 // From the system: the C library's own have lost every letter that the 8-bit encoding does not know.
@@ -83,12 +64,7 @@ QStringList commandLine(int, char**)
     return arguments;
 }
 #else
-void useConsole() {}
-
-void complain(const QString& message)
-{
-    std::fprintf(stderr, "viewer: %s\n", qPrintable(message));
-}
+void showBox(const QString&) {}
 
 QStringList commandLine(int argc, char** argv)
 {
@@ -103,7 +79,8 @@ QStringList commandLine(int argc, char** argv)
 
 int main(int argc, char* argv[])
 {
-    useConsole();
+    const bool isHeard = useConsole();
+    const auto complain = [isHeard](const QString& message) { isHeard ? printError(message) : showBox(message); };
     const QStringList arguments = commandLine(argc, argv);
     QString error;
     const std::optional<Options> options = parseOptions(arguments, &error);
@@ -112,7 +89,7 @@ int main(int argc, char* argv[])
         return 2;
     }
     if (options->help) {
-        std::fputs(qPrintable(helpText()), stdout);
+        printLine(helpText());
         return 0;
     }
 
@@ -124,7 +101,7 @@ int main(int argc, char* argv[])
         window->setWindowTitle(QStringLiteral("%1 - Vistrel Viewer").arg(titleOf(*options)));
         window->show();
         application.exec();
-        std::printf("%s\n", qPrintable(outcome.statistics));
+        printLine(outcome.statistics);
         return outcome.exitCode;
     } catch (const std::exception& failure) {
         complain(QString::fromLocal8Bit(failure.what()));
