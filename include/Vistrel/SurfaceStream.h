@@ -8,6 +8,7 @@
 
 #include <QtCore/QObject>
 #include <QtCore/QSize>
+#include <QtCore/QString>
 #include <QtCore/QVector>
 #include <QtGui/QImage>
 #include <QtGui/QPixmap>
@@ -24,8 +25,8 @@ class Surface;
 /// it has had none for a second), and when the source announces one: at once after a pause, and the newest of those
 /// that come faster than 60 times a second. The user-interface thread never waits for the source.
 ///
-/// Bound to the user-interface thread. Surface and source are not owned; the source must outlive the stream, whose
-/// destructor waits for a fetch that is under way.
+/// Bound to the user-interface thread. The surface is not owned, and nor is a source that is given as a pointer: it
+/// must outlive the stream, whose destructor waits for a fetch that is under way.
 class VISTREL_EXPORT SurfaceStream : public QObject
 {
     Q_OBJECT
@@ -38,6 +39,9 @@ class VISTREL_EXPORT SurfaceStream : public QObject
 public:
     /// Throws an exception of the standard library, and leaves nothing behind, when the system has no thread for it.
     SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface);
+    /// Shares the ownership of the source. The destructor waits for nothing: a fetch that is under way goes on, keeps
+    /// the source, and lets it go on its own thread.
+    SurfaceStream(Surface* const surface, std::shared_ptr<AbstractAcquisitionInterface> acquisitionInterface);
     ~SurfaceStream() override;
 
     Surface* surface();
@@ -84,6 +88,9 @@ public:
     /// delivers it from then on.
     bool getBitmap(RawImage* const image) const;
 
+    /// Why frames that came are not shown, in a sentence; empty while they are.
+    QString refusal() const;
+
     quint64 framesConverted() const; ///< frames converted since construction, also those replaced before being seen
     quint64 framesPublished() const; ///< frames handed to the surface since construction
 
@@ -106,13 +113,18 @@ public Q_SLOTS:
 
     /// Asks the source whether it is set up, and starts or ends the asking for frames.
     void updateAcquisitionState();
+    /// Turn this off while the source is busy with a call on another thread that may hold up whoever asks it anything:
+    /// then this thread asks it nothing, and what it announces meanwhile is looked at once this is on again. Frames are
+    /// still fetched.
+    void setSourceAskable(bool askable);
+    /// Passes over what the source announces from now on.
+    void ignoreAnnouncements();
 
 Q_SIGNALS:
     void imageUpdated(); ///< another image, or none, is on the surface
     void bitmapLockChanged(bool locked);
 
 private:
-    friend class WindowQt; // which may go while the source blocks
     class VISTREL_LOCAL PrivateData;
     std::unique_ptr<PrivateData> m_data;
 };

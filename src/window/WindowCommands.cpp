@@ -2,7 +2,7 @@
 // The commands that the main window gives its source, and what is shown of them.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/stream/SurfaceStream_p.h"
+#include <Vistrel/SurfaceStream.h>
 
 #include <QtWidgets/QAction>
 #include <QtWidgets/QProgressBar>
@@ -33,7 +33,7 @@ void WindowQt::PrivateData::runCommand(const char* operation, BusyWork::Message 
         return;
     try {
         busyWork.start(operation, std::move(message), std::move(command));
-        stream->m_data->setSourceAskable(false);
+        stream->setSourceAskable(false);
     } catch (...) { // there may be no thread for it
         reportException(operation);
         cleanupBusyWork(BusyWorkResult::Failed);
@@ -50,14 +50,13 @@ void WindowQt::PrivateData::showBusyWork(const QString& message)
 
 void WindowQt::PrivateData::cleanupBusyWork(BusyWorkResult result)
 {
-    stream->m_data->expectFrame();
     if (result != BusyWorkResult::Succeeded)
         outcome = result;
     // Between two commands nothing changes in view.
     if (busyWork.isBusy())
         return;
     const QPointer<PrivateData> alive(this); // the slots of the stream may delete the window
-    stream->m_data->setSourceAskable(!isClosed);
+    stream->setSourceAskable(!isClosed);
     if (!alive)
         return;
     if (hasNewFeatures)

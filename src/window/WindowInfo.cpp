@@ -2,11 +2,11 @@
 // What the main window tells of its image and source: information bar, its switches, and copies of it as text.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/stream/SurfaceStream_p.h"
 #include "window/InfoBar.h"
 
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
 
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
@@ -70,8 +70,9 @@ void WindowQt::PrivateData::updateImageStats()
 
 void WindowQt::PrivateData::updateImageInfo()
 {
-    const DisplayFramePtr front = stream->m_data->worker->front();
-    infoBar->setImage(front ? front->delivered : RawImage());
+    RawImage image;
+    stream->latestImage(&image, nullptr);
+    infoBar->setImage(image);
     updatePixelValue();
 }
 

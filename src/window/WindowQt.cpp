@@ -2,7 +2,6 @@
 // The main window that shows a source's live images and drives the source.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/stream/SurfaceStream_p.h"
 #include "platform/WindowHints.h"
 #include "window/SourceKeeper.h"
 
@@ -10,6 +9,7 @@
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QThread>
@@ -62,7 +62,7 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     form.setupUi(window);
     scrollArea = new SurfaceScrollArea(form.centralwidget);
     form.verticalLayout->addWidget(scrollArea);
-    stream = std::make_unique<SurfaceStream>(scrollArea->surface(), source.get());
+    stream = std::make_unique<SurfaceStream>(scrollArea->surface(), source);
 
     setupModes = new QMenu(window);
     form.actionSetup_Mode->setMenu(setupModes);
@@ -134,7 +134,6 @@ void WindowQt::PrivateData::nameForAssistance()
 // A call that is under way keeps the source; nothing here waits for it.
 WindowQt::PrivateData::~PrivateData()
 {
-    stream->m_data->keptAlive = source;
     stream.reset();
 }
 
@@ -354,7 +353,7 @@ void WindowQt::PrivateData::endWork()
     busyWork.abortWaiting();
     stream->setRefreshEnabled(false);
     // What the source announces from now on leads to no call of it.
-    stream->m_data->ignoreSource();
+    stream->ignoreAnnouncements();
     featuresAnnounced.stop();
     stateAnnounced.stop();
     stream->disconnect(this);

@@ -2,10 +2,10 @@
 // Keeps the main window's actions in step with what the source offers and with the state that it is in.
 #include "window/WindowQt_p.h"
 
-#include "pipeline/stream/SurfaceStream_p.h"
 #include "window/StartFixedEditor.h"
 
 #include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
 
 #include <QtGui/QPainter>
 #include <QtWidgets/QAction>
@@ -270,10 +270,9 @@ SourceAnswers WindowQt::PrivateData::askSource() const
 
 void WindowQt::PrivateData::updateActionStates()
 {
-    const DisplayFramePtr front = stream->m_data->worker->front();
-    const bool hasImage = front && front->delivered.data;
-    const bool hasPalette =
-        hasImage && isMonochrome(front->effective.format) && (front->effective.format & formatPatternMask) == 0;
+    const Format format = stream->latestImageFormat();
+    const bool hasImage = format != 0;
+    const bool hasPalette = isMonochrome(format) && (format & formatPatternMask) == 0;
     form.actionSave_Image->setEnabled(hasImage && !isWriting);
     form.actionCopy_Image->setEnabled(hasImage);
     form.actionCopy_Image_Stats->setEnabled(hasImage);
@@ -356,7 +355,6 @@ void WindowQt::PrivateData::updateHint()
 {
     if (hintLabel->isHidden() || !isAskable())
         return;
-    stream->m_data->tellUnfetched();
     showHint();
 }
 
@@ -369,7 +367,7 @@ void WindowQt::PrivateData::showHint()
         {form.actionStart_Single, tr("Take one image")},
         {form.actionTrigger, tr("Trigger")},
     };
-    QString hint = QString::fromStdString(stream->m_data->worker->refusals().text());
+    QString hint = stream->refusal();
     const bool isRefused = !hint.isEmpty();
     if (!isRefused)
         hint = known.isRunning ? tr("Waiting for the first image") : tr("No image");

@@ -63,13 +63,15 @@ QImage opaqueCopy(QImage image, const DisplayFrame& frame)
 } // namespace
 
 SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
-                                        AbstractAcquisitionInterface* acquisitionInterface)
+                                        AbstractAcquisitionInterface* acquisitionInterface,
+                                        std::shared_ptr<AbstractAcquisitionInterface> owned)
     : stream(owner),
       surface(target),
       source(acquisitionInterface),
       refreshTimer(new QTimer(owner)),
       readout(acquisitionInterface),
-      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); }))
+      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); })),
+      shared(std::move(owned))
 {
     refreshTimer->setTimerType(Qt::PreciseTimer);
     refreshTimer->setInterval(refreshMs);
@@ -78,23 +80,34 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
     frameConverted.setInterval(0);
 }
 
-SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface)
-    : m_data(new PrivateData(this, surface, acquisitionInterface))
+void SurfaceStream::PrivateData::start()
 {
-    setRefreshRateAuto(true);
-    m_data->worker->start();
-    if (!acquisitionInterface)
+    stream->setRefreshRateAuto(true);
+    worker->start();
+    if (!source)
         return;
-    m_data->followSource();
+    followSource();
     // A source that is set up already may never announce it.
-    QMetaObject::invokeMethod(m_data.get(), "updateStreamStates", Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "updateStreamStates", Qt::QueuedConnection);
+}
+
+SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface)
+    : m_data(new PrivateData(this, surface, acquisitionInterface, nullptr))
+{
+    m_data->start();
+}
+
+SurfaceStream::SurfaceStream(Surface* const surface, std::shared_ptr<AbstractAcquisitionInterface> acquisitionInterface)
+    : m_data(new PrivateData(this, surface, acquisitionInterface.get(), acquisitionInterface))
+{
+    m_data->start();
 }
 
 SurfaceStream::~SurfaceStream()
 {
     m_data->refreshTimer->stop();
-    if (m_data->keptAlive)
-        StreamWorker::leave(m_data->worker, std::move(m_data->keptAlive));
+    if (m_data->shared)
+        StreamWorker::leave(m_data->worker, std::move(m_data->shared));
     else
         m_data->worker->stop();
     // The source may go any time after this, and the surface would still ask it for pixel values.
@@ -219,32 +232,35 @@ void SurfaceStream::PrivateData::followSource()
     frameWanted.follow(handler, &AcquisitionSignalHandler::getFrameNow);
 }
 
-void SurfaceStream::PrivateData::ignoreSource()
+void SurfaceStream::ignoreAnnouncements()
 {
-    stateAnnounced.stop();
-    frameWanted.stop();
+    m_data->stateAnnounced.stop();
+    m_data->frameWanted.stop();
 }
 
-void SurfaceStream::PrivateData::setSourceAskable(bool askable)
+void SurfaceStream::setSourceAskable(bool askable)
 {
-    readout.isAskable = askable;
-    worker->setSourceAskable(askable);
+    m_data->readout.isAskable = askable;
+    m_data->worker->setSourceAskable(askable);
+    m_data->expectFrame();
     if (!askable)
         return;
-    frameConverted.request(); // a change may have been left to be done
-    if (std::exchange(readout.wasRefused, false) && surface)
-        surface->update();
-    if (hasNewState)
-        stream->updateAcquisitionState();
-    else if (isFrameAnnounced)
-        getNextFrame();
+    m_data->frameConverted.request(); // a change may have been left to be done
+    if (std::exchange(m_data->readout.wasRefused, false) && m_data->surface)
+        m_data->surface->update();
+    if (m_data->hasNewState)
+        updateAcquisitionState();
+    else if (m_data->isFrameAnnounced)
+        m_data->getNextFrame();
 }
 
-void SurfaceStream::PrivateData::tellUnfetched()
+QString SurfaceStream::refusal() const
 {
-    if (!isSourceSetUp && readout.isAskable && (isFrameAnnounced || worker->hasPushedFrames()))
-        worker->refusals().add("Frames come, but are not shown, because the source is not set up: isSetup() is false.",
-                               0);
+    Refusals& refusals = m_data->worker->refusals();
+    if (!m_data->isSourceSetUp && m_data->readout.isAskable &&
+        (m_data->isFrameAnnounced || m_data->worker->hasPushedFrames()))
+        refusals.add("Frames come, but are not shown, because the source is not set up: isSetup() is false.", 0);
+    return QString::fromStdString(refusals.text());
 }
 
 void SurfaceStream::PrivateData::updateStreamStates()

@@ -47,20 +47,16 @@ class SurfaceStream::PrivateData : public QObject
     Q_OBJECT
 
 public:
-    PrivateData(SurfaceStream* owner, Surface* target, AbstractAcquisitionInterface* acquisitionInterface);
+    PrivateData(SurfaceStream* owner, Surface* target, AbstractAcquisitionInterface* acquisitionInterface,
+                std::shared_ptr<AbstractAcquisitionInterface> shared);
 
+    void start();
     void connectScreen();
     void disconnectScreen();
     void expectFrame();  ///< asks at the full rate again
     void followSource(); ///< listens to what the source announces
-    void ignoreSource(); ///< and does so no more
-    /// While false, nothing asks the source on the user-interface thread; what it announces meanwhile is looked at
-    /// then.
-    void setSourceAskable(bool askable);
     /// Shows what a change of settings has done to the front picture.
     void showRenewal(StreamWorker::Renewal renewal);
-    /// Says so when frames come that are not fetched, because the source is not set up.
-    void tellUnfetched();
 
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
@@ -87,8 +83,7 @@ public:
     bool hasNewState = false; // announced while the source must not be asked
 
     std::shared_ptr<StreamWorker> worker;
-    // What the source lives in. While it is set, the stream's end does not wait for the source: it leaves the worker.
-    std::shared_ptr<void> keptAlive;
+    std::shared_ptr<AbstractAcquisitionInterface> shared; // the source, when its ownership is shared
 
 public Q_SLOTS:
     void applyRefreshRateHz(qreal rateHz);
