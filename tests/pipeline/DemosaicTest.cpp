@@ -110,8 +110,6 @@ private Q_SLOTS:
     void everySize_data();
     void everySize();
     void largeFrames();
-    void refusals_data();
-    void refusals();
 
 private:
     CopyPool m_pool{3};
@@ -172,45 +170,6 @@ void DemosaicTest::largeFrames()
             QVERIFY2(fault.isEmpty(), fault.constData());
         }
     }
-}
-
-void DemosaicTest::refusals_data()
-{
-    QTest::addColumn<unsigned>("format");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QImage>("target");
-    const auto row = [](const char* name, unsigned format, QSize size, const QImage& target) {
-        QTest::newRow(name) << format << size << target;
-    };
-    const auto rgbx = [](int width, int height) { return QImage(width, height, QImage::Format_RGBX8888); };
-    row("too narrow", BayerRG8, QSize(3, 100), rgbx(3, 100));
-    row("too low", BayerRG16, QSize(100, 3), rgbx(100, 3));
-    row("too narrow, packed", BayerRG10p, QSize(3, 4), rgbx(3, 4));
-    row("no pattern", Mono8, QSize(8, 8), rgbx(8, 8));
-    row("unknown pattern", 0x508, QSize(8, 8), rgbx(8, 8));
-    row("unknown depth", BayerRG | 9, QSize(8, 8), rgbx(8, 8));
-    row("no target", BayerRG8, QSize(8, 8), QImage());
-    row("target too wide", BayerRG8, QSize(8, 8), rgbx(9, 8));
-    row("target too low", BayerRG8, QSize(8, 8), rgbx(8, 7));
-    row("target of another order", BayerRG8, QSize(8, 8), QImage(8, 8, QImage::Format_RGB32));
-    row("target of three bytes", BayerRG8, QSize(8, 8), QImage(8, 8, QImage::Format_RGB888));
-}
-
-void DemosaicTest::refusals()
-{
-    QFETCH(unsigned, format);
-    QFETCH(QSize, size);
-    QFETCH(QImage, target);
-    const std::vector<std::uint8_t> bytes(8 * 128, 0x55);
-    RawImage raw{bytes.data(), static_cast<std::size_t>(size.width()), static_cast<std::size_t>(size.height()),
-                 Format(format), nullptr};
-    target.fill(0);
-    const QImage before = target.copy();
-    QVERIFY(!copyFrame(m_pool, target, raw));
-    QCOMPARE(target, before);
-    PixelBuffer buffer;
-    if (size != QSize(8, 8))
-        QVERIFY(!convertFrame(m_pool, target, buffer, raw));
 }
 
 QTEST_GUILESS_MAIN(DemosaicTest)

@@ -2,8 +2,6 @@
 // Tests that pixel memory is recycled when, and only when, nobody refers to it.
 #include "pipeline/frames/PixelBlocks.h"
 
-#include <QtGui/QPainter>
-#include <QtGui/QPixmap>
 #include <QtTest/QtTest>
 
 #include <algorithm>
@@ -35,11 +33,6 @@ QImage imageOf(const PixelBlock& block)
     return imageOver(block, width, height, 4 * width, QImage::Format_RGB32);
 }
 
-QPixmap pixmapOf(const QImage& image)
-{
-    return QPixmap::fromImage(image, Qt::NoFormatConversion);
-}
-
 } // namespace
 
 class PixelBlocksTest : public QObject
@@ -48,7 +41,6 @@ class PixelBlocksTest : public QObject
 
 private Q_SLOTS:
     void freedBlocksAreHandedOutAgain();
-    void paintingDoesNotReachTheBlock();
     void threadsNeverShareABlock();
 };
 
@@ -68,37 +60,6 @@ void PixelBlocksTest::freedBlocksAreHandedOutAgain()
     const PixelBlock larger = blocks.take(size + 1);
     QVERIFY(larger->size() == size + 1 && larger->data() != other->data());
     QCOMPARE(blocks.take(size)->size(), size);
-}
-
-void PixelBlocksTest::paintingDoesNotReachTheBlock()
-{
-    PixelBlocks blocks;
-    const PixelBlock block = take(blocks, 0x11);
-    const auto paintOn = [](QPaintDevice* device) {
-        QPainter painter(device);
-        painter.fillRect(0, 0, width, height, Qt::red);
-    };
-    const QImage shared = imageOf(block);
-    QImage copy = shared;
-    paintOn(&copy);
-    QCOMPARE(copy.pixel(0, 0), qRgb(255, 0, 0));
-    QImage only = imageOf(block); // no other image that it would have to part from
-    paintOn(&only);
-    only = imageOf(block);
-    only.fill(0);
-    only = imageOf(block);
-    only.bits()[0] = 0;
-    QVERIFY(isFilled(block, 0x11));
-
-    QPixmap pixmap = pixmapOf(imageOf(block));
-    QPixmap other = pixmap;
-    paintOn(&other);
-    paintOn(&pixmap);
-    QCOMPARE(pixmap.toImage().pixel(0, 0), qRgb(255, 0, 0));
-    pixmap = pixmapOf(imageOf(block));
-    pixmap.fill(Qt::green);
-    QVERIFY(isFilled(block, 0x11));
-    QCOMPARE(shared.pixel(0, 0), 0xFF111111u);
 }
 
 void PixelBlocksTest::threadsNeverShareABlock()
