@@ -2,8 +2,7 @@
 // What a surface paints, and the pixel values that it reads.
 #include "widgets/Surface_p.h"
 
-#include "acquisition/FrameLocking.h"
-#include "pipeline/frames/Conversion.h"
+#include "base/FrameLocking.h"
 #include "pipeline/pixels/PixelFormats.h"
 #include "pipeline/pixels/PixelReader.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Saves and copies the image that the main window shows.
-#include "acquisition/FrameLocking.h"
+#include "base/FrameLocking.h"
 #include "dialogs/WaitingCalls.h"
 #include "files/PictureFile.h"
 #include "platform/LocalFileName.h"

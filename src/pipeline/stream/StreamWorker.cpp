@@ -3,7 +3,7 @@
 #include "pipeline/stream/StreamWorker.h"
 
 #include "acquisition/FrameLender.h"
-#include "acquisition/FrameLocking.h"
+#include "base/FrameLocking.h"
 #include "base/LentMemory.h"
 #include "base/Report.h"
 

@@ -2,7 +2,7 @@
 // Brings a source's frames onto a surface.
 #include "pipeline/stream/SurfaceStream_p.h"
 
-#include "acquisition/FrameLocking.h"
+#include "base/FrameLocking.h"
 #include "base/Report.h"
 #include "pipeline/frames/Conversion.h"
 

@@ -2,7 +2,7 @@
 // State of a surface stream.
 #pragma once
 
-#include "acquisition/FrameLocking.h"
+#include "base/FrameLocking.h"
 #include "base/PacedCall.h"
 #include "pipeline/stream/StreamWorker.h"
 

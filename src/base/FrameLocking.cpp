@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Asks sources for the locks of their frames, none twice on one thread.
-#include "acquisition/FrameLocking.h"
+#include "base/FrameLocking.h"
 
 #include "base/Report.h"
 
