@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Conversion and rendering times, each beside the memory limit of the same bytes and beside the peers.
+// Conversion and rendering times, each beside a plain copy of the same bytes and beside the peers.
 #include "Measure.h"
 #include "Peers.h"
 #include "Turns.h"
@@ -31,10 +31,10 @@ constexpr Size full{4096, 3072};
 
 /// Copies plain memory on the same threads that convert. Bytes are handed out in small pieces to whoever asks next, as
 /// rows are.
-class MemoryLimit
+class PlainCopy
 {
 public:
-    explicit MemoryLimit(std::size_t bytesMoved)
+    explicit PlainCopy(std::size_t bytesMoved)
         : m_pool(CopyPool::shared()), m_source(bytesMoved / 2), m_target(bytesMoved / 2)
     {
     }
@@ -57,17 +57,17 @@ private:
     PageMemory m_target;
 };
 
-/// Times the case, its peers and, where the case moves bytes, the limit.
+/// Times the case, its peers and, where the case moves bytes, a plain copy of as many.
 void measure(benchmark::State& state, double bytesMoved, const std::function<bool()>& call,
              std::vector<Contender> peers = {})
 {
     std::vector<Contender> contenders{{{}, call, {}, {}}};
     const std::size_t peerCount = peers.size();
     std::move(peers.begin(), peers.end(), std::back_inserter(contenders));
-    std::optional<MemoryLimit> limit;
+    std::optional<PlainCopy> copy;
     if (bytesMoved > 0) {
-        limit.emplace(static_cast<std::size_t>(bytesMoved));
-        contenders.push_back({"limit", [&] { return limit->run(); }, {}, {}});
+        copy.emplace(static_cast<std::size_t>(bytesMoved));
+        contenders.push_back({"copy", [&] { return copy->run(); }, {}, {}});
     }
     if (!runByTurns(state, contenders))
         return;
@@ -78,13 +78,13 @@ void measure(benchmark::State& state, double bytesMoved, const std::function<boo
         others.push_back(&contenders[i]);
     reportTimes(state, ours, others);
     reportTimesFaster(state, ours, others);
-    if (!limit)
+    if (!copy)
         return;
-    const auto& limitTimes = contenders.back().elapsed;
+    const auto& copyTimes = contenders.back().elapsed;
     const double median = quantile(ours.elapsed, 0.5);
-    state.counters["limit_ms"] = quantile(limitTimes, 0.5);
-    state.counters["share_of_limit"] = quantile(limitTimes, 0.5) / median;
-    state.counters["share_of_limit_p10"] = quantile(limitTimes, 0.1) / quantile(ours.elapsed, 0.1);
+    state.counters["copy_ms"] = quantile(copyTimes, 0.5);
+    state.counters["times_copy"] = quantile(copyTimes, 0.5) / median;
+    state.counters["times_copy_p10"] = quantile(copyTimes, 0.1) / quantile(ours.elapsed, 0.1);
     state.counters["gigabytes_per_s"] = 1e-6 * bytesMoved / median;
 }
 
