@@ -6,6 +6,7 @@
 
 #include <Vistrel/AcquisitionSignalHandler.h>
 
+#include <bitset>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,28 +21,33 @@ struct SetupMode
     std::string description;
 };
 
+enum Capability {
+    HasSetup,
+    HasSetupMode,
+    HasCleanup,
+    HasTrigger,
+    HasStartSingleReverse,
+    HasStartReverse,
+    HasStart,
+    HasStartFixed,
+    HasStartSingle,
+    HasPause,
+    HasStop,
+    HasFrameRate,
+    HasFramesQueued,
+    HasFramesFilled,
+    HasFramesDropped,
+    HasFramesDelivered,
+    CapabilityCount
+};
+
 } // namespace
 
 struct AbstractAcquisitionInterface::PrivateData
 {
     explicit PrivateData(AbstractAcquisitionInterface* owner) : signalHandler(owner) {}
 
-    bool hasSetup = false;
-    bool hasSetupMode = false;
-    bool hasCleanup = false;
-    bool hasTrigger = false;
-    bool hasStartSingleReverse = false;
-    bool hasStartReverse = false;
-    bool hasStart = false;
-    bool hasStartFixed = false;
-    bool hasStartSingle = false;
-    bool hasPause = false;
-    bool hasStop = false;
-    bool hasFrameRate = false;
-    bool hasFramesQueued = false;
-    bool hasFramesFilled = false;
-    bool hasFramesDropped = false;
-    bool hasFramesDelivered = false;
+    std::bitset<CapabilityCount> has;
     int startFixedMin = 1;
     int startFixedMax = 65536;
     int startFixedInc = 1;
@@ -58,151 +64,48 @@ void AbstractAcquisitionInterface::uxClosed() {}
 
 // Commands ------------------------------------------------------------------------------------------------------------
 
-bool AbstractAcquisitionInterface::setup()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::setupMode(const char* const)
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::cleanup()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::trigger()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::startSingleReverse()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::startReverse()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::start()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::startFixed(std::size_t)
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::startSingle()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::pause()
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::stop()
-{
-    return false;
-}
+#define VISTREL_NOT_OFFERED(Function)                                                                                  \
+    bool AbstractAcquisitionInterface::Function                                                                        \
+    {                                                                                                                  \
+        return false;                                                                                                  \
+    }
+VISTREL_NOT_OFFERED(setup())
+VISTREL_NOT_OFFERED(setupMode(const char* const))
+VISTREL_NOT_OFFERED(cleanup())
+VISTREL_NOT_OFFERED(trigger())
+VISTREL_NOT_OFFERED(startSingleReverse())
+VISTREL_NOT_OFFERED(startReverse())
+VISTREL_NOT_OFFERED(start())
+VISTREL_NOT_OFFERED(startFixed(std::size_t))
+VISTREL_NOT_OFFERED(startSingle())
+VISTREL_NOT_OFFERED(pause())
+VISTREL_NOT_OFFERED(stop())
 
 // State and statistics ------------------------------------------------------------------------------------------------
 
-bool AbstractAcquisitionInterface::canSetup() const
-{
-    return false;
-}
+VISTREL_NOT_OFFERED(canSetup() const)
+VISTREL_NOT_OFFERED(canSetupMode() const)
+VISTREL_NOT_OFFERED(canCleanup() const)
+VISTREL_NOT_OFFERED(canTrigger() const)
+VISTREL_NOT_OFFERED(canStartSingleReverse() const)
+VISTREL_NOT_OFFERED(canStartReverse() const)
+VISTREL_NOT_OFFERED(canStart() const)
+VISTREL_NOT_OFFERED(canStartFixed() const)
+VISTREL_NOT_OFFERED(canStartSingle() const)
+VISTREL_NOT_OFFERED(canPause() const)
+VISTREL_NOT_OFFERED(canStop() const)
+VISTREL_NOT_OFFERED(isRunningSingleReverse() const)
+VISTREL_NOT_OFFERED(isRunningReverse() const)
+VISTREL_NOT_OFFERED(isRunningFixed() const)
+VISTREL_NOT_OFFERED(isRunningSingle() const)
+VISTREL_NOT_OFFERED(isPaused() const)
+VISTREL_NOT_OFFERED(activeSetupMode(char* const, std::size_t* const) const)
 
-bool AbstractAcquisitionInterface::canSetupMode() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canCleanup() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canTrigger() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canStartSingleReverse() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canStartReverse() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canStart() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canStartFixed() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canStartSingle() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canPause() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::canStop() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::isRunningSingleReverse() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::isRunningReverse() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::isRunningFixed() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::isRunningSingle() const
-{
-    return false;
-}
-
-bool AbstractAcquisitionInterface::isPaused() const
-{
-    return false;
-}
+#undef VISTREL_NOT_OFFERED
 
 bool AbstractAcquisitionInterface::isStopped() const
 {
     return !isRunning();
-}
-
-bool AbstractAcquisitionInterface::activeSetupMode(char* const, std::size_t* const) const
-{
-    return false;
 }
 
 double AbstractAcquisitionInterface::frameRate() const
@@ -232,165 +135,32 @@ std::size_t AbstractAcquisitionInterface::framesDelivered() const
 
 // Capabilities --------------------------------------------------------------------------------------------------------
 
-bool AbstractAcquisitionInterface::hasSetup() const
-{
-    return m_data->hasSetup;
-}
-
-void AbstractAcquisitionInterface::setHasSetup(bool has)
-{
-    m_data->hasSetup = has;
-}
-
-bool AbstractAcquisitionInterface::hasSetupMode() const
-{
-    return m_data->hasSetupMode;
-}
-
-void AbstractAcquisitionInterface::setHasSetupMode(bool has)
-{
-    m_data->hasSetupMode = has;
-}
-
-bool AbstractAcquisitionInterface::hasCleanup() const
-{
-    return m_data->hasCleanup;
-}
-
-void AbstractAcquisitionInterface::setHasCleanup(bool has)
-{
-    m_data->hasCleanup = has;
-}
-
-bool AbstractAcquisitionInterface::hasTrigger() const
-{
-    return m_data->hasTrigger;
-}
-
-void AbstractAcquisitionInterface::setHasTrigger(bool has)
-{
-    m_data->hasTrigger = has;
-}
-
-bool AbstractAcquisitionInterface::hasStartSingleReverse() const
-{
-    return m_data->hasStartSingleReverse;
-}
-
-void AbstractAcquisitionInterface::setHasStartSingleReverse(bool has)
-{
-    m_data->hasStartSingleReverse = has;
-}
-
-bool AbstractAcquisitionInterface::hasStartReverse() const
-{
-    return m_data->hasStartReverse;
-}
-
-void AbstractAcquisitionInterface::setHasStartReverse(bool has)
-{
-    m_data->hasStartReverse = has;
-}
-
-bool AbstractAcquisitionInterface::hasStart() const
-{
-    return m_data->hasStart;
-}
-
-void AbstractAcquisitionInterface::setHasStart(bool has)
-{
-    m_data->hasStart = has;
-}
-
-bool AbstractAcquisitionInterface::hasStartFixed() const
-{
-    return m_data->hasStartFixed;
-}
-
-void AbstractAcquisitionInterface::setHasStartFixed(bool has)
-{
-    m_data->hasStartFixed = has;
-}
-
-bool AbstractAcquisitionInterface::hasStartSingle() const
-{
-    return m_data->hasStartSingle;
-}
-
-void AbstractAcquisitionInterface::setHasStartSingle(bool has)
-{
-    m_data->hasStartSingle = has;
-}
-
-bool AbstractAcquisitionInterface::hasPause() const
-{
-    return m_data->hasPause;
-}
-
-void AbstractAcquisitionInterface::setHasPause(bool has)
-{
-    m_data->hasPause = has;
-}
-
-bool AbstractAcquisitionInterface::hasStop() const
-{
-    return m_data->hasStop;
-}
-
-void AbstractAcquisitionInterface::setHasStop(bool has)
-{
-    m_data->hasStop = has;
-}
-
-bool AbstractAcquisitionInterface::hasFrameRate() const
-{
-    return m_data->hasFrameRate;
-}
-
-void AbstractAcquisitionInterface::setHasFrameRate(bool has)
-{
-    m_data->hasFrameRate = has;
-}
-
-bool AbstractAcquisitionInterface::hasFramesQueued() const
-{
-    return m_data->hasFramesQueued;
-}
-
-void AbstractAcquisitionInterface::setHasFramesQueued(bool has)
-{
-    m_data->hasFramesQueued = has;
-}
-
-bool AbstractAcquisitionInterface::hasFramesFilled() const
-{
-    return m_data->hasFramesFilled;
-}
-
-void AbstractAcquisitionInterface::setHasFramesFilled(bool has)
-{
-    m_data->hasFramesFilled = has;
-}
-
-bool AbstractAcquisitionInterface::hasFramesDropped() const
-{
-    return m_data->hasFramesDropped;
-}
-
-void AbstractAcquisitionInterface::setHasFramesDropped(bool has)
-{
-    m_data->hasFramesDropped = has;
-}
-
-bool AbstractAcquisitionInterface::hasFramesDelivered() const
-{
-    return m_data->hasFramesDelivered;
-}
-
-void AbstractAcquisitionInterface::setHasFramesDelivered(bool has)
-{
-    m_data->hasFramesDelivered = has;
-}
+#define VISTREL_CAPABILITY(Name)                                                                                       \
+    bool AbstractAcquisitionInterface::has##Name() const                                                               \
+    {                                                                                                                  \
+        return m_data->has[Has##Name];                                                                                 \
+    }                                                                                                                  \
+    void AbstractAcquisitionInterface::setHas##Name(bool has)                                                          \
+    {                                                                                                                  \
+        m_data->has[Has##Name] = has;                                                                                  \
+    }
+VISTREL_CAPABILITY(Setup)
+VISTREL_CAPABILITY(SetupMode)
+VISTREL_CAPABILITY(Cleanup)
+VISTREL_CAPABILITY(Trigger)
+VISTREL_CAPABILITY(StartSingleReverse)
+VISTREL_CAPABILITY(StartReverse)
+VISTREL_CAPABILITY(Start)
+VISTREL_CAPABILITY(StartFixed)
+VISTREL_CAPABILITY(StartSingle)
+VISTREL_CAPABILITY(Pause)
+VISTREL_CAPABILITY(Stop)
+VISTREL_CAPABILITY(FrameRate)
+VISTREL_CAPABILITY(FramesQueued)
+VISTREL_CAPABILITY(FramesFilled)
+VISTREL_CAPABILITY(FramesDropped)
+VISTREL_CAPABILITY(FramesDelivered)
+#undef VISTREL_CAPABILITY
 
 int AbstractAcquisitionInterface::startFixedMin() const
 {
