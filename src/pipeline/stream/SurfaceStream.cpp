@@ -9,28 +9,13 @@
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
 
-#include <QtGui/QGuiApplication>
-#include <QtGui/QScreen>
-
 #include <algorithm>
-#include <limits>
 #include <mutex>
 #include <utility>
 
 namespace Vistrel {
 
 namespace {
-
-// A source that had no frame for the first of these is asked at the second of these intervals: waking two threads at
-// the screen's rate for nothing would cost half a percent of a processor.
-constexpr int restAfterMs = 1000;
-constexpr int restIntervalMs = 100;
-
-// Pixel values of a demosaiced frame are read from its colours, all others from the raw frame.
-bool isDemosaiced(const DisplayFrame& frame)
-{
-    return (frame.effective.format & formatPatternMask) != 0;
-}
 
 // A lock on a frame that keeps its pixels from going, too, where they are not the source's.
 class PictureLock : public AbstractLock
@@ -46,12 +31,6 @@ private:
     const ScopedLock m_frameLock;
 };
 
-// Shares the pixels: neither pass nor copy. Pixmaps are made and destroyed on this thread alone.
-QPixmap pixmapOf(const DisplayFrame& frame)
-{
-    return QPixmap::fromImage(frame.rendered, Qt::NoFormatConversion);
-}
-
 // A host that draws into a locked bitmap need not care for the fourth byte; who gets an image does.
 QImage opaqueCopy(QImage image, const DisplayFrame& frame)
 {
@@ -61,35 +40,6 @@ QImage opaqueCopy(QImage image, const DisplayFrame& frame)
 }
 
 } // namespace
-
-SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
-                                        AbstractAcquisitionInterface* acquisitionInterface,
-                                        std::shared_ptr<AbstractAcquisitionInterface> owned)
-    : stream(owner),
-      surface(target),
-      source(acquisitionInterface),
-      refreshTimer(new QTimer(owner)),
-      readout(acquisitionInterface),
-      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); })),
-      shared(std::move(owned))
-{
-    refreshTimer->setTimerType(Qt::PreciseTimer);
-    refreshTimer->setInterval(refreshMs);
-    sinceFrame.start();
-    frameWanted.follow(refreshTimer, &QTimer::timeout);
-    frameConverted.setInterval(0);
-}
-
-void SurfaceStream::PrivateData::start()
-{
-    stream->setRefreshRateAuto(true);
-    worker->start();
-    if (!source)
-        return;
-    followSource();
-    // A source that is set up already may never announce it.
-    QMetaObject::invokeMethod(this, "updateStreamStates", Qt::QueuedConnection);
-}
 
 SurfaceStream::SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface)
     : m_data(new PrivateData(this, surface, acquisitionInterface, nullptr))
@@ -105,7 +55,7 @@ SurfaceStream::SurfaceStream(Surface* const surface, std::shared_ptr<AbstractAcq
 
 SurfaceStream::~SurfaceStream()
 {
-    m_data->refreshTimer->stop();
+    m_data->clock->setRunning(false);
     if (m_data->shared)
         StreamWorker::leave(m_data->worker, std::move(m_data->shared));
     else
@@ -137,99 +87,36 @@ const AbstractAcquisitionInterface* SurfaceStream::acquisitionInterface() const
 
 // Refresh ------------------------------------------------------------------------------------------------------------
 
-void SurfaceStream::PrivateData::applyRefreshRateHz(qreal rateHz)
-{
-    if (!(rateHz > 0))
-        return;
-    const double longest = std::numeric_limits<int>::max();
-    refreshMs = static_cast<int>(std::clamp(1000.0 / rateHz, 1.0, longest));
-    frameWanted.setInterval(std::min(refreshMs, PacedCall::defaultIntervalMs)); // what is announced comes at any rate
-    expectFrame();
-}
-
-void SurfaceStream::PrivateData::expectFrame()
-{
-    sinceFrame.restart();
-    pace();
-}
-
-void SurfaceStream::PrivateData::pace()
-{
-    const int interval = sinceFrame.hasExpired(restAfterMs) ? std::max(refreshMs, restIntervalMs) : refreshMs;
-    if (interval != refreshTimer->interval())
-        refreshTimer->setInterval(interval);
-}
-
-void SurfaceStream::PrivateData::connectScreen()
-{
-    disconnect(screenRateConnection);
-    const QScreen* const screen = QGuiApplication::primaryScreen();
-    if (!screen)
-        return;
-    applyRefreshRateHz(screen->refreshRate());
-    screenRateConnection = connect(screen, SIGNAL(refreshRateChanged(qreal)), this, SLOT(applyRefreshRateHz(qreal)));
-}
-
-void SurfaceStream::PrivateData::disconnectScreen()
-{
-    disconnect(screenRateConnection);
-    disconnect(primaryScreenConnection);
-}
-
 bool SurfaceStream::refreshEnabled() const
 {
-    return m_data->refreshTimer->isActive();
+    return m_data->clock->isRunning();
 }
 
 void SurfaceStream::setRefreshEnabled(bool enabled)
 {
     m_data->isRefreshWanted = enabled;
-    if (enabled && !refreshEnabled())
-        m_data->refreshTimer->start();
-    else if (!enabled)
-        m_data->refreshTimer->stop();
+    m_data->clock->setRunning(enabled);
 }
 
 int SurfaceStream::refreshRate() const
 {
-    return 1000 / m_data->refreshMs;
+    return 1000 / m_data->clock->intervalMs();
 }
 
 void SurfaceStream::setRefreshRate(int hz)
 {
     setRefreshRateAuto(false);
-    m_data->applyRefreshRateHz(hz);
+    m_data->clock->setRate(hz);
 }
 
 bool SurfaceStream::refreshRateAuto() const
 {
-    return m_data->refreshRateAuto;
+    return m_data->clock->isAutomatic();
 }
 
 void SurfaceStream::setRefreshRateAuto(bool enabled)
 {
-    const bool wasAuto = m_data->refreshRateAuto;
-    m_data->refreshRateAuto = enabled && QGuiApplication::primaryScreen();
-    if (!m_data->refreshRateAuto) {
-        m_data->disconnectScreen();
-        return;
-    }
-    m_data->connectScreen();
-    if (!wasAuto)
-        m_data->primaryScreenConnection = connect(qApp, &QGuiApplication::primaryScreenChanged, m_data.get(),
-                                                  [data = m_data.get()] { data->connectScreen(); });
-}
-
-bool SurfaceStream::PrivateData::asksSetUp() const
-{
-    return source && hostCall("isSetup", false, [this] { return source->isSetup(); });
-}
-
-void SurfaceStream::PrivateData::followSource()
-{
-    const AcquisitionSignalHandler* const handler = source->signalHandler();
-    stateAnnounced.follow(handler, &AcquisitionSignalHandler::acquisitionStateChanged);
-    frameWanted.follow(handler, &AcquisitionSignalHandler::getFrameNow);
+    m_data->clock->setAutomatic(enabled);
 }
 
 void SurfaceStream::ignoreAnnouncements()
@@ -242,7 +129,7 @@ void SurfaceStream::setSourceAskable(bool askable)
 {
     m_data->readout.isAskable = askable;
     m_data->worker->setSourceAskable(askable);
-    m_data->expectFrame();
+    m_data->clock->expectFrame();
     if (!askable)
         return;
     m_data->frameConverted.request(); // a change may have been left to be done
@@ -263,113 +150,12 @@ QString SurfaceStream::refusal() const
     return QString::fromStdString(refusals.text());
 }
 
-void SurfaceStream::PrivateData::updateStreamStates()
-{
-    hasNewState = !readout.isAskable;
-    if (hasNewState)
-        return;
-    if (asksSetUp()) {
-        showSetUp();
-        return;
-    }
-    isSourceSetUp = false;
-    refreshTimer->stop();
-    worker->clear();
-    updateImage();
-}
-
-void SurfaceStream::PrivateData::showSetUp()
-{
-    isSourceSetUp = true;
-    worker->acceptFrames();
-    expectFrame();
-    if (isRefreshWanted && !refreshTimer->isActive())
-        refreshTimer->start();
-    if (std::exchange(isFrameAnnounced, false))
-        worker->request();
-}
-
 void SurfaceStream::updateAcquisitionState()
 {
     const QPointer<SurfaceStream> alive(this); // a slot may delete the stream
     m_data->updateStreamStates();
     if (alive)
         m_data->updateImage();
-}
-
-// Publishing ---------------------------------------------------------------------------------------------------------
-
-void SurfaceStream::PrivateData::getNextFrame(bool getNew)
-{
-    // A source that has a frame ready may have been set up without a word about it.
-    if (!isSourceSetUp && readout.isAskable && asksSetUp())
-        showSetUp();
-    if (!isSourceSetUp) {
-        isFrameAnnounced = true; // the frame is fetched when it can be shown
-        return;
-    }
-    if (getNew)
-        worker->requestAndWait();
-    else
-        worker->request();
-    pace();
-    publishNew();
-}
-
-void SurfaceStream::PrivateData::publishNew()
-{
-    const StreamWorker::Renewal renewal = worker->renewIfOwed();
-    DisplayFramePtr front = worker->front();
-    if (front && front->sequence > publishedSequence) {
-        front.reset(); // its source waits for it while a newer one is published
-        expectFrame();
-        updateImage();
-    } else {
-        showRenewal(renewal);
-    }
-}
-
-void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
-{
-    if (renewal == StreamWorker::Renewal::None)
-        return;
-    DisplayFramePtr front = worker->front();
-    // In another palette alone, a picture has the same pixel values. One that is new comes with its own.
-    const bool isSame = front && front->sequence <= publishedSequence && front->isDrawn;
-    if (renewal == StreamWorker::Renewal::Converted || !isSame) {
-        front.reset();
-        updateImage();
-    } else if (surface) {
-        surface->setPixmap(pixmapOf(*front));
-    }
-}
-
-void SurfaceStream::PrivateData::updateImage()
-{
-    const DisplayFramePtr front = worker->front();
-    if (front && front->sequence > publishedSequence) {
-        publishedSequence = front->sequence;
-        ++framesPublished;
-    }
-    const QPointer<PrivateData> alive(this); // the slots of the surface may delete the stream, or the surface
-    if (surface && front && !front->rendered.isNull()) {
-        surface->setPixmap(pixmapOf(*front));
-        if (!alive)
-            return;
-        if (surface && isDemosaiced(*front))
-            surface->setImageSrc(front->image);
-        else if (surface)
-            surface->setImageSrc(source ? &readout : nullptr, front->effective, front);
-    } else if (surface && !surface->pixmap().isNull()) {
-        surface->setPixmap(QPixmap());
-        if (!alive)
-            return;
-        if (surface)
-            surface->clearImageSrc();
-    }
-    if (!alive)
-        return;
-    Q_EMIT stream->imageUpdated();
 }
 
 quint64 SurfaceStream::framesConverted() const

@@ -4,16 +4,14 @@
 
 #include "base/FrameLocking.h"
 #include "base/PacedCall.h"
+#include "pipeline/stream/RefreshClock.h"
 #include "pipeline/stream/StreamWorker.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/SurfaceStream.h>
 
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QMetaObject>
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
-#include <QtCore/QTimer>
 
 #include <cstdint>
 
@@ -42,6 +40,9 @@ private:
     AbstractAcquisitionInterface* const m_source;
 };
 
+/// Shares the pixels: neither pass nor copy. Pixmaps are made and destroyed on the user-interface thread alone.
+QPixmap pixmapOf(const DisplayFrame& frame);
+
 class SurfaceStream::PrivateData : public QObject
 {
     Q_OBJECT
@@ -51,9 +52,6 @@ public:
                 std::shared_ptr<AbstractAcquisitionInterface> shared);
 
     void start();
-    void connectScreen();
-    void disconnectScreen();
-    void expectFrame();  ///< asks at the full rate again
     void followSource(); ///< listens to what the source announces
     /// Shows what a change of settings has done to the front picture.
     void showRenewal(StreamWorker::Renewal renewal);
@@ -61,13 +59,8 @@ public:
     SurfaceStream* const stream;
     const QPointer<Surface> surface;
     AbstractAcquisitionInterface* const source;
-    QTimer* const refreshTimer;  // the stream's child
-    int refreshMs = 16;          // the timer's interval, unless the source is at rest
-    QElapsedTimer sinceFrame;    // since a frame was last published, or may be expected
+    RefreshClock* const clock;   // the stream's child
     bool isRefreshWanted = true; // while the source is set up
-    bool refreshRateAuto = false;
-    QMetaObject::Connection screenRateConnection;
-    QMetaObject::Connection primaryScreenConnection;
 
     // What comes on other threads, or at a rate of its own. A frame is asked for and published at the display's refresh
     // at most, whether the source announces it or its turn has come.
@@ -86,7 +79,6 @@ public:
     std::shared_ptr<AbstractAcquisitionInterface> shared; // the source, when its ownership is shared
 
 public Q_SLOTS:
-    void applyRefreshRateHz(qreal rateHz);
     void updateStreamStates();
     /// Hands the front picture to the surface, whether it is a new one or not.
     void updateImage();
@@ -97,7 +89,6 @@ private:
     bool asksSetUp() const;
     void showSetUp();
     void publishNew();
-    void pace();
 };
 
 } // namespace Vistrel

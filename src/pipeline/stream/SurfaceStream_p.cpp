@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// Asks for frames, and hands pictures to the surface.
+#include "pipeline/stream/SurfaceStream_p.h"
+
+#include "base/Report.h"
+
+#include <Vistrel/AcquisitionSignalHandler.h>
+#include <Vistrel/Surface.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace Vistrel {
+
+namespace {
+
+// Pixel values of a demosaiced frame are read from its colours, all others from the raw frame.
+bool isDemosaiced(const DisplayFrame& frame)
+{
+    return (frame.effective.format & formatPatternMask) != 0;
+}
+
+} // namespace
+
+QPixmap pixmapOf(const DisplayFrame& frame)
+{
+    return QPixmap::fromImage(frame.rendered, Qt::NoFormatConversion);
+}
+
+SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
+                                        AbstractAcquisitionInterface* acquisitionInterface,
+                                        std::shared_ptr<AbstractAcquisitionInterface> owned)
+    : stream(owner),
+      surface(target),
+      source(acquisitionInterface),
+      clock(new RefreshClock(owner)),
+      readout(acquisitionInterface),
+      worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); })),
+      shared(std::move(owned))
+{
+    frameWanted.follow(clock, &RefreshClock::ticked);
+    // What is announced comes at any rate.
+    connect(clock, &RefreshClock::intervalChanged, this, [this](int milliseconds) {
+        frameWanted.setInterval(std::min(milliseconds, PacedCall::defaultIntervalMs));
+    });
+    frameConverted.setInterval(0);
+}
+
+void SurfaceStream::PrivateData::start()
+{
+    stream->setRefreshRateAuto(true);
+    worker->start();
+    if (!source)
+        return;
+    followSource();
+    // A source that is set up already may never announce it.
+    QMetaObject::invokeMethod(this, "updateStreamStates", Qt::QueuedConnection);
+}
+
+bool SurfaceStream::PrivateData::asksSetUp() const
+{
+    return source && hostCall("isSetup", false, [this] { return source->isSetup(); });
+}
+
+void SurfaceStream::PrivateData::followSource()
+{
+    const AcquisitionSignalHandler* const handler = source->signalHandler();
+    stateAnnounced.follow(handler, &AcquisitionSignalHandler::acquisitionStateChanged);
+    frameWanted.follow(handler, &AcquisitionSignalHandler::getFrameNow);
+}
+
+void SurfaceStream::PrivateData::updateStreamStates()
+{
+    hasNewState = !readout.isAskable;
+    if (hasNewState)
+        return;
+    if (asksSetUp()) {
+        showSetUp();
+        return;
+    }
+    isSourceSetUp = false;
+    clock->setRunning(false);
+    worker->clear();
+    updateImage();
+}
+
+void SurfaceStream::PrivateData::showSetUp()
+{
+    isSourceSetUp = true;
+    worker->acceptFrames();
+    clock->expectFrame();
+    if (isRefreshWanted)
+        clock->setRunning(true);
+    if (std::exchange(isFrameAnnounced, false))
+        worker->request();
+}
+
+void SurfaceStream::PrivateData::getNextFrame(bool getNew)
+{
+    // A source that has a frame ready may have been set up without a word about it.
+    if (!isSourceSetUp && readout.isAskable && asksSetUp())
+        showSetUp();
+    if (!isSourceSetUp) {
+        isFrameAnnounced = true; // the frame is fetched when it can be shown
+        return;
+    }
+    if (getNew)
+        worker->requestAndWait();
+    else
+        worker->request();
+    clock->pace();
+    publishNew();
+}
+
+void SurfaceStream::PrivateData::publishNew()
+{
+    const StreamWorker::Renewal renewal = worker->renewIfOwed();
+    DisplayFramePtr front = worker->front();
+    if (front && front->sequence > publishedSequence) {
+        front.reset(); // its source waits for it while a newer one is published
+        clock->expectFrame();
+        updateImage();
+    } else {
+        showRenewal(renewal);
+    }
+}
+
+void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
+{
+    if (renewal == StreamWorker::Renewal::None)
+        return;
+    DisplayFramePtr front = worker->front();
+    // In another palette alone, a picture has the same pixel values. One that is new comes with its own.
+    const bool isSame = front && front->sequence <= publishedSequence && front->isDrawn;
+    if (renewal == StreamWorker::Renewal::Converted || !isSame) {
+        front.reset();
+        updateImage();
+    } else if (surface) {
+        surface->setPixmap(pixmapOf(*front));
+    }
+}
+
+void SurfaceStream::PrivateData::updateImage()
+{
+    const DisplayFramePtr front = worker->front();
+    if (front && front->sequence > publishedSequence) {
+        publishedSequence = front->sequence;
+        ++framesPublished;
+    }
+    const QPointer<PrivateData> alive(this); // the slots of the surface may delete the stream, or the surface
+    if (surface && front && !front->rendered.isNull()) {
+        surface->setPixmap(pixmapOf(*front));
+        if (!alive)
+            return;
+        if (surface && isDemosaiced(*front))
+            surface->setImageSrc(front->image);
+        else if (surface)
+            surface->setImageSrc(source ? &readout : nullptr, front->effective, front);
+    } else if (surface && !surface->pixmap().isNull()) {
+        surface->setPixmap(QPixmap());
+        if (!alive)
+            return;
+        if (surface)
+            surface->clearImageSrc();
+    }
+    if (!alive)
+        return;
+    Q_EMIT stream->imageUpdated();
+}
+
+} // namespace Vistrel
