@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Checks that two screenshots of a whole screen show the viewer's test picture, and that it moved between them:
+// Checks that two screenshots show the viewer's test picture, and that it moved between them:
 // check_test_picture WIDTHxHEIGHT SHOT SHOT
 #include "TestPicture.h"
 
@@ -10,29 +10,6 @@
 #include <cstdlib>
 
 namespace {
-
-// Where the picture's frame of white pixels begins, or a null image.
-QImage pictureIn(const QImage& shot, const QSize& size)
-{
-    const auto isFrame = [&](int left, int top) {
-        for (int x = 0; x < size.width(); ++x) {
-            if (shot.pixel(left + x, top) != 0xFFFFFFFF || shot.pixel(left + x, top + size.height() - 1) != 0xFFFFFFFF)
-                return false;
-        }
-        for (int y = 0; y < size.height(); ++y) {
-            if (shot.pixel(left, top + y) != 0xFFFFFFFF || shot.pixel(left + size.width() - 1, top + y) != 0xFFFFFFFF)
-                return false;
-        }
-        return true;
-    };
-    for (int top = 0; top + size.height() <= shot.height(); ++top) {
-        for (int left = 0; left + size.width() <= shot.width(); ++left) {
-            if (isFrame(left, top))
-                return shot.copy(QRect(QPoint(left, top), size));
-        }
-    }
-    return {};
-}
 
 double percentDifferent(const QImage& a, const QImage& b)
 {
@@ -47,6 +24,24 @@ double percentDifferent(const QImage& a, const QImage& b)
     return 100.0 * count / (a.width() * a.height());
 }
 
+// A null image without the picture. The ball and the counter are not in `still`, and make up less than 2 % of it.
+QImage pictureIn(const QString& fileName, const QImage& still)
+{
+    const QImage shot = QImage(fileName).convertToFormat(QImage::Format_RGB32);
+    const QImage top = still.copy(0, 0, still.width(), 1);
+    for (int y = 0; y + still.height() <= shot.height(); ++y) {
+        for (int x = 0; x + still.width() <= shot.width(); ++x) {
+            if (shot.pixel(x, y) != top.pixel(0, 0) || shot.copy(x, y, top.width(), 1) != top)
+                continue;
+            const QImage picture = shot.copy(QRect(QPoint(x, y), still.size()));
+            if (percentDifferent(picture, still) < 2)
+                return picture;
+        }
+    }
+    std::printf("%s does not show the picture\n", qPrintable(fileName));
+    return {};
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -57,18 +52,13 @@ int main(int argc, char* argv[])
     const QSize size(numbers.value(0).toInt(), numbers.value(1).toInt());
     if (arguments.size() != 4 || size.isEmpty())
         return 2;
-    const QImage first = pictureIn(QImage(arguments[2]).convertToFormat(QImage::Format_RGB32), size);
-    const QImage second = pictureIn(QImage(arguments[3]).convertToFormat(QImage::Format_RGB32), size);
-    if (first.isNull() || second.isNull()) {
-        std::puts("The picture is not on the screen");
+    const QImage still =
+        drawTestPicture(size, QStringLiteral("RGB8 ") + arguments[1]).still.convertToFormat(QImage::Format_RGB32);
+    const QImage first = pictureIn(arguments[2], still);
+    const QImage second = pictureIn(arguments[3], still);
+    if (first.isNull() || second.isNull())
         return 1;
-    }
-    const QImage still = drawTestPicture(size, QStringLiteral("RGB8 ") + arguments[1]).still;
-    // The ball and the counter are not in the still picture, and make up less than 2 % of it.
-    const double firstPercent = percentDifferent(first, still);
-    const double secondPercent = percentDifferent(second, still);
     const double moved = percentDifferent(first, second);
-    std::printf("Differs from the still picture: %.2f %% and %.2f %%; moved: %.2f %%\n", firstPercent, secondPercent,
-                moved);
-    return firstPercent < 2 && secondPercent < 2 && moved > 0.05 ? 0 : 1;
+    std::printf("moved: %.2f %%\n", moved);
+    return moved > 0.05 ? 0 : 1;
 }

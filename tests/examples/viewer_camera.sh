@@ -39,10 +39,10 @@ wait_until() {
 camera_listens() { ss --no-header --listening --udp --numeric 'sport = :3956' | grep -q .; }
 received_bytes() { awk '$1 == "lo:" { print $2 }' /proc/net/dev; }
 
-show() { # FORMAT KIND: the camera's picture in that format is on the screen
+show() { # FORMAT: the camera's picture in that format is on the screen
     timeout 60 "$viewer" --source camera --format "$1" --zoom 100 --frames 40 --screenshot "$folder/$1.png" ||
         { fail "$1: viewer ended with $?"; return; }
-    "$checker" "$folder/$1.png" "$2" || fail "$1: not the camera's picture"
+    "$checker" "$folder/$1.png" || fail "$1: not the camera's picture"
 }
 
 refuse() { # FORMAT TEXT: the viewer says why it cannot show it
@@ -51,9 +51,8 @@ refuse() { # FORMAT TEXT: the viewer says why it cannot show it
 }
 
 wait_until camera_listens
-show Mono8 gray
-show Mono16 any
-show BGR8 color
+show Mono8
+show Mono16
 refuse Mono10p "packed"
 refuse Mono12 "PixelFormat"
 
@@ -68,7 +67,7 @@ kill -KILL $camera; wait $camera 2>/dev/null # beside one that still lives, the 
 arv-fake-gv-camera-0.8 -i lo -r 2 &
 camera=$!
 wait $running || fail "the viewer ended with $?"
-"$checker" "$folder/back.png" any || fail "not the camera's picture after its return"
+"$checker" "$folder/back.png" || fail "not the camera's picture after its return"
 cat "$folder/loss" "$folder/counts"
 grep -q "the camera was lost" "$folder/loss" && grep -q "the camera is back" "$folder/loss" || fail "loss of the camera"
 grep -qE "Received: [0-9]{3} .*Lost: [1-9].*No buffer: 0 .*Skipped: " "$folder/counts" || fail "counts of frames"

@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Runs the viewer as a user does: it shows its moving test picture and a folder's pictures, ends, and says why it cannot
+# start: viewer.sh VIEWER CHECKER
+set -euo pipefail
+viewer=$1 checker=$2
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cd "$folder"
+
+for frames in 2 30; do
+    "$viewer" --size 320x240 --zoom 100 --frames $frames --screenshot $frames.png
+done
+"$checker" 320x240 2.png 30.png
+"$viewer" --source files . --frames 3
+
+refuse() { # CODE WORD ARGUMENT...: it ends with that code, and its message has that word
+    local code=$1 word=$2 ended=0
+    "$viewer" "${@:3}" 2>refusal || ended=$?
+    [ $ended -eq "$code" ] && grep -q -- "$word" refusal || { echo "FAIL: ${*:3}: $ended"; cat refusal; exit 1; }
+}
+refuse 2 bogus --bogus
+refuse 1 missing --source files missing
+refuse 1 missing/a.png --frames 1 --screenshot missing/a.png
