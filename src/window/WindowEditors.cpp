@@ -53,7 +53,7 @@ void WindowQt::PrivateData::makeEditors()
     connect(form.actionQuick_View, SIGNAL(triggered()), this, SLOT(quickViewPopoverOpen()));
     connect(startFixedEditor, SIGNAL(started(int)), this, SLOT(startFixedAccepted(int)));
     connect(form.actionZoom_Fit, &QAction::triggered, zoomEditor, &ZoomEditor::updateView);
-    connect(stream.get(), SIGNAL(imageUpdated()), miniMap, SLOT(updateView()), Qt::QueuedConnection);
+    connect(&stream, SIGNAL(imageUpdated()), miniMap, SLOT(updateView()), Qt::QueuedConnection);
 }
 
 void WindowQt::PrivateData::zoomEditorOpen()

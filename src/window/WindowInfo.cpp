@@ -12,7 +12,6 @@
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QProgressBar>
 #include <QtWidgets/QStatusBar>
 
 namespace Vistrel {
@@ -53,7 +52,7 @@ void WindowQt::PrivateData::updateInfoSwitches()
 // Numbers that nobody could read as fast as they change.
 void WindowQt::PrivateData::updateImageStats()
 {
-    if (!isAskable())
+    if (!commands.isAskable())
         return;
     const auto statistic = [this](bool (Source::*has)() const, const char* query, auto value) {
         using Value = std::optional<decltype((source.get()->*value)())>;
@@ -71,7 +70,7 @@ void WindowQt::PrivateData::updateImageStats()
 void WindowQt::PrivateData::updateImageInfo()
 {
     RawImage image;
-    stream->latestImage(&image, nullptr);
+    stream.latestImage(&image, nullptr);
     infoBar->setImage(image);
     updatePixelValue();
 }
@@ -84,7 +83,7 @@ void WindowQt::PrivateData::updatePixelValue()
     const bool isInside = QRect({}, surface->pixmap().size()).contains(pixel);
     // The source is asked for its lock only when there is a pixel to read.
     // Within a command's grace, what was read last stays.
-    if (isInside && !isAskable() && progress->isHidden())
+    if (isInside && !commands.isAskable() && !commands.isShown())
         return;
     const bool isRead = isInside && surface->imageSrcPixVal({pixel.x(), pixel.y()}, value);
     infoBar->setPixel(isInside ? PixPos{pixel.x(), pixel.y()} : PixPos{-1, -1},

@@ -79,14 +79,14 @@ void WindowQt::PrivateData::chooseColorTable(ColorTable table)
 
 void WindowQt::PrivateData::showColors()
 {
-    stream->setColorPalette(colorsOf(colorTable));
+    stream.setColorPalette(colorsOf(colorTable));
     showRamp(colorTable);
 }
 
 // The palette in use keeps its very colours, which for Random nobody can make again.
 void WindowQt::PrivateData::showRamp(ColorTable table)
 {
-    const QVector<unsigned int> colors = table == colorTable ? stream->colorPalette() : colorsOf(table);
+    const QVector<unsigned int> colors = table == colorTable ? stream.colorPalette() : colorsOf(table);
     paletteAction(table)->setIcon(rampOf(colors, window->palette().color(QPalette::Mid)));
 }
 
@@ -162,23 +162,23 @@ void WindowQt::setColorTableContours()
 
 void WindowQt::PrivateData::setBayerFilter(Format filter, QAction* action)
 {
-    stream->setBayerDemosaicFilter(filter);
+    stream.setBayerDemosaicFilter(filter);
     action->setChecked(true);
 }
 
 bool WindowQt::bayerDemosaicEnabled() const
 {
-    return m_data->stream->bayerDemosaicEnabled();
+    return m_data->stream.bayerDemosaicEnabled();
 }
 
 Format WindowQt::bayerDemosaicFilter() const
 {
-    return m_data->stream->bayerDemosaicFilter();
+    return m_data->stream.bayerDemosaicFilter();
 }
 
 void WindowQt::setBayerDemosaicEnabled(bool enabled)
 {
-    m_data->stream->setBayerDemosaicEnabled(enabled);
+    m_data->stream.setBayerDemosaicEnabled(enabled);
     m_data->form.actionDecode_Bayer_Images->setChecked(enabled);
 }
 
@@ -209,12 +209,12 @@ void WindowQt::setBayerDemosaicFilterBGGR()
 
 bool WindowQt::rgbOrderReversed() const
 {
-    return m_data->stream->rgbOrderReversed();
+    return m_data->stream.rgbOrderReversed();
 }
 
 void WindowQt::setRgbOrderReversed(bool reversed)
 {
-    m_data->stream->setRgbOrderReversed(reversed);
+    m_data->stream.setRgbOrderReversed(reversed);
     m_data->form.actionReverse_RGB_Order->setChecked(reversed);
 }
 

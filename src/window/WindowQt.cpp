@@ -18,7 +18,6 @@
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QProgressBar>
 #include <QtWidgets/QToolButton>
 #include <QtWidgets/QVBoxLayout>
 
@@ -56,14 +55,11 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     : window(owner),
       source(keepSource(std::move(acquisitionInterface))),
       files(keepFiles(std::move(fileInterface))),
-      busyWork(source)
+      scrollArea(layOut()),
+      stream(scrollArea->surface(), source),
+      commands(form.statusBar, &stream, source),
+      saving(window, commands, &stream, scrollArea->surface(), source, files)
 {
-    qRegisterMetaType<Vistrel::BusyWorkResult>("Vistrel::BusyWorkResult");
-    form.setupUi(window);
-    scrollArea = new SurfaceScrollArea(form.centralwidget);
-    form.verticalLayout->addWidget(scrollArea);
-    stream = std::make_unique<SurfaceStream>(scrollArea->surface(), source);
-
     setupModes = new QMenu(window);
     form.actionSetup_Mode->setMenu(setupModes);
 
@@ -83,12 +79,7 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     stateLabel->setContentsMargins(6, 0, 6, 0);
     stateLabel->setMinimumWidth(stateLabel->fontMetrics().horizontalAdvance(tr("Not set up")) + 12);
     form.statusBar->addWidget(stateLabel);
-    progress = new QProgressBar(window);
-    progress->setRange(0, 0);
-    progress->setTextVisible(false);
-    progress->hide();
     form.statusBar->setAutoFillBackground(true); // it may lie over the image
-    form.statusBar->addPermanentWidget(progress);
     paletteButton = new QToolButton(window);
     paletteButton->setMenu(form.menuColor_Palette);
     paletteButton->setPopupMode(QToolButton::InstantPopup);
@@ -127,20 +118,24 @@ void WindowQt::PrivateData::nameForAssistance()
     form.statusBar->setAccessibleName(tr("Status and Image Information"));
     scrollArea->setAccessibleName(tr("Image"));
     scrollArea->surface()->setAccessibleName(tr("Live Image"));
-    progress->setAccessibleName(tr("Command under Way"));
     paletteButton->setAccessibleName(tr("Color Palette"));
 }
 
 // A call that is under way keeps the source; nothing here waits for it.
-WindowQt::PrivateData::~PrivateData()
+WindowQt::PrivateData::~PrivateData() = default;
+
+SurfaceScrollArea* WindowQt::PrivateData::layOut()
 {
-    stream.reset();
+    form.setupUi(window);
+    auto* const area = new SurfaceScrollArea(form.centralwidget);
+    form.verticalLayout->addWidget(area);
+    return area;
 }
 
 void WindowQt::PrivateData::connectActions()
 {
     const auto& f = form;
-    const std::pair<QAction*, const char*> commands[] = {
+    const std::pair<QAction*, const char*> orders[] = {
         {f.actionSetup, SLOT(setupAsync())},
         {f.actionCleanup, SLOT(cleanupAsync())},
         {f.actionTrigger, SLOT(triggerAsync())},
@@ -151,7 +146,7 @@ void WindowQt::PrivateData::connectActions()
         {f.actionPause, SLOT(pauseAsync())},
         {f.actionStop, SLOT(stopAsync())},
     };
-    for (const auto& [action, slot] : commands)
+    for (const auto& [action, slot] : orders)
         connect(action, SIGNAL(triggered()), this, slot);
 
     const std::pair<QAction*, const char*> zooms[] = {
@@ -218,8 +213,10 @@ void WindowQt::PrivateData::connectActions()
     connect(scrollArea->surface(), SIGNAL(customContextMenuRequested(QPoint)), this,
             SLOT(showSurfaceContextMenu(QPoint)));
 
-    connect(&busyWork, SIGNAL(delayed(QString)), this, SLOT(showBusyWork(QString)));
-    connect(&busyWork, SIGNAL(completed(Vistrel::BusyWorkResult)), this,
+    connect(&commands, SIGNAL(shown()), this, SLOT(updateActionStates()));
+    connect(&commands, SIGNAL(rested()), this, SLOT(updateAtRest()));
+    connect(&saving, SIGNAL(stateChanged()), this, SLOT(updateActionStates()));
+    connect(&commands, SIGNAL(completed(Vistrel::BusyWorkResult)), this,
             SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)));
     connect(this, SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)), this,
             SLOT(cleanupBusyWork(Vistrel::BusyWorkResult)));
@@ -227,9 +224,9 @@ void WindowQt::PrivateData::connectActions()
             Qt::QueuedConnection);
     connect(scrollArea->surface(), SIGNAL(pixelRangeChanged()), &pixelTimer, SLOT(start()));
     connect(scrollArea->surface(), SIGNAL(pixelOffsetChanged(QPointF)), &pixelTimer, SLOT(start()));
-    connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
-    connect(stream.get(), SIGNAL(imageUpdated()), this, SLOT(updateImageInfo()), Qt::QueuedConnection);
-    connect(stream.get(), SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
+    connect(&stream, SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
+    connect(&stream, SIGNAL(imageUpdated()), this, SLOT(updateImageInfo()), Qt::QueuedConnection);
+    connect(&stream, SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
     if (!source)
         return;
     const AcquisitionSignalHandler* const handler = source->signalHandler();
@@ -291,12 +288,12 @@ const AbstractFileInterface* WindowQt::fileInterface() const
 
 SurfaceStream* WindowQt::surfaceStream()
 {
-    return m_data->stream.get();
+    return &m_data->stream;
 }
 
 const SurfaceStream* WindowQt::surfaceStream() const
 {
-    return m_data->stream.get();
+    return &m_data->stream;
 }
 
 SurfaceScrollArea* WindowQt::surfaceScrollArea()
@@ -312,6 +309,32 @@ const SurfaceScrollArea* WindowQt::surfaceScrollArea() const
 QMenu* WindowQt::createPopupMenu()
 {
     return nullptr;
+}
+
+void WindowQt::setRunning()
+{
+    m_data->commands.setRunning();
+}
+
+void WindowQt::setConfigured()
+{
+    m_data->commands.setConfigured();
+}
+
+void WindowQt::setUnconfigured()
+{
+    m_data->commands.setUnconfigured();
+}
+
+void WindowQt::saveCurrentImage()
+{
+    m_data->saving.save();
+}
+
+void WindowQt::copyCurrentImage()
+{
+    m_data->saving.copy();
+    m_data->updateActionStates();
 }
 
 // Closing -------------------------------------------------------------------------------------------------------------
@@ -331,16 +354,16 @@ void WindowQt::setCloseable(bool closeable)
 
 void WindowQt::closeEvent(QCloseEvent* event)
 {
-    if (!closeable() && !m_data->isClosed) {
+    if (!closeable() && !m_data->commands.hasEnded()) {
         event->ignore();
         return;
     }
     event->accept();
-    if (m_data->isClosed)
+    if (m_data->commands.hasEnded())
         return;
     m_data->endWork();
     deleteLater();
-    if (m_data->busyWork.isBusy())
+    if (m_data->commands.isBusy())
         hide(); // the command may hold up what comes next
     if (m_data->source)
         hostCall("uxClosed", false, [this] { return m_data->source->uxClosed(), true; });
@@ -348,15 +371,14 @@ void WindowQt::closeEvent(QCloseEvent* event)
 
 void WindowQt::PrivateData::endWork()
 {
-    isClosed = true;
     statisticsTimer.stop();
-    busyWork.abortWaiting();
-    stream->setRefreshEnabled(false);
+    commands.end();
+    stream.setRefreshEnabled(false);
     // What the source announces from now on leads to no call of it.
-    stream->ignoreAnnouncements();
+    stream.ignoreAnnouncements();
     featuresAnnounced.stop();
     stateAnnounced.stop();
-    stream->disconnect(this);
+    stream.disconnect(this);
 }
 
 // A host that deletes its window in one of its own functions, which this window has called, gets that function's caller

@@ -7,10 +7,13 @@
 #include "base/PacedCall.h"
 #include "base/Report.h"
 #include "ui_WindowQt.h"
-#include "window/BusyWork.h"
 #include "window/InfoBar.h"
+#include "window/controllers/Commands.h"
+#include "window/controllers/Saving.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/SurfaceStream.h>
 
 #include <QtCore/QHash>
 #include <QtCore/QPointer>
@@ -23,7 +26,6 @@
 #include <utility>
 
 class QLabel;
-class QProgressBar;
 class QToolButton;
 
 namespace Vistrel {
@@ -70,16 +72,11 @@ public:
     {
         return source && hostCall(query, false, [&] { return (source.get()->*question)(); });
     }
-    /// A text that the source hands out; empty without one.
-    QByteArray askText(const char* query, const std::function<bool(char* buffer, std::size_t* size)>& question) const;
-
     void nameForAssistance();
     void connectActions();
     void connectMenu(const QMenu* menu);
+    SurfaceScrollArea* layOut();
     void endWork();
-    /// Whether the source may be asked on this thread: not while a command of its own is under way or waits, for it may
-    /// hold up whoever asks until it is over.
-    bool isAskable() const { return !busyWork.isBusy() && !isClosed; }
     SourceAnswers askSource() const;
     void layOutToolBar();
     void showSetupModes();
@@ -87,25 +84,12 @@ public:
     void showSetupToggle(bool canSetup, bool canCleanup);
     void showBadge(const QString& state);
     void showHint();
-    void runCommand(const char* operation, BusyWork::Message message, BusyWork::Command command);
-    void runCommand(const char* operation, const QString& message, BusyWork::Command command)
-    {
-        runCommand(
-            operation, [message] { return message; }, std::move(command));
-    }
     QAction* infoSwitch(InfoItem item) const;
     QMenu* makeInfoMenu();
     void setPreview(InfoItem item, bool enabled);
     PopoverWindow* makePopover(QWidget* contents, QAction* action);
     void makeEditors();
     void toggle(PopoverWindow* popover, QAction* action);
-    bool claims(const QByteArray& suffix) const; ///< whether the host's file interface does
-    QStringList hostFilters() const;
-    QStringList saveFilters() const;
-    QString askSavePath();
-    QString saveImage(const QString& path);
-    QString saveFrame(const QString& path);
-    bool writeBeside(const std::function<bool()>& write);
     void applyViewMode();
     void setBarsVisible(bool visible);
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -124,18 +108,17 @@ public:
     // Not null; it may hold no source. Shared with the threads on which the source is called.
     const std::shared_ptr<AbstractAcquisitionInterface> source;
     const std::shared_ptr<AbstractFileInterface> files; // or null
-    SurfaceScrollArea* scrollArea = nullptr;
-    std::unique_ptr<SurfaceStream> stream;
-    BusyWork busyWork;
+    SurfaceScrollArea* const scrollArea;
+    SurfaceStream stream;
+    Commands commands;
+    Saving saving;
     PacedCall featuresAnnounced{[this] { window->updateFeatureSet(); }};
     PacedCall stateAnnounced{[this] { window->updateAcquisitionState(); }};
     SourceAnswers known;
-    bool hasNewFeatures = false;                        // announced while the source must not be asked
-    BusyWorkResult outcome = BusyWorkResult::Succeeded; // of the commands since the last rest: what failed last
+    bool hasNewFeatures = false; // announced while the source must not be asked
 
     QMenu* setupModes = nullptr;
     QToolButton* paletteButton = nullptr;
-    QProgressBar* progress = nullptr;
     QLabel* stateLabel = nullptr; // what state the source is in
     QLabel* hintLabel = nullptr;  // over a view without an image
     InfoBar* infoBar = nullptr;
@@ -156,15 +139,11 @@ public:
     QTimer barsTimer; // of bars that come over the image
     QString badge;    // which of the icons below is the window's
     QHash<QString, QIcon> badgedIcons;
-    bool isClosed = false;
 
     QList<QAction*> userToolBarActions;
     QPointer<QDialog> applicationAbout;
     AboutDialog* aboutVistrel = nullptr; // made when it is first asked for, as the next
     KVQtLgplDialog* licensing = nullptr;
-    QString savedPath;   // of the image saved last
-    QString savedFilter; // that was chosen last
-    bool isWriting = false;
 
 Q_SIGNALS:
     void busyWorkComplete(Vistrel::BusyWorkResult result);
@@ -195,21 +174,20 @@ public Q_SLOTS:
     void showAboutVistrel();
     void showAboutQt();
     void showLicensing();
-    void showBusyWork(const QString& message);
-    void cleanupBusyWork(Vistrel::BusyWorkResult result);
+    void updateAtRest();
+    void cleanupBusyWork(Vistrel::BusyWorkResult result) { commands.cleanupBusyWork(result); }
 
-    void setupAsync();
-    void setupModeAsync();
-    void setupStartAsync();
-    void triggerAsync();
-    void startSingleReverseAsync();
-    void startReverseAsync();
-    void startAsync();
-    void startFixedAsync(size_t count);
-    void startSingleAsync();
-    void pauseAsync();
-    void stopAsync();
-    void cleanupAsync();
+    void setupAsync() { commands.setup(); }
+    void setupStartAsync() { commands.setRunning(); }
+    void triggerAsync() { commands.trigger(); }
+    void startSingleReverseAsync() { commands.startSingleReverse(); }
+    void startReverseAsync() { commands.startReverse(); }
+    void startAsync() { commands.start(); }
+    void startFixedAsync(size_t count) { commands.startFixed(count); }
+    void startSingleAsync() { commands.startSingle(); }
+    void pauseAsync() { commands.pause(); }
+    void stopAsync() { commands.stop(); }
+    void cleanupAsync() { commands.cleanup(); }
 };
 
 } // namespace Vistrel

@@ -2,6 +2,7 @@
 // Keeps the main window's actions in step with what the source offers and with the state that it is in.
 #include "window/WindowQt_p.h"
 
+#include "window/HostText.h"
 #include "window/StartFixedEditor.h"
 
 #include <Vistrel/SurfaceScrollArea.h>
@@ -11,7 +12,6 @@
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QProgressBar>
 #include <QtWidgets/QToolButton>
 
 #include <algorithm>
@@ -26,8 +26,6 @@ namespace Vistrel {
 namespace {
 
 using Source = AbstractAcquisitionInterface;
-
-constexpr std::size_t longestText = 1 << 16; // bytes; what a source says of itself is not longer
 
 // A hidden action says nothing, so its shortcut does nothing.
 bool offer(QAction* action, bool isOffered)
@@ -81,27 +79,12 @@ QIcon makeBadgedIcon(const QIcon& application, const QString& state)
 
 } // namespace
 
-QByteArray WindowQt::PrivateData::askText(const char* query,
-                                          const std::function<bool(char* buffer, std::size_t* size)>& question) const
-{
-    return hostCall(query, QByteArray(), [&] {
-        std::size_t size = 0;
-        if (!question(nullptr, &size) || size == 0 || size > longestText)
-            return QByteArray();
-        QByteArray text(static_cast<int>(size), '\0');
-        // It may have changed meanwhile: what was cut is cut.
-        if (!question(text.data(), &size))
-            return QByteArray();
-        return QByteArray(text.constData());
-    });
-}
-
 // What is offered -----------------------------------------------------------------------------------------------------
 
 void WindowQt::updateFeatureSet()
 {
     PrivateData& d = *m_data;
-    d.hasNewFeatures = !d.isAskable();
+    d.hasNewFeatures = !d.commands.isAskable();
     if (d.hasNewFeatures)
         return;
     Ui::WindowQt& form = d.form;
@@ -190,10 +173,10 @@ void WindowQt::PrivateData::showSetupModes()
     setupModes->setEnabled(hasSetupMode);
     std::vector<std::pair<QByteArray, QByteArray>> modes; // name and description
     for (std::size_t i = 0; hasSetupMode && i < source->setupModeCount(); ++i) {
-        const QByteArray name = askText(
+        const QByteArray name = hostText(
             "setupModeName", [&](char* text, std::size_t* size) { return source->setupModeName(i, text, size); });
         if (!name.isNull())
-            modes.emplace_back(name, askText("setupModeDescription", [&](char* text, std::size_t* size) {
+            modes.emplace_back(name, hostText("setupModeDescription", [&](char* text, std::size_t* size) {
                                    return source->setupModeDescription(i, text, size);
                                }));
     }
@@ -211,8 +194,17 @@ void WindowQt::PrivateData::showSetupModes()
         action->setWhatsThis(name);
         action->setData(bytes);
         action->setToolTip(QString::fromLocal8Bit(description));
-        connect(action, SIGNAL(triggered()), this, SLOT(setupModeAsync()));
+        connect(action, SIGNAL(triggered()), &commands, SLOT(setupMode()));
     }
+}
+
+void WindowQt::PrivateData::updateAtRest()
+{
+    if (hasNewFeatures)
+        window->updateFeatureSet();
+    else
+        updateActionStates();
+    updatePixelValue();
 }
 
 void WindowQt::updateAcquisitionState()
@@ -238,7 +230,7 @@ SourceAnswers WindowQt::PrivateData::askSource() const
     answers.canStop = ask("canStop", &Source::canStop);
     answers.isRunning = ask("isRunning", &Source::isRunning);
     if (!setupModes->isEmpty())
-        answers.activeMode = askText("activeSetupMode", [this](char* text, std::size_t* length) {
+        answers.activeMode = hostText("activeSetupMode", [this](char* text, std::size_t* length) {
             return source->activeSetupMode(text, length);
         });
 
@@ -270,10 +262,10 @@ SourceAnswers WindowQt::PrivateData::askSource() const
 
 void WindowQt::PrivateData::updateActionStates()
 {
-    const Format format = stream->latestImageFormat();
+    const Format format = stream.latestImageFormat();
     const bool hasImage = format != 0;
     const bool hasPalette = isMonochrome(format) && (format & formatPatternMask) == 0;
-    form.actionSave_Image->setEnabled(hasImage && !isWriting);
+    form.actionSave_Image->setEnabled(hasImage && !saving.isWriting());
     form.actionCopy_Image->setEnabled(hasImage);
     form.actionCopy_Image_Stats->setEnabled(hasImage);
     form.actionCopy_Pixel_Value->setEnabled(hasImage);
@@ -283,10 +275,10 @@ void WindowQt::PrivateData::updateActionStates()
     form.actionQuick_View->setEnabled(hasImage);
     hintLabel->setVisible(!hasImage);
 
-    if (isAskable())
+    if (commands.isAskable())
         known = askSource();
     // A command that returns within its grace changes nothing in view.
-    if (isAskable() || isClosed || !progress->isHidden())
+    if (commands.isAskable() || commands.hasEnded() || commands.isShown())
         showCommands();
     showBadge(known.statePicture == QLatin1String("Stop") && !hasImage ? QStringLiteral("Setup") : known.statePicture);
     stateLabel->setText(source ? tr(known.stateWords) : QString());
@@ -294,7 +286,7 @@ void WindowQt::PrivateData::updateActionStates()
 
 void WindowQt::PrivateData::showCommands()
 {
-    const bool isIdle = isAskable();
+    const bool isIdle = commands.isAskable();
     form.actionSetup->setEnabled(isIdle && known.canSetup);
     form.actionCleanup->setEnabled(isIdle && known.canCleanup);
     form.actionSetup_Cleanup->setEnabled(isIdle && (known.canSetup || known.canCleanup));
@@ -353,7 +345,7 @@ void WindowQt::PrivateData::showSetupToggle(bool canSetup, bool canCleanup)
 
 void WindowQt::PrivateData::updateHint()
 {
-    if (hintLabel->isHidden() || !isAskable())
+    if (hintLabel->isHidden() || !commands.isAskable())
         return;
     showHint();
 }
@@ -367,7 +359,7 @@ void WindowQt::PrivateData::showHint()
         {form.actionStart_Single, tr("Take one image")},
         {form.actionTrigger, tr("Trigger")},
     };
-    QString hint = stream->refusal();
+    QString hint = stream.refusal();
     const bool isRefused = !hint.isEmpty();
     if (!isRefused)
         hint = known.isRunning ? tr("Waiting for the first image") : tr("No image");

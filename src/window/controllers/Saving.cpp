@@ -1,28 +1,36 @@
 // SPDX-License-Identifier: MIT
 // Saves and copies the image that the main window shows.
+#include "window/controllers/Saving.h"
+
 #include "base/FrameLocking.h"
+#include "base/Report.h"
 #include "dialogs/WaitingCalls.h"
 #include "files/PictureFile.h"
 #include "platform/LocalFileName.h"
-#include "window/WindowQt_p.h"
+#include "window/HostText.h"
+#include "window/controllers/Commands.h"
 
 #include <Vistrel/FileIO.h>
 #include <Vistrel/Surface.h>
-#include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 
 #include <QtCore/QEventLoop>
 #include <QtCore/QFileInfo>
+#include <QtCore/QPointer>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QScopeGuard>
 #include <QtGui/QClipboard>
 #include <QtGui/QGuiApplication>
 #include <QtWidgets/QFileDialog>
+#include <QtWidgets/QMainWindow>
 #include <QtWidgets/QMessageBox>
+#include <QtWidgets/QStatusBar>
 
 #include <boost/thread/scoped_thread.hpp>
 
+#include <algorithm>
 #include <atomic>
+#include <iterator>
 
 namespace Vistrel {
 
@@ -37,9 +45,9 @@ struct BuiltInFormat
 };
 
 constexpr BuiltInFormat builtInFormats[] = {
-    {QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Portable Network Graphics Image (*.png)"), {".png", nullptr}},
-    {QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Joint Photographic Expert Group Image (*.jpg *.jpeg)"), {".jpg", ".jpeg"}},
-    {QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Bitmap Image (*.bmp)"), {".bmp", nullptr}},
+    {QT_TRANSLATE_NOOP("Vistrel::Saving", "Portable Network Graphics Image (*.png)"), {".png", nullptr}},
+    {QT_TRANSLATE_NOOP("Vistrel::Saving", "Joint Photographic Expert Group Image (*.jpg *.jpeg)"), {".jpg", ".jpeg"}},
+    {QT_TRANSLATE_NOOP("Vistrel::Saving", "Bitmap Image (*.bmp)"), {".bmp", nullptr}},
 };
 
 // With its dot, as file interfaces take it; empty without one.
@@ -84,32 +92,41 @@ int showBox(QWidget* window, QMessageBox::Icon icon, const QString& title, const
 
 } // namespace
 
-bool WindowQt::PrivateData::claims(const QByteArray& suffix) const
+Saving::Saving(QMainWindow* window, const Commands& commands, SurfaceStream* stream, Surface* surface,
+               const std::shared_ptr<AbstractAcquisitionInterface>& source,
+               const std::shared_ptr<AbstractFileInterface>& files)
+    : m_window(window), m_commands(commands), m_stream(stream), m_surface(surface), m_source(source), m_files(files)
 {
-    return files && files->hasFormat(suffix.constData());
 }
 
-QStringList WindowQt::PrivateData::saveFilters() const
+Saving::~Saving() = default;
+
+bool Saving::claims(const QByteArray& suffix) const
 {
-    QStringList filters;
+    return m_files && m_files->hasFormat(suffix.constData());
+}
+
+QStringList Saving::filters() const
+{
+    QStringList all;
     for (const BuiltInFormat& format : builtInFormats) {
         const bool isReplaced = claims(format.suffixes[0]) || (format.suffixes[1] && claims(format.suffixes[1]));
         if (!isReplaced)
-            filters += WindowQt::tr(format.filter);
+            all += tr(format.filter);
     }
-    return filters + hostFilters();
+    return all + hostFilters();
 }
 
-QStringList WindowQt::PrivateData::hostFilters() const
+QStringList Saving::hostFilters() const
 {
     QStringList filters;
-    if (!files)
+    if (!m_files)
         return filters;
-    const QByteArray suffixes = askText(
-        "queryFormats", [this](char* text, std::size_t* size) { return files->queryFormats(nullptr, text, size); });
+    const QByteArray suffixes = hostText(
+        "queryFormats", [this](char* text, std::size_t* size) { return m_files->queryFormats(nullptr, text, size); });
     for (const QByteArray& suffix : suffixes.split(' ')) {
-        const QByteArray pattern = askText("queryFormatPattern", [&](char* text, std::size_t* size) {
-            return files->queryFormatPattern(suffix.constData(), text, size);
+        const QByteArray pattern = hostText("queryFormatPattern", [&](char* text, std::size_t* size) {
+            return m_files->queryFormatPattern(suffix.constData(), text, size);
         });
         if (!pattern.isEmpty())
             filters += QString::fromLocal8Bit(pattern);
@@ -119,19 +136,19 @@ QStringList WindowQt::PrivateData::hostFilters() const
 
 // The path that the user names, of a type that can be written, or nothing. A name without a type gets the chosen
 // filter's first suffix.
-QString WindowQt::PrivateData::askSavePath()
+QString Saving::askPath()
 {
-    const QStringList filters = saveFilters();
-    QString start = savedPath;
-    const QPointer<WindowQt> alive(window);
+    const QStringList choices = filters();
+    QString start = m_savedPath;
+    const QPointer<Saving> alive(this);
     while (true) {
-        const QPointer<QFileDialog> dialog = new QFileDialog(window, tr("Save Current Image"));
+        const QPointer<QFileDialog> dialog = new QFileDialog(m_window, tr("Save Current Image"));
         dialog->setAttribute(Qt::WA_QuitOnClose, false);
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setFileMode(QFileDialog::AnyFile);
         dialog->setOption(QFileDialog::DontConfirmOverwrite); // its question would be on the stack; asked below
-        dialog->setNameFilters(filters);
-        dialog->selectNameFilter(filters.contains(savedFilter) ? savedFilter : hostFilters().value(0));
+        dialog->setNameFilters(choices);
+        dialog->selectNameFilter(choices.contains(m_savedFilter) ? m_savedFilter : hostFilters().value(0));
         if (!start.isEmpty()) {
             dialog->setDirectory(QFileInfo(start).absolutePath());
             dialog->selectFile(QFileInfo(start).fileName());
@@ -140,21 +157,21 @@ QString WindowQt::PrivateData::askSavePath()
         if (!alive || !dialog) // it went with the window
             return QString();
         QString path = isAccepted ? dialog->selectedFiles().value(0) : QString();
-        savedFilter = dialog->selectedNameFilter();
+        m_savedFilter = dialog->selectedNameFilter();
         delete dialog;
         if (path.isEmpty())
             return path;
         const auto isWritable = [&] { return claims(suffixOf(path)) || pictureType(path) != PictureType::Unknown; };
         if (!isWritable() && !namesOtherPicture(path))
-            path += firstSuffix(savedFilter);
+            path += firstSuffix(m_savedFilter);
         int answer = QMessageBox::Yes;
         if (!isWritable())
-            answer = showBox(window, QMessageBox::Critical, tr("File Save Error"),
+            answer = showBox(m_window, QMessageBox::Critical, tr("File Save Error"),
                              tr("Files of the type \"%1\" cannot be written. Please choose one of the listed types.")
                                  .arg(QFileInfo(path).suffix()),
                              QMessageBox::Ok);
         else if (QFileInfo::exists(path))
-            answer = showBox(window, QMessageBox::Question, tr("Save Current Image"),
+            answer = showBox(m_window, QMessageBox::Question, tr("Save Current Image"),
                              tr("%1 already exists.\nDo you want to replace it?").arg(QFileInfo(path).fileName()),
                              QMessageBox::Yes | QMessageBox::No);
         if (answer == QMessageBox::Yes)
@@ -167,14 +184,14 @@ QString WindowQt::PrivateData::askSavePath()
 
 // Writes on a thread while the events of this one go on, and returns when the file is there. The window may go
 // meanwhile; an application that ends waits here. What begins meanwhile in the same way returns first.
-bool WindowQt::PrivateData::writeBeside(const std::function<bool()>& write)
+bool Saving::writeBeside(const std::function<bool()>& write)
 {
-    isWriting = true;
-    const auto end = qScopeGuard([alive = QPointer<PrivateData>(this)] {
+    m_isWriting = true;
+    const auto end = qScopeGuard([alive = QPointer<Saving>(this)] {
         if (alive)
-            alive->isWriting = false;
+            alive->m_isWriting = false;
     });
-    updateActionStates();
+    Q_EMIT stateChanged();
     QEventLoop loop;
     bool isWritten = false;
     std::atomic<bool> isDone{false};
@@ -195,11 +212,11 @@ bool WindowQt::PrivateData::writeBeside(const std::function<bool()>& write)
 }
 
 // What went wrong, or nothing.
-QString WindowQt::PrivateData::saveImage(const QString& path)
+QString Saving::saveImage(const QString& path)
 {
     if (claims(suffixOf(path)))
         return saveFrame(path);
-    const QImage image = stream->cloneLatestImageForRender();
+    const QImage image = m_stream->cloneLatestImageForRender();
     if (image.isNull())
         return tr("The display image cannot be accessed at this time.");
     return writeBeside([&] { return writePicture(image, path, PictureOptions()); })
@@ -209,15 +226,15 @@ QString WindowQt::PrivateData::saveImage(const QString& path)
 }
 
 // By the host's interface, which gets the frame itself unless it may be called on a thread.
-QString WindowQt::PrivateData::saveFrame(const QString& path)
+QString Saving::saveFrame(const QString& path)
 {
     // The host may let the window go meanwhile.
-    const std::shared_ptr<AbstractAcquisitionInterface> keptSource = source;
-    const std::shared_ptr<AbstractFileInterface> keptFiles = files;
+    const std::shared_ptr<AbstractAcquisitionInterface> keptSource = m_source;
+    const std::shared_ptr<AbstractFileInterface> keptFiles = m_files;
     RawImage raw;
     ScopedLock lock;
     // A command of the source's may hold up whoever asks for the lock.
-    if (busyWork.isBusy() || !stream->latestImage(&raw, &lock))
+    if (m_commands.isBusy() || !m_stream->latestImage(&raw, &lock))
         return tr("The image data buffer cannot be accessed at this time.");
 
     const std::wstring name = path.toStdWString();
@@ -229,7 +246,7 @@ QString WindowQt::PrivateData::saveFrame(const QString& path)
         RawImage image;
         isSaved = copy.getData(image) && writeBeside([&] { return save(image); });
     } else {
-        const QPointer<Surface> surface = scrollArea->surface();
+        const QPointer<Surface> surface = m_surface;
         {
             const HeldFrameLock held(keptSource.get());
             isSaved = hostCall("save", false, [&] { return save(raw); });
@@ -248,38 +265,37 @@ QString WindowQt::PrivateData::saveFrame(const QString& path)
               "selected location.");
 }
 
-void WindowQt::saveCurrentImage()
+void Saving::save()
 {
-    const QPointer<WindowQt> alive(this);
-    if (m_data->isWriting)
+    const QPointer<Saving> alive(this);
+    if (m_isWriting)
         return;
-    const QString path = m_data->askSavePath();
+    const QString path = askPath();
     if (!alive || path.isEmpty())
         return;
-    const QString error = m_data->saveImage(path);
-    if (!alive || m_data->isClosed) { // while the file was written
+    const QString error = saveImage(path);
+    if (!alive || m_commands.hasEnded()) { // while the file was written
         if (!error.isEmpty())
             reportLine("Vistrel::WindowQt: An image that was being saved when its window closed is lost.");
         return;
     }
     if (error.isEmpty()) {
-        m_data->savedPath = path;
-        m_data->form.statusBar->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
+        m_savedPath = path;
+        m_window->statusBar()->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
     } else {
-        m_data->form.statusBar->clearMessage(); // "Saved" of an earlier image
-        showBox(this, QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok);
+        m_window->statusBar()->clearMessage(); // "Saved" of an earlier image
+        showBox(m_window, QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok);
         if (!alive)
             return;
     }
-    m_data->updateActionStates();
+    Q_EMIT stateChanged();
 }
 
-void WindowQt::copyCurrentImage()
+void Saving::copy() const
 {
-    const QImage image = m_data->stream->cloneLatestImageForRender();
+    const QImage image = m_stream->cloneLatestImageForRender();
     if (!image.isNull())
         QGuiApplication::clipboard()->setImage(image);
-    m_data->updateActionStates();
 }
 
 } // namespace Vistrel

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+// The commands that the main window gives its source, and what is shown of them.
+#include "window/controllers/Commands.h"
+
+#include "base/Report.h"
+
+#include <Vistrel/SurfaceStream.h>
+
+#include <QtCore/QPointer>
+#include <QtWidgets/QAction>
+#include <QtWidgets/QProgressBar>
+#include <QtWidgets/QStatusBar>
+
+#include <atomic>
+#include <string>
+#include <utility>
+
+namespace Vistrel {
+
+namespace {
+
+using Source = AbstractAcquisitionInterface;
+
+constexpr int messageMs = 2000;
+
+bool isTrue(const char* query, const Source& source, bool (Source::*question)() const)
+{
+    return hostCall(query, false, [&] { return (source.*question)(); });
+}
+
+} // namespace
+
+Commands::Commands(QStatusBar* statusBar, SurfaceStream* stream, const std::shared_ptr<Source>& source)
+    : m_statusBar(statusBar),
+      m_stream(stream),
+      m_source(source),
+      m_progress(new QProgressBar(statusBar)),
+      m_busyWork(source)
+{
+    m_progress->setRange(0, 0);
+    m_progress->setTextVisible(false);
+    m_progress->setAccessibleName(tr("Command under Way"));
+    m_progress->hide();
+    statusBar->addPermanentWidget(m_progress);
+    connect(&m_busyWork, SIGNAL(delayed(QString)), this, SLOT(showBusyWork(QString)));
+    connect(&m_busyWork, SIGNAL(completed(Vistrel::BusyWorkResult)), this, SIGNAL(completed(Vistrel::BusyWorkResult)));
+}
+
+Commands::~Commands() = default;
+
+bool Commands::isShown() const
+{
+    return !m_progress->isHidden();
+}
+
+void Commands::end()
+{
+    m_hasEnded = true;
+    m_busyWork.abortWaiting();
+}
+
+// One after the other -------------------------------------------------------------------------------------------------
+
+void Commands::run(const char* operation, BusyWork::Message message, BusyWork::Command command)
+{
+    if (!m_source || m_hasEnded)
+        return;
+    try {
+        m_busyWork.start(operation, std::move(message), std::move(command));
+        m_stream->setSourceAskable(false);
+    } catch (...) { // there may be no thread for it
+        reportException(operation);
+        cleanupBusyWork(BusyWorkResult::Failed);
+    }
+}
+
+void Commands::run(const char* operation, const QString& message, BusyWork::Command command)
+{
+    run(operation, BusyWork::Message([message] { return message; }), std::move(command));
+}
+
+void Commands::run(const char* operation, const QString& message, bool (Source::*command)())
+{
+    run(operation, message, BusyWork::Command([s = m_source.get(), command] { return (s->*command)(); }));
+}
+
+void Commands::showBusyWork(const QString& message)
+{
+    m_progress->setFixedWidth(3 * m_statusBar->height());
+    m_progress->show();
+    m_statusBar->showMessage(message);
+    Q_EMIT shown();
+}
+
+void Commands::cleanupBusyWork(BusyWorkResult result)
+{
+    if (result != BusyWorkResult::Succeeded)
+        m_outcome = result;
+    // Between two commands nothing changes in view.
+    if (isBusy())
+        return;
+    const QPointer<Commands> alive(this); // the slots of the stream may delete the window
+    m_stream->setSourceAskable(!m_hasEnded);
+    if (!alive)
+        return;
+    Q_EMIT rested();
+    m_progress->hide();
+    m_statusBar->clearMessage();
+    const BusyWorkResult worst = std::exchange(m_outcome, BusyWorkResult::Succeeded);
+    if (worst == BusyWorkResult::Failed)
+        m_statusBar->showMessage(tr("Operation failed!"), messageMs);
+    else if (worst == BusyWorkResult::Aborted)
+        m_statusBar->showMessage(tr("Operation aborted!"), messageMs);
+}
+
+// The commands --------------------------------------------------------------------------------------------------------
+
+// The mode is read here, for the menu may be made anew before the command's turn comes.
+void Commands::setupMode()
+{
+    const auto* const action = qobject_cast<QAction*>(sender());
+    if (!action) {
+        m_statusBar->showMessage(tr("Setup mode unidentified!"), messageMs);
+        return;
+    }
+    const QByteArray bytes = action->data().toByteArray(); // as the source gave it
+    const std::string name = (bytes.isNull() ? action->whatsThis().toLocal8Bit() : bytes).toStdString();
+    run("setupMode", tr("Acquisition setup (%1) ongoing").arg(action->whatsThis()),
+        [s = m_source.get(), name] { return s->setupMode(name.c_str()); });
+}
+
+void Commands::startFixed(std::size_t count)
+{
+    run("startFixed", tr("Acquisition start-fixed ongoing"),
+        [s = m_source.get(), count] { return s->startFixed(count); });
+}
+
+// A source without a set-up command is started as it is. What state it is in is found out when the command's turn
+// comes.
+void Commands::setRunning()
+{
+    const bool needsSetup = m_source && m_source->hasSetup();
+    run("setup and start", tr("Acquisition setup and start ongoing"), [s = m_source.get(), needsSetup] {
+        return isTrue("isRunning", *s, &Source::isRunning) || ((s->setup() || !needsSetup) && s->start());
+    });
+}
+
+void Commands::setConfigured()
+{
+    const bool needsSetup = m_source && m_source->hasSetup();
+    const auto isStopping = std::make_shared<std::atomic<bool>>(false);
+    run("setup", BusyWork::Message([isStopping] {
+            return *isStopping ? tr("Acquisition stop ongoing") : tr("Acquisition setup ongoing");
+        }),
+        [s = m_source.get(), needsSetup, isStopping] {
+            *isStopping = isTrue("isRunning", *s, &Source::isRunning);
+            return *isStopping ? hostCall("stop", false, [&] { return s->stop(); }) : s->setup() || !needsSetup;
+        });
+}
+
+void Commands::setUnconfigured()
+{
+    run("cleanup", tr("Acquisition cleanup ongoing"),
+        [s = m_source.get()] { return !isTrue("isSetup", *s, &Source::isSetup) || s->cleanup(); });
+}
+
+} // namespace Vistrel
