@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Finds the owner of memory that hosts describe by its bare address.
+// Finds the owner of memory by an address in it.
 #include "base/LentMemory.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ struct Registration
     std::weak_ptr<const void> owner;
 };
 
-// Never deleted: threads that were left behind may look something up while the process ends.
+// Never deleted: a thread that was left behind may look up an address while the process ends.
 struct Registry
 {
     std::mutex mutex; // under it no memory of a host's frame is freed

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Finds the owner of memory that hosts describe by its bare address.
+// Finds the owner of memory by an address in it.
 #pragma once
 
 #include <cstddef>
@@ -7,8 +7,9 @@
 
 namespace Vistrel {
 
-/// Registers memory of the library that a host is given the address of: `size` bytes from `begin`, which live as long as
-/// `owner`. Thread-safe, as is the function below; neither blocks for longer than a look-up. Throws `std::bad_alloc`.
+/// Registers memory of the library that a host is given the address of: `size` bytes from `begin`, which live as long
+/// as `owner`. Thread-safe, as is the function below; neither blocks for longer than a look-up. Throws
+/// `std::bad_alloc`.
 void registerLentMemory(const std::shared_ptr<const void>& owner, const void* begin, std::size_t size);
 
 /// The owner of the registered memory that holds the byte at `address`; null when there is none any more.

@@ -148,6 +148,14 @@ void ImperativeAcquisitionTest::lockIsReleasedElsewhere()
     QVERIFY(lock.good());
     source.reset();
     std::thread([&] { lock.reset(nullptr); }).join();
+
+    PushSource other;
+    lock = other.getFrameLock({});
+    struct OtherLock : AbstractLock
+    {
+    };
+    lock.reset(new OtherLock); // lets go of the one before
+    QVERIFY(other.framesLocked());
 }
 
 QTEST_GUILESS_MAIN(ImperativeAcquisitionTest)

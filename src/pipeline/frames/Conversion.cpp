@@ -46,7 +46,7 @@ QImage imageOver(uchar* bytes, std::size_t width, std::size_t height, const Targ
                   static_cast<int>(width * layout.bytesPerPixel), layout.format);
 }
 
-// Asked over no memory to speak of, and none of it touched: what the toolkit cannot hold must cost nothing.
+// Makes the image over four bytes and touches none of them: a size that Qt cannot hold must cost no memory.
 bool hasTarget(std::size_t width, std::size_t height, const TargetLayout& layout)
 {
     static uchar nothing[4] = {};

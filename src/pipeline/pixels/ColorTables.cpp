@@ -33,7 +33,7 @@ unsigned int wave(double value)
 
 unsigned int channel(double value)
 {
-    // Not a number goes the way of what is too small.
+    // NaN gives 0.
     return value > 0 ? static_cast<unsigned int>(std::min(value, 255.0)) : 0;
 }
 

@@ -43,7 +43,7 @@ std::size_t mirrored(std::ptrdiff_t index, std::size_t size)
     return static_cast<std::size_t>(index > last ? 2 * last - index : index);
 }
 
-// Some neighbouring columns of five neighbouring rows at a time, with a margin on both sides.
+// Holds a range of columns of five neighbouring rows, with a margin on both sides.
 class Strip
 {
 public:
@@ -77,7 +77,8 @@ public:
 private:
     static constexpr std::size_t lead = 4; // columns before the first that are loaded: groups are not torn
 
-    // Beyond a page. Ten of them are read side by side, which would fight for the same few places in the cache.
+    // Longer than a page. Ten of these arrays are read in parallel: a page apart, they would compete for the same cache
+    // lines.
     static constexpr std::size_t apart = 208;
     static_assert(apart >= (lead + margin) / 2);
 

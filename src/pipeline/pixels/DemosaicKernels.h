@@ -18,7 +18,7 @@ struct Rows
     bool areNarrow; // all sites are below `narrowSites`
 };
 
-/// What is special about a row of a mosaic.
+/// The properties of one row of a mosaic.
 struct Kind
 {
     unsigned colored; // parity of the columns whose sites are red or blue
@@ -29,7 +29,7 @@ struct Kind
 /// Interpolates `count` sites, the first being column 0, into four bytes each; columns -2 to `count` + 1 are read.
 void interpolate(const Rows& rows, std::uint8_t* target, std::size_t count, const Kind& kind);
 
-/// Puts the sites of even and of odd columns apart. The second returns all their bits together.
+/// Separates the sites of even columns from those of odd columns. `splitWords` returns the bitwise or of all sites.
 void splitBytes(const std::uint8_t* source, std::uint16_t* even, std::uint16_t* odd, std::size_t count);
 std::uint16_t splitWords(const std::uint8_t* source, std::uint16_t* even, std::uint16_t* odd, std::size_t count);
 

@@ -60,7 +60,7 @@ HWY_INLINE void store(Value value, Values values, std::uint8_t* target)
         hn::StoreU(value, values, lanes);
 }
 
-// The processor's own look-ahead keeps within a page; of 4 KiB, mostly.
+// The processor's own prefetching stops at the end of a page, mostly of 4 KiB.
 template <std::size_t bytes>
 HWY_INLINE void fetchAhead(const std::uint8_t* source)
 {
@@ -105,7 +105,7 @@ HWY_INLINE hn::Vec<Bytes> loadHalves(Bytes bytes, const std::uint8_t* source, st
     }
 }
 
-// Wide enough to be bound by memory, narrow enough for loads of single halves.
+// Wide enough to reach the memory's speed, and narrow enough to load single halves.
 constexpr std::size_t halvesWidth = HWY_ARCH_X86 && HWY_MAX_BYTES >= 32 ? 32 : 16;
 
 #endif

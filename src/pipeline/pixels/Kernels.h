@@ -7,16 +7,16 @@
 
 namespace Vistrel::Kernels {
 
-/// False in a process that started with `VISTREL_SIMD=scalar`: then the plain loops do all the work. Otherwise they do
-/// what is left beside whole vectors.
+/// Returns false in a process that was started with `VISTREL_SIMD=scalar`: then the scalar loops convert every pixel.
+/// Otherwise they convert the pixels that do not fill a vector.
 bool areVectorsAllowed();
 
-/// Whether what is written stays in the caches or goes past them. Then it need not be read before it is overwritten,
-/// but other threads see it only after a fence, such as `CopyPool::runRows` ends with.
+/// Cached stores keep the target in the caches. Streamed stores bypass them: the target is not read before it is
+/// overwritten, but other threads see it only after a fence. `CopyPool::runRows` ends with one.
 enum class Stores : bool { Cached, Streamed };
 
-/// Measured, with what paints the target afterwards: to stream less than 2 MB is slower, up to 5 MB it makes no
-/// difference, and more than that is done in three quarters of the time.
+/// Chosen by measuring conversion and painting together. Streaming is slower below 2 MB, makes no difference up to 5
+/// MB, and takes three quarters of the time above.
 constexpr Stores storesFor(std::size_t targetBytes)
 {
     return targetBytes < std::size_t{6} << 20 ? Stores::Cached : Stores::Streamed;
@@ -46,12 +46,12 @@ struct PixelRun
     }
 };
 
-// Those of one signature convert a run. Upper bits beyond the depth are lost.
+// Each of these converts one run. Bits above the depth are dropped.
 
-/// Bytes as they are. The C library's copy can be several times slower on some processors, where source and target lie
-/// unluckily to each other within their pages.
+/// Copies bytes. On some processors the C library's copy is several times slower when source and target have an
+/// unfavourable offset within their pages.
 void copyBytes(const PixelRun& run);
-/// 16-bit words to bytes.
+/// Shifts 16-bit words to bytes.
 void shiftToGray(const PixelRun& run);
 
 /// Packed 10-bit groups of five bytes, see `Gray10PackedIterator`: the top eight bits of each pixel to a byte, or all

@@ -16,7 +16,7 @@ namespace HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
-using namespace Plain; // no vectors to speak of
+using namespace Plain; // there are no vectors
 
 #else
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// All that the library knows of each pixel format.
+// The table of the pixel formats: names, layouts, conversions.
 #pragma once
 
 #include "pipeline/pixels/Kernels.h"
@@ -11,7 +11,7 @@
 
 namespace Vistrel {
 
-/// The field that no format has; whatever sets it is unknown.
+/// The field that is zero in every format. A code with bits in it is unknown.
 constexpr std::uint32_t formatLayoutMask = 0xFF0000;
 
 /// How the pixels of a row lie in memory.
@@ -65,7 +65,7 @@ struct PixelFormat
 /// monochrome, are passed over. Null for a code that is shown as none.
 const PixelFormat* findFormat(Format code);
 
-/// The code itself when it is shown as none.
+/// The code of `findFormat(code)`, or `code` itself when that is null.
 Format plainFormat(Format code);
 
 /// The greatest value of one channel: 255 for 8 bits a channel, 4095 for 12, and so on; 0 for an unknown format.
@@ -74,12 +74,11 @@ std::uint32_t channelMaximum(Format code);
 /// Whether bytes of `bytes` a pixel can be counted: a row's in an `int`, a frame's in a pointer difference.
 bool hasPixelBytes(std::size_t width, std::size_t height, std::size_t bytes);
 
-/// Whether the frame has pixels of a known format and a size whose bytes can be counted. The data pointer is taken at
-/// its word.
+/// Whether the frame has a known format and a size whose bytes can be counted. The data pointer is not checked.
 bool isReadable(const RawImage& raw);
 
-/// Where the bytes of a frame of a known format end that its pixels need. What `PackedNoSwap` groups read beyond counts
-/// as zero.
+/// The end of the bytes that the pixels of a frame need. The format is known. `PackedNoSwap` groups that reach beyond
+/// it read zeros.
 const std::uint8_t* frameEnd(const RawImage& raw);
 
 } // namespace Vistrel

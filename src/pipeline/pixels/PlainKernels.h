@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The row loops in plain words: they do what is left beside whole vectors, everything where there are none, and say
-// what the vectors must give.
+// The scalar forms of the kernels. They define the results of the vector forms, convert the pixels that do not fill a
+// vector, and convert all pixels where there are no vectors.
 #pragma once
 
 #include "pipeline/pixels/DemosaicKernels.h"
@@ -111,7 +111,7 @@ inline void Packed10NoSwapToWords(const PixelRun& run)
     packed10<PackedNoSwap>(run, 0, wordsOf(run));
 }
 
-// Eight at a time, because reading them one by one is what takes longest.
+// Reads eight indices at once: single loads take most of the time.
 inline void LookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table,
                    Stores = Stores::Cached)
 {

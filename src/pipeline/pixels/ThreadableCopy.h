@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Copies of frames into pictures, an instantiation for each kind of source, rows shared out between threads.
+// Copies rows of a frame into its picture, with one instantiation for each kind of source pixel.
 #pragma once
 
 #include "pipeline/pixels/PackedIterators.h"
@@ -9,7 +9,7 @@
 
 namespace Vistrel {
 
-/// One channel into indices. T is the source element, Iterator what walks along a row of them.
+/// Copies one channel into indices. T is the source element, Iterator walks over a row of them.
 template <typename T, int shift, typename Iterator>
 class ThreadableCopyGray
 {
@@ -42,7 +42,7 @@ public:
     }
 };
 
-/// Colour into three or four bytes a pixel, red first. `channels` elements of T make a pixel.
+/// Copies colour into three or four bytes a pixel, red first. `channels` elements of T make a pixel.
 template <typename T, int channels, int shift, typename Iterator>
 class ThreadableCopyColor
 {

@@ -17,7 +17,7 @@ namespace Vistrel {
 
 namespace {
 
-// A lock on a frame that keeps its pixels from going, too, where they are not the source's.
+// A lock on a frame. It also owns the pixels where the library owns them.
 class PictureLock : public AbstractLock
 {
 public:
@@ -31,7 +31,7 @@ private:
     const ScopedLock m_frameLock;
 };
 
-// A host that draws into a locked bitmap need not care for the fourth byte; who gets an image does.
+// A host that draws into a locked bitmap may leave the fourth byte as it is. An image needs it.
 QImage opaqueCopy(QImage image, const DisplayFrame& frame)
 {
     if (frame.lockedBitmap && image.format() == QImage::Format_RGBX8888)

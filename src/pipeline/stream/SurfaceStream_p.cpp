@@ -39,7 +39,7 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       shared(std::move(owned))
 {
     frameWanted.follow(clock, &RefreshClock::ticked);
-    // What is announced comes at any rate.
+    // The source announces frames at any rate.
     connect(clock, &RefreshClock::intervalChanged, this, [this](int milliseconds) {
         frameWanted.setInterval(std::min(milliseconds, PacedCall::defaultIntervalMs));
     });
@@ -97,7 +97,7 @@ void SurfaceStream::PrivateData::showSetUp()
 
 void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 {
-    // A source that has a frame ready may have been set up without a word about it.
+    // A source that announces a frame may have been set up without announcing that.
     if (!isSourceSetUp && readout.isAskable && asksSetUp())
         showSetUp();
     if (!isSourceSetUp) {

@@ -17,7 +17,7 @@
 
 namespace Vistrel {
 
-/// What the surface is given for the source of its pixel values: it grants no lock while the source must not be asked.
+/// Stands for the source where the surface reads pixel values. Grants no lock while the source must not be asked.
 class ReadoutSource final : public AbstractAcquisitionInterface
 {
 public:
@@ -40,7 +40,7 @@ private:
     AbstractAcquisitionInterface* const m_source;
 };
 
-/// Shares the pixels: neither pass nor copy. Pixmaps are made and destroyed on the user-interface thread alone.
+/// A pixmap that shares the picture's pixels. Pixmaps are made and destroyed on the user-interface thread alone.
 QPixmap pixmapOf(const DisplayFrame& frame);
 
 class SurfaceStream::PrivateData : public QObject
