@@ -2,7 +2,6 @@
 // Images of the toolkit in files, read with suspicion and written whole or not at all.
 #include "files/PictureFile.h"
 
-#include "files/Checksum.h"
 #include "platform/DiskWriting.h"
 #include "platform/LocalFileName.h"
 
@@ -12,6 +11,8 @@
 #include <QtCore/QtEndian>
 #include <QtGui/QImageReader>
 #include <QtGui/QImageWriter>
+
+#include <boost/crc.hpp>
 
 #include <algorithm>
 #include <limits>
@@ -54,10 +55,10 @@ bool appendExtras(QIODevice& file, const PixelBuffer& extras)
 {
     const auto put = [&file](const QByteArray& bytes) { return file.write(bytes) == bytes.size(); };
     const auto putChunk = [&put](const QByteArray& typeAndData) {
-        Checksum sum;
-        sum.add(typeAndData.constData(), static_cast<std::size_t>(typeAndData.size()));
+        boost::crc_32_type sum;
+        sum.process_bytes(typeAndData.constData(), static_cast<std::size_t>(typeAndData.size()));
         return put(bigEndian(static_cast<quint32>(typeAndData.size() - 4))) && put(typeAndData) &&
-               put(bigEndian(sum.value()));
+               put(bigEndian(sum.checksum()));
     };
     if (!file.seek(file.size() - pngEnd))
         return false;

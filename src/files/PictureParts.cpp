@@ -2,9 +2,9 @@
 // The bytes of an image file that make its picture.
 #include "files/PictureParts.h"
 
-#include "files/Checksum.h"
-
 #include <QtCore/QFile>
+
+#include <boost/crc.hpp>
 
 #include <algorithm>
 #include <utility>
@@ -92,17 +92,17 @@ qint64 PictureParts::find(char byte, qint64 from)
 // Of the chunk that begins there, over its type and data.
 bool PictureParts::hasTrueChecksum(qint64 at, qint64 length)
 {
-    Checksum sum;
+    boost::crc_32_type sum;
     if (!m_file.seek(at + 4))
         return false;
     for (qint64 rest = 4 + length; rest > 0;) {
         const QByteArray piece = m_file.read(std::min(rest, blockSize));
         if (piece.isEmpty())
             return false;
-        sum.add(piece.constData(), static_cast<std::size_t>(piece.size()));
+        sum.process_bytes(piece.constData(), static_cast<std::size_t>(piece.size()));
         rest -= piece.size();
     }
-    return sum.value() == numberAt(at + 8 + length, 4, true);
+    return sum.checksum() == numberAt(at + 8 + length, 4, true);
 }
 
 // Follows the chunks, whose data lies between length, type and checksum. Of what is damaged or not allowed the
