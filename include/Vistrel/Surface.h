@@ -17,6 +17,7 @@
 namespace Vistrel {
 
 class AbstractAcquisitionInterface;
+class SurfaceGeometry;
 
 /// Paints the visible part of a pixmap, with a crosshair on the active pixel and, once a pixel's cell is large enough,
 /// the pixel's coordinates and value written in it.
@@ -64,6 +65,7 @@ public:
     bool scaleToFit() const;
     QRect visibleImageRect() const;   ///< image pixels of which any part can be seen, with a margin of rounding
     QRectF visibleImageRectF() const; ///< the part of the image that can be seen, in image coordinates
+    VISTREL_LOCAL SurfaceGeometry viewGeometry() const; ///< of this moment; for the library's own widgets
     bool crosshairVisible() const;
     QPoint activePixel() const;
     bool valueOverlayEnabled() const;

@@ -2,6 +2,8 @@
 // A small picture of the whole image, with the visible part framed.
 #include <Vistrel/MiniMap.h>
 
+#include "widgets/SurfaceGeometry.h"
+
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
@@ -156,11 +158,7 @@ void MiniMap::paintEvent(QPaintEvent*)
         painter.drawImage(picture, m_data->small);
     }
 
-    const QRectF visible = m_data->area->surface()->visibleImageRectF();
-    const double xScale = picture.width() / static_cast<double>(pixmap.width());
-    const double yScale = picture.height() / static_cast<double>(pixmap.height());
-    const QRectF seen(picture.x() + visible.x() * xScale, picture.y() + visible.y() * yScale, visible.width() * xScale,
-                      visible.height() * yScale);
+    const QRectF seen = stretched(m_data->area->surface()->visibleImageRectF(), pixmap.rect(), picture);
     constexpr int inset = haloWidth / 2;
     // On whole pixels, so that the lines are sharp.
     const QRect frame = enlarged(seen, picture).toAlignedRect().intersected(picture);
@@ -177,15 +175,12 @@ void MiniMap::PrivateData::centreOn(const QPoint& position)
 {
     if (!area)
         return;
-    const Surface* const surface = area->surface();
-    const QSize imageSize = surface->pixmap().size();
-    if (imageSize.isEmpty())
+    const SurfaceGeometry geometry = area->surface()->viewGeometry();
+    if (geometry.imageSize().isEmpty())
         return;
-    const QRect picture = pictureRect(imageSize);
-    const QSizeF scaled = surface->scaledSize();
-    const QPointF point((position.x() + 0.5 - picture.x()) / picture.width() * scaled.width(),
-                        (position.y() + 0.5 - picture.y()) / picture.height() * scaled.height());
-    area->setImageOffset(point - QPointF(surface->width(), surface->height()) / 2);
+    const QRectF pixel = stretched(QRect(position, QSize(1, 1)), pictureRect(geometry.imageSize()),
+                                   QRectF(QPointF(0, 0), geometry.scaledSize()));
+    area->setImageOffset(geometry.offsetCentred(pixel.center()));
     map->update();
 }
 

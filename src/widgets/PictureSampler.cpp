@@ -3,6 +3,7 @@
 #include "widgets/PictureSampler.h"
 
 #include "pipeline/pixels/Kernels.h"
+#include "widgets/SurfaceGeometry.h"
 
 #include <hwy/base.h>
 #include <hwy/cache_control.h>
@@ -18,20 +19,6 @@ namespace Vistrel {
 namespace {
 
 constexpr int bandHeight = 16; // lines that stay in the cache until they are painted
-// A centre on a border belongs to the pixel before it, as with the paint engine, however the sum was rounded.
-constexpr double tie = 1e-6;
-
-// Of `length` pixels of the picture, the one in which the centre of a pixel of the target lies.
-int pixelAt(int position, double targetStart, double sourceStart, double ratio, int length)
-{
-    const double place = sourceStart + (position + 0.5 - targetStart) * ratio - tie;
-    return std::clamp(static_cast<int>(std::floor(place)), 0, length - 1);
-}
-
-int firstCentreFrom(double edge)
-{
-    return static_cast<int>(std::ceil(edge - 0.5 + tie));
-}
 
 bool isWholeTranslation(const QTransform& transform)
 {
@@ -70,30 +57,25 @@ void sampleRow(const uchar* row, const uchar* next, const std::vector<int>& colu
 
 } // namespace
 
-bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage& picture, const QRectF& source,
+bool PictureSampler::draw(QPainter& painter, const QImage& picture, const SurfaceGeometry& geometry,
                           const QRect& needed)
 {
     const bool isGray = picture.format() == QImage::Format_Grayscale8;
     const bool isSwapped = picture.format() == QImage::Format_RGBX8888;
-    const bool isFullSize = source.size() == target.size();
+    const bool isFullSize = geometry.isFullSize();
     if ((!isGray && !isSwapped && !isFullSize && picture.format() != QImage::Format_RGB32) ||
         painter.device()->devicePixelRatioF() != 1.0 || !isWholeTranslation(painter.deviceTransform()))
         return false;
 
-    const int left = std::max(firstCentreFrom(target.left()), needed.left());
-    const int top = std::max(firstCentreFrom(target.top()), needed.top());
-    const int width = std::min(firstCentreFrom(target.left() + target.width()), needed.right() + 1) - left;
-    const int height = std::min(firstCentreFrom(target.top() + target.height()), needed.bottom() + 1) - top;
-    if (width <= 0 || height <= 0)
+    const QRect drawn = geometry.sampledRect() & needed;
+    if (drawn.isEmpty())
         return true;
-    const double ratioX = source.width() / target.width();
-    const double ratioY = source.height() / target.height();
-    const auto columnAt = [&](int x) {
-        return pixelAt(left + x, target.left(), source.left(), ratioX, picture.width());
-    };
-    const auto rowAt = [&](int y) { return pixelAt(top + y, target.top(), source.top(), ratioY, picture.height()); };
+    const int width = drawn.width();
+    const int height = drawn.height();
+    const auto columnAt = [&](int x) { return geometry.sampledColumn(drawn.left() + x); };
+    const auto rowAt = [&](int y) { return geometry.sampledRow(drawn.top() + y); };
     if (isFullSize && !isSwapped) { // copied
-        painter.drawImage(QPoint(left, top), picture, QRect(columnAt(0), rowAt(0), width, height));
+        painter.drawImage(drawn.topLeft(), picture, QRect(columnAt(0), rowAt(0), width, height));
         return true;
     }
 
@@ -146,7 +128,7 @@ bool PictureSampler::draw(QPainter& painter, const QRectF& target, const QImage&
                 sample(row, next, line);
             before = row;
         }
-        painter.drawImage(QPoint(left, top + band), m_lines, QRect(0, 0, width, lineCount));
+        painter.drawImage(QPoint(drawn.left(), drawn.top() + band), m_lines, QRect(0, 0, width, lineCount));
     }
     return true;
 }

@@ -12,17 +12,18 @@ class QPainter;
 
 namespace Vistrel {
 
+class SurfaceGeometry;
+
 /// Shows in each pixel of the target the picture's pixel in which its centre lies; of two, the upper left one. The
 /// paint engine takes longer for it, and is not exact in large pictures and between pixels. Keeps its memory from one
 /// painting to the next.
 class PictureSampler
 {
 public:
-    /// Draws the part `source` of a picture into `target`, where that lies in `needed`. False, and nothing drawn, where
-    /// the painter does more than move by whole pixels; and for scaled pictures that are neither `Format_Grayscale8`,
+    /// Draws the picture, of the geometry's image size, where it lies in `needed`. False, and nothing drawn, where the
+    /// painter does more than move by whole pixels; and for scaled pictures that are neither `Format_Grayscale8`,
     /// `Format_RGBX8888` nor `Format_RGB32`.
-    bool draw(QPainter& painter, const QRectF& target, const QImage& picture, const QRectF& source,
-              const QRect& needed);
+    bool draw(QPainter& painter, const QImage& picture, const SurfaceGeometry& geometry, const QRect& needed);
 
 private:
     QImage m_lines;                       // at least as wide as what is drawn

@@ -11,8 +11,6 @@
 #include <QtGui/QPainter>
 
 #include <algorithm>
-#include <cmath>
-#include <utility>
 
 namespace Vistrel {
 
@@ -70,9 +68,9 @@ bool PixelOverlay::fits(double scaling) const
     return m_box.width() * slack < scaling && m_box.height() * slack < scaling;
 }
 
-void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const QRectF& scaledRect,
-                        double scaling) const
+void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const SurfaceGeometry& geometry) const
 {
+    const double scaling = geometry.scaling();
     painter.setFont(m_font);
     painter.setBackground(Qt::white);
     painter.setBackgroundMode(Qt::OpaqueMode);
@@ -82,8 +80,9 @@ void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const
 
     const QSizeF box(std::max(m_position.width(), m_value.width()), m_position.height() + m_value.height());
     for (const Cell& cell : cells) {
-        const double left = scaledRect.x() + scaling * cell.x;
-        const double top = scaledRect.y() + scaling * cell.y + (scaling - box.height()) / 2;
+        const QPointF corner = geometry.viewPoint({cell.x, cell.y});
+        const double left = corner.x();
+        const double top = corner.y() + (scaling - box.height()) / 2;
         const QRectF position(QPointF(left + (scaling - m_position.width()) / 2, top), m_position);
         const QRectF value(QPointF(left + (scaling - m_value.width()) / 2, top + m_position.height()), m_value);
         const QRect frame = QRectF(QPointF(left + (scaling - box.width()) / 2, top), box).toRect().adjusted(0, 0, 1, 1);
@@ -96,19 +95,6 @@ void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const
         painter.drawLine(QPointF(position.left() + separatorIndent, position.bottom()),
                          QPointF(position.right() - separatorIndent, position.bottom()));
     }
-}
-
-QRect cellsIn(const QRectF& area, const QRectF& scaledRect, double scaling, const QSize& imageSize)
-{
-    const auto range = [scaling](double from, double length, int size) {
-        const double first = std::floor(from / scaling);
-        const double last = std::min<double>(first + std::ceil(length / scaling) + 1, size);
-        const double start = std::clamp<double>(first, 0, size);
-        return std::pair<int, int>(static_cast<int>(start), static_cast<int>(std::max(last - start, 0.0)));
-    };
-    const auto [x, width] = range(area.x() - scaledRect.x(), area.width(), imageSize.width());
-    const auto [y, height] = range(area.y() - scaledRect.y(), area.height(), imageSize.height());
-    return {x, y, width, height};
 }
 
 } // namespace Vistrel

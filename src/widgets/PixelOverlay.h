@@ -12,10 +12,11 @@
 #include <vector>
 
 class QPaintDevice;
-class QPaintDevice;
 class QPainter;
 
 namespace Vistrel {
+
+class SurfaceGeometry;
 
 /// Lays out and draws the labels. Bound to the user-interface thread.
 class PixelOverlay
@@ -37,7 +38,7 @@ public:
     /// Whether the labels, as measured last, fit a cell at this zoom with an eighth to spare.
     bool fits(double scaling) const;
 
-    void draw(QPainter& painter, const std::vector<Cell>& cells, const QRectF& scaledRect, double scaling) const;
+    void draw(QPainter& painter, const std::vector<Cell>& cells, const SurfaceGeometry& geometry) const;
 
 private:
     QFont m_font;
@@ -47,8 +48,5 @@ private:
     QSizeF m_value;
     QSizeF m_box;
 };
-
-/// The pixels whose cells `area`, in view coordinates, touches.
-QRect cellsIn(const QRectF& area, const QRectF& scaledRect, double scaling, const QSize& imageSize);
 
 } // namespace Vistrel

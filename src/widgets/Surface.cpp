@@ -129,6 +129,12 @@ QRectF Surface::visibleImageRectF() const
     return m_data->geometry.visibleImageRectF();
 }
 
+SurfaceGeometry Surface::viewGeometry() const
+{
+    const auto view = m_data->lockView();
+    return m_data->geometry;
+}
+
 QPixmap Surface::pixmap() const
 {
     const auto view = m_data->lockView();
@@ -223,9 +229,8 @@ void Surface::resizeEvent(QResizeEvent* event)
         const auto view = m_data->lockView();
         if (!m_data->fit(false, changes))
             changes.addRange();
-        const QSizeF growth = QSizeF(event->size() - (event->oldSize().isValid() ? event->oldSize() : event->size()));
-        const QPointF offset = m_data->geometry.storedOffset();
-        m_data->setOffset(offset - QPointF(growth.width(), growth.height()) * 0.5, changes);
+        const QSize before = event->oldSize().isValid() ? event->oldSize() : event->size();
+        m_data->setOffset(m_data->geometry.offsetGrown(event->size() - before), changes);
     }
     changes.announce(this);
 }

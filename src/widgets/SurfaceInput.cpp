@@ -2,6 +2,8 @@
 // What the mouse does over a surface in its scroll area.
 #include "widgets/SurfaceInput.h"
 
+#include "widgets/SurfaceGeometry.h"
+
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
@@ -125,13 +127,7 @@ bool ImageSurfaceEventFilter::move(QMouseEvent& event)
 
 void ImageSurfaceEventFilter::followPointer(const QPoint& globalPosition)
 {
-    const QPoint position = m_surface.mapFromGlobal(globalPosition);
-    if (position.x() < 0 || position.y() < 0) {
-        m_surface.setActivePixel(-1, -1);
-        return;
-    }
-    const QPointF inImage = (QPointF(position) - m_surface.scaledRect().topLeft()) / m_surface.scaling();
-    m_surface.setActivePixel((inImage - QPointF(0.5, 0.5)).toPoint()); // the pixel that contains the point
+    m_surface.setActivePixel(m_surface.viewGeometry().pixelAt(m_surface.mapFromGlobal(globalPosition)));
 }
 
 } // namespace Vistrel

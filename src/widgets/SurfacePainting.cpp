@@ -19,16 +19,15 @@ namespace {
 // Past this many pixels from an edge the paint engine's coordinates are no longer exact.
 constexpr int bandSize = 16384;
 
-// Draws the part `source` of a picture into `target`.
-void drawPart(QPainter& painter, const QRectF& target, const QPixmap& pixmap, const QRectF& source)
+void drawVisible(QPainter& painter, const QPixmap& pixmap, const SurfaceGeometry& geometry)
 {
+    const QRectF source = geometry.visibleImageRectF();
+    const QRectF target = geometry.shownRect();
     if (pixmap.width() <= bandSize && pixmap.height() <= bandSize) {
         painter.drawPixmap(target, pixmap, source);
         return;
     }
     const QImage image = pixmap.toImage(); // shares the pixels
-    const double scaleX = target.width() / source.width();
-    const double scaleY = target.height() / source.height();
     const int pixelBytes = image.depth() / 8;
     for (int y = static_cast<int>(source.top()) / bandSize * bandSize; y < source.bottom(); y += bandSize) {
         for (int x = static_cast<int>(source.left()) / bandSize * bandSize; x < source.right(); x += bandSize) {
@@ -39,10 +38,7 @@ void drawPart(QPainter& painter, const QRectF& target, const QPixmap& pixmap, co
             QImage view(image.constScanLine(band.y()) + static_cast<qsizetype>(band.x()) * pixelBytes, band.width(),
                         band.height(), image.bytesPerLine(), image.format());
             view.setColorTable(image.colorTable());
-            painter.drawImage(QRectF(target.x() + (part.x() - source.x()) * scaleX,
-                                     target.y() + (part.y() - source.y()) * scaleY, part.width() * scaleX,
-                                     part.height() * scaleY),
-                              view, part.translated(-band.topLeft()));
+            painter.drawImage(stretched(part, source, target), view, part.translated(-band.topLeft()));
         }
     }
 }
@@ -166,15 +162,14 @@ void Surface::paintEvent(QPaintEvent* event)
 void Surface::PrivateData::paintImage(QPainter& painter, const QRegion& region)
 {
     QPixmap shown;
-    QRectF source;
-    QRectF target;
+    SurfaceGeometry placed;
     {
         const auto view = lockView();
         shown = pixmap;
-        source = geometry.visibleImageRectF();
-        target = geometry.scaledRect().intersected(QRectF(QPointF(0, 0), QSizeF(geometry.viewSize())));
+        placed = geometry;
     }
-    const bool isShown = !source.isEmpty() && !target.isEmpty();
+    const QRectF target = placed.shownRect();
+    const bool isShown = !target.isEmpty() && !placed.visibleImageRectF().isEmpty();
     // Pixels at the image's edge may be covered in part.
     const QRect covered = isShown && !shown.hasAlphaChannel() ? target.toAlignedRect().adjusted(1, 1, -1, -1) : QRect();
     if (surface->autoFillBackground() && surface->testAttribute(Qt::WA_OpaquePaintEvent)) {
@@ -182,8 +177,8 @@ void Surface::PrivateData::paintImage(QPainter& painter, const QRegion& region)
             painter.fillRect(rect, surface->palette().brush(QPalette::Window));
     }
     // The image shares the pixels.
-    if (isShown && !sampler.draw(painter, target, shown.toImage(), source, region.boundingRect()))
-        drawPart(painter, target, shown, source);
+    if (isShown && !sampler.draw(painter, shown.toImage(), placed, region.boundingRect()))
+        drawVisible(painter, shown, placed);
 }
 
 void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
@@ -200,13 +195,8 @@ void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
         return;
     }
 
-    double scaling = 1.0;
-    QRectF scaledRect;
-    {
-        const auto view = lockView();
-        scaling = geometry.scaling();
-        scaledRect = geometry.scaledRect();
-    }
+    const SurfaceGeometry placed = surface->viewGeometry();
+    const double scaling = placed.scaling();
     if (sourceChanged.exchange(0) == 1)
         overlay.measure(painter.device(), size, widest, scaling);
     if (!overlay.fits(scaling)) {
@@ -215,7 +205,7 @@ void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
     }
 
     std::vector<PixelOverlay::Cell> cells;
-    const QRect visible = cellsIn(area, scaledRect, scaling, size);
+    const QRect visible = placed.pixelsIn(area, size);
     {
         const ScopedLock lock = source.hasRaw() ? askFrameLock(source.source, source.raw) : ScopedLock();
         if (source.hasRaw() && !lock)
@@ -237,20 +227,16 @@ void Surface::PrivateData::paintOverlay(QPainter& painter, const QRectF& area)
             }
         }
     }
-    overlay.draw(painter, cells, scaledRect, scaling);
+    overlay.draw(painter, cells, placed);
 }
 
 void Surface::PrivateData::paintCrosshair(QPainter& painter, const QRectF& area)
 {
-    double scaling = 1.0;
-    QPointF corner;
-    {
-        const auto view = lockView();
-        if (!geometry.visibleImageRect().contains(activePixel))
-            return;
-        scaling = geometry.scaling();
-        corner = QPointF(activePixel) * scaling - geometry.scaledOffset();
-    }
+    const SurfaceGeometry placed = surface->viewGeometry();
+    if (!placed.visibleImageRect().contains(activePixel))
+        return;
+    const double scaling = placed.scaling();
+    const QPointF corner = placed.viewPoint(activePixel);
     QVector<QLineF> lines;
     lines << QLineF(area.left(), corner.y(), area.right(), corner.y())
           << QLineF(corner.x(), area.top(), corner.x(), area.bottom());

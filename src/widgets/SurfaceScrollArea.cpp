@@ -2,6 +2,7 @@
 // A surface with scroll bars, zoomed and moved by mouse and keys.
 #include <Vistrel/SurfaceScrollArea.h>
 
+#include "widgets/SurfaceGeometry.h"
 #include "widgets/SurfaceInput.h"
 
 #include <Vistrel/Surface.h>
@@ -14,7 +15,6 @@
 #include <QtWidgets/QShortcut>
 
 #include <algorithm>
-#include <cmath>
 
 namespace Vistrel {
 
@@ -298,20 +298,17 @@ void SurfaceScrollArea::setZoomToFit(bool enabled)
 void SurfaceScrollArea::setZoomTo(double scale, const QPoint& centerRef)
 {
     Surface* const surface = m_data->surface;
-    if (surface->pixmap().isNull())
+    const SurfaceGeometry before = surface->viewGeometry();
+    if (before.imageSize().isEmpty())
         return;
-    const double before = surface->scaling();
-    const QPointF offset = surface->scaledOffset();
-    const QRectF view = surface->rect();
     surface->setScaling(scale);
     const double after = surface->scaling();
-    if (std::abs(before - after) <= Surface::scalingMin())
+    if (!SurfaceGeometry::isZoom(before.scaling(), after))
         return;
     // Bars that come or go resize the surface, which moves the image; they do it before the image is put in its place.
     m_data->updateScrollRange();
     m_data->layout->activate();
-    const QPointF reference = view.contains(centerRef) ? QPointF(centerRef) : view.center();
-    surface->setScaledOffset((offset + reference) * after / before - reference);
+    surface->setScaledOffset(before.offsetZoomed(after, centerRef));
 }
 
 void SurfaceScrollArea::doZoomIn(const QPoint& centerRef)

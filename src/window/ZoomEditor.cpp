@@ -2,6 +2,8 @@
 // Sets the zoom of a picture by slider, number and presets.
 #include "window/ZoomEditor.h"
 
+#include "widgets/SurfaceGeometry.h"
+
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
@@ -12,8 +14,6 @@
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QToolButton>
 
-#include <cmath>
-
 namespace Vistrel {
 
 namespace {
@@ -21,16 +21,6 @@ namespace {
 constexpr int presets[] = {25, 50, 100, 200, 400, 800}; // percent
 constexpr int sliderWidth = 180;                        // pixels
 constexpr int levelsPerPage = 6;                        // about a doubling
-
-int levelOf(double scaling)
-{
-    return static_cast<int>(std::lround(std::log(scaling) / std::log(Surface::scalingRatio())));
-}
-
-double scalingOf(int level)
-{
-    return std::pow(Surface::scalingRatio(), level);
-}
 
 // Its arrows go from one zoom level to the next.
 class PercentBox : public QDoubleSpinBox
@@ -41,7 +31,7 @@ public:
     void stepBy(int steps) override
     {
         interpretText();
-        setValue(100 * scalingOf(levelOf(value() / 100) + steps));
+        setValue(100 * SurfaceGeometry::scalingOf(SurfaceGeometry::levelOf(value() / 100) + steps));
         selectAll();
     }
     bool isBeingTyped() const { return lineEdit()->hasFocus() && lineEdit()->isModified(); }
@@ -55,7 +45,8 @@ ZoomEditor::ZoomEditor(SurfaceScrollArea* area, QWidget* parent) : QWidget(paren
     setAccessibleName(tr("Zoom editor"));
 
     m_slider = new QSlider(Qt::Horizontal, this);
-    m_slider->setRange(levelOf(Surface::scalingMin()), levelOf(Surface::scalingMax()));
+    m_slider->setRange(SurfaceGeometry::levelOf(Surface::scalingMin()),
+                       SurfaceGeometry::levelOf(Surface::scalingMax()));
     m_slider->setPageStep(levelsPerPage);
     m_slider->setMinimumWidth(sliderWidth);
     m_slider->setAccessibleName(tr("Zoom level"));
@@ -97,7 +88,7 @@ ZoomEditor::ZoomEditor(SurfaceScrollArea* area, QWidget* parent) : QWidget(paren
     setTabOrder(m_slider, m_percent);
     setFocusProxy(m_percent);
 
-    connect(m_slider, &QSlider::valueChanged, this, [this](int level) { zoomTo(scalingOf(level)); });
+    connect(m_slider, &QSlider::valueChanged, this, [this](int level) { zoomTo(SurfaceGeometry::scalingOf(level)); });
     connect(m_percent, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
             [this](double value) { zoomTo(value / 100); });
     connect(m_percent, &QDoubleSpinBox::editingFinished, this, [percent, this] {
@@ -138,7 +129,7 @@ void ZoomEditor::updateView()
     const double scaling = m_area ? m_area->zoomScaling() : 1.0;
     const QSignalBlocker blockSlider(m_slider);
     const QSignalBlocker blockPercent(m_percent);
-    m_slider->setValue(levelOf(scaling));
+    m_slider->setValue(SurfaceGeometry::levelOf(scaling));
     m_fit->setChecked(m_area && m_area->zoomToFit());
     if (!static_cast<PercentBox*>(m_percent)->isBeingTyped())
         m_percent->setValue(100 * scaling);

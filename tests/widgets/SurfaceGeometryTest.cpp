@@ -38,10 +38,13 @@ private Q_SLOTS:
     void fitting();
     void offsetIsClamped();
     void visiblePart();
+    void zoomKeepsThePointUnderTheReference();
+    void pixelsOfTheView();
 };
 
 void SurfaceGeometryTest::levelsMakeOneGrid()
 {
+    QCOMPARE(SurfaceGeometry::levelOf(smallest), -40);
     for (const double scaling : {notANumber, -infinity, 0.0})
         QCOMPARE(SurfaceGeometry::enforceScalingRatio(scaling), smallest);
     QCOMPARE(SurfaceGeometry::enforceScalingRatio(infinity), largest);
@@ -86,14 +89,6 @@ void SurfaceGeometryTest::fitting()
     check({1000000, 1}, {400, 400}, smallest, {0, -199.99550355685432});
     check({most, most}, {400, 400}, smallest, {0, 0});
     check({800, 400}, {0, 400}, 1, {0, 0});
-
-    SurfaceGeometry scrolled = placed({800, 400}, {400, 300}, 3, {1e9, 1e9});
-    QVERIFY(!scrolled.fit()); // it is off
-    QCOMPARE(scrolled.scaling(), 3.0);
-    scrolled.setScaleToFit(true);
-    QVERIFY(scrolled.fit());
-    QCOMPARE(scrolled.scaling(), 0.5);
-    QCOMPARE(scrolled.storedOffset(), QPointF(0, 0));
 }
 
 void SurfaceGeometryTest::offsetIsClamped()
@@ -129,6 +124,43 @@ void SurfaceGeometryTest::visiblePart()
     QCOMPARE(placed({}, {80, 60}, 4).scaledSize(), QSizeF(0, 0));
     QVERIFY(placed({}, {80, 60}, 4).visibleImageRectF().isEmpty());
     QVERIFY(placed({100, 50}, {0, 0}, 4).visibleImageRectF().isEmpty());
+}
+
+void SurfaceGeometryTest::zoomKeepsThePointUnderTheReference()
+{
+    const auto check = [](const QPoint& reference, const QPointF& kept) {
+        for (const auto& [from, to] : {std::pair(1.0, 2.0), std::pair(2.5, 1.25)}) {
+            const SurfaceGeometry before = placed({6000, 5000}, {300, 200}, from, {400, 320});
+            SurfaceGeometry after = before;
+            after.setScaling(to);
+            after.setOffset(before.offsetZoomed(to, reference));
+            QCOMPARE((after.scaledOffset() + kept) / to, (before.scaledOffset() + kept) / from);
+        }
+    };
+    check({40, 150}, {40, 150});
+    check({300, 0}, {300, 0});
+    check({-1, -1}, {150, 100});
+    check({301, 10}, {150, 100});
+}
+
+void SurfaceGeometryTest::pixelsOfTheView()
+{
+    const SurfaceGeometry scrolled = placed({100, 50}, {80, 60}, 4, {41, 19});
+    QCOMPARE(scrolled.pixelAt({0, 0}), QPoint(10, 4));
+    QCOMPARE(scrolled.pixelAt({2, 1}), QPoint(10, 5));
+    QCOMPARE(scrolled.pixelAt({3, -1}), QPoint(-1, -1));
+    QCOMPARE(scrolled.viewPoint({10, 5}), QPointF(-1, 1));
+    QCOMPARE(scrolled.pixelsIn({0, 2, 4, 3}, {100, 50}), QRect(QPoint(10, 5), QPoint(11, 6)));
+    QCOMPARE(scrolled.pixelsIn({0, 0, 80, 60}, {12, 50}), QRect(QPoint(10, 4), QPoint(11, 19)));
+    QVERIFY(scrolled.pixelsIn({0, 0, 80, 60}, {10, 50}).isEmpty());
+    QCOMPARE(scrolled.sampledColumn(2), 10); // its centre, not its edge
+    QCOMPARE(scrolled.sampledRow(0), 4);
+    QCOMPARE(placed({100, 50}, {80, 60}, 1, {10.5, 0}).sampledColumn(0), 10); // on a border: the former
+
+    const SurfaceGeometry centred = placed({5, 3}, {20, 20}, 2.5);
+    QCOMPARE(centred.pixelAt({3, 6}), QPoint(-1, -1));
+    QCOMPARE(centred.sampledRect(), QRect(QPoint(4, 6), QPoint(15, 13)));
+    QCOMPARE(centred.sampledColumn(15), 4);
 }
 
 QTEST_GUILESS_MAIN(SurfaceGeometryTest)
