@@ -1,47 +1,37 @@
 // SPDX-License-Identifier: MIT
-// What the test of the C interface's calls shares between its files.
-#ifndef CALLS_TEST_H
-#define CALLS_TEST_H
+// The C interface's properties by their numbers alone.
+#pragma once
 
-#include <Vistrel/CInterface.h>
+#include "c/HostCamera.h"
 
-#define COUNT(array) ((int)(sizeof(array) / sizeof(array)[0]))
-
-void check(bool isTrue, int line, const char* what);
-bool answers(int32_t expected, int32_t code); // and remembers that the code has been seen
-#define CHECK(condition) check(condition, __LINE__, #condition)
-#define ANSWERS(expected, call) check(answers(expected, call), __LINE__, #expected " by " #call)
-
-extern int32_t subject; // what is looked at, for the report: number of a property or feature, or a code
-extern int tag;         // all user data
-extern VTAppHandle app;
-extern VTWindowHandle window;
-extern VTActionHandle action;
-extern VTWindowHandle closedWindow; // by the user
-extern void* ended[10];             // no handles, or no longer
-
-VTWindowHandle newWindow(void);
-VTActionHandle newAction(VTWindowHandle of);
-void runLoop(void (*step)(void)); // which is called when the loop is idle
-void leave(void);                 // ends the loop
-void onThread(void* (*work)(void*), void* argument);
-
-// What a property or a handle can be written to.
-union Value {
-    unsigned char bytes[1000];
-    double number;
-    void* handle;
+/// Any handle or pointer, which becomes the wanted one as in C.
+struct Handle
+{
+    void* at;
+    template <typename Type>
+    operator Type*() const
+    {
+        return static_cast<Type*>(at);
+    }
 };
 
-enum Type { INT32, DOUBLE, BOOL, CSTR, DATA };
+enum Type { Int32, Double, Bool, CStr, Data };
 
-int32_t getAny(enum Type type, VTHandle handle, int32_t number, void* value, size_t* size);
-size_t snapshot(unsigned char* to, size_t capacity); // all that can be read of the window and the action
-int32_t setFeature(int signature, VTWindowHandle of, int32_t feature, bool on);
+inline std::int32_t getAny(int type, Handle handle, std::int32_t number, Handle value, std::size_t* size)
+{
+    return type == Int32    ? VTGetPropInt32(handle, number, value)
+           : type == Double ? VTGetPropDouble(handle, number, value)
+           : type == Bool   ? VTGetPropBool(handle, number, value)
+           : type == CStr   ? VTGetPropCStr(handle, number, value, size)
+                            : VTGetPropData(handle, number, value, size);
+}
 
-void testFaultsWithoutApp(void);
-void testFaults(void);
-void testProperties(void);
-void testFeatures(void);
-
-#endif
+/// With a value that most properties take.
+inline std::int32_t setAny(int type, Handle handle, std::int32_t number)
+{
+    return type == Int32    ? VTSetPropInt32(handle, number, 1)
+           : type == Double ? VTSetPropDouble(handle, number, 1)
+           : type == Bool   ? VTSetPropBool(handle, number, true)
+           : type == CStr   ? VTSetPropCStr(handle, number, "")
+                            : VTSetPropData(handle, number, nullptr, 0);
+}

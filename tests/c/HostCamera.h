@@ -43,6 +43,8 @@ struct Camera
 {
     using Act = std::function<bool()>;
 
+    static void gone(void* user) { static_cast<Camera*>(user)->enter(Gone); }
+
     Camera()
     {
         VTWindowCreate(app, &window, this);
@@ -68,7 +70,6 @@ struct Camera
     {
         VTActionHandle result = nullptr;
         const auto triggered = [](VTActionHandle, bool, void* user) { static_cast<Camera*>(user)->enter(Triggered); };
-        const auto gone = [](void* user) { static_cast<Camera*>(user)->enter(Gone); };
         VTWindowAddAction(window, VT_PLACE_TOOL_BAR, nullptr, "Own", triggered, gone, this, &result);
         return result;
     }
