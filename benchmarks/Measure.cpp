@@ -2,7 +2,7 @@
 // Clocks, memory counters, statistics, frames.
 #include "Measure.h"
 
-#include "pipeline/pixels/PixelReader.h"
+#include "pipeline/pixels/PixelFormats.h"
 
 #include <algorithm>
 #include <atomic>
