@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The coordinates and values written into the cells of enlarged pixels.
+// Writes the coordinates and values of enlarged pixels into their cells.
 #include "widgets/PixelOverlay.h"
 
-#include "widgets/SurfaceGeometry.h"
+#include "pipeline/pixels/PixelFormats.h"
+#include "widgets/PixelSource.h"
 
 #include <QtCore/QString>
 #include <QtGui/QFontDatabase>
 #include <QtGui/QFontInfo>
 #include <QtGui/QFontMetricsF>
-#include <QtGui/QPainter>
 
 #include <algorithm>
 
@@ -32,10 +32,21 @@ QString valueText(const PixVal& value)
     return value.mono ? QStringLiteral(" %1 ").arg(value.value) : QString();
 }
 
+// A value as wide as any that the source has.
+PixVal widestValue(bool isMono, std::uint32_t largest)
+{
+    PixVal value;
+    value.mono = isMono;
+    value.color = !isMono;
+    value.value = value.r = value.g = value.b = largest;
+    return value;
+}
+
 } // namespace
 
-PixelOverlay::PixelOverlay()
-    : m_font(QFontDatabase::systemFont(QFontDatabase::SmallestReadableFont)),
+PixelOverlay::PixelOverlay(SharedPixelSource& source)
+    : m_source(source),
+      m_font(QFontDatabase::systemFont(QFontDatabase::SmallestReadableFont)),
       m_basePointSize(QFontInfo(m_font).pointSize()),
       m_position(0, 0),
       m_value(0, 0),
@@ -43,6 +54,53 @@ PixelOverlay::PixelOverlay()
 {
 }
 
+void PixelOverlay::paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry)
+{
+    if (!valueOverlayEnabled)
+        return;
+    const PixelSource source = m_source.get();
+    const bool isIndexed = !source.hasRaw() && source.image.format() == QImage::Format_Indexed8;
+    QSize size = source.image.size();
+    PixVal widest = widestValue(isIndexed, 255);
+    if (source.hasRaw()) {
+        if (!isReadable(source.raw))
+            return;
+        size = QSize(static_cast<int>(source.raw.width), static_cast<int>(source.raw.height));
+        widest = widestValue(isMonochrome(source.raw.format), channelMaximum(source.raw.format));
+    } else if (source.image.isNull()) {
+        return;
+    }
+
+    if (m_source.takeChanged())
+        measure(painter.device(), size, widest, geometry.scaling());
+    if (!fits(geometry.scaling())) {
+        m_source.setChanged(); // measured again next time
+        return;
+    }
+
+    std::vector<Cell> cells;
+    {
+        ScopedLock lock;
+        if (!source.lock(lock))
+            return;
+        const QRect visible = geometry.pixelsIn(area.boundingRect(), size);
+        for (int x = visible.left(); x <= visible.right(); ++x) {
+            for (int y = visible.top(); y <= visible.bottom(); ++y) {
+                PixVal value;
+                source.value({x, y}, value);
+                if (isIndexed) {
+                    value.mono = true;
+                    value.color = false;
+                    value.value = value.r;
+                }
+                cells.push_back({static_cast<double>(x), static_cast<double>(y), value});
+            }
+        }
+    }
+    draw(painter, cells, geometry);
+}
+
+// Finds the largest font in which the labels of any pixel of such an image fit a cell at the largest zoom.
 void PixelOverlay::measure(const QPaintDevice* device, const QSize& imageSize, const PixVal& widest, double scaling)
 {
     const double largest = SurfaceGeometry::scalingMax();

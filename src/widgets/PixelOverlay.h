@@ -1,27 +1,31 @@
 // SPDX-License-Identifier: MIT
-// The coordinates and values written into the cells of enlarged pixels.
+// Writes the coordinates and values of enlarged pixels into their cells.
 #pragma once
+
+#include "widgets/SurfaceLayer.h"
 
 #include <Vistrel/PixVal.h>
 
-#include <QtCore/QRectF>
-#include <QtCore/QSize>
-#include <QtCore/QSizeF>
 #include <QtGui/QFont>
 
 #include <vector>
 
-class QPaintDevice;
-class QPainter;
-
 namespace Vistrel {
 
-class SurfaceGeometry;
+class SharedPixelSource;
 
-/// Lays out and draws the labels. Bound to the user-interface thread.
-class PixelOverlay
+/// Draws the labels where they, as measured last, fit a cell with an eighth to spare.
+class PixelOverlay : public SurfaceLayer
 {
 public:
+    /// The source outlives the layer.
+    explicit PixelOverlay(SharedPixelSource& source);
+
+    void paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry) override;
+
+    bool valueOverlayEnabled = true;
+
+private:
     struct Cell
     {
         double x; // column
@@ -29,18 +33,11 @@ public:
         PixVal value;
     };
 
-    PixelOverlay();
-
-    /// Finds the largest font in which the labels of any pixel of such an image fit a cell at the largest zoom.
-    /// `widest` is a value as wide as any, `device` what the labels are drawn on.
     void measure(const QPaintDevice* device, const QSize& imageSize, const PixVal& widest, double scaling);
-
-    /// Whether the labels, as measured last, fit a cell at this zoom with an eighth to spare.
     bool fits(double scaling) const;
-
     void draw(QPainter& painter, const std::vector<Cell>& cells, const SurfaceGeometry& geometry) const;
 
-private:
+    SharedPixelSource& m_source;
     QFont m_font;
     int m_basePointSize;
     // Logical pixels; zero before the first measurement, too large for any cell when the zoom is far from large enough.

@@ -1,11 +1,80 @@
 // SPDX-License-Identifier: MIT
 // The widget that paints the current frame: its picture, where that lies, and its marks.
-#include "widgets/Surface_p.h"
+#include <Vistrel/Surface.h>
 
+#include "widgets/CrosshairLayer.h"
+#include "widgets/ImageLayer.h"
+#include "widgets/PixelOverlay.h"
+#include "widgets/PixelSource.h"
+
+#include <QtCore/QPointer>
 #include <QtCore/QThread>
+#include <QtGui/QPaintEvent>
 #include <QtGui/QResizeEvent>
 
+#include <functional>
+#include <mutex>
+#include <utility>
+#include <vector>
+
 namespace Vistrel {
+
+class Surface::PrivateData
+{
+public:
+    explicit PrivateData(Surface* owner) : surface(owner) {}
+
+    // What happened to the view, in the order in which it is announced once the mutex is released.
+    class Changes
+    {
+    public:
+        void addOffset(const QPointF& offset)
+        {
+            m_emissions.push_back([offset](Surface* s) { Q_EMIT s->pixelOffsetChanged(offset); });
+        }
+        void addRange()
+        {
+            m_emissions.push_back([](Surface* s) { Q_EMIT s->pixelRangeChanged(); });
+        }
+        void addScaling(bool autoFit, double scaling)
+        {
+            m_emissions.push_back([=](Surface* s) { Q_EMIT s->scalingChanged(autoFit, scaling); });
+        }
+        // Call it last: a slot may delete the surface.
+        void announce(Surface* announcer) const
+        {
+            const QPointer<Surface> alive(announcer);
+            for (const auto& emission : m_emissions) {
+                if (alive)
+                    emission(alive);
+            }
+        }
+
+    private:
+        std::vector<std::function<void(Surface*)>> m_emissions;
+    };
+
+    std::unique_lock<std::mutex> lockView();
+    void setOffset(const QPointF& offset, Changes& changes);
+    bool fit(bool isForced, Changes& changes);
+    void moveTo(const std::function<QPointF(const SurfaceGeometry&)>& wanted);
+    void setSource(PixelSource next);
+    void requestUpdate();
+
+    Surface* const surface;
+
+    std::mutex viewMutex; // guards the picture and where it lies
+    QPixmap pixmap;
+    SurfaceGeometry geometry;
+
+    SharedPixelSource source;
+
+    // User-interface thread only. The last is drawn over the others.
+    ImageLayer image;
+    PixelOverlay overlay{source};
+    CrosshairLayer crosshair;
+    const std::vector<SurfaceLayer*> layers{&image, &overlay, &crosshair};
+};
 
 Surface::Surface(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
 {
@@ -45,6 +114,12 @@ std::unique_lock<std::mutex> Surface::PrivateData::lockView()
     if (QThread::currentThread() == surface->thread())
         geometry.setViewSize(surface->size());
     return view;
+}
+
+void Surface::PrivateData::setSource(PixelSource next)
+{
+    source.set(std::move(next));
+    requestUpdate();
 }
 
 void Surface::PrivateData::requestUpdate()
@@ -89,44 +164,37 @@ void Surface::PrivateData::moveTo(const std::function<QPointF(const SurfaceGeome
 
 double Surface::scaling() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.scaling();
+    return viewGeometry().scaling();
 }
 
 QSizeF Surface::scaledSize() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.scaledSize();
+    return viewGeometry().scaledSize();
 }
 
 QRectF Surface::scaledRect() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.scaledRect();
+    return viewGeometry().scaledRect();
 }
 
 QPointF Surface::scaledOffset() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.scaledOffset();
+    return viewGeometry().scaledOffset();
 }
 
 bool Surface::scaleToFit() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.scaleToFit();
+    return viewGeometry().scaleToFit();
 }
 
 QRect Surface::visibleImageRect() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.visibleImageRect();
+    return viewGeometry().visibleImageRect();
 }
 
 QRectF Surface::visibleImageRectF() const
 {
-    const auto view = m_data->lockView();
-    return m_data->geometry.visibleImageRectF();
+    return viewGeometry().visibleImageRectF();
 }
 
 SurfaceGeometry Surface::viewGeometry() const
@@ -235,28 +303,80 @@ void Surface::resizeEvent(QResizeEvent* event)
     changes.announce(this);
 }
 
+// Pixel values --------------------------------------------------------------------------------------------------------
+
+void Surface::setImageSrc(const QImage& image)
+{
+    m_data->setSource({nullptr, {}, nullptr, image});
+}
+
+void Surface::setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw)
+{
+    setImageSrc(acquisitionInterface, raw, nullptr);
+}
+
+void Surface::setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw,
+                          std::shared_ptr<const void> owner)
+{
+    m_data->setSource({acquisitionInterface, raw, std::move(owner), {}});
+}
+
+void Surface::clearImageSrc()
+{
+    m_data->setSource({});
+}
+
+bool Surface::imageSrcPixVal(const PixPos& position, PixVal& value)
+{
+    value = PixVal();
+    const PixelSource source = m_data->source.get();
+    ScopedLock lock;
+    return source.lock(lock) && source.value(position, value);
+}
+
+// Painting ------------------------------------------------------------------------------------------------------------
+
+// An opaque surface that fills its background does so here, only where the image leaves it to be seen.
+void Surface::paintEvent(QPaintEvent* event)
+{
+    const bool isFilled = autoFillBackground() && testAttribute(Qt::WA_OpaquePaintEvent);
+    const QBrush background = isFilled ? palette().brush(QPalette::Window) : QBrush(Qt::NoBrush);
+    SurfaceGeometry geometry;
+    {
+        const auto view = m_data->lockView();
+        geometry = m_data->geometry;
+        m_data->image.setPicture(m_data->pixmap, background);
+    }
+    QPainter painter(this);
+    for (SurfaceLayer* const layer : m_data->layers) {
+        painter.save();
+        layer->paint(painter, event->region(), geometry);
+        painter.restore();
+    }
+}
+
 // Marks ---------------------------------------------------------------------------------------------------------------
 
 bool Surface::crosshairVisible() const
 {
-    return m_data->crosshairVisible;
+    return m_data->crosshair.crosshairVisible;
 }
 
 void Surface::setCrosshairVisible(bool visible)
 {
-    m_data->crosshairVisible = visible;
+    m_data->crosshair.crosshairVisible = visible;
     update();
 }
 
 QPoint Surface::activePixel() const
 {
-    return m_data->activePixel;
+    return m_data->crosshair.activePixel;
 }
 
 void Surface::setActivePixel(const QPoint& pixPoint)
 {
-    m_data->activePixel = pixPoint;
-    if (m_data->crosshairVisible)
+    m_data->crosshair.activePixel = pixPoint;
+    if (m_data->crosshair.crosshairVisible)
         update();
 }
 
@@ -267,12 +387,12 @@ void Surface::setActivePixel(int x, int y)
 
 bool Surface::valueOverlayEnabled() const
 {
-    return m_data->valueOverlayEnabled;
+    return m_data->overlay.valueOverlayEnabled;
 }
 
 void Surface::setValueOverlayEnabled(bool enabled)
 {
-    m_data->valueOverlayEnabled = enabled;
+    m_data->overlay.valueOverlayEnabled = enabled;
     update();
 }
 

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+// Where a surface's pixel values are read from.
+#pragma once
+
+#include <Vistrel/AbstractAcquisitionInterface.h>
+#include <Vistrel/PixVal.h>
+
+#include <QtGui/QImage>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+namespace Vistrel {
+
+/// An image, a source's frame, or nothing. A copy keeps what it reads from, but for the source.
+struct PixelSource
+{
+    AbstractAcquisitionInterface* source = nullptr; // null when the values are an image's or none
+    RawImage raw;                                   // null data when there is no frame
+    std::shared_ptr<const void> owner;              // of the frame's pixels; null when they are the source's
+    QImage image;
+
+    bool hasRaw() const { return source && raw.data; }
+    /// Asks for the lock under which `value` may be called. False when the source refuses it.
+    bool lock(ScopedLock& lock) const;
+    /// Reads one pixel at full depth, under the lock. False, and zero, outside.
+    bool value(const PixPos& position, PixVal& value) const;
+};
+
+/// The pixel source that was set last. Thread-safe.
+class SharedPixelSource
+{
+public:
+    PixelSource get() const;
+    void set(PixelSource next);
+    /// Whether kind, format or size of the source changed since the last call, or `setChanged` was called.
+    bool takeChanged() { return m_sourceChanged.exchange(0) == 1; }
+    void setChanged() { m_sourceChanged.store(1); }
+
+private:
+    mutable std::mutex m_sourceMutex;
+    PixelSource m_source;
+    std::atomic<int> m_sourceChanged{1};
+};
+
+} // namespace Vistrel
