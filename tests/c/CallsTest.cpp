@@ -191,8 +191,6 @@ class CallsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The toolkit warns of a session without this folder.
-    void initTestCase() { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtimeDir.path())); }
     void cleanup() { VTAppDestroy(app); }
     void faultsAreToldInOrder();
     void applicationFaults();
@@ -201,7 +199,6 @@ private Q_SLOTS:
 private:
     void expect(std::int32_t code, const Row& row, void* handle);
 
-    QTemporaryDir m_runtimeDir;
     QStringList m_complaints;
 };
 

@@ -7,8 +7,6 @@ class EndingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The toolkit warns of a session without this folder.
-    void initTestCase() { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtimeDir.path())); }
     void init() { QCOMPARE(VTAppCreate(1, commandLine, &app), VT_OK + 0); }
     void cleanup() { VTAppDestroy(app); }
     void framesComeBackOnce_data();
@@ -16,15 +14,11 @@ private Q_SLOTS:
     void threeBuffersAreEnough();
     void finishedIsLast_data();
     void finishedIsLast();
-    void commandOutlastsTheApplication();
     void actionIsGoneOnce_data();
     void actionIsGoneOnce();
     void applicationEnds();
     void exitMeetsTheEnd();
     void hammered();
-
-private:
-    QTemporaryDir m_runtimeDir;
 };
 
 // Frames --------------------------------------------------------------------------------------------------------------
@@ -38,7 +32,6 @@ void EndingsTest::framesComeBackOnce_data()
     };
     row("replaced unseen", "10", [](Camera& c) { c.push(c.lend()), c.push(c.lend()); });
     row("taken away", "1", [](Camera& c) { c.push(c.lend()), VTWindowSetNextFrame(c.window, nullptr); });
-    row("in view", "0", [](Camera& c) { c.show(); });
     row("followed", "110", [](Camera& c) { c.show(), c.show(), c.show(); });
     row("of no format", "01", [](Camera& c) {
         c.show();
@@ -56,8 +49,6 @@ void EndingsTest::framesComeBackOnce_data()
         c.show();
         c.add<VT_FEATURE_IS_SETUP>(VTSetFeatureQuery, [] { return false; });
     });
-    row("destroyed", "11", [](Camera& c) { c.show(), c.push(c.lend()), VTWindowDestroy(c.window); });
-    row("closed by the user", "11", [](Camera& c) { c.show(), c.push(c.lend()), c.view->close(); });
     row("refused", "0", [](Camera& c) {
         c.view->close();
         QTRY_VERIFY(!c.view);
@@ -136,15 +127,9 @@ void EndingsTest::finishedIsLast_data()
         QTest::newRow((QByteArray(name) + ", without a loop").constData()) << code << story << true;
     };
     const int none = 1;
-    row("destroyed", none, [](Camera& c) { VTWindowDestroy(c.window); });
     row("left to the application", none, [](Camera&) {});
     row("closed by the user", none, [](Camera& c) { c.view->close(); });
     row("closed, then destroyed at once", none, [](Camera& c) { c.view->close(), VTWindowDestroy(c.window); });
-    row("closed, then destroyed", none, [](Camera& c) {
-        c.view->close();
-        QTRY_VERIFY(!c.view);
-        QCOMPARE(VTWindowDestroy(c.window), VT_OK + 0);
-    });
     row("destroyed while a command runs", none, [](Camera& c) {
         c.add<VT_FEATURE_START>(VTSetFeatureCommand, [&c] { return c.gate.pass(), true; });
         c.trigger("actionStart");
@@ -172,15 +157,6 @@ void EndingsTest::finishedIsLast_data()
         c.on(Triggered, destroys(c));
         c.ownAction()->trigger();
     });
-    row("in an action's end", VT_OK, [](Camera& c) {
-        c.on(Gone, destroys(c));
-        delete c.ownAction();
-    });
-    row("in a query", VT_OK, [](Camera& c) {
-        c.add<VT_FEATURE_IS_RUNNING>(VTSetFeatureQuery, destroys(c));
-        std::int32_t state = 0;
-        VTGetPropInt32(c.window, VT_WINDOW_ACQUISITION_STATE, &state);
-    });
     row("in a query of the window's", VT_OK, [](Camera& c) {
         c.add<VT_FEATURE_CAN_START>(VTSetFeatureQuery, destroys(c));
         c.add<VT_FEATURE_START>(VTSetFeatureCommand);
@@ -193,11 +169,6 @@ void EndingsTest::finishedIsLast_data()
     row("while saving", VT_OK, [](Camera& c) {
         c.add<VT_FEATURE_FILE_SAVE>(VTSetFeatureSave, destroys(c));
         c.save();
-    });
-    row("while loading", VT_OK, [](Camera& c) {
-        c.add<VT_FEATURE_FILE_LOAD>(VTSetFeatureLoad, [&c] { return destroys(c)(), false; });
-        FileIO file;
-        QVERIFY(!c.view->fileInterface()->load("a.raw", &file));
     });
     row("in a command", VT_ERROR_WRONG_THREAD, [](Camera& c) {
         c.add<VT_FEATURE_START>(VTSetFeatureCommand, destroys(c));
@@ -260,24 +231,6 @@ void EndingsTest::finishedIsLast()
     QVERIFY(!camera.isLate);
 }
 
-void EndingsTest::commandOutlastsTheApplication()
-{
-    Camera camera;
-    std::atomic<bool> hasReturned{false};
-    camera.add<VT_FEATURE_START>(VTSetFeatureCommand, [&] {
-        camera.gate.pass();
-        hasReturned = true;
-        return true;
-    });
-    camera.trigger("actionStart");
-    QTRY_COMPARE(camera.gate.arrived(), 1);
-    VTAppDestroy(app); // which reports that it has not waited for ever
-    QCOMPARE(VTAppCreate(1, commandLine, &app), VT_OK + 0);
-    camera.gate.openForGood();
-    QTRY_VERIFY(hasReturned);
-    QCOMPARE(camera.calls(VT_FEATURE_FINISHED), 0);
-}
-
 void EndingsTest::actionIsGoneOnce_data()
 {
     QTest::addColumn<Story>("story");
@@ -297,14 +250,12 @@ void EndingsTest::actionIsGoneOnce_data()
         VTActionDestroy(action);
         QCOMPARE(c.code, VT_ERROR_WRONG_HANDLE + 0);
     });
-    QTest::newRow("with the window") << Story([](Camera& c) { c.addAction(), VTWindowDestroy(c.window); });
     QTest::newRow("with the closed window") << Story([](Camera& c) {
         const VTActionHandle action = c.addAction();
         c.view->close();
         QTRY_VERIFY(!c.view);
         QCOMPARE(VTActionDestroy(action), VT_ERROR_WRONG_HANDLE + 0);
     });
-    QTest::newRow("with the application") << Story([](Camera& c) { c.addAction(), VTAppDestroy(app); });
 }
 
 void EndingsTest::actionIsGoneOnce()
@@ -320,59 +271,45 @@ void EndingsTest::actionIsGoneOnce()
 
 // The end of the application ------------------------------------------------------------------------------------------
 
+// What calls while it ends is refused: from the ends of a frame, an action and the window, and from a command.
 void EndingsTest::applicationEnds()
 {
     std::atomic<bool> isEnding{false};
     std::atomic<int> wrongCodes{0};
-    const auto cameras = std::make_unique<std::array<Camera, 3>>(); // shown, never shown, with a command
+    Camera camera;
     const auto callsFail = [&] {
-        VTAppHandle any = nullptr;
-        const VTWindowHandle window = cameras->at(0).window;
+        const VTWindowHandle window = camera.window;
         std::uint32_t pressed = 0;
         for (const std::int32_t code :
-             {VTAppGetGlobal(&any), VTAppExit(app, 0), VTAppDestroy(app), VTAppExec(app, nullptr),
-              VTWindowDestroy(window), VTWindowSetNextFrame(window, nullptr), VTSendSignal(window, 1),
-              VTSetPropBool(window, VT_WINDOW_VISIBLE, true), VTActionDestroy(nullptr),
-              VTMessageBoxDialogShow(window, 1, "", "", 0, 0, &pressed)})
+             {VTAppExit(app, 0), VTAppDestroy(app), VTWindowDestroy(window), VTWindowSetNextFrame(window, nullptr),
+              VTSendSignal(window, 1), VTMessageBoxDialogShow(window, 1, "", "", 0, 0, &pressed)})
             wrongCodes += isEnding && code != VT_ERROR_NO_APPLICATION;
         wrongCodes += isEnding && VTWindowIsGood(window);
         return true;
     };
-    Camera& shown = cameras->at(0);
-    Camera& commanded = cameras->at(2);
-    shown.show();
-    cameras->at(1).push(cameras->at(1).lend());
-    commanded.add<VT_FEATURE_START>(VTSetFeatureCommand, [&] {
+    camera.show();
+    camera.add<VT_FEATURE_START>(VTSetFeatureCommand, [&] {
         std::uint32_t pressed = 0;
-        commanded.gate.pass();
-        commanded.code = VTMessageBoxDialogShow(commanded.window, VT_MESSAGE_QUESTION, "", "", 0, 0, &pressed);
-        while (!isEnding || VTWindowIsGood(commanded.window))
+        camera.gate.pass();
+        camera.code = VTMessageBoxDialogShow(camera.window, VT_MESSAGE_QUESTION, "", "", 0, 0, &pressed);
+        while (!isEnding || VTWindowIsGood(camera.window))
             std::this_thread::yield();
         return callsFail();
     });
-    commanded.trigger("actionStart");
-    for (int i = 0; i < 8; ++i) { // the table of handles has no order
-        for (Camera& camera : *cameras)
-            camera.addAction();
-    }
-    for (Camera& camera : *cameras) {
-        for (const int callback : {int{VT_FEATURE_FRAME_RELEASED}, int{VT_FEATURE_FINISHED}, int{Gone}})
-            camera.on(callback, callsFail);
-    }
-    QTRY_COMPARE(commanded.gate.arrived(), 1);
-    commanded.gate.open(); // it asks, and nobody is there to show the box
+    camera.trigger("actionStart");
+    for (int i = 0; i < 8; ++i) // the table of handles has no order
+        camera.addAction();
+    for (const int callback : {int{VT_FEATURE_FRAME_RELEASED}, int{VT_FEATURE_FINISHED}, int{Gone}})
+        camera.on(callback, callsFail);
+    QTRY_COMPARE(camera.gate.arrived(), 1);
+    camera.gate.open(); // it asks, and nobody is there to show the box
     isEnding = true;
     QCOMPARE(VTAppDestroy(app), VT_OK + 0);
     QCOMPARE(wrongCodes, 0);
-    QVERIFY(commanded.code < VT_ERROR_EXCEPTION); // no answer, or it came too late
-    for (Camera& camera : *cameras) {
-        QCOMPARE(camera.calls(VT_FEATURE_FINISHED), 1);
-        QCOMPARE(camera.calls(Gone), 8);
-        QVERIFY(!camera.isLate && !camera.returned().contains('0'));
-    }
-    QCOMPARE(VTAppCreate(1, commandLine, &app), VT_OK + 0);
-    Camera again;
-    again.show();
+    QVERIFY(camera.code < VT_ERROR_EXCEPTION); // no answer, or it came too late
+    QCOMPARE(camera.calls(VT_FEATURE_FINISHED), 1);
+    QCOMPARE(camera.calls(Gone), 8);
+    QVERIFY(!camera.isLate && !camera.returned().contains('0'));
 }
 
 void EndingsTest::exitMeetsTheEnd()

@@ -33,8 +33,6 @@ class ValuesTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The toolkit warns of a session without this folder.
-    void initTestCase() { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtimeDir.path())); }
     void init();
     void cleanup() { m_camera.reset(); }
     void everyProperty();
@@ -47,7 +45,6 @@ private Q_SLOTS:
 private:
     Handle ownerOf(std::int32_t number) const;
 
-    QTemporaryDir m_runtimeDir;
     std::unique_ptr<Camera> m_camera;
     Handle m_window{}, m_action{};
 };
