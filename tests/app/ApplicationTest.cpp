@@ -2,7 +2,6 @@
 // Tests the application object: one at a time, its event loop, its idle methods. Every test makes its own.
 #include "base/Report.h"
 
-#include <Vistrel/Action.h>
 #include <Vistrel/Application.h>
 #include <Vistrel/MessageBoxDialog.h>
 #include <Vistrel/Window.h>
@@ -10,10 +9,8 @@
 
 #include "support/FakeSources.h"
 
-#include <QtCore/QTemporaryDir>
 #include <QtCore/QTimer>
 #include <QtTest/QtTest>
-#include <QtWidgets/QAction>
 
 #include <deque>
 #include <functional>
@@ -31,42 +28,31 @@ const char* const commandLine[] = {"program", "one", "two words"};
 
 QStringList* reportedLines = nullptr;
 
-/// A source whose setup takes its time, or never ends.
-class SlowSource : public PushSource
+/// Takes what is reported while it lives.
+struct Reported : QStringList
 {
-public:
-    struct Progress
+    Reported()
     {
-        Gate gate;
-        std::atomic<bool> isGone{false};
-    };
-    explicit SlowSource(Progress& progress) : m_progress(progress) { setUp = false; }
-    ~SlowSource() override { m_progress.isGone = true; }
-    bool setup() override { return m_progress.gate.pass(), true; }
-
-private:
-    Progress& m_progress;
+        reportedLines = this;
+        setReportSink([](const std::string& line) { reportedLines->append(QString::fromStdString(line)); });
+    }
+    ~Reported() { setReportSink(nullptr); }
 };
 
-/// A source whose setup asks the user.
-class AskingSource : public PushSource
+/// A source whose setup is a function.
+class BusySource : public PushSource
 {
 public:
-    struct Progress
+    BusySource(std::function<bool()> work, std::atomic<bool>& isGone) : m_work(std::move(work)), m_isGone(isGone)
     {
-        std::atomic<bool> isAsking{false};
-        std::atomic<bool> isGone{false};
-    };
-    explicit AskingSource(Progress& progress) : m_progress(progress) { setUp = false; }
-    ~AskingSource() override { m_progress.isGone = true; }
-    bool setup() override
-    {
-        m_progress.isAsking = true;
-        return MessageBoxDialog::question(nullptr, "", "", DialogButton::Yes, DialogButton::Yes) == DialogButton::Yes;
+        setUp = false;
     }
+    ~BusySource() override { m_isGone = true; }
+    bool setup() override { return m_work(); }
 
 private:
-    Progress& m_progress;
+    const std::function<bool()> m_work;
+    std::atomic<bool>& m_isGone;
 };
 
 /// An application whose idle methods write a trace.
@@ -103,39 +89,20 @@ class ApplicationTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
     void secondIsRefused();
     void failedConstructionLeavesNothing();
     void commandLineIsCopied();
     void exitEndsTheLoopOnce();
     void idleMethodsRunInOrder();
     void idleMethodsRunOnlyInTheLoop();
-    void lastWindowEndsTheLoop();
     void endTakesTheWindowsAlong();
-
-private:
-    QTemporaryDir m_runtimeDir;
 };
-
-// The toolkit warns of a session without this folder.
-void ApplicationTest::initTestCase()
-{
-    QVERIFY(m_runtimeDir.isValid());
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_runtimeDir.path()));
-}
 
 void ApplicationTest::secondIsRefused()
 {
     for (int round = 0; round < 2; ++round) {
         const Application first(3, commandLine);
-        QByteArray reason;
-        try {
-            const Application second(3, commandLine);
-        } catch (const std::runtime_error& error) {
-            reason = error.what();
-        }
-        QCOMPARE(reason, QByteArray("Vistrel::Application::Application"
-                                    ": The Applicaion global has already been allocated."));
+        QVERIFY_EXCEPTION_THROWN(Application(3, commandLine), std::runtime_error);
         QCOMPARE(Application::global(), &first);
     }
     QVERIFY(!Application::global());
@@ -210,9 +177,7 @@ void ApplicationTest::exitEndsTheLoopOnce()
 
 void ApplicationTest::idleMethodsRunInOrder()
 {
-    QStringList lines;
-    reportedLines = &lines;
-    setReportSink([](const std::string& line) { reportedLines->append(QString::fromStdString(line)); });
+    const Reported lines;
     TracedApplication application;
     int added = 0;
     application.add('a', [&] {
@@ -225,7 +190,6 @@ void ApplicationTest::idleMethodsRunInOrder()
     application.add('c', [] { throw std::runtime_error("the film ran out"); });
     application.add('d', [] { throw 7; });
     const int code = application.exec();
-    setReportSink(nullptr);
     QCOMPARE(code, 3);
     QVERIFY2(application.trace.startsWith("abbcdabbcd" + QByteArray(100, 'n')), application.trace.constData());
     QCOMPARE(lines.mid(0, 2), QStringList({QStringLiteral("Vistrel: idle method: the film ran out"),
@@ -236,65 +200,52 @@ void ApplicationTest::idleMethodsRunOnlyInTheLoop()
 {
     TracedApplication application;
     application.add('a', [&] { application.exit(0); });
-    const auto spin = [] {
+    for (int round = 0; round < 2; ++round) {
+        const QByteArray traced = application.trace;
         for (int i = 0; i < 20; ++i)
             QCoreApplication::processEvents();
-    };
-    spin();
-    QCOMPARE(application.trace, QByteArray());
-    application.exec();
-    const QByteArray traced = application.trace;
-    QVERIFY(!traced.isEmpty());
-    spin();
-    QCOMPARE(application.trace, traced);
-    application.exec();
-    QVERIFY(application.trace.size() > traced.size());
-}
-
-void ApplicationTest::lastWindowEndsTheLoop()
-{
-    struct Quit : AbstractActionInterface
-    {
-        void triggered(bool) override { delete action()->window(); }
-    };
-    Application application(3, commandLine);
-    auto* const window = new Window(ScopedAcquisitionInterface(new PushSource));
-    window->show();
-    QAction* const quit = window->addToolBarAction(ScopedActionInterface(new Quit), "Quit")->qt_handle();
-    QTimer::singleShot(0, quit, [quit] { quit->trigger(); });
-    QTimer::singleShot(20000, QCoreApplication::instance(), [&] { application.exit(9); });
-    QCOMPARE(application.exec(), 0);
+        QCOMPARE(application.trace, traced);
+        application.exec();
+        QVERIFY(application.trace.size() > traced.size());
+    }
 }
 
 void ApplicationTest::endTakesTheWindowsAlong()
 {
-    QStringList lines;
-    reportedLines = &lines;
-    setReportSink([](const std::string& line) { reportedLines->append(QString::fromStdString(line)); });
-    auto& never = *new SlowSource::Progress; // for a thread that stays
-    SlowSource::Progress slow;
-    AskingSource::Progress asking;
+    const Reported lines;
+    auto& never = *new Gate; // for a thread that stays
+    auto& isNeverGone = *new std::atomic<bool>{false};
+    Gate slow, asking;
+    std::atomic<bool> isSlowGone{false}, isAskingGone{false};
     std::unique_ptr<Window> outlived;
     std::thread opener;
     {
         const Application application(3, commandLine);
-        for (SlowSource::Progress* const progress : {&slow, &never}) {
-            (new WindowQt(ScopedAcquisitionInterface(new SlowSource(*progress))))->setConfigured();
-            QTRY_COMPARE(progress->gate.arrived(), 1);
-        }
+        const auto setUp = [](Gate& gate, std::function<bool()> work, std::atomic<bool>& isGone) {
+            (new WindowQt(ScopedAcquisitionInterface(new BusySource(std::move(work), isGone))))->setConfigured();
+            while (gate.arrived() == 0) // no box without events
+                std::this_thread::yield();
+        };
+        setUp(
+            slow, [&] { return slow.pass(), true; }, isSlowGone);
+        setUp(
+            never, [&never] { return never.pass(), true; }, isNeverGone);
         outlived = std::make_unique<Window>(ScopedAcquisitionInterface());
-        (new WindowQt(ScopedAcquisitionInterface(new AskingSource(asking))))->setConfigured();
-        while (!asking.isAsking) // no box without events
-            std::this_thread::yield();
+        asking.open();
+        const auto ask = [&] {
+            asking.pass();
+            return MessageBoxDialog::question(nullptr, "", "", DialogButton::Yes, DialogButton::Yes) ==
+                   DialogButton::Yes;
+        };
+        setUp(asking, ask, isAskingGone);
         opener = std::thread([&] {
             while (Application::global())
                 std::this_thread::yield();
-            slow.gate.open();
+            slow.open();
         });
     }
     opener.join();
-    setReportSink(nullptr);
-    QVERIFY(slow.isGone && asking.isGone && !never.isGone && !outlived->good());
+    QVERIFY(isSlowGone && isAskingGone && !isNeverGone && !outlived->good());
 #if defined(NDEBUG)
     outlived->setApplicationAbout("a", "b");
 #endif
