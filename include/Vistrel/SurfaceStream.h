@@ -117,7 +117,7 @@ public Q_SLOTS:
     /// then this thread asks it nothing, and what it announces meanwhile is looked at once this is on again. Frames are
     /// still fetched.
     void setSourceAskable(bool askable);
-    /// Passes over what the source announces from now on.
+    /// Passes over what the source announces, and asks it for no frame, from now on: for a stream that is about to end.
     void ignoreAnnouncements();
 
 Q_SIGNALS:

@@ -105,13 +105,13 @@ class KeepingLock : public AbstractLock
 {
 public:
     KeepingLock(ScopedLock lock, std::shared_ptr<const void> memory)
-        : m_lock(std::move(lock)), m_memory(std::move(memory))
+        : m_memory(std::move(memory)), m_lock(std::move(lock))
     {
     }
 
 private:
-    ScopedLock m_lock;
-    std::shared_ptr<const void> m_memory;
+    const std::shared_ptr<const void> m_memory; // until the lock has been let go
+    const ScopedLock m_lock;
 };
 
 } // namespace

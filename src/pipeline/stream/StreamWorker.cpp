@@ -137,7 +137,7 @@ void StreamWorker::serve(std::uint64_t fetch)
         lookAtPushed();
         return;
     }
-    m_framesPushed = m_pushSource ? m_pushSource->framesPushed() : 0;
+    m_framesPushed = framesPushed();
     delivery.lent = m_lender ? m_lender->takeDelivered() : nullptr;
     delivery.memory = lentMemoryAt(delivery.raw.data);
     // A frame that the source was waiting for while it was cleaned up and set up again is shown: what was cleared is
@@ -157,9 +157,9 @@ void StreamWorker::serve(std::uint64_t fetch)
     announce(outcome == Outcome::Front);
 }
 
-bool StreamWorker::hasPushedFrames() const
+std::size_t StreamWorker::framesPushed() const
 {
-    return m_pushSource && m_pushSource->framesPushed() > 0;
+    return m_pushSource ? m_pushSource->framesPushed() : 0;
 }
 
 // A push source that was given a frame and delivers none may have dropped it.
@@ -167,8 +167,8 @@ void StreamWorker::lookAtPushed()
 {
     if (!m_pushSource)
         return;
-    const std::size_t framesPushed = m_pushSource->framesPushed();
-    if (framesPushed != std::exchange(m_framesPushed, framesPushed) && !m_pushSource->framesLocked())
+    const std::size_t pushed = framesPushed();
+    if (pushed != std::exchange(m_framesPushed, pushed) && !m_pushSource->framesLocked())
         m_refusals.add(
             "A frame that was pushed is dropped, because frames are not locked: call setFramesLocked(true).");
 }

@@ -55,7 +55,7 @@ public:
     ConversionSettings settings() const;
     std::uint64_t framesConverted() const { return m_framesConverted.load(); }
     Refusals& refusals() { return m_refusals; } ///< why frames are not shown
-    bool hasPushedFrames() const;               ///< the source is a push source that was ever given one
+    std::size_t framesPushed() const;           ///< ever, to the source; 0 when it is no push source
 
     /// What a change of settings has done to the front picture.
     enum class Renewal { None, Rendered, Converted };

@@ -56,13 +56,13 @@ SurfaceStream::SurfaceStream(Surface* const surface, std::shared_ptr<AbstractAcq
 SurfaceStream::~SurfaceStream()
 {
     m_data->clock->setRunning(false);
+    // The source may go below, or any time after this, and the surface would still ask it for pixel values.
+    if (m_data->surface)
+        m_data->surface->clearImageSrc();
     if (m_data->shared)
         StreamWorker::leave(m_data->worker, std::move(m_data->shared));
     else
         m_data->worker->stop();
-    // The source may go any time after this, and the surface would still ask it for pixel values.
-    if (m_data->surface)
-        m_data->surface->clearImageSrc();
 }
 
 Surface* SurfaceStream::surface()
@@ -145,7 +145,7 @@ QString SurfaceStream::refusal() const
 {
     Refusals& refusals = m_data->worker->refusals();
     if (!m_data->isSourceSetUp && m_data->readout.isAskable &&
-        (m_data->isFrameAnnounced || m_data->worker->hasPushedFrames()))
+        (m_data->isFrameAnnounced || m_data->worker->framesPushed() != m_data->framesPushedBefore))
         refusals.add("Frames come, but are not shown, because the source is not set up: isSetup() is false.", 0);
     return QString::fromStdString(refusals.text());
 }

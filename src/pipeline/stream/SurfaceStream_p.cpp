@@ -78,7 +78,8 @@ void SurfaceStream::PrivateData::updateStreamStates()
         showSetUp();
         return;
     }
-    isSourceSetUp = false;
+    if (std::exchange(isSourceSetUp, false))
+        framesPushedBefore = worker->framesPushed();
     clock->setRunning(false);
     worker->clear();
     updateImage();
@@ -86,7 +87,8 @@ void SurfaceStream::PrivateData::updateStreamStates()
 
 void SurfaceStream::PrivateData::showSetUp()
 {
-    isSourceSetUp = true;
+    if (!std::exchange(isSourceSetUp, true))
+        worker->refusals().clear(); // which told that it is not
     worker->acceptFrames();
     clock->expectFrame();
     if (isRefreshWanted)

@@ -70,8 +70,9 @@ public:
 
     std::uint64_t publishedSequence = 0; // of the picture that the surface shows
     std::uint64_t framesPublished = 0;
-    bool isSourceSetUp = false;    // as it was found last; not known at first
-    bool isFrameAnnounced = false; // by a source that was not set up
+    bool isSourceSetUp = false;         // as it was found last; not known at first
+    bool isFrameAnnounced = false;      // by a source that was not set up
+    std::size_t framesPushedBefore = 0; // until the source was cleaned up
     ReadoutSource readout;
     bool hasNewState = false; // announced while the source must not be asked
 
