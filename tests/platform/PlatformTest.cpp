@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Tests what the library asks of Windows: plug-in path, icons, stacking above windows of other threads. Under
-// Wine the windows are on its own desktop: what an X server's window manager does to them is no matter of the library.
+// Tests what the library asks of Windows: icons, stacking above windows of other threads. Under Wine the windows are on
+// its own desktop: what an X server's window manager does to them is no matter of the library.
 #include "platform/IconHandle.h"
-#include "platform/PluginPath.h"
 #include "platform/TransientParents.h"
 
 #include <Vistrel/Window.h>
 
-#include <QtCore/QDir>
 #include <QtGui/QImage>
 #include <QtTest/QtTest>
 #include <QtWidgets/QAction>
@@ -107,21 +105,12 @@ class PlatformTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void pluginsAreLookedForBesideTheToolkit();
     void iconKeepsItsPixels();
     void childrenStayDirectlyAboveTheParent();
     void aClickedHostStaysBelow();
     void registrationsEnd();
     void displayWindowKeepsItsParent();
 };
-
-void PlatformTest::pluginsAreLookedForBesideTheToolkit()
-{
-    QCoreApplication::setLibraryPaths({});
-    addToolkitPluginPath();
-    QCOMPARE(QCoreApplication::libraryPaths().size(), 1);
-    QVERIFY(QFile::exists(QDir(QCoreApplication::libraryPaths().constFirst()).filePath(QStringLiteral("Qt5Core.dll"))));
-}
 
 void PlatformTest::iconKeepsItsPixels()
 {
