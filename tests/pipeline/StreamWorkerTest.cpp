@@ -131,6 +131,22 @@ void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
     QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::None);
     const int locks = source.frameLocks; // for two frames and one change
     QCOMPARE(locks, 3);
+
+    worker.changeSettings(&StageVersions::demosaic, [](auto& settings) { settings.demosaicEnabled = false; });
+    source.setNextFrame(small.raw);
+    worker.requestAndWait();
+    Gate again;
+    occupant = std::thread([&] { CopyPool::shared()->run([&](std::size_t, std::size_t) { again.pass(); }); });
+    QTRY_VERIFY(again.arrived() > 0);
+    source.setNextFrame(large.raw);
+    worker.request();
+    QTRY_COMPARE(dragPalette(), StreamWorker::Renewal::None);
+    worker.clear();
+    worker.acceptFrames();
+    again.openForGood();
+    occupant.join();
+    worker.requestAndWait();
+    QVERIFY(!worker.front()); // it was fetched before
 }
 
 // Without a lock, a frame can be read until the next one is asked for.

@@ -124,7 +124,11 @@ void SurfaceStreamTest::pushedFrameIsShown()
     frame.pixels[1] = 0x02;
     source.setNextFrame(frame.raw); // announced by nothing: the stream asks by itself
     Display display(source);
+    QSize sizeWhenTold;
+    connect(&display.stream, &SurfaceStream::imageUpdated, this,
+            [&] { sizeWhenTold = display.surface.pixmap().size(); });
     QTRY_COMPARE(display.surface.pixmap().size(), QSize(100, 50));
+    QCOMPARE(sizeWhenTold, QSize(100, 50));
     QCOMPARE(display.updated.count(), 1);
     QCOMPARE(display.stream.framesPublished(), quint64{1});
     QCOMPARE(display.stream.latestImageSize(), QSize(100, 50));
