@@ -25,39 +25,27 @@ public:
     explicit PrivateData(Surface* owner) : surface(owner) {}
 
     // What happened to the view, in the order in which it is announced once the mutex is released.
-    class Changes
+    struct Changes
     {
-    public:
         void addOffset(const QPointF& offset)
         {
-            m_emissions.push_back([offset](Surface* s) { Q_EMIT s->pixelOffsetChanged(offset); });
+            emissions.push_back([offset](Surface* s) { Q_EMIT s->pixelOffsetChanged(offset); });
         }
         void addRange()
         {
-            m_emissions.push_back([](Surface* s) { Q_EMIT s->pixelRangeChanged(); });
+            emissions.push_back([](Surface* s) { Q_EMIT s->pixelRangeChanged(); });
         }
         void addScaling(bool autoFit, double scaling)
         {
-            m_emissions.push_back([=](Surface* s) { Q_EMIT s->scalingChanged(autoFit, scaling); });
+            emissions.push_back([=](Surface* s) { Q_EMIT s->scalingChanged(autoFit, scaling); });
         }
-        // Call it last: a slot may delete the surface.
-        void announce(Surface* announcer) const
-        {
-            const QPointer<Surface> alive(announcer);
-            for (const auto& emission : m_emissions) {
-                if (alive)
-                    emission(alive);
-            }
-        }
-
-    private:
-        std::vector<std::function<void(Surface*)>> m_emissions;
+        std::vector<std::function<void(Surface*)>> emissions;
     };
 
     std::unique_lock<std::mutex> lockView();
     void setOffset(const QPointF& offset, Changes& changes);
     bool fit(bool isForced, Changes& changes);
-    void moveTo(const std::function<QPointF(const SurfaceGeometry&)>& wanted);
+    void change(const std::function<void(Changes&)>& operation);
     void setSource(PixelSource next);
     void requestUpdate();
 
@@ -151,15 +139,20 @@ bool Surface::PrivateData::fit(bool isForced, Changes& changes)
     return isChanged;
 }
 
-void Surface::PrivateData::moveTo(const std::function<QPointF(const SurfaceGeometry&)>& wanted)
+// Runs the operation with the view locked, and announces what it changed with no lock held.
+void Surface::PrivateData::change(const std::function<void(Changes&)>& operation)
 {
     Changes changes;
     {
         const auto view = lockView();
-        setOffset(wanted(geometry), changes);
+        operation(changes);
     }
     requestUpdate();
-    changes.announce(surface);
+    const QPointer<Surface> alive(surface); // a slot may delete it
+    for (const auto& emission : changes.emissions) {
+        if (alive)
+            emission(alive);
+    }
 }
 
 double Surface::scaling() const
@@ -211,30 +204,25 @@ QPixmap Surface::pixmap() const
 
 void Surface::setPixmap(const QPixmap& pixmap)
 {
-    PrivateData::Changes changes;
     QPixmap previous = pixmap; // its memory is given back with no lock held
-    {
-        const auto view = m_data->lockView();
+    m_data->change([&](PrivateData::Changes& changes) {
         m_data->pixmap.swap(previous);
-        if (previous.size() != m_data->pixmap.size()) {
-            m_data->geometry.setImageSize(pixmap.size());
-            if (!m_data->fit(false, changes)) {
-                // A smaller image must not stay scrolled past its end.
-                if (!m_data->geometry.scaleToFit())
-                    m_data->setOffset(m_data->geometry.storedOffset(), changes);
-                changes.addRange();
-            }
-        }
-    }
-    m_data->requestUpdate();
-    changes.announce(this);
+        if (previous.size() == pixmap.size())
+            return;
+        SurfaceGeometry& geometry = m_data->geometry;
+        geometry.setImageSize(pixmap.size());
+        if (m_data->fit(false, changes))
+            return;
+        // A smaller image must not stay scrolled past its end.
+        if (!geometry.scaleToFit())
+            m_data->setOffset(geometry.storedOffset(), changes);
+        changes.addRange();
+    });
 }
 
 void Surface::setScaling(double scaling)
 {
-    PrivateData::Changes changes;
-    {
-        const auto view = m_data->lockView();
+    m_data->change([&](PrivateData::Changes& changes) {
         SurfaceGeometry& geometry = m_data->geometry;
         const bool wasFit = geometry.scaleToFit();
         const double before = geometry.scaling();
@@ -245,28 +233,20 @@ void Surface::setScaling(double scaling)
             changes.addRange();
         if (isChanged || wasFit)
             changes.addScaling(false, geometry.scaling());
-    }
-    m_data->requestUpdate();
-    changes.announce(this);
+    });
 }
 
 void Surface::setScaleToFit(bool enabled)
 {
-    PrivateData::Changes changes;
-    {
-        const auto view = m_data->lockView();
+    m_data->change([&](PrivateData::Changes& changes) {
         m_data->geometry.setScaleToFit(enabled);
-        if (enabled)
-            m_data->fit(true, changes);
-    }
-    if (enabled)
-        m_data->requestUpdate();
-    changes.announce(this);
+        m_data->fit(true, changes);
+    });
 }
 
 void Surface::setScaledOffset(const QPointF& offset)
 {
-    m_data->moveTo([&](const SurfaceGeometry&) { return offset; });
+    m_data->change([&](PrivateData::Changes& changes) { m_data->setOffset(offset, changes); });
 }
 
 void Surface::setScaledOffsetX(int xOffset)
@@ -276,7 +256,9 @@ void Surface::setScaledOffsetX(int xOffset)
 
 void Surface::setScaledOffsetX(double xOffset)
 {
-    m_data->moveTo([=](const SurfaceGeometry& geometry) { return QPointF(xOffset, geometry.scaledOffset().y()); });
+    m_data->change([&](PrivateData::Changes& changes) {
+        m_data->setOffset({xOffset, m_data->geometry.scaledOffset().y()}, changes);
+    });
 }
 
 void Surface::setScaledOffsetY(int yOffset)
@@ -286,21 +268,20 @@ void Surface::setScaledOffsetY(int yOffset)
 
 void Surface::setScaledOffsetY(double yOffset)
 {
-    m_data->moveTo([=](const SurfaceGeometry& geometry) { return QPointF(geometry.scaledOffset().x(), yOffset); });
+    m_data->change([&](PrivateData::Changes& changes) {
+        m_data->setOffset({m_data->geometry.scaledOffset().x(), yOffset}, changes);
+    });
 }
 
 void Surface::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    PrivateData::Changes changes;
-    {
-        const auto view = m_data->lockView();
+    m_data->change([&](PrivateData::Changes& changes) {
         if (!m_data->fit(false, changes))
             changes.addRange();
         const QSize before = event->oldSize().isValid() ? event->oldSize() : event->size();
         m_data->setOffset(m_data->geometry.offsetGrown(event->size() - before), changes);
-    }
-    changes.announce(this);
+    });
 }
 
 // Pixel values --------------------------------------------------------------------------------------------------------
