@@ -5,9 +5,6 @@
 #include "pipeline/pixels/Kernels.h"
 #include "widgets/SurfaceGeometry.h"
 
-#include <hwy/base.h>
-#include <hwy/cache_control.h>
-
 #include <QtGui/QPainter>
 
 #include <algorithm>
@@ -24,35 +21,6 @@ bool isWholeTranslation(const QTransform& transform)
 {
     return transform.type() <= QTransform::TxTranslate && transform.dx() == std::floor(transform.dx()) &&
            transform.dy() == std::floor(transform.dy());
-}
-
-std::uint32_t sampled(std::uint8_t level)
-{
-    return 0xFF000000u | level * 0x010101u;
-}
-
-std::uint32_t sampled(std::uint32_t color)
-{
-    return color;
-}
-
-// Meanwhile the row that is sampled next comes into the cache. The processor foresees it only within a page.
-template <typename Pixel>
-void sampleRow(const uchar* row, const uchar* next, const std::vector<int>& columns, std::uint32_t* HWY_RESTRICT line)
-{
-    const auto* const pixels = reinterpret_cast<const Pixel*>(row);
-    const auto* const ahead = reinterpret_cast<const Pixel*>(next);
-    const int* const column = columns.data();
-    const std::size_t count = columns.size();
-    constexpr std::size_t few = 4; // seldom farther apart than a cache line
-    std::size_t x = 0;
-    for (; x + few <= count; x += few) {
-        hwy::Prefetch(ahead + column[x]);
-        for (std::size_t i = x; i < x + few; ++i)
-            line[i] = sampled(pixels[column[i]]);
-    }
-    for (; x < count; ++x)
-        line[x] = sampled(pixels[column[x]]);
 }
 
 } // namespace
@@ -95,14 +63,18 @@ bool PictureSampler::draw(QPainter& painter, const QImage& picture, const Surfac
         const uchar* pixels = picture.constScanLine(row);
         const uchar* const ahead = picture.constScanLine(next);
         auto* const shown = reinterpret_cast<std::uint32_t*>(line);
+        const auto sampleColors = [&](std::uint32_t* colors) {
+            Kernels::sampleColor(reinterpret_cast<const std::uint32_t*>(pixels),
+                                 reinterpret_cast<const std::uint32_t*>(ahead), m_columns.data(), pixelCount, colors);
+        };
         if (isGray)
-            return sampleRow<std::uint8_t>(pixels, ahead, m_columns, shown);
+            return Kernels::sampleGray(pixels, ahead, m_columns.data(), pixelCount, shown);
         if (!isSwapped)
-            return sampleRow<std::uint32_t>(pixels, ahead, m_columns, shown);
+            return sampleColors(shown);
         if (isFullSize) {
             pixels += std::size_t{4} * static_cast<std::size_t>(m_columns.front());
         } else {
-            sampleRow<std::uint32_t>(pixels, ahead, m_columns, m_samples.data());
+            sampleColors(m_samples.data());
             pixels = reinterpret_cast<const uchar*>(m_samples.data());
         }
         Kernels::PixelRun run;

@@ -73,4 +73,10 @@ void fields30ToColor(const PixelRun& run);
 void lookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table,
             Stores stores);
 
+/// line[i] = row[columns[i]] as an opaque 32-bit colour. Fetches the same pixels of the row `next` into the cache.
+void sampleGray(const std::uint8_t* row, const std::uint8_t* next, const int* columns, std::size_t count,
+                std::uint32_t* line);
+void sampleColor(const std::uint32_t* row, const std::uint32_t* next, const int* columns, std::size_t count,
+                 std::uint32_t* line);
+
 } // namespace Vistrel::Kernels
