@@ -2,36 +2,40 @@
 // A window whose source offers everything or nothing, and what the source is asked to do.
 #pragma once
 
+#include <Vistrel/SurfaceStream.h>
 #include <Vistrel/WindowQt.h>
 
 #include "support/FakeSources.h"
+#include "window/StartFixedEditor.h"
 
 #include <QtCore/QPointer>
 #include <QtCore/QThread>
 #include <QtTest/QTest>
 #include <QtWidgets/QMenu>
-#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QPushButton>
 #include <QtWidgets/QToolBar>
+
+#include <deque>
 
 using namespace Vistrel;
 
 struct Command
 {
-    const char *call, *action, *key, *argument;
+    const char *call, *action, *button, *key, *argument;
 };
 
 inline const Command commands[] = {
-    {"setup", "actionSetup", "F5", ""},
-    {"setupMode", "actionSetup_Mode", "", "(Fast)"},
-    {"cleanup", "actionCleanup", "Shift+F5", ""},
-    {"trigger", "actionTrigger", "F10", ""},
-    {"startSingleReverse", "actionStart_Single_Reverse", "-", ""},
-    {"startReverse", "actionStart_Reverse", "Shift+Space", ""},
-    {"start", "actionStart", "Space", ""},
-    {"startFixed", "actionStart_Fixed", "*", "(1)"},
-    {"startSingle", "actionStart_Single", "+", ""},
-    {"pause", "actionPause", "Space", ""},
-    {"stop", "actionStop", ".", ""},
+    {"setup", "actionSetup", "actionSetup_Cleanup", "F5", ""},
+    {"setupMode", "actionSetup_Mode", nullptr, "", "(Fast)"},
+    {"cleanup", "actionCleanup", "actionSetup_Cleanup", "Shift+F5", ""},
+    {"trigger", "actionTrigger", "actionTrigger", "F10", ""},
+    {"startSingleReverse", "actionStart_Single_Reverse", "actionStart_Single_Reverse", "-", ""},
+    {"startReverse", "actionStart_Reverse", "actionStart_Reverse", "Shift+Space", ""},
+    {"start", "actionStart", "actionStart", "Space", ""},
+    {"startFixed", "actionStart_Fixed", "actionStart_Fixed", "*", "(1)"},
+    {"startSingle", "actionStart_Single", "actionStart_Single", "+", ""},
+    {"pause", "actionPause", "actionPause", "Space", ""},
+    {"stop", "actionStop", "actionStop", ".", ""},
 };
 constexpr unsigned anyCommand = (1u << std::size(commands)) - 1;
 
@@ -52,20 +56,20 @@ inline std::atomic<int> reportedOther{0};
 // What a source and its test share; the source may go first.
 struct Log
 {
-    bool add(const std::string& event)
+    bool add(const QByteArray& event)
     {
         const std::lock_guard<std::mutex> guard(mutex);
-        list += list.empty() ? event : " " + event;
+        list += list.isEmpty() ? event : " " + event;
         return success;
     }
-    std::string seen()
+    QByteArray seen()
     {
         const std::lock_guard<std::mutex> guard(mutex);
         return list;
     }
 
     std::mutex mutex;
-    std::string list;
+    QByteArray list;
     std::atomic<bool> success{true};
     Gate gate; // that commands pass
 };
@@ -88,24 +92,23 @@ public:
              {&Source::setHasSetup, &Source::setHasSetupMode, &Source::setHasCleanup, &Source::setHasTrigger,
               &Source::setHasStartSingleReverse, &Source::setHasStartReverse, &Source::setHasStart,
               &Source::setHasStartFixed, &Source::setHasStartSingle, &Source::setHasPause, &Source::setHasStop,
-              &Source::setHasFrameRate, &Source::setHasFramesQueued, &Source::setHasFramesFilled,
-              &Source::setHasFramesDropped, &Source::setHasFramesDelivered})
+              &Source::setHasFrameRate, &Source::setHasFramesDropped})
             (this->*feature)(all);
     }
     using PushSource::signalAcquisitionStateChange;
     using PushSource::signalFeatureSetChange;
 
-    bool setup() override { return run("setup"); }
+    bool setup() override { return run("setup") && hasSetup(); }
     bool setupMode(const char* const name) override { return run("setupMode", name); }
     bool cleanup() override { return run("cleanup"); }
     bool trigger() override { return run("trigger"); }
     bool startSingleReverse() override { return run("startSingleReverse"); }
     bool startReverse() override { return run("startReverse"); }
-    bool start() override { return run("start"); }
+    bool start() override { return run("start") && (running = true); }
     bool startFixed(std::size_t frames) override { return run("startFixed", std::to_string(frames).c_str()); }
     bool startSingle() override { return run("startSingle"); }
     bool pause() override { return run("pause"); }
-    bool stop() override { return run("stop"); }
+    bool stop() override { return run("stop") && !(running = false); }
     void uxClosed() override { answer("uxClosed", m_log->add("closed")); }
 
     bool canSetup() const override { return can("canSetup"); }
@@ -120,24 +123,17 @@ public:
     bool canPause() const override { return can("canPause"); }
     bool canStop() const override { return can("canStop"); }
 
-    bool isSetup() const override { return answer("isSetup", true); }
-    bool isRunningSingleReverse() const override { return answer("isRunningSingleReverse", false); }
-    bool isRunningReverse() const override { return answer("isRunningReverse", false); }
-    bool isRunning() const override { return answer("isRunning", false); }
-    bool isRunningFixed() const override { return answer("isRunningFixed", false); }
-    bool isRunningSingle() const override { return answer("isRunningSingle", false); }
-    bool isPaused() const override { return answer("isPaused", false); }
-    bool isStopped() const override { return answer("isStopped", false); }
+    bool isSetup() const override { return answer("isSetup", setUp.load()); }
+    bool isRunning() const override { return answer("isRunning", running.load()); }
+    bool isStopped() const override { return !running; }
     bool activeSetupMode(char* const buffer, std::size_t* const size) const override
     {
         return answer("activeSetupMode", setupModeName(1, buffer, size));
     }
     double frameRate() const override { return answer("frameRate", 25.0); }
-    std::size_t framesQueued() const override { return answer("framesQueued", 1u); }
-    std::size_t framesFilled() const override { return answer("framesFilled", 1u); }
     std::size_t framesDropped() const override { return answer("framesDropped", 1u); }
-    std::size_t framesDelivered() const override { return answer("framesDelivered", 1u); }
 
+    std::atomic<bool> running{false};
     std::atomic<unsigned> able{anyCommand};
 
 private:
@@ -155,7 +151,7 @@ private:
     bool run(const char* call, const char* argument = nullptr)
     {
         m_log->gate.pass();
-        return answer(call, m_log->add(argument ? std::string(call) + "(" + argument + ")" : call));
+        return answer(call, m_log->add(call + (argument ? QByteArray("(") + argument + ")" : QByteArray())));
     }
 
     const std::shared_ptr<Log> m_log;
@@ -174,7 +170,7 @@ struct ShownWindow
     {
         delete window;
         log->gate.openForGood();
-        QTRY_VERIFY(QByteArray::fromStdString(log->seen()).endsWith("gone"));
+        QTRY_VERIFY(log->seen().endsWith("gone"));
     }
 
     void offer(bool all, unsigned able)
@@ -188,30 +184,34 @@ struct ShownWindow
     QAction* action(const char* name) const { return window->findChild<QAction*>(QLatin1String(name)); }
     QMenu* modes() const { return action("actionSetup_Mode")->menu(); }
     QWidget* button(const char* name) const { return window->findChild<QToolBar*>()->widgetForAction(action(name)); }
-
-    // By the mouse, through the menus that lead there; nothing happens when there is no such entry.
-    void choose(const char* name) const
+    // What is not offered has no button, and a mode no entry; then nothing happens.
+    void act(const Command& command, bool isByButton = false) const
     {
-        QMenuBar* const bar = window->menuBar();
-        auto* const menu = window->findChild<QMenu*>(QStringLiteral("menuAcquisition"));
-        QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(menu->menuAction()).center());
-        QTRY_VERIFY(menu->isVisible());
-        click(menu, action(name));
-        if (action(name)->isVisible() && action(name)->menu()) {
-            QTRY_VERIFY(modes()->isVisible());
-            click(modes(), modes()->actions().last());
-            modes()->close();
+        QAction* const chosen = action(command.action);
+        QWidget* const pressed = isByButton && command.button ? button(command.button) : nullptr;
+        if (pressed) {
+            QTRY_VERIFY(pressed->isVisible());
+            QTest::mouseClick(pressed, Qt::LeftButton, {}, {8, pressed->height() / 2});
+        } else if (!isByButton && *command.key) {
+            QTest::keySequence(window, QKeySequence(QLatin1String(command.key)));
+        } else if (!isByButton) {
+            QAction* const entry = chosen->menu() ? modes()->actions().value(0) : chosen;
+            entry && entry->isEnabled() ? entry->trigger() : void();
         }
-        menu->close();
+        auto* const editor = window->findChild<StartFixedEditor*>();
+        if (editor->isVisible())
+            editor->findChild<QPushButton*>()->click();
+        QVERIFY(!editor->isVisible());
     }
-    static void click(QMenu* menu, QAction* entry)
+    void push(Format format)
     {
-        const QRect place = menu->actionGeometry(entry);
-        if (entry->isVisible())
-            QTest::mouseClick(menu, Qt::LeftButton, {}, place.topLeft() + QPoint(8, place.height() / 2));
+        frames.emplace_back(4, 3, format, std::uint8_t(10));
+        camera->push(frames.back().raw);
+        QTRY_VERIFY(window->surfaceStream()->latestImageFormat() == format && action("actionSave_Image")->isEnabled());
     }
 
     const std::shared_ptr<Log> log = std::make_shared<Log>();
     Camera* camera = new Camera(log);
     QPointer<WindowQt> window;
+    std::deque<TestFrame> frames;
 };
