@@ -66,20 +66,14 @@ QToolButton* buttonNamed(const QWidget& editor, const char* text)
     return nullptr;
 }
 
-using Act = std::function<void(Shown&)>;
-
 } // namespace
-
-Q_DECLARE_METATYPE(Act)
 
 class EditorsTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void popoverIsPlaced_data();
     void popoverIsPlaced();
-    void popoverCloses_data();
     void popoverCloses();
     void keysTypedIntoAnEditorStayInIt();
     void zoomEditorAndAreaFollowEachOther();
@@ -87,78 +81,60 @@ private Q_SLOTS:
     void mapShowsAndMovesTheView();
 };
 
-void EditorsTest::popoverIsPlaced_data()
-{
-    QTest::addColumn<QPoint>("window"); // from the screen's corner; below zero: from the opposite one
-    QTest::addColumn<bool>("isAnchored");
-    QTest::addColumn<bool>("hasFallback");
-    QTest::addColumn<QPoint>("wanted"); // in the window; the panel is 100 x 50
-    QTest::newRow("under the button") << QPoint(100, 100) << true << true << QPoint(40, 22);
-    QTest::newRow("hidden button") << QPoint(100, 100) << false << true << QPoint(99, 22);
-    QTest::newRow("nothing given") << QPoint(100, 100) << false << false << QPoint(99, 2);
-    QTest::newRow("right edge") << QPoint(-80, 100) << true << true << QPoint(-20, 22);
-    QTest::newRow("right edge, hidden button") << QPoint(-60, 100) << false << true << QPoint(99, 22);
-    QTest::newRow("bottom edge") << QPoint(100, -30) << true << true << QPoint(40, -52);
-}
-
 void EditorsTest::popoverIsPlaced()
 {
-    QFETCH(QPoint, window);
-    QFETCH(bool, isAnchored);
-    QFETCH(bool, hasFallback);
-    QFETCH(QPoint, wanted);
-    Shown shown;
-    const QRect screen = shown.window->screen()->availableGeometry();
-    if (window.x() < 0)
-        window.rx() += screen.width();
-    if (window.y() < 0)
-        window.ry() += screen.height();
-    shown.window->setGeometry({screen.topLeft() + window, shown.window->size()});
-    shown.button->setVisible(isAnchored);
-    auto* const contents = new QWidget;
-    contents->setFixedSize(86, 36);
-    shown.popover->setContents(contents);
-    shown.popover->popUp(isAnchored ? shown.button : nullptr, hasFallback ? shown.area.data() : nullptr);
-    QVERIFY(shown.popover->isOpen());
-    QCOMPARE(shown.popover->size(), QSize(100, 50));
-    wanted += shown.window->geometry().topLeft();
-    wanted.rx() = qMin(wanted.x(), screen.right() + 1 - 100);
-    QCOMPARE(shown.popover->pos(), wanted);
-}
-
-void EditorsTest::popoverCloses_data()
-{
-    QTest::addColumn<Act>("act");
-    QTest::addColumn<bool>("isOpen");
-    QTest::newRow("Esc") << Act([](Shown& s) { QTest::keyClick(s.popover, Qt::Key_Escape); }) << false;
-    QTest::newRow("press within") << Act([](Shown& s) { QTest::mouseClick(s.popover, Qt::LeftButton); }) << true;
-    QTest::newRow("press on the button") << Act([](Shown& s) { QTest::mouseClick(s.button, Qt::LeftButton); }) << true;
-    QTest::newRow("press outside") << Act([](Shown& s) {
-        s.area->surface()->setCursor(Qt::OpenHandCursor);
-        QTest::mousePress(s.area->surface(), Qt::LeftButton);
-        QCOMPARE(s.area->surface()->cursor().shape(), Qt::ClosedHandCursor); // it has got there
-    }) << false;
-    QTest::newRow("window hidden") << Act([](Shown& s) { s.window->hide(); }) << false;
-    QTest::newRow("window closed") << Act([](Shown& s) { s.window->close(); }) << false;
-    QTest::newRow("window minimised") << Act([](Shown& s) { s.window->showMinimized(); }) << false;
-    QTest::newRow("window made active") << Act([](Shown& s) { s.window->activateWindow(); }) << false;
-    QTest::newRow("window deleted") << Act([](Shown& s) { delete s.window; }) << false;
+    const struct
+    {
+        QPoint window; // from the screen's corner; below zero: from the opposite one
+        bool isAnchored;
+        QPoint wanted; // in the window; the panel is 100 x 50
+    } rows[] = {{{100, 100}, true, {40, 22}},
+                {{100, 100}, false, {99, 22}}, // the button is hidden
+                {{-80, 100}, true, {-20, 22}},
+                {{100, -30}, true, {40, -52}}};
+    for (const auto& row : rows) {
+        Shown shown;
+        const QRect screen = shown.window->screen()->availableGeometry();
+        const QPoint far(row.window.x() < 0 ? screen.width() : 0, row.window.y() < 0 ? screen.height() : 0);
+        shown.window->setGeometry({screen.topLeft() + far + row.window, shown.window->size()});
+        shown.button->setVisible(row.isAnchored);
+        auto* const contents = new QWidget;
+        contents->setFixedSize(86, 36);
+        shown.popover->setContents(contents);
+        shown.popover->popUp(shown.button, shown.area);
+        QCOMPARE(shown.popover->geometry(), QRect(shown.window->geometry().topLeft() + row.wanted, QSize(100, 50)));
+    }
 }
 
 void EditorsTest::popoverCloses()
 {
-    QFETCH(Act, act);
-    QFETCH(bool, isOpen);
-    Shown shown;
-    QSignalSpy opened(shown.popover, &PopoverWindow::opened);
-    QSignalSpy closed(shown.popover, &PopoverWindow::closed);
-    shown.open(new QSpinBox);
-    QCOMPARE(opened.size(), 1);
-    act(shown);
-    QTRY_COMPARE(shown.popover && shown.popover->isOpen(), isOpen);
-    QCOMPARE(closed.size(), isOpen ? 0 : 1);
-    if (shown.window && shown.window->isVisible() && !shown.window->isMinimized() && !isOpen)
-        QTRY_COMPARE(QApplication::focusWidget(), shown.area.data());
+    const struct
+    {
+        std::function<void(Shown&)> act;
+        bool isOpen; // afterwards
+    } rows[] = {
+        {[](Shown& s) { QTest::mouseClick(s.button, Qt::LeftButton); }, true},
+        {[](Shown& s) { QTest::keyClick(s.popover, Qt::Key_Escape); }, false},
+        {[](Shown& s) {
+             s.area->surface()->setCursor(Qt::OpenHandCursor);
+             QTest::mousePress(s.area->surface(), Qt::LeftButton);
+             QCOMPARE(s.area->surface()->cursor().shape(), Qt::ClosedHandCursor); // it has got there
+         },
+         false},
+        {[](Shown& s) { s.window->activateWindow(); }, false},
+        {[](Shown& s) { s.window->hide(); }, false},
+        {[](Shown& s) { delete s.window; }, false},
+    };
+    for (const auto& row : rows) {
+        Shown shown;
+        QSignalSpy closed(shown.popover, &PopoverWindow::closed);
+        shown.open(new QSpinBox);
+        row.act(shown);
+        QTRY_COMPARE(shown.popover && shown.popover->isOpen(), row.isOpen);
+        QCOMPARE(closed.size(), row.isOpen ? 0 : 1);
+        if (shown.window && shown.window->isVisible() && !row.isOpen)
+            QTRY_COMPARE(QApplication::focusWidget(), shown.area.data());
+    }
 }
 
 void EditorsTest::keysTypedIntoAnEditorStayInIt()
@@ -171,13 +147,10 @@ void EditorsTest::keysTypedIntoAnEditorStayInIt()
     shown.window->addActions({&plain, &toggle});
     QSignalSpy stolen(&plain, &QAction::triggered);
     connect(&toggle, &QAction::triggered, shown.popover, [&] { shown.popover->close(); });
-    auto* const editor = new ZoomEditor(shown.area);
-    shown.open(editor);
-    QCOMPARE(QApplication::focusWidget(), editor->findChild<QDoubleSpinBox*>());
+    shown.open(new ZoomEditor(shown.area));
     shown.area->setZoomTo(1, {-1, -1});
-    QTRY_COMPARE(editor->findChild<QDoubleSpinBox*>()->value(), 100.0);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_PageUp);
-    QVERIFY(shown.area->zoomScaling() > 1.1);
+    QTRY_VERIFY(shown.area->zoomScaling() > 1.1);
     QCOMPARE(stolen.size(), 0);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_E, Qt::ControlModifier);
     QVERIFY(!shown.popover->isOpen());
@@ -204,7 +177,6 @@ void EditorsTest::zoomEditorAndAreaFollowEachOther()
     QTest::keyClicks(percent, QStringLiteral("13"));
     QCOMPARE(shown.area->zoomScaling(), 0.5); // not a digit at a time
     shown.area->resize(300, 150);             // fitted anew meanwhile
-    QTRY_VERIFY(shown.area->zoomScaling() < 0.4);
     QTRY_VERIFY(slider->value() < -7);
     QTest::keyClicks(percent, QStringLiteral("3.3"));
     QTest::keyClick(percent, Qt::Key_Return);
@@ -218,11 +190,8 @@ void EditorsTest::zoomEditorAndAreaFollowEachOther()
     QTRY_COMPARE(percent->value(), 234.6);
     QCOMPARE(changes.size(), 3); // what is shown is rounded, and is not sent back
     QCOMPARE(shown.area->zoomScaling(), 2.34567);
-    QCOMPARE(slider->value(), 7);
     buttonNamed(editor, "Fit")->click();
     QVERIFY(shown.area->zoomToFit() && fit->isChecked());
-    buttonNamed(editor, "Fit")->click();
-    QVERIFY(!shown.area->zoomToFit() && !fit->isChecked());
 
     shown.area->surface()->setPixmap(QPixmap());
     const double scaling = shown.area->zoomScaling();
@@ -231,8 +200,7 @@ void EditorsTest::zoomEditorAndAreaFollowEachOther()
     QCOMPARE(shown.area->zoomScaling(), scaling);
     delete shown.area;
     slider->setValue(slider->maximum());
-    buttonNamed(editor, "Fit")->click();
-    QVERIFY(!fit->isChecked());
+    buttonNamed(editor, "800 %")->click();
 }
 
 void EditorsTest::startFixedKeepsItsCountInBounds()
@@ -245,23 +213,17 @@ void EditorsTest::startFixedKeepsItsCountInBounds()
     editor.setFocus();
     QTest::keyClicks(box, QStringLiteral("640")); // in place of what is there
     QTest::keyClick(box, Qt::Key_Enter);
-    QCOMPARE(started.takeFirst(), QVariantList{640});
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Enter, {}, QString(), true);
+    QCoreApplication::sendEvent(box, &held);
+    QCOMPARE(started, QList<QVariantList>{{640}});
     editor.setBounds(10, 100, 5);
     QCOMPARE(editor.count(), 100);
     editor.setBounds(1, 1000, 5);
     QCOMPARE(editor.count(), 640); // again
-    QTest::keyClick(box, Qt::Key_Down);
-    QCOMPARE(editor.count(), 635);
     editor.setBounds(50, -3, 0);
     QCOMPARE(editor.count(), 50);
-    QCOMPARE(box->singleStep(), 1);
-    editor.setBounds(-8, -3, -1);
-    QCOMPARE(editor.count(), 0);
     editor.setStartEnabled(false);
     QTest::keyClick(box, Qt::Key_Return);
-    QCOMPARE(started.size(), 0);
-    editor.setStartEnabled(true);
-    editor.findChild<QPushButton*>()->click();
     QCOMPARE(started.size(), 1);
 }
 
@@ -280,33 +242,33 @@ void EditorsTest::mapShowsAndMovesTheView()
 
     shown.area->setZoomTo(2, {-1, -1});
     QCoreApplication::processEvents();
-    QTest::mouseClick(&map, Qt::LeftButton, {}, {60, 130}); // image point 151, 301
-    QRectF seen = shown.area->surface()->visibleImageRectF();
-    QVERIFY((seen.center() - QPointF(151.25, 301.25)).manhattanLength() < 0.01);
-    QVERIFY(!isFrame(pixel(120, 11)));
-    QVERIFY(isFrame(pixel(60, 10 + qRound(seen.top() * 0.4) + 1)));
-    QTest::mousePress(&map, Qt::LeftButton, {}, {120, 90});
+    const auto centreAt = [&](const QPoint& position) {
+        QTest::mouseClick(&map, Qt::LeftButton, {}, position);
+        return shown.area->surface()->visibleImageRectF().center();
+    };
+    QCOMPARE(centreAt({60, 130}), QPointF(151.25, 301.25));
+    const double top = shown.area->surface()->visibleImageRectF().top();
+    QVERIFY(!isFrame(pixel(120, 11)) && isFrame(pixel(60, 10 + qRound(top * 0.4) + 1)));
+    map.resize(280, 160); // from (20, 0) on
+    QCOMPARE(centreAt({100, 100}), QPointF(201.25, 251.25));
+    QTest::mousePress(&map, Qt::LeftButton, {}, {140, 80});
     QMouseEvent drag(QEvent::MouseMove, QPointF(-50, 400), Qt::NoButton, Qt::LeftButton, {});
     QApplication::sendEvent(&map, &drag);
-    seen = shown.area->surface()->visibleImageRectF();
-    QCOMPARE(seen.bottomLeft(), QPointF(0, 400));
-
+    QCOMPARE(shown.area->surface()->visibleImageRectF().bottomLeft(), QPointF(0, 400));
     QWheelEvent wheel({5, 5}, map.mapToGlobal({5, 5}), {}, {0, 120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&map, &wheel);
     QCOMPARE(shown.area->zoomScaling(), 2.25);
-    const QPointF centre = shown.area->surface()->visibleImageRectF().center();
-    QVERIFY((centre - seen.center()).manhattanLength() < 1);
 
     // Another image is seen at once or soon, an area that goes is left alone.
     QPixmap red(60, 40);
     red.fill(Qt::red);
     shown.area->surface()->setPixmap(red.scaled(1200, 800));
     map.updateView();
-    QTRY_COMPARE(pixel(230, 160), QColor(Qt::red));
+    QTRY_COMPARE(pixel(230, 150), QColor(Qt::red));
     delete shown.area;
     QTest::mouseClick(&map, Qt::LeftButton);
     QApplication::sendEvent(&map, &wheel);
-    QVERIFY(pixel(230, 160) != QColor(Qt::red));
+    QVERIFY(pixel(230, 150) != QColor(Qt::red));
 }
 
 QTEST_MAIN(EditorsTest)
