@@ -60,20 +60,18 @@ private:
 class Source : public PushSource
 {
 public:
-    explicit Source(Host& host) : m_host(host), m_thread(QThread::currentThread()) { setHasStart(true); }
+    explicit Source(Host& host) : m_host(host) { setHasStart(true); }
     bool canStart() const override { return m_host.enter("canStart"), true; }
     void uxClosed() override { m_host.enter("uxClosed"); }
     ScopedLock getFrameLock(const RawImage& frame) override
     {
-        if (QThread::currentThread() == m_thread)
+        if (QThread::currentThread() == qApp->thread())
             m_host.enter("getFrameLock");
         return PushSource::getFrameLock(frame);
     }
-    void announce() { signalAcquisitionStateChange(); }
 
 private:
     Host& m_host;
-    QThread* const m_thread;
 };
 
 struct Shown
@@ -91,12 +89,12 @@ struct Shown
     {
         return window->qt_handle()->findChild<Child*>(QLatin1String(name));
     }
-    static std::string entries(const QWidget* bar, QAction* after = nullptr)
+    static QString entries(const QWidget* bar, QAction* after = nullptr)
     {
         QStringList texts;
         for (const QAction* const entry : bar->actions().mid(bar->actions().indexOf(after) + 1))
             texts += entry->isSeparator() ? QStringLiteral("|") : entry->text();
-        return texts.join(QLatin1Char(' ')).toStdString();
+        return texts.join(QLatin1Char(' '));
     }
 
     Host& host;
@@ -114,66 +112,53 @@ class UserActionsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void menusComeAndGo();
-    void barsFollow();
+    void entriesComeAndGo();
     void endings();
 };
 
-void UserActionsTest::menusComeAndGo()
+void UserActionsTest::entriesComeAndGo()
 {
     Host host;
     Shown shown(host);
     const auto* const bar = shown.child<QMenuBar>("menuBar");
-    const std::string before = shown.entries(bar);
-    QVERIFY(QString::fromStdString(before).endsWith(QLatin1String("&Mill &Help")));
+    const auto menus = [&] { return Shown::entries(bar); };
+    const QString before = menus();
+    QVERIFY(before.endsWith(QLatin1String("&Mill &Help")));
     Action* const other = shown.window->addMainMenuAction(shown.command("o"), "Tools", "O");
     Action* const second = shown.window->addMainMenuAction(shown.command("s"), "&Mill", "S");
-    const QAction* const mill = bar->actions()[bar->actions().size() - 3];
-    QCOMPARE(shown.entries(mill->menu()), std::string("A S"));
-    QVERIFY(QString::fromStdString(shown.entries(bar)).endsWith(QLatin1String("&Mill Tools &Help")));
+    QCOMPARE(Shown::entries(bar->actions()[bar->actions().size() - 3]->menu()), QStringLiteral("A S"));
     second->setCheckable(true);
     second->qt_handle()->trigger();
     second->qt_handle()->trigger();
     QCOMPARE(host.trace, std::string("schecked sstriggered s"));
     delete other;
-    QCOMPARE(shown.entries(bar), before);
     second->qt_handle()->setVisible(false);
     delete shown.a;
-    QCOMPARE(shown.entries(bar), before); // for the one that is hidden
+    QCOMPARE(menus(), before); // for the one that is hidden
     delete second;
-    QVERIFY(!QString::fromStdString(shown.entries(bar)).contains(QLatin1String("Mill")));
-    QVERIFY(shown.window->addMainMenuAction(shown.command("n"), "&Mill", "N"));
-    QCOMPARE(shown.entries(bar), before);
-}
+    QVERIFY(!menus().contains(QLatin1String("Mill")));
 
-void UserActionsTest::barsFollow()
-{
-    Host host;
-    Shown shown(host);
-    const auto* const bar = shown.child<QToolBar>("acquisitionToolBar");
-    const auto after = [&] { return shown.entries(bar, shown.child<QAction>("actionQuick_View")); };
-    Action* const second = shown.window->addToolBarAction(shown.command("s"), "S");
-    QCOMPARE(after(), std::string("| B S"));
-    delete shown.b;
-    QCOMPARE(after(), std::string("| S"));
-    second->qt_handle()->setSeparator(true);
+    const auto* const tools = shown.child<QToolBar>("acquisitionToolBar");
+    const auto behind = [&] { return Shown::entries(tools, shown.child<QAction>("actionQuick_View")); };
+    Action* const separator = shown.window->addToolBarAction(shown.command("s"), "S");
+    separator->qt_handle()->setSeparator(true);
     const Action* const third = shown.window->addToolBarAction(shown.command("t"), "T");
-    QCOMPARE(after(), std::string("| | T"));
-    delete second;
-    QCOMPARE(after(), std::string("| T"));
+    QCOMPARE(behind(), QStringLiteral("| B | T"));
+    delete separator;
+    QCOMPARE(behind(), QStringLiteral("| B T"));
+    delete shown.b;
     delete third;
-    QCOMPARE(after(), std::string());
+    QCOMPARE(behind(), QString());
 
     const auto buttons = [&] {
-        int count = 0;
-        for (const QToolButton* const button : shown.child<QStatusBar>("statusBar")->findChildren<QToolButton*>())
-            count += button->defaultAction() && button->defaultAction()->text() == QLatin1String("C");
-        return count;
+        const auto all = shown.child<QStatusBar>("statusBar")->findChildren<QToolButton*>();
+        return std::count_if(all.begin(), all.end(),
+                             [](const QToolButton* one) { return one->text() == QLatin1String("C"); });
     };
-    QCOMPARE(buttons(), 1);
+    QCOMPARE(int(buttons()), 1);
     delete shown.c;
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    QCOMPARE(buttons(), 0);
+    QCOMPARE(int(buttons()), 0);
 }
 
 void UserActionsTest::endings()
@@ -214,7 +199,7 @@ void UserActionsTest::endings()
         if (host.moment == "triggered")
             shown.a->qt_handle()->trigger();
         else if (host.moment == "canStart")
-            shown.source->announce();
+            shown.source->setSetup(true);
         else if (host.moment == "getFrameLock")
             shown.window->setZoomLevel(1000), shown.window->surfaceScrollArea()->surface()->repaint();
         else if (host.moment.empty())
