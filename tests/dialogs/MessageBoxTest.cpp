@@ -77,26 +77,24 @@ void MessageBoxTest::boxShowsWhatIsAsked()
         {MessageBoxDialog::information, Box::Information},
         {MessageBoxDialog::question, Box::Question}};
     QSignalSpy lastWindowClosed(qApp, &QGuiApplication::lastWindowClosed);
-    for (int i = 0; i < 36; ++i) {
-        const int flag = 1 << i % 18;
+    for (int i = 0; i < 18; ++i) {
+        const int flag = 1 << i;
         const int other = 1 << (i + 1) % 18;
-        const Box::StandardButton button = buttons[i % 18];
-        const auto& kind = kinds[i / 2 % 4];
-        const bool isOffered = i < 18; // the default button
+        const bool isOneDefault = i % 5 != 0;
+        const auto& kind = kinds[i % 4];
         Window* const parent = i % 3 ? &window : nullptr;
         const auto press = [&](Box& box) {
-            const auto click = qScopeGuard([&] { box.button(button)->click(); });
-            QCOMPARE(box.icon(), kind.second);
+            const auto click = qScopeGuard([&] { box.button(buttons[i])->click(); });
+            QVERIFY(box.icon() == kind.second && box.windowTitle() == QString::fromLocal8Bit("caf\xc3\xa9"));
             QCOMPARE(box.parentWidget(), parent ? window.qt_handle() : nullptr);
-            QCOMPARE(box.windowTitle(), QString::fromLocal8Bit("caf\xc3\xa9"));
-            QCOMPARE(box.standardButtons(), button | buttons[(i + 1) % 18]);
-            QCOMPARE(box.defaultButton(), isOffered ? box.button(button) : nullptr);
+            QCOMPARE(box.standardButtons(), buttons[i] | buttons[(i + 1) % 18]);
+            QCOMPARE(box.defaultButton(), isOneDefault ? box.button(buttons[i]) : nullptr);
         };
-        const DialogButton pressed = ask(i % 2, press, [&] {
+        const DialogButton pressed = ask(i / 4 % 2, press, [&] {
             return kind.first(parent, "caf\xc3\xa9", nullptr, DialogButtons(flag | other | 0x40000),
-                              static_cast<DialogButton>(isOffered ? flag : flag | other));
+                              static_cast<DialogButton>(isOneDefault ? flag : flag | other));
         });
-        QCOMPARE(static_cast<int>(pressed), flag);
+        QCOMPARE(int(pressed), flag);
     }
     QVERIFY(lastWindowClosed.isEmpty());
 }
@@ -109,17 +107,13 @@ void MessageBoxTest::endsWithoutAnswer()
         application.setQuitOnLastWindowClosed(false);
         auto window = std::make_unique<Window>(ScopedAcquisitionInterface());
         const auto call = [asked = window.get()] { return MessageBoxDialog::warning(asked, "", "", {}, {}); };
-        const auto act = [&](QMessageBox& box) {
-            if (!box.parentWidget()) // the window has been closed
-                box.button(QMessageBox::Ok)->click();
-            else if (end == 2)
+        const auto act = [&](QMessageBox&) {
+            if (end == 2)
                 application.exit(0);
             else
                 end == 0 ? window.reset() : void(window->qt_handle()->close());
         };
         QCOMPARE(ask(i % 2, act, call), DialogButton::NoButton);
-        if (end == 1)
-            QCOMPARE(ask(i % 2, act, call), DialogButton::Ok);
     }
 }
 
@@ -173,10 +167,6 @@ void MessageBoxTest::workerDoesNotHang()
                 end == WindowIsDeleted ? window.reset() : delete window->qt_handle();
         }
         worker.join();
-        QCOMPARE(button, DialogButton::NoButton);
-        if (end != WindowIsDeleted)
-            application.reset();
-        button = DialogButton::Help, call();
         QCOMPARE(button, DialogButton::NoButton);
     }
 }
