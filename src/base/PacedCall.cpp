@@ -31,6 +31,14 @@ PacedCall::~PacedCall()
     stop();
 }
 
+// What is posted already then finds nothing to do.
+void PacedCall::drop()
+{
+    m_timer.stop();
+    const std::lock_guard<std::mutex> guard(m_gate->mutex);
+    m_gate->isPending = false;
+}
+
 void PacedCall::stop()
 {
     for (const QMetaObject::Connection& connection : m_followed)
@@ -63,9 +71,8 @@ void PacedCall::make()
 {
     {
         const std::lock_guard<std::mutex> guard(m_gate->mutex);
-        if (!m_gate->owner)
+        if (!m_gate->owner || !std::exchange(m_gate->isPending, false))
             return;
-        m_gate->isPending = false;
     }
     // The next tick of a steady beat, so that calls asked for at the same rate are not met ever later, and one skipped
     // in the end.

@@ -42,6 +42,8 @@ public:
         m_followed.push_back(connect(sender, signal, [gate = m_gate] { request(*gate); }));
     }
 
+    /// Drops what is still asked for.
+    void drop();
     /// Follows nothing any more, and drops what is still asked for.
     void stop();
 

@@ -78,8 +78,10 @@ void SurfaceStream::PrivateData::updateStreamStates()
         showSetUp();
         return;
     }
-    if (std::exchange(isSourceSetUp, false))
+    if (std::exchange(isSourceSetUp, false)) {
         framesPushedBefore = worker->framesPushed();
+        frameWanted.drop(); // what the clock has asked for is no frame that comes
+    }
     clock->setRunning(false);
     worker->clear();
     updateImage();
