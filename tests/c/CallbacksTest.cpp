@@ -84,6 +84,7 @@ void CallbacksTest::callsComeOnTheirThreads()
     addQueries(camera, raise);
     camera.add<VT_FEATURE_CAN_START>(VTSetFeatureQuery);
     camera.add<VT_FEATURE_NEXT_FRAME>(VTSetFeatureNextFrame, raise);
+    camera.add<VT_FEATURE_CLOSED>(VTSetFeatureNotify, raise);
     camera.add<VT_FEATURE_FILE_LOAD>(VTSetFeatureLoad, raise);
     camera.add<VT_FEATURE_FILE_SAVE>(VTSetFeatureSave, raise);
     for (const int callback : {int{Gone}, int{Triggered}, int{VT_FEATURE_FRAME_RELEASED}, int{VT_FEATURE_FINISHED}})
@@ -99,7 +100,7 @@ void CallbacksTest::callsComeOnTheirThreads()
     camera.on(Idle, [&] { return VTAppExit(app, 0), raise(); });
     VTAppExec(app, nullptr);
     for (const std::int32_t feature : camera.added) {
-        const bool isOfEnd = feature == VT_FEATURE_FINISHED || feature == VT_FEATURE_FRAME_RELEASED;
+        const bool isOfEnd = feature >= VT_FEATURE_FRAME_RELEASED && feature <= VT_FEATURE_FINISHED;
         QTRY_VERIFY2(camera.calls(feature) > 0 || isOfEnd, QByteArray::number(feature).constData());
         const bool isFile = feature == VT_FEATURE_FILE_LOAD || feature == VT_FEATURE_FILE_SAVE;
         const bool isQuery = feature >= VT_FEATURE_CAN_SETUP && feature < VT_FEATURE_NEXT_FRAME;
@@ -107,8 +108,10 @@ void CallbacksTest::callsComeOnTheirThreads()
             QCOMPARE(camera.isOn(feature, here), isQuery);
         QVERIFY(isFile || camera.isOn(feature, camera.threads[VT_FEATURE_START]) == (feature <= VT_FEATURE_SETUP_MODE));
     }
+    camera.view->close();
     VTAppDestroy(app);
-    for (const int callback : {int{Gone}, int{VT_FEATURE_FRAME_RELEASED}, int{VT_FEATURE_FINISHED}})
+    for (const int callback :
+         {int{Gone}, int{VT_FEATURE_FRAME_RELEASED}, int{VT_FEATURE_CLOSED}, int{VT_FEATURE_FINISHED}})
         QCOMPARE(camera.calls(callback), 1);
 }
 

@@ -117,15 +117,11 @@ struct Camera
                             image.format == frame.image.format;
         frame.returned += isSame ? 1 : 8;
         frame.pixels.assign(frame.pixels.size(), 0xEE); // nobody may read them any more
-        --lentCount;
         freed.notify_all();
     }
     std::int32_t push(const VTRawImage& image)
     {
-        ++lentCount;
         const std::int32_t answer = VTWindowSetNextFrame(window, &image);
-        if (answer != VT_OK)
-            --lentCount;
         VTSendSignal(window, VT_SIGNAL_GET_FRAME_NOW);
         return answer;
     }
@@ -193,11 +189,9 @@ struct Camera
 
     VTWindowHandle window = nullptr;
     QPointer<WindowQt> view;
-    std::unique_ptr<Camera> other;
     std::set<std::int32_t> added; // features
     Gate gate;
     std::atomic<std::int32_t> code{1}; // of the call that a callback makes
-    std::atomic<int> lentCount{0};
 
     std::mutex mutex; // guards all below
     std::condition_variable freed;
