@@ -107,13 +107,17 @@ void MessageBoxTest::endsWithoutAnswer()
         application.setQuitOnLastWindowClosed(false);
         auto window = std::make_unique<Window>(ScopedAcquisitionInterface());
         const auto call = [asked = window.get()] { return MessageBoxDialog::warning(asked, "", "", {}, {}); };
-        const auto act = [&](QMessageBox&) {
-            if (end == 2)
+        const auto act = [&](QMessageBox& box) {
+            if (!box.parentWidget()) // the window has been closed
+                box.button(QMessageBox::Ok)->click();
+            else if (end == 2)
                 application.exit(0);
             else
                 end == 0 ? window.reset() : void(window->qt_handle()->close());
         };
         QCOMPARE(ask(i % 2, act, call), DialogButton::NoButton);
+        if (end == 1)
+            QCOMPARE(ask(i % 2, act, call), DialogButton::Ok);
     }
 }
 
@@ -167,6 +171,10 @@ void MessageBoxTest::workerDoesNotHang()
                 end == WindowIsDeleted ? window.reset() : delete window->qt_handle();
         }
         worker.join();
+        QCOMPARE(button, DialogButton::NoButton);
+        if (end != WindowIsDeleted)
+            application.reset();
+        button = DialogButton::Help, call();
         QCOMPARE(button, DialogButton::NoButton);
     }
 }

@@ -26,7 +26,6 @@ private Q_SLOTS:
     void initTestCase();
     void commandsRunOnceWhenTheyCan();
     void throwingQueryIsReported();
-    void modeNameReachesTheSourceAsBytes_data();
     void modeNameReachesTheSourceAsBytes();
     void slowCommandIsShownAndDisablesTheOthers();
     void sourceIsLeftAloneWhileCommandsAreUnderWay();
@@ -53,6 +52,7 @@ void CommandsTest::commandsRunOnceWhenTheyCan()
             QAction* const action = shown.action(command.action);
             QVERIFY(shown.window->findChild<QMenu*>(QStringLiteral("menuAcquisition"))->actions().contains(action));
             shown.offer(false, bit(command.call)); // hidden
+            QVERIFY(shown.action("actionNo_Controls_Available")->isVisible());
             shown.act(command, isByButton);
             shown.offer(true, 0); // disabled
             shown.act(command, isByButton);
@@ -87,35 +87,28 @@ void CommandsTest::throwingQueryIsReported()
     }
 }
 
-void CommandsTest::modeNameReachesTheSourceAsBytes_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::newRow("mnemonic") << QByteArray("Slow & dark");
-    QTest::newRow("empty") << QByteArray("");
-    QTest::newRow("long") << QByteArray(10000, 'm');
-    QTest::newRow("no text in the local encoding") << QByteArray("\xFF\xFE");
-}
-
 void CommandsTest::modeNameReachesTheSourceAsBytes()
 {
-    QFETCH(QByteArray, name);
-    ShownWindow shown;
-    const QSize before = shown.window->size();
-    QVERIFY(shown.camera->addSetupMode(name, "Long exposure"));
-    shown.offer(true, bit("setupMode"));
-    const QList<QAction*> modes = shown.modes()->actions();
-    QCOMPARE(modes.size(), 2);
-    QVERIFY(modes[1]->isChecked() && modes[1]->font().bold() && !modes[0]->isChecked()); // the active one
-    QCOMPARE(modes[1]->toolTip(), QStringLiteral("Long exposure"));
-    QCOMPARE(qobject_cast<QToolButton*>(shown.button("actionSetup_Cleanup"))->menu(), shown.modes());
-    shown.log->gate.close();
-    modes[1]->trigger();
-    const QString shownName = QString::fromLocal8Bit(name.left(11));
-    QTRY_VERIFY(
-        shown.window->statusBar()->currentMessage().startsWith(QStringLiteral("Acquisition setup (") + shownName));
-    QCOMPARE(shown.window->size(), before);
-    shown.log->gate.openForGood();
-    QTRY_COMPARE(shown.log->seen(), QByteArray("setupMode(" + name + ")"));
+    // With a mnemonic's mark, empty, long, and no text in the local encoding.
+    for (const QByteArray& name :
+         {QByteArray("Slow & dark"), QByteArray(""), QByteArray(10000, 'm'), QByteArray("\xFF\xFE")}) {
+        ShownWindow shown;
+        const QSize before = shown.window->size();
+        QVERIFY(shown.camera->addSetupMode(name, "Long exposure"));
+        shown.offer(true, bit("setupMode"));
+        const QList<QAction*> modes = shown.modes()->actions();
+        QCOMPARE(modes.size(), 2);
+        QVERIFY(modes[1]->isChecked() && modes[1]->font().bold() && !modes[0]->isChecked()); // the active one
+        QCOMPARE(modes[1]->toolTip(), QStringLiteral("Long exposure"));
+        QCOMPARE(qobject_cast<QToolButton*>(shown.button("actionSetup_Cleanup"))->menu(), shown.modes());
+        shown.log->gate.close();
+        modes[1]->trigger();
+        const QString message = QStringLiteral("Acquisition setup (") + QString::fromLocal8Bit(name.left(11));
+        QTRY_VERIFY(shown.window->statusBar()->currentMessage().startsWith(message));
+        QCOMPARE(shown.window->size(), before);
+        shown.log->gate.openForGood();
+        QTRY_COMPARE(shown.log->seen(), QByteArray("setupMode(" + name + ")"));
+    }
 }
 
 void CommandsTest::slowCommandIsShownAndDisablesTheOthers()

@@ -96,9 +96,14 @@ class HostFiles : public AbstractFileInterface
 {
 public:
     HostFiles() { addFormat(".host", nullptr, nullptr); }
-    bool save(const RawImage& image, const char*) override { return onSave(image); }
+    bool save(const RawImage& image, const char* const fileName) override
+    {
+        named = fileName;
+        return onSave(image);
+    }
     bool savesOnThread() const override { return isThreaded; }
     bool isThreaded = false;
+    QByteArray named;
     std::function<bool(const RawImage&)> onSave = [](const RawImage&) { return false; };
 };
 
@@ -333,6 +338,7 @@ void SavingTest::hostsSaveHasTheLockAlone()
     };
     QCOMPARE(save({name(path("a.host"))}), std::string("files|"));
     QVERIFY(asked == 0 && !isRead);
+    QCOMPARE(files->named, QFile::encodeName(path("a.host")));
     QVERIFY(surface->imageSrcPixVal({0, 0}, value)); // again
 }
 
