@@ -70,7 +70,7 @@ void ValuesTest::everyProperty()
 {
     for (const Range& range : properties) {
         for (std::int32_t number = range.first; number <= range.last; ++number) {
-            char value[1000];
+            char value[1000] = {};
             std::size_t size = sizeof value;
             const int type = number / 100 % 10;
             QCOMPARE(getAny(type, ownerOf(number), number, Handle{value}, &size), VT_OK + 0);
