@@ -77,24 +77,16 @@ private Q_SLOTS:
 
 void SurfaceScrollAreaTest::zoomKeepsThePointUnderTheReference()
 {
-    for (const bool isFitted : {false, true}) { // where it is, the bars come with the zoom
-        ShownArea shown;
-        if (!isFitted) {
-            shown.area.setZoomTo(1, {-1, -1});
-            shown.settle();
-            shown.area.setImageOffset({100, 120});
-            shown.settle();
-        }
-        const QPoint reference(120, 90);
-        const QPointF point = shown.imagePoint(reference);
-        shown.area.setZoomTo(2, reference);
-        for (int i = 0; i < 3; ++i) {
-            QVERIFY2(isNear(shown.imagePoint(reference), point), QByteArray::number(i));
-            shown.settle(); // the bars follow, and leave it there
-        }
-        QCOMPARE(shown.area.zoomScaling(), 2.0);
-        QVERIFY(!shown.area.zoomToFit() && shown.area.hBarScrollable() && shown.area.vBarScrollable());
+    ShownArea shown; // fitted, so the bars come with the zoom
+    const QPoint reference(120, 90);
+    const QPointF point = shown.imagePoint(reference);
+    shown.area.setZoomTo(2, reference);
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY2(isNear(shown.imagePoint(reference), point), QByteArray::number(i));
+        shown.settle(); // the bars follow, and leave it there
     }
+    QCOMPARE(shown.area.zoomScaling(), 2.0);
+    QVERIFY(!shown.area.zoomToFit() && shown.area.hBarScrollable() && shown.area.vBarScrollable());
 }
 
 void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
@@ -168,9 +160,6 @@ void SurfaceScrollAreaTest::activePixelIsUnderThePointer()
     const QPoint position = (corner + QPointF(4 * 7 + 3, 4 * 2)).toPoint();
     shown.mouse(QEvent::MouseMove, position, Qt::NoButton);
     QCOMPARE(shown.surface->activePixel(), QPoint(7, 2));
-    shown.mouse(QEvent::MouseMove, {-1, 20}, Qt::NoButton);
-    QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
-    shown.mouse(QEvent::MouseMove, position, Qt::NoButton);
     QEvent leave(QEvent::Leave);
     QApplication::sendEvent(shown.surface, &leave);
     QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
