@@ -95,6 +95,10 @@ public:
     /// What "About Application..." runs. Not owned; null takes the entry away.
     void setApplicationAbout(QDialog* dialog);
 
+    /// Closes the window without asking, and without `uxClosed()` on the source, and deletes it: at once, or when the
+    /// function of the host's has returned that the window has called.
+    void discard();
+
     QMenu* createPopupMenu() override; ///< none: the bars are not the user's to hide
 
 public Q_SLOTS:
@@ -166,9 +170,6 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    friend class Window;
-    VISTREL_LOCAL void discard();
-
     class VISTREL_LOCAL PrivateData;
     std::unique_ptr<PrivateData> m_data;
 };

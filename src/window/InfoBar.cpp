@@ -2,8 +2,6 @@
 // The image information at the right of the main window's status bar.
 #include "window/InfoBar.h"
 
-#include "pipeline/pixels/PixelFormats.h"
-
 #include <QtCore/QEvent>
 #include <QtGui/QFontMetrics>
 #include <QtGui/QPainter>
@@ -25,116 +23,10 @@ namespace Vistrel {
 
 namespace {
 
-struct Wording
-{
-    const char* name;
-    const char* caption; // around the value and its unit, in the bar alone
-    const char* unit;
-    const char* usual; // the value that there is room for from the beginning; null: a dash
-    int importance;    // the smallest is the first to make way
-};
-
-constexpr int pixelImportance = 11;
 constexpr int buttonImportance = 8;
-
-constexpr Wording wordings[infoItemCount] = {
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Playback Mode"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Mode: %1"), "%1",
-     nullptr, 6},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frame Rate"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 fps"),
-     "000.00", 9},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Queued"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Queued: %1"), "%1",
-     "00", 3},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Filled"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Filled: %1"), "%1",
-     "00", 2},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Dropped"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dropped: %1"),
-     "%1", "000", 7},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Delivered"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Delivered: %1"),
-     "%1", "00000", 4},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dimensions"), "%1", "%1", nullptr, 5},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Image Format"), "%1", "%1", nullptr, 1},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Zoom Level"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 %"), "000.0",
-     10},
-    {QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Pixel Value"), "%1", "%1", nullptr, pixelImportance},
-};
-constexpr int longestMode = 32;  // characters; a longer name is cut in the bar
 constexpr int messageMargin = 8; // pixels that the status bar leaves on either side of a message
 
-const Wording& wordingOf(InfoItem item)
-{
-    return wordings[static_cast<std::size_t>(item)];
-}
-
-QString withUnit(InfoItem item, const QString& value)
-{
-    return InfoBar::tr(wordingOf(item).unit).arg(value);
-}
-
-bool isKnown(const RawImage& image)
-{
-    return image.data && image.width > 0 && image.height > 0;
-}
-
-QString widestPixelText(const RawImage& image)
-{
-    const std::uint32_t maximum = channelMaximum(image.format);
-    const bool isMono = isMonochrome(image.format);
-    const PixPos last{static_cast<int>(image.width) - 1, static_cast<int>(image.height) - 1};
-    return pixelText(last, PixVal{isMono, maximum, !isMono, maximum, maximum, maximum});
-}
-
 } // namespace
-
-// Texts ---------------------------------------------------------------------------------------------------------------
-
-QString frameRateText(const std::optional<double>& rate)
-{
-    return rate && std::isfinite(*rate) && *rate >= 0 ? QString::number(*rate, 'f', 2) : QString();
-}
-
-QString countText(const std::optional<std::size_t>& count)
-{
-    return count ? QString::number(static_cast<qulonglong>(*count)) : QString();
-}
-
-QString dimensionsText(const RawImage& image)
-{
-    if (!isKnown(image))
-        return {};
-    return InfoBar::tr("%1 x %2 x %3 bit").arg(image.width).arg(image.height).arg(formatDepth(image.format));
-}
-
-QString formatText(const RawImage& image)
-{
-    return isKnown(image) ? QString::fromLatin1(formatName(image.format)) : QString();
-}
-
-QString zoomText(const std::optional<double>& scaling)
-{
-    return scaling && std::isfinite(*scaling) && *scaling > 0 ? QString::number(*scaling * 100, 'f', 1) : QString();
-}
-
-QString pixelText(const PixPos& position, const std::optional<PixVal>& value)
-{
-    if (position.x < 0 || position.y < 0)
-        return {};
-    const QString place = QStringLiteral("(%1, %2) ").arg(position.x).arg(position.y);
-    if (value && value->color)
-        return place + QStringLiteral("R: %1 G: %2 B: %3").arg(value->r).arg(value->g).arg(value->b);
-    return place + (value && value->mono ? QString::number(value->value) : QStringLiteral("\u2013"));
-}
-
-QString infoName(InfoItem item)
-{
-    return InfoBar::tr(wordingOf(item).name);
-}
-
-QString infoText(InfoItem item, const QString& value)
-{
-    QString text = value.isNull() ? QStringLiteral("\u2013") : value;
-    if (item == InfoItem::SetupMode && text.size() > longestMode)
-        text = text.left(longestMode - 1) + QChar(0x2026);
-    return InfoBar::tr(wordingOf(item).caption).arg(withUnit(item, text));
-}
 
 QColor alarmColor(const QPalette& palette)
 {
@@ -147,7 +39,7 @@ InfoBar::InfoBar(QStatusBar* statusBar) : QWidget(statusBar), m_statusBar(status
 {
     for (std::size_t i = 0; i < infoItemCount; ++i) {
         const auto item = static_cast<InfoItem>(i);
-        const bool hasUnitOnly = item == InfoItem::FrameRate || item == InfoItem::Zoom;
+        const bool hasUnitOnly = infoRow(item).caption[0] == '%' && infoRow(item).unit[2] != '\0';
         auto* const label = new QLabel(this);
         label->setTextFormat(Qt::PlainText); // a mode's name is the source's
         label->setAlignment((hasUnitOnly ? Qt::AlignTrailing : Qt::AlignLeading) | Qt::AlignVCenter);
@@ -156,12 +48,12 @@ InfoBar::InfoBar(QStatusBar* statusBar) : QWidget(statusBar), m_statusBar(status
         label->setText(infoText(item, {}));
         label->hide();
         m_items[i].label = label;
-        const QString usual = QString::fromLatin1(wordings[i].usual);
+        const QString usual = QString::fromLatin1(infoRow(item).usual);
         m_items[i].widest = infoText(item, usual);
     }
     measure();
     statusBar->installEventFilter(this);
-    connect(statusBar, &QStatusBar::messageChanged, this, &InfoBar::makeWay);
+    connect(statusBar, SIGNAL(messageChanged(QString)), this, SLOT(makeWay()));
 }
 
 InfoBar::~InfoBar()
@@ -194,7 +86,7 @@ void InfoBar::addUserAction(QAction* action)
     button->setFocusPolicy(Qt::NoFocus);
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_buttons.push_back(button);
-    connect(action, &QAction::changed, this, &InfoBar::arrangeAnew);
+    connect(action, SIGNAL(changed()), this, SLOT(arrangeAnew()));
     // Its own click may be what ends the action. The button itself forgets what it is connected to before that.
     connect(action, &QObject::destroyed, this, [this, button] {
         m_buttons.erase(std::find(m_buttons.begin(), m_buttons.end(), button));
@@ -211,74 +103,21 @@ QString InfoBar::report() const
     for (std::size_t i = 0; i < infoItemCount; ++i) {
         const auto item = static_cast<InfoItem>(i);
         if (!m_items[i].value.isNull())
-            lines += QStringLiteral("%1: ").arg(infoName(item)) + withUnit(item, m_items[i].value) + QLatin1Char('\n');
+            lines +=
+                QStringLiteral("%1: ").arg(infoName(item)) + infoWithUnit(item, m_items[i].value) + QLatin1Char('\n');
     }
     return lines;
 }
 
 // Values --------------------------------------------------------------------------------------------------------------
 
-void InfoBar::setSetupMode(const QString& name)
-{
-    const QString line = name.simplified();
-    setValue(InfoItem::SetupMode, line.isEmpty() ? QString() : line);
-}
-
-void InfoBar::setFrameRate(const std::optional<double>& rate)
-{
-    setValue(InfoItem::FrameRate, frameRateText(rate));
-}
-
-void InfoBar::setQueued(const std::optional<std::size_t>& frames)
-{
-    setValue(InfoItem::Queued, countText(frames));
-}
-
-void InfoBar::setFilled(const std::optional<std::size_t>& frames)
-{
-    setValue(InfoItem::Filled, countText(frames));
-}
-
-void InfoBar::setDropped(const std::optional<std::size_t>& frames)
-{
-    const bool isDropping = m_dropped && frames && *frames > *m_dropped;
-    m_dropped = frames;
-    setValue(InfoItem::Dropped, countText(frames));
-    if (std::exchange(m_isDropping, isDropping) != isDropping)
-        showAlarm();
-}
-
-void InfoBar::setDelivered(const std::optional<std::size_t>& frames)
-{
-    setValue(InfoItem::Delivered, countText(frames));
-}
-
-void InfoBar::setImage(const RawImage& image)
-{
-    if (isKnown(image) == isKnown(m_image) && image.width == m_image.width && image.height == m_image.height &&
-        image.format == m_image.format)
-        return;
-    m_image = image;
-    setValue(InfoItem::Dimensions, dimensionsText(image));
-    setValue(InfoItem::Format, formatText(image));
-    // The mouse is going to pass over pixels of all places and values.
-    if (isKnown(image) && widen(at(InfoItem::PixelValue), widestPixelText(image)))
-        arrangeAnew();
-}
-
-void InfoBar::setZoom(const std::optional<double>& scaling)
-{
-    setValue(InfoItem::Zoom, zoomText(scaling));
-}
-
-void InfoBar::setPixel(const PixPos& position, const std::optional<PixVal>& value)
-{
-    setValue(InfoItem::PixelValue, pixelText(position, value));
-}
-
 void InfoBar::setValue(InfoItem item, const QString& value)
 {
     Item& entry = at(item);
+    const bool isDropping = item == InfoItem::Dropped && !entry.value.isNull() && !value.isNull() &&
+                            value.toULongLong() > entry.value.toULongLong();
+    if (item == InfoItem::Dropped && std::exchange(m_isDropping, isDropping) != isDropping)
+        showAlarm();
     if (entry.value == value && entry.value.isNull() == value.isNull())
         return;
     entry.value = value;
@@ -286,6 +125,12 @@ void InfoBar::setValue(InfoItem item, const QString& value)
     entry.label->setText(text);
     entry.label->setAccessibleDescription(text);
     if (widen(entry, text))
+        arrangeAnew();
+}
+
+void InfoBar::makeRoom(InfoItem item, const QString& value)
+{
+    if (widen(at(item), value))
         arrangeAnew();
 }
 
@@ -342,7 +187,7 @@ std::vector<InfoBar::Place> InfoBar::places() const
     std::vector<Place> places;
     for (std::size_t i = 0; i < infoItemCount; ++i) {
         if (m_items[i].isShown)
-            places.push_back({m_items[i].label, m_items[i].width, wordings[i].importance});
+            places.push_back({m_items[i].label, m_items[i].width, infoRow(InfoItem(i)).importance});
     }
     for (QToolButton* const button : m_buttons) {
         if (button->defaultAction() && button->defaultAction()->isVisible())
@@ -377,7 +222,7 @@ void InfoBar::arrange()
     std::vector<QWidget*> inView;
     for (const Place& place : ranked) {
         if (used + place.width + gap() > width()) {
-            if (place.importance == pixelImportance)
+            if (place.importance == infoRow(InfoItem::PixelValue).importance)
                 continue; // colours of many bits may be too wide on their own
             break;
         }

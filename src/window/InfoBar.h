@@ -2,8 +2,7 @@
 // The image information at the right of the main window's status bar.
 #pragma once
 
-#include <Vistrel/PixVal.h>
-#include <Vistrel/RawImage.h>
+#include "window/InfoItems.h"
 
 #include <QtCore/QString>
 #include <QtGui/QColor>
@@ -11,7 +10,6 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
 #include <vector>
 
 class QAction;
@@ -22,32 +20,6 @@ class QToolButton;
 
 namespace Vistrel {
 
-/// In the order in which they stand in the bar.
-enum class InfoItem {
-    SetupMode,
-    FrameRate,
-    Queued,
-    Filled,
-    Dropped,
-    Delivered,
-    Dimensions,
-    Format,
-    Zoom,
-    PixelValue,
-};
-constexpr std::size_t infoItemCount = 10;
-
-// The values as text; null when there is none to tell.
-QString frameRateText(const std::optional<double>& rate);
-QString countText(const std::optional<std::size_t>& count);
-QString dimensionsText(const RawImage& image);
-QString formatText(const RawImage& image);
-QString zoomText(const std::optional<double>& scaling);
-QString pixelText(const PixPos& position, const std::optional<PixVal>& value);
-
-QString infoName(InfoItem item);
-/// What the bar shows for a value; a dash stands for one that is null.
-QString infoText(InfoItem item, const QString& value);
 /// Amber that can be read on the palette's window colour.
 QColor alarmColor(const QPalette& palette);
 
@@ -68,17 +40,11 @@ public:
     bool isItemShown(InfoItem item) const; ///< whether it is switched on
     void setItemShown(InfoItem item, bool shown);
 
-    void setSetupMode(const QString& name); ///< empty: none is active
-    void setFrameRate(const std::optional<double>& rate);
-    void setQueued(const std::optional<std::size_t>& frames);
-    void setFilled(const std::optional<std::size_t>& frames);
-    /// Once for each update of the statistics: the item is amber when the number is greater than at the last one.
-    void setDropped(const std::optional<std::size_t>& frames);
-    void setDelivered(const std::optional<std::size_t>& frames);
-    void setImage(const RawImage& image); ///< dimensions and format; the pixels are not read
-    void setZoom(const std::optional<double>& scaling);
-    /// A negative position means that there is no such pixel; without `value` it could not be read.
-    void setPixel(const PixPos& position, const std::optional<PixVal>& value);
+    /// A null value is shown as a dash. The item that counts dropped frames is amber when the number is greater than
+    /// the one before it.
+    void setValue(InfoItem item, const QString& value);
+    /// Makes the item wide enough for a value that it may get.
+    void makeRoom(InfoItem item, const QString& value);
 
     /// The action stays its owner's; its button goes with it.
     void addUserAction(QAction* action);
@@ -94,6 +60,10 @@ protected:
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+
+private Q_SLOTS:
+    void arrangeAnew();
+    void makeWay();
 
 private:
     struct Item
@@ -115,23 +85,18 @@ private:
     Item& at(InfoItem item) { return m_items[static_cast<std::size_t>(item)]; }
     const Item& at(InfoItem item) const { return m_items[static_cast<std::size_t>(item)]; }
 
-    void setValue(InfoItem item, const QString& value);
     bool widen(Item& item, QString text);
     void measure();
     void showAlarm();
     std::vector<Place> places() const;
     int gap() const;
     void arrange();
-    void arrangeAnew();
-    void makeWay();
 
     QStatusBar* const m_statusBar;
     std::array<Item, infoItemCount> m_items;
     std::vector<QToolButton*> m_buttons;
     QChar m_widestDigit = QLatin1Char('0');
-    std::optional<std::size_t> m_dropped;
     bool m_isDropping = false;
-    RawImage m_image;            // what the texts are of; without its pixels
     std::vector<int> m_dividers; // between what is in view; from the bar's leading edge
 };
 

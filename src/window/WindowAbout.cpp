@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The about boxes of a display window: the host's, the library's and the toolkit's.
+// What a host without the toolkit has the window tell of its application.
 #include "platform/IconHandle.h"
 #include "window/AboutDialog.h"
-#include "window/KVQtLgplDialog.h"
-#include "window/WindowQt_p.h"
 #include "window/Window_p.h"
 
 #include <QtGui/QIcon>
 #include <QtGui/QPixmap>
-#include <QtWidgets/QMessageBox>
 
 namespace Vistrel {
 
@@ -20,8 +17,6 @@ QPixmap pixmapFromXpm(const char* const* xpm)
 }
 
 } // namespace
-
-// The host's ----------------------------------------------------------------------------------------------------------
 
 void Window::setApplicationAbout(const char* const title, const char* const description, const char* const* const icon1,
                                  const char* const* const icon2, const char* const* const icon3)
@@ -76,41 +71,6 @@ bool Window::applicationAboutDescription(char* const buffer, std::size_t* const 
     return m_data->ask("applicationAboutDescription", [&](WindowQt&) {
         return latin1Out(m_data->aboutDialog ? m_data->aboutDialog->details() : QString(), buffer, size);
     });
-}
-
-void WindowQt::setApplicationAbout(QDialog* dialog)
-{
-    m_data->applicationAbout = dialog;
-    m_data->form.actionAbout_Application->setVisible(dialog);
-}
-
-void WindowQt::PrivateData::showApplicationAbout()
-{
-    if (applicationAbout)
-        applicationAbout->exec();
-}
-
-// The library's and the toolkit's -------------------------------------------------------------------------------------
-
-void WindowQt::PrivateData::showAboutVistrel()
-{
-    if (!aboutVistrel) {
-        aboutVistrel = new AboutDialog(window);
-        aboutVistrel->describeLibrary();
-    }
-    aboutVistrel->exec();
-}
-
-void WindowQt::PrivateData::showAboutQt()
-{
-    QMessageBox::aboutQt(window);
-}
-
-void WindowQt::PrivateData::showLicensing()
-{
-    if (!licensing)
-        licensing = new KVQtLgplDialog(window);
-    licensing->exec();
 }
 
 } // namespace Vistrel

@@ -2,33 +2,25 @@
 // The main window that shows a source's live images and drives the source.
 #include "window/WindowQt_p.h"
 
+#include "base/Report.h"
 #include "platform/WindowHints.h"
 #include "window/SourceKeeper.h"
+#include "window/panels/Panels.h"
 
 #include <Vistrel/AbstractFileInterface.h>
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
-#include <Vistrel/SurfaceScrollArea.h>
-#include <Vistrel/SurfaceStream.h>
 
 #include <QtCore/QRegularExpression>
 #include <QtCore/QThread>
 #include <QtGui/QCloseEvent>
-#include <QtWidgets/QActionGroup>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QLabel>
-#include <QtWidgets/QMenu>
-#include <QtWidgets/QToolButton>
-#include <QtWidgets/QVBoxLayout>
 
 #include <stdexcept>
 
 namespace Vistrel {
 
 namespace {
-
-constexpr int barsMs = 800;
-constexpr int statisticsMs = 250;
 
 // Shared with what is being saved, which may see the window go.
 std::shared_ptr<AbstractFileInterface> keepFiles(ScopedFileInterface&& given)
@@ -58,67 +50,25 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
       scrollArea(layOut()),
       stream(scrollArea->surface(), source),
       commands(form.statusBar, &stream, source),
-      saving(window, commands, &stream, scrollArea->surface(), source, files)
+      viewModes(window, form, scrollArea),
+      palettes(form, &stream, scrollArea->surface()),
+      information(window, form, scrollArea, &stream, source, commands, &viewModes),
+      saving(window, commands, &stream, scrollArea->surface(), source, files),
+      userActions(window, form, &viewModes),
+      features(window, form, source, &commands, userActions),
+      states(window, form, source.get(), &stream, scrollArea, &commands, features, saving, &palettes, &information),
+      aboutBoxes(window, form)
 {
-    setupModes = new QMenu(window);
-    form.actionSetup_Mode->setMenu(setupModes);
-
-    auto* const overImage = new QVBoxLayout(scrollArea->surface());
-    hintLabel = new QLabel(scrollArea->surface());
-    hintLabel->setAlignment(Qt::AlignCenter);
-    hintLabel->setTextFormat(Qt::PlainText);
-    hintLabel->setWordWrap(true);
-    hintLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
-    hintLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
-    hintLabel->setStyleSheet(QStringLiteral("color: #f0f0f0; font-size: 15pt"));
-    overImage->addWidget(hintLabel);
-
-    stateLabel = new QLabel(window);
-    stateLabel->setToolTip(tr("State of the acquisition"));
-    stateLabel->setAccessibleName(tr("Acquisition State"));
-    stateLabel->setContentsMargins(6, 0, 6, 0);
-    stateLabel->setMinimumWidth(stateLabel->fontMetrics().horizontalAdvance(tr("Not set up")) + 12);
-    form.statusBar->addWidget(stateLabel);
-    form.statusBar->setAutoFillBackground(true); // it may lie over the image
-    paletteButton = new QToolButton(window);
-    paletteButton->setMenu(form.menuColor_Palette);
-    paletteButton->setPopupMode(QToolButton::InstantPopup);
-    paletteButton->setAutoRaise(true);
-    paletteButton->setFocusPolicy(Qt::NoFocus);
-    form.statusBar->addPermanentWidget(paletteButton);
-
-    infoBar = new InfoBar(form.statusBar);
-    form.statusBar->addPermanentWidget(infoBar);
-    statisticsTimer.setInterval(statisticsMs);
-    statisticsTimer.start();
-    pixelTimer.setSingleShot(true);
-
-    for (QMenu* const menu : {form.menuColor_Palette, form.menuBayer_Filter}) {
-        auto* const group = new QActionGroup(menu);
-        for (QAction* const action : menu->actions())
-            group->addAction(action);
-    }
-    leaveAction = new QAction(window);
-    leaveAction->setShortcut(Qt::Key_Escape);
-    leaveAction->setEnabled(false);
-    window->addAction(leaveAction);
-    barsTimer.setSingleShot(true);
-    barsTimer.setInterval(barsMs);
-    scrollArea->surface()->installEventFilter(this);
-    form.rainbowRulesDockWidget->installEventFilter(this);
-    nameForAssistance();
-    // Shortcuts live while the bars are hidden, too.
-    window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
-}
-
-void WindowQt::PrivateData::nameForAssistance()
-{
+    makePanels({window, form, scrollArea, &stream, source.get(), &commands, &features, &palettes, &viewModes});
     form.menuBar->setAccessibleName(tr("Menus"));
     form.acquisitionToolBar->setAccessibleName(tr("Acquisition Commands"));
     form.statusBar->setAccessibleName(tr("Status and Image Information"));
     scrollArea->setAccessibleName(tr("Image"));
     scrollArea->surface()->setAccessibleName(tr("Live Image"));
-    paletteButton->setAccessibleName(tr("Color Palette"));
+    // Shortcuts live while the bars are hidden, too.
+    window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
+    connectActions();
+    connectParts();
 }
 
 // A call that is under way keeps the source; nothing here waits for it.
@@ -161,6 +111,12 @@ void WindowQt::PrivateData::connectActions()
 
     const std::pair<QAction*, const char*> choices[] = {
         {f.actionClose, SLOT(close())},
+        {f.actionSave_Image, SLOT(saveCurrentImage())},
+        {f.actionCopy_Image, SLOT(copyCurrentImage())},
+        {f.actionCopy_Pixel_Value, SLOT(copyCurrentPixelValue())},
+        {f.actionCopy_Image_Stats, SLOT(copyCurrentImageStats())},
+        {f.actionFull_Screen, SLOT(toggleFullScreen())},
+        {f.actionExhibit_View, SLOT(toggleExhibitView())},
         {f.actionColor_Palette_Gray, SLOT(setColorTableGray())},
         {f.actionColor_Palette_Gray_2x, SLOT(setColorTableGray2x())},
         {f.actionColor_Palette_Gray_Inverse, SLOT(setColorTableGrayInverse())},
@@ -180,52 +136,29 @@ void WindowQt::PrivateData::connectActions()
     connect(f.actionDecode_Bayer_Images, SIGNAL(triggered(bool)), window, SLOT(setBayerDemosaicEnabled(bool)));
     connect(f.actionReverse_RGB_Order, SIGNAL(triggered(bool)), window, SLOT(setRgbOrderReversed(bool)));
     connect(f.actionPixel_Crosshair_Visible, SIGNAL(triggered(bool)), window, SLOT(setPixelCrosshairVisible(bool)));
-
-    connect(f.actionFull_Screen, SIGNAL(triggered()), window, SLOT(toggleFullScreen()));
-    connect(f.actionExhibit_View, SIGNAL(triggered()), window, SLOT(toggleExhibitView()));
     connect(f.actionKeep_Stats_Visible, SIGNAL(triggered(bool)), window, SLOT(setKeepImageInfoVisible(bool)));
-    connect(leaveAction, SIGNAL(triggered()), this, SLOT(leaveViewMode()));
-    connect(&barsTimer, SIGNAL(timeout()), this, SLOT(hideWindowBars()));
-    for (const QAction* const entry : f.menuBar->actions())
-        connectMenu(entry->menu());
+}
 
-    connect(f.rainbow_generatePushButton, SIGNAL(clicked()), window, SLOT(setColorTableRainbow()));
-    for (const QDoubleSpinBox* const box : f.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>())
-        connect(box, SIGNAL(valueChanged(double)), this, SLOT(updateRainbow()));
-
-    for (std::size_t i = 0; i < infoItemCount; ++i)
-        connect(infoSwitch(static_cast<InfoItem>(i)), SIGNAL(triggered()), this, SLOT(updateInfoSwitches()));
-    connect(f.actionImage_Stats, SIGNAL(triggered()), this, SLOT(showInfoSwitches()));
-    connect(f.actionSave_Image, SIGNAL(triggered()), window, SLOT(saveCurrentImage()));
-    connect(f.actionCopy_Image, SIGNAL(triggered()), window, SLOT(copyCurrentImage()));
-    connect(f.actionAbout_Vistrel, SIGNAL(triggered()), this, SLOT(showAboutVistrel()));
-    connect(f.actionAbout_Qt, SIGNAL(triggered()), this, SLOT(showAboutQt()));
-    connect(f.actionQt_LGPL_Licensing, SIGNAL(triggered()), this, SLOT(showLicensing()));
-    connect(f.actionAbout_Application, SIGNAL(triggered()), this, SLOT(showApplicationAbout()));
-    connect(f.actionCopy_Pixel_Value, SIGNAL(triggered()), window, SLOT(copyCurrentPixelValue()));
-    connect(f.actionCopy_Image_Stats, SIGNAL(triggered()), window, SLOT(copyCurrentImageStats()));
-    connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateImageStats()));
-    connect(&statisticsTimer, SIGNAL(timeout()), this, SLOT(updateHint()));
-    connect(&pixelTimer, SIGNAL(timeout()), this, SLOT(updatePixelValue()));
-    f.statusBar->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(f.statusBar, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showInfoSwitchesAt(QPoint)));
-    scrollArea->surface()->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(scrollArea->surface(), SIGNAL(customContextMenuRequested(QPoint)), this,
-            SLOT(showSurfaceContextMenu(QPoint)));
-
+void WindowQt::PrivateData::connectParts()
+{
     connect(&commands, SIGNAL(shown()), this, SLOT(updateActionStates()));
     connect(&commands, SIGNAL(rested()), this, SLOT(updateAtRest()));
-    connect(&saving, SIGNAL(stateChanged()), this, SLOT(updateActionStates()));
     connect(&commands, SIGNAL(completed(Vistrel::BusyWorkResult)), this,
             SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)));
     connect(this, SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)), this,
             SLOT(cleanupBusyWork(Vistrel::BusyWorkResult)));
-    connect(scrollArea->surface(), SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()),
-            Qt::QueuedConnection);
-    connect(scrollArea->surface(), SIGNAL(pixelRangeChanged()), &pixelTimer, SLOT(start()));
-    connect(scrollArea->surface(), SIGNAL(pixelOffsetChanged(QPointF)), &pixelTimer, SLOT(start()));
+    connect(&saving, SIGNAL(stateChanged()), this, SLOT(updateActionStates()));
+    connect(&features, SIGNAL(updated()), &information, SLOT(updateSwitches()));
+    connect(&features, SIGNAL(updated()), this, SLOT(updateImageStats()));
+    connect(&features, SIGNAL(updated()), this, SLOT(updateActionStates()));
+    connect(&information, SIGNAL(ticked()), &states, SLOT(updateHint()));
+
+    Surface* const surface = scrollArea->surface();
+    surface->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(surface, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showSurfaceContextMenu(QPoint)));
+    connect(surface, SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()), Qt::QueuedConnection);
     connect(&stream, SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
-    connect(&stream, SIGNAL(imageUpdated()), this, SLOT(updateImageInfo()), Qt::QueuedConnection);
+    connect(&stream, SIGNAL(imageUpdated()), &information, SLOT(updateImage()), Qt::QueuedConnection);
     connect(&stream, SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
     if (!source)
         return;
@@ -234,12 +167,39 @@ void WindowQt::PrivateData::connectActions()
     stateAnnounced.follow(handler, &AcquisitionSignalHandler::acquisitionStateChanged);
 }
 
-// Bars over the image stay while a menu is open.
-void WindowQt::PrivateData::connectMenu(const QMenu* menu)
+void WindowQt::PrivateData::updateAtRest()
 {
-    connect(menu, SIGNAL(aboutToShow()), this, SLOT(showWindowBars()));
-    connect(menu, SIGNAL(aboutToHide()), &barsTimer, SLOT(start()));
+    if (features.areNew())
+        features.update();
+    else
+        states.update();
+    information.updatePixelValue();
 }
+
+void WindowQt::PrivateData::updateZoomStates()
+{
+    form.actionZoom_Fit->setChecked(scrollArea->zoomToFit());
+    information.updateZoom();
+}
+
+// What can be done with the image, and with the pixel that was clicked.
+void WindowQt::PrivateData::showSurfaceContextMenu(const QPoint& position)
+{
+    auto* const menu = new QMenu(window);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    information.updatePixelValue();
+    menu->addActions({form.actionCopy_Pixel_Value, form.actionCopy_Image, form.actionSave_Image});
+    menu->addSeparator();
+    menu->addActions({form.actionZoom_In, form.actionZoom_Out, form.actionZoom_Fit, form.actionZoom_100});
+    menu->addSeparator();
+    menu->addMenu(form.menuColor_Palette);
+    menu->addAction(form.actionPixel_Crosshair_Visible);
+    menu->addSeparator();
+    menu->addActions({form.actionExhibit_View, form.actionFull_Screen});
+    menu->popup(scrollArea->surface()->mapToGlobal(position));
+}
+
+// The window ----------------------------------------------------------------------------------------------------------
 
 WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent)
     : WindowQt(std::move(acquisitionInterface), ScopedFileInterface(), parent)
@@ -251,11 +211,8 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFile
     : QMainWindow(checkedParent(parent)),
       m_data(new PrivateData(this, std::move(acquisitionInterface), std::move(fileInterface)))
 {
-    m_data->makeEditors();
-    m_data->connectActions();
     setColorTableGray();
-    m_data->showRamps();
-    setApplicationAbout(nullptr);
+    m_data->palettes.showRamps();
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
     updateFeatureSet();
     m_data->updateZoomStates();
@@ -266,83 +223,23 @@ WindowQt::~WindowQt()
     Q_EMIT partsGoing();
 }
 
-AbstractAcquisitionInterface* WindowQt::acquisitionInterface()
+// The system may leave full screen, too, and change its colours.
+void WindowQt::changeEvent(QEvent* event)
 {
-    return m_data->source.get();
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        m_data->palettes.showRamps();
+    if (event->type() == QEvent::WindowStateChange)
+        m_data->viewModes.followWindowState();
 }
 
-const AbstractAcquisitionInterface* WindowQt::acquisitionInterface() const
+void WindowQt::resizeEvent(QResizeEvent* event)
 {
-    return m_data->source.get();
-}
-
-AbstractFileInterface* WindowQt::fileInterface()
-{
-    return m_data->files.get();
-}
-
-const AbstractFileInterface* WindowQt::fileInterface() const
-{
-    return m_data->files.get();
-}
-
-SurfaceStream* WindowQt::surfaceStream()
-{
-    return &m_data->stream;
-}
-
-const SurfaceStream* WindowQt::surfaceStream() const
-{
-    return &m_data->stream;
-}
-
-SurfaceScrollArea* WindowQt::surfaceScrollArea()
-{
-    return m_data->scrollArea;
-}
-
-const SurfaceScrollArea* WindowQt::surfaceScrollArea() const
-{
-    return m_data->scrollArea;
-}
-
-QMenu* WindowQt::createPopupMenu()
-{
-    return nullptr;
-}
-
-void WindowQt::setRunning()
-{
-    m_data->commands.setRunning();
-}
-
-void WindowQt::setConfigured()
-{
-    m_data->commands.setConfigured();
-}
-
-void WindowQt::setUnconfigured()
-{
-    m_data->commands.setUnconfigured();
-}
-
-void WindowQt::saveCurrentImage()
-{
-    m_data->saving.save();
-}
-
-void WindowQt::copyCurrentImage()
-{
-    m_data->saving.copy();
-    m_data->updateActionStates();
+    QMainWindow::resizeEvent(event);
+    m_data->viewModes.followWindowSize();
 }
 
 // Closing -------------------------------------------------------------------------------------------------------------
-
-bool WindowQt::closeable() const
-{
-    return m_data->form.actionClose->isEnabled();
-}
 
 void WindowQt::setCloseable(bool closeable)
 {
@@ -371,7 +268,7 @@ void WindowQt::closeEvent(QCloseEvent* event)
 
 void WindowQt::PrivateData::endWork()
 {
-    statisticsTimer.stop();
+    information.end();
     commands.end();
     stream.setRefreshEnabled(false);
     // What the source announces from now on leads to no call of it.
@@ -379,6 +276,7 @@ void WindowQt::PrivateData::endWork()
     featuresAnnounced.stop();
     stateAnnounced.stop();
     stream.disconnect(this);
+    stream.disconnect(&information);
 }
 
 // A host that deletes its window in one of its own functions, which this window has called, gets that function's caller

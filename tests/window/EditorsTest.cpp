@@ -5,8 +5,8 @@
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
-#include "window/StartFixedEditor.h"
-#include "window/ZoomEditor.h"
+#include "window/panels/StartFixedEditor.h"
+#include "window/panels/ZoomEditor.h"
 
 #include <QtCore/QPointer>
 #include <QtGui/QScreen>

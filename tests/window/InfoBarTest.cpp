@@ -30,10 +30,15 @@ struct Fixture
     {
         bar = new InfoBar(&statusBar);
         statusBar.addPermanentWidget(bar);
-        bar->setImage(frameOf(1920, 1080, BayerRG12));
-        bar->setPixel({7, 5}, mono(17));
+        set({nullptr, {}, frameOf(1920, 1080, BayerRG12), 0, {7, 5}, mono(17)});
+        bar->makeRoom(InfoItem::PixelValue, widestPixelText(frameOf(1920, 1080, BayerRG12)));
         for (std::size_t i = 0; i < infoItemCount; ++i)
             bar->setItemShown(InfoItem(i), true);
+    }
+    void set(const InfoState& state)
+    {
+        for (std::size_t i = 0; i < infoItemCount; ++i)
+            bar->setValue(InfoItem(i), infoRow(InfoItem(i)).value(state));
     }
     void show(int width)
     {
@@ -96,17 +101,14 @@ void InfoBarTest::unknownValuesAreDashes()
 void InfoBarTest::reportTellsWhatIsKnown()
 {
     Fixture f;
-    f.bar->setFrameRate(25.0);
-    f.bar->setSetupMode(QStringLiteral("Two\nlines"));
-    f.bar->setDropped(3u);
-    f.bar->setDropped(std::nullopt);
-    f.bar->setZoom(1.0);
-    const QString head = QStringLiteral("Playback Mode: Two lines\nFrame Rate: 25.00 fps\n");
+    InfoState state{nullptr, "Two\nlines", frameOf(1920, 1080, BayerRG14), 1.0, {7, 5}, mono(17)};
+    f.set(state);
+    const QString head = QStringLiteral("Playback Mode: Two lines\n");
     const QString tail = QStringLiteral("Zoom Level: 100.0 %\nPixel Value: (7, 5) 17\n");
-    f.bar->setImage(frameOf(1920, 1080, BayerRG14));
     QCOMPARE(f.bar->report(),
              head + QStringLiteral("Dimensions: 1920 x 1080 x 14 bit\nImage Format: BayerRG14\n") + tail);
-    f.bar->setImage({});
+    state.image = {};
+    f.set(state);
     QCOMPARE(f.bar->report(), head + tail);
 }
 
@@ -123,23 +125,23 @@ void InfoBarTest::nothingMovesWhileDigitsChange()
     };
     const QList<QRect> before = geometries();
     for (const std::uint32_t digits : {1u, 88u, 11u}) {
-        f.bar->setFrameRate(digits * 1.01);
-        f.bar->setQueued(digits);
-        f.bar->setDropped(digits);
-        f.bar->setZoom(digits / 10.0);
-        f.bar->setPixel({int(digits), int(digits)}, mono(digits));
+        f.bar->setValue(InfoItem::FrameRate, frameRateText(digits * 1.01));
+        f.bar->setValue(InfoItem::Queued, countText(digits));
+        f.bar->setValue(InfoItem::Dropped, countText(digits));
+        f.bar->setValue(InfoItem::Zoom, zoomText(digits / 10.0));
+        f.bar->setValue(InfoItem::PixelValue, pixelText({int(digits), int(digits)}, mono(digits)));
         QCOMPARE(geometries(), before);
     }
-    f.bar->setPixel({}, std::nullopt);
+    f.bar->setValue(InfoItem::PixelValue, {});
     QCOMPARE(geometries(), before);
 
     // A text that is wider than ever makes room for itself, and keeps it.
-    f.bar->setDelivered(123456789u);
+    f.bar->setValue(InfoItem::Delivered, countText(123456789u));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     const QLabel* const delivered = f.label(InfoItem::Delivered);
     const int grown = delivered->width();
     QVERIFY(grown >= delivered->fontMetrics().horizontalAdvance(delivered->text()));
-    f.bar->setDelivered(1u);
+    f.bar->setValue(InfoItem::Delivered, countText(1u));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
     QCOMPARE(delivered->width(), grown);
 }
@@ -191,11 +193,11 @@ void InfoBarTest::droppedIsAmberWhileItRises()
     for (const QColor& window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x2B, 0x2B, 0x2B)}) {
         f.statusBar.setPalette(QPalette(window, window));
         const QColor usual = f.bar->palette().color(QPalette::WindowText);
-        f.bar->setDropped(std::nullopt);
+        f.bar->setValue(InfoItem::Dropped, countText(std::nullopt));
         // How fast it came to be 9 is not known; 0: started anew.
         for (const auto& [count, isAlarm] :
              {std::pair(9u, false), {10u, true}, {10u, false}, {0u, false}, {1u, true}}) {
-            f.bar->setDropped(count);
+            f.bar->setValue(InfoItem::Dropped, countText(count));
             const QColor shown = f.label(InfoItem::Dropped)->palette().color(QPalette::WindowText);
             QCOMPARE(shown, isAlarm ? alarmColor(f.bar->palette()) : usual);
             QVERIFY(!isAlarm || (qGray(shown.rgb()) < 128) != (qGray(window.rgb()) < 128));

@@ -6,7 +6,7 @@
 #include <Vistrel/WindowQt.h>
 
 #include "support/FakeSources.h"
-#include "window/StartFixedEditor.h"
+#include "window/panels/StartFixedEditor.h"
 
 #include <QtCore/QPointer>
 #include <QtCore/QThread>

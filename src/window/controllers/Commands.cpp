@@ -46,8 +46,6 @@ Commands::Commands(QStatusBar* statusBar, SurfaceStream* stream, const std::shar
     connect(&m_busyWork, SIGNAL(completed(Vistrel::BusyWorkResult)), this, SIGNAL(completed(Vistrel::BusyWorkResult)));
 }
 
-Commands::~Commands() = default;
-
 bool Commands::isShown() const
 {
     return !m_progress->isHidden();

@@ -27,7 +27,6 @@ class Commands : public QObject
 public:
     /// The source may be null. The bar and the stream outlive this object.
     Commands(QStatusBar* statusBar, SurfaceStream* stream, const std::shared_ptr<AbstractAcquisitionInterface>& source);
-    ~Commands() override;
 
     /// Whether the source may be asked on this thread: not while a command is under way or waits, for it may hold up
     /// whoever asks until it is over.

@@ -99,8 +99,6 @@ Saving::Saving(QMainWindow* window, const Commands& commands, SurfaceStream* str
 {
 }
 
-Saving::~Saving() = default;
-
 bool Saving::claims(const QByteArray& suffix) const
 {
     return m_files && m_files->hasFormat(suffix.constData());
@@ -291,11 +289,12 @@ void Saving::save()
     Q_EMIT stateChanged();
 }
 
-void Saving::copy() const
+void Saving::copy()
 {
     const QImage image = m_stream->cloneLatestImageForRender();
     if (!image.isNull())
         QGuiApplication::clipboard()->setImage(image);
+    Q_EMIT stateChanged();
 }
 
 } // namespace Vistrel

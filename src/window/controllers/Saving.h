@@ -32,11 +32,10 @@ public:
     Saving(QMainWindow* window, const Commands& commands, SurfaceStream* stream, Surface* surface,
            const std::shared_ptr<AbstractAcquisitionInterface>& source,
            const std::shared_ptr<AbstractFileInterface>& files);
-    ~Saving() override;
 
     bool isWriting() const { return m_isWriting; }
-    void save();       ///< returns when the file is there; this object may be gone then
-    void copy() const; ///< to the clipboard
+    void save(); ///< returns when the file is there; this object may be gone then
+    void copy(); ///< to the clipboard
 
 Q_SIGNALS:
     void stateChanged(); ///< whether it writes, or whether there is an image

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Sets the zoom of a picture by slider, number and presets.
-#include "window/ZoomEditor.h"
+#include "window/panels/ZoomEditor.h"
+
+#include "window/panels/Panels.h"
 
 #include "widgets/SurfaceGeometry.h"
 
@@ -37,6 +39,15 @@ public:
     bool isBeingTyped() const { return lineEdit()->hasFocus() && lineEdit()->isModified(); }
     void setTyped() { lineEdit()->setModified(false); }
 };
+
+QWidget* makeZoomEditor(const PanelContext& context)
+{
+    auto* const editor = new ZoomEditor(context.scrollArea);
+    QObject::connect(context.form.actionZoom_Fit, SIGNAL(triggered()), editor, SLOT(updateView()));
+    return editor;
+}
+
+const PanelRegistration registration(&Ui::WindowQt::actionZoom_Editor, makeZoomEditor);
 
 } // namespace
 

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Asks for how many frames an acquisition is to run, and starts it.
-#include "window/StartFixedEditor.h"
+#include "window/panels/StartFixedEditor.h"
+
+#include "window/controllers/Commands.h"
+#include "window/controllers/Features.h"
+#include "window/panels/Panels.h"
 
 #include <QtCore/QSignalBlocker>
 #include <QtGui/QKeyEvent>
@@ -12,6 +16,30 @@
 #include <algorithm>
 
 namespace Vistrel {
+
+namespace {
+
+QWidget* makeStartFixedEditor(const PanelContext& context)
+{
+    auto* const editor = new StartFixedEditor;
+    const QAction* const action = context.form.actionStart_Fixed;
+    QObject::connect(action, &QAction::changed, editor, [=] { editor->setStartEnabled(action->isEnabled()); });
+    if (const AbstractAcquisitionInterface* const source = context.source)
+        QObject::connect(context.features, &Features::updated, editor, [=] {
+            editor->setBounds(source->startFixedMin(), source->startFixedMax(), source->startFixedInc());
+        });
+    Commands* const commands = context.commands;
+    QObject::connect(editor, &StartFixedEditor::started, commands, [=](int count) {
+        editor->window()->close();
+        if (action->isEnabled() && count > 0)
+            commands->startFixed(static_cast<std::size_t>(count));
+    });
+    return editor;
+}
+
+const PanelRegistration registration(&Ui::WindowQt::actionStart_Fixed, makeStartFixedEditor);
+
+} // namespace
 
 StartFixedEditor::StartFixedEditor(QWidget* parent)
     : QWidget(parent), m_spinBox(new QSpinBox(this)), m_button(new QPushButton(tr("&Start"), this))

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+// What the image information bar can show: one row an item, from its switch to its text.
+#include "window/InfoItems.h"
+
+#include "base/Report.h"
+#include "pipeline/pixels/PixelFormats.h"
+#include "ui_WindowQt.h"
+
+#include <Vistrel/AbstractAcquisitionInterface.h>
+
+#include <QtCore/QCoreApplication>
+
+#include <cmath>
+#include <cstdint>
+
+namespace Vistrel {
+
+namespace {
+
+using Source = AbstractAcquisitionInterface;
+
+constexpr int longestMode = 32; // characters; a longer name is cut in the bar
+
+template <typename Value>
+std::optional<Value> statistic(const InfoState& state, bool (Source::*has)() const, const char* query,
+                               Value (Source::*value)() const)
+{
+    const Source* const source = state.source;
+    return source && (source->*has)()
+               ? hostCall(query, std::optional<Value>(), [&] { return std::optional<Value>((source->*value)()); })
+               : std::nullopt;
+}
+
+#define VISTREL_COUNT(has, query)                                                                                      \
+    [](const InfoState& state) { return countText(statistic(state, &Source::has, #query, &Source::query)); }
+
+// clang-format off
+constexpr InfoRow rows[infoItemCount] = {
+    {&Ui_WindowQt::actionActive_Setup_Mode, InfoMoment::Mode,
+     [](const InfoState& state) { return modeText(state.setupMode); },
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Playback Mode"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Mode: %1"), "%1", nullptr, 6},
+    {&Ui_WindowQt::actionFrame_Rate, InfoMoment::Statistics,
+     [](const InfoState& state) { return frameRateText(statistic(state, &Source::hasFrameRate, "frameRate", &Source::frameRate)); },
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frame Rate"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 fps"), "000.00", 9},
+    {&Ui_WindowQt::actionBuffers_Queued, InfoMoment::Statistics, VISTREL_COUNT(hasFramesQueued, framesQueued),
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Queued"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Queued: %1"), "%1", "00", 3},
+    {&Ui_WindowQt::actionBuffers_Filled, InfoMoment::Statistics, VISTREL_COUNT(hasFramesFilled, framesFilled),
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Filled"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Filled: %1"), "%1", "00", 2},
+    {&Ui_WindowQt::actionBuffers_Dropped, InfoMoment::Statistics, VISTREL_COUNT(hasFramesDropped, framesDropped),
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Dropped"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dropped: %1"), "%1", "000", 7},
+    {&Ui_WindowQt::actionBuffers_Delivered, InfoMoment::Statistics, VISTREL_COUNT(hasFramesDelivered, framesDelivered),
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Delivered"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Delivered: %1"), "%1", "00000", 4},
+    {&Ui_WindowQt::actionImageDimensions, InfoMoment::Image,
+     [](const InfoState& state) { return dimensionsText(state.image); },
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dimensions"), "%1", "%1", nullptr, 5},
+    {&Ui_WindowQt::actionImage_Format, InfoMoment::Image,
+     [](const InfoState& state) { return formatText(state.image); },
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Image Format"), "%1", "%1", nullptr, 1},
+    {&Ui_WindowQt::actionZoom_Level, InfoMoment::Zoom,
+     [](const InfoState& state) { return zoomText(state.scaling); },
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Zoom Level"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 %"), "000.0", 10},
+    {&Ui_WindowQt::actionPixel_Value, InfoMoment::Pixel,
+     [](const InfoState& state) { return pixelText(state.pixel, state.value); },
+     QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Pixel Value"), "%1", "%1", nullptr, 11},
+};
+// clang-format on
+
+#undef VISTREL_COUNT
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("Vistrel::InfoBar", text);
+}
+
+bool isKnown(const RawImage& image)
+{
+    return image.data && image.width > 0 && image.height > 0;
+}
+
+} // namespace
+
+const InfoRow& infoRow(InfoItem item)
+{
+    return rows[static_cast<std::size_t>(item)];
+}
+
+QString modeText(const QByteArray& name)
+{
+    const QString line = QString::fromLocal8Bit(name).simplified();
+    return line.isEmpty() ? QString() : line;
+}
+
+QString frameRateText(const std::optional<double>& rate)
+{
+    return rate && std::isfinite(*rate) && *rate >= 0 ? QString::number(*rate, 'f', 2) : QString();
+}
+
+QString countText(const std::optional<std::size_t>& count)
+{
+    return count ? QString::number(static_cast<qulonglong>(*count)) : QString();
+}
+
+QString dimensionsText(const RawImage& image)
+{
+    if (!isKnown(image))
+        return {};
+    return translated("%1 x %2 x %3 bit").arg(image.width).arg(image.height).arg(formatDepth(image.format));
+}
+
+QString formatText(const RawImage& image)
+{
+    return isKnown(image) ? QString::fromLatin1(formatName(image.format)) : QString();
+}
+
+QString zoomText(const std::optional<double>& scaling)
+{
+    return scaling && std::isfinite(*scaling) && *scaling > 0 ? QString::number(*scaling * 100, 'f', 1) : QString();
+}
+
+QString pixelText(const PixPos& position, const std::optional<PixVal>& value)
+{
+    if (position.x < 0 || position.y < 0)
+        return {};
+    const QString place = QStringLiteral("(%1, %2) ").arg(position.x).arg(position.y);
+    if (value && value->color)
+        return place + QStringLiteral("R: %1 G: %2 B: %3").arg(value->r).arg(value->g).arg(value->b);
+    return place + (value && value->mono ? QString::number(value->value) : QStringLiteral("\u2013"));
+}
+
+QString widestPixelText(const RawImage& image)
+{
+    if (!isKnown(image))
+        return {};
+    const std::uint32_t maximum = channelMaximum(image.format);
+    const bool isMono = isMonochrome(image.format);
+    const PixPos last{static_cast<int>(image.width) - 1, static_cast<int>(image.height) - 1};
+    return pixelText(last, PixVal{isMono, maximum, !isMono, maximum, maximum, maximum});
+}
+
+QString infoName(InfoItem item)
+{
+    return translated(infoRow(item).name);
+}
+
+QString infoWithUnit(InfoItem item, const QString& value)
+{
+    return translated(infoRow(item).unit).arg(value);
+}
+
+QString infoText(InfoItem item, const QString& value)
+{
+    QString text = value.isNull() ? QStringLiteral("\u2013") : value;
+    if (item == InfoItem::SetupMode && text.size() > longestMode)
+        text = text.left(longestMode - 1) + QChar(0x2026);
+    return translated(infoRow(item).caption).arg(infoWithUnit(item, text));
+}
+
+} // namespace Vistrel

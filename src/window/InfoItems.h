@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+// What the image information bar can show: one row an item, from its switch to its text.
+#pragma once
+
+#include <Vistrel/PixVal.h>
+#include <Vistrel/RawImage.h>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QString>
+
+#include <cstddef>
+#include <optional>
+
+class QAction;
+class Ui_WindowQt;
+
+namespace Vistrel {
+
+class AbstractAcquisitionInterface;
+
+/// In the order in which they stand in the bar.
+enum class InfoItem {
+    SetupMode,
+    FrameRate,
+    Queued,
+    Filled,
+    Dropped,
+    Delivered,
+    Dimensions,
+    Format,
+    Zoom,
+    PixelValue,
+};
+constexpr std::size_t infoItemCount = 10;
+
+/// What the items are read from.
+struct InfoState
+{
+    AbstractAcquisitionInterface* source = nullptr; // or null
+    QByteArray setupMode;                           // null when none is active
+    RawImage image;                                 // the pixels are not read
+    double scaling = 0;
+    PixPos pixel{-1, -1};        // negative: there is no such pixel
+    std::optional<PixVal> value; // none: it could not be read
+};
+
+/// When an item may have changed.
+enum class InfoMoment { Mode, Statistics, Image, Zoom, Pixel };
+
+struct InfoRow
+{
+    QAction* Ui_WindowQt::*action; // switches the item
+    InfoMoment moment;
+    QString (*value)(const InfoState& state); // null when there is none to tell
+    const char* name;
+    const char* caption; // around the value and its unit, in the bar alone
+    const char* unit;
+    const char* usual; // the value that there is room for from the beginning; null: a dash
+    int importance;    // the smallest is the first to make way
+};
+
+const InfoRow& infoRow(InfoItem item);
+
+// The values as text; null when there is none to tell.
+QString modeText(const QByteArray& name);
+QString frameRateText(const std::optional<double>& rate);
+QString countText(const std::optional<std::size_t>& count);
+QString dimensionsText(const RawImage& image);
+QString formatText(const RawImage& image);
+QString zoomText(const std::optional<double>& scaling);
+QString pixelText(const PixPos& position, const std::optional<PixVal>& value);
+QString widestPixelText(const RawImage& image); ///< of the pixels that such an image may have
+
+QString infoName(InfoItem item);
+QString infoWithUnit(InfoItem item, const QString& value);
+/// What the bar shows for a value; a dash stands for one that is null.
+QString infoText(InfoItem item, const QString& value);
+
+} // namespace Vistrel

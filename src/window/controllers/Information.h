@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// What the main window tells of its image and source: information bar, its switches, and copies of it as text.
+#pragma once
+
+#include "window/InfoItems.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QTimer>
+
+#include <memory>
+
+class QMainWindow;
+class QMenu;
+class QPoint;
+
+namespace Ui {
+class WindowQt;
+} // namespace Ui
+
+namespace Vistrel {
+
+class Commands;
+class InfoBar;
+class SurfaceScrollArea;
+class SurfaceStream;
+class ViewModes;
+
+/// Shows the items whose actions are checked and visible. Statistics are read four times a second, the pixel's value
+/// after each frame and each move of the pointer.
+class Information : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The source may be null. The others outlive this object.
+    Information(QMainWindow* window, const Ui::WindowQt& form, SurfaceScrollArea* scrollArea, SurfaceStream* stream,
+                const std::shared_ptr<AbstractAcquisitionInterface>& source, const Commands& commands,
+                ViewModes* viewModes);
+
+    bool isSwitchedOn(InfoItem item) const;
+    void setSwitchedOn(InfoItem item, bool isOn);
+    void setSetupMode(const QByteArray& name); ///< null: none is active
+    void addUserAction(QAction* action);
+    void copyPixelValue() const;
+    void copyReport();
+    void end(); ///< reads no statistics from now on
+
+public Q_SLOTS:
+    void updateSwitches();
+    void updateStatistics();
+    void updateZoom();
+    void updateImage();
+    void updatePixelValue();
+    void showSwitches();
+    void showSwitchesAt(const QPoint& position); ///< in the status bar
+
+Q_SIGNALS:
+    void ticked(); ///< four times a second
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QAction* switchOf(InfoItem item) const;
+    void show(InfoMoment moment);
+    QMenu* makeMenu();
+
+    QMainWindow* const m_window;
+    const Ui::WindowQt& m_form;
+    SurfaceScrollArea* const m_scrollArea;
+    SurfaceStream* const m_stream;
+    const std::shared_ptr<AbstractAcquisitionInterface> m_source;
+    const Commands& m_commands;
+    ViewModes* const m_viewModes;
+    InfoBar* const m_bar;
+    InfoState m_state;
+    QTimer m_statisticsTimer;
+    QTimer m_pixelTimer; // after the events that move the pointer
+};
+
+} // namespace Vistrel

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+// Full screen and exhibit view: the image takes the whole window, and the bars come over it at the window's edges.
+#include "window/controllers/ViewModes.h"
+
+#include "ui_WindowQt.h"
+
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include <QtCore/QEvent>
+#include <QtGui/QCursor>
+#include <QtWidgets/QAction>
+#include <QtWidgets/QApplication>
+
+namespace Vistrel {
+
+namespace {
+
+constexpr int edge = 3; // pixels that call the bars
+constexpr int barsMs = 800;
+
+} // namespace
+
+ViewModes::ViewModes(QMainWindow* window, const Ui::WindowQt& form, SurfaceScrollArea* scrollArea)
+    : m_window(window), m_form(form), m_scrollArea(scrollArea), m_leaveAction(new QAction(window))
+{
+    m_leaveAction->setShortcut(Qt::Key_Escape);
+    m_leaveAction->setEnabled(false);
+    window->addAction(m_leaveAction);
+    form.statusBar->setAutoFillBackground(true); // it may lie over the image
+    m_barsTimer.setSingleShot(true);
+    m_barsTimer.setInterval(barsMs);
+    scrollArea->surface()->installEventFilter(this);
+    connect(m_leaveAction, SIGNAL(triggered()), this, SLOT(leave()));
+    connect(&m_barsTimer, SIGNAL(timeout()), this, SLOT(hideWindowBars()));
+    for (const QAction* const entry : form.menuBar->actions())
+        followMenu(entry->menu());
+}
+
+bool ViewModes::keepsInformation() const
+{
+    return m_form.actionKeep_Stats_Visible->isChecked();
+}
+
+void ViewModes::setFullScreen(bool enabled)
+{
+    if (m_window->isFullScreen() != enabled)
+        m_window->setWindowState(m_window->windowState() ^ Qt::WindowFullScreen);
+    m_form.actionFull_Screen->setChecked(enabled);
+    apply();
+}
+
+void ViewModes::setExhibited(bool enabled)
+{
+    m_isExhibited = enabled;
+    m_form.actionExhibit_View->setChecked(enabled);
+    apply();
+}
+
+void ViewModes::setKeepsInformation(bool enabled)
+{
+    m_form.actionKeep_Stats_Visible->setChecked(enabled);
+    if (m_isImageAlone)
+        hideWindowBars();
+}
+
+void ViewModes::followWindowState()
+{
+    if (m_window->isFullScreen() == m_form.actionFull_Screen->isChecked())
+        return;
+    m_form.actionFull_Screen->setChecked(m_window->isFullScreen());
+    apply();
+}
+
+void ViewModes::followWindowSize()
+{
+    if (m_isImageAlone)
+        m_scrollArea->setGeometry(m_window->rect());
+}
+
+void ViewModes::followMenu(const QMenu* menu)
+{
+    connect(menu, SIGNAL(aboutToShow()), this, SLOT(showWindowBars()));
+    connect(menu, SIGNAL(aboutToHide()), &m_barsTimer, SLOT(start()));
+}
+
+// The image lies under the bars then, over the whole window, so that it stays where it is when they come.
+void ViewModes::apply()
+{
+    const bool isAlone = m_window->isFullScreen() || m_isExhibited;
+    m_form.actionFull_Screen->setToolTip(m_window->isFullScreen() ? tr("Leave Full Screen") : tr("Enter Full Screen"));
+    m_form.actionExhibit_View->setToolTip(m_isExhibited ? tr("Leave Exhibit View") : tr("Enter Exhibit View"));
+    m_leaveAction->setEnabled(isAlone);
+    if (isAlone == m_isImageAlone)
+        return;
+    m_isImageAlone = isAlone;
+    Q_EMIT imageAloneChanged(isAlone);
+    if (isAlone) {
+        m_form.centralwidget->hide();
+        m_scrollArea->setParent(m_window);
+        m_scrollArea->setGeometry(m_window->rect());
+        m_scrollArea->lower();
+    } else {
+        m_barsTimer.stop();
+        m_form.verticalLayout->addWidget(m_scrollArea);
+        m_form.centralwidget->show();
+    }
+    m_scrollArea->show();
+    setBarsVisible(!isAlone);
+}
+
+void ViewModes::setBarsVisible(bool visible)
+{
+    m_form.menuBar->setVisible(visible);
+    m_form.acquisitionToolBar->setVisible(visible);
+    m_form.statusBar->setVisible(visible || keepsInformation());
+}
+
+void ViewModes::showWindowBars()
+{
+    m_barsTimer.stop();
+    if (m_isImageAlone)
+        setBarsVisible(true);
+}
+
+void ViewModes::hideWindowBars()
+{
+    if (!m_isImageAlone)
+        return;
+    const QPoint pointer = m_window->mapFromGlobal(QCursor::pos());
+    const bool isTouched =
+        m_form.menuBar->isVisible() &&
+        (m_form.menuBar->geometry().contains(pointer) || m_form.acquisitionToolBar->geometry().contains(pointer) ||
+         (m_form.statusBar->isVisible() && m_form.statusBar->geometry().contains(pointer)));
+    if (QApplication::activePopupWidget() || isTouched)
+        m_barsTimer.start();
+    else
+        setBarsVisible(false);
+}
+
+void ViewModes::leave()
+{
+    if (m_window->isFullScreen())
+        setFullScreen(false);
+    else
+        setExhibited(false);
+}
+
+bool ViewModes::eventFilter(QObject*, QEvent* event)
+{
+    if (!m_isImageAlone || (event->type() != QEvent::MouseMove && event->type() != QEvent::Leave))
+        return false;
+    const int y = m_window->mapFromGlobal(QCursor::pos()).y();
+    const bool isAtEdge = event->type() == QEvent::MouseMove && (y < edge || y >= m_window->height() - edge);
+    if (isAtEdge)
+        showWindowBars();
+    else if (m_form.menuBar->isVisible() && !m_barsTimer.isActive())
+        m_barsTimer.start();
+    return false;
+}
+
+} // namespace Vistrel

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// The whole image small, with the visible part framed.
+#include "window/panels/Panels.h"
+
+#include <Vistrel/MiniMap.h>
+#include <Vistrel/SurfaceStream.h>
+
+namespace Vistrel {
+
+namespace {
+
+QWidget* makeQuickView(const PanelContext& context)
+{
+    auto* const miniMap = new MiniMap;
+    miniMap->setScrollArea(context.scrollArea);
+    QObject::connect(context.stream, SIGNAL(imageUpdated()), miniMap, SLOT(updateView()), Qt::QueuedConnection);
+    return miniMap;
+}
+
+const PanelRegistration registration(&Ui::WindowQt::actionQuick_View, makeQuickView);
+
+} // namespace
+
+} // namespace Vistrel

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// Sets what the rainbow palette is computed from.
+#include "window/panels/RainbowDock.h"
+
+#include "widgets/PlainKey.h"
+#include "window/controllers/Palettes.h"
+#include "window/controllers/ViewModes.h"
+#include "window/panels/Panels.h"
+
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include <QtGui/QKeyEvent>
+
+namespace Vistrel {
+
+namespace {
+
+QWidget* makeRainbowDock(const PanelContext& context)
+{
+    new RainbowDock(context);
+    return nullptr;
+}
+
+const PanelRegistration registration(nullptr, makeRainbowDock);
+
+} // namespace
+
+RainbowDock::RainbowDock(const PanelContext& context)
+    : QObject(context.palettes), m_form(context.form), m_palettes(context.palettes), m_scrollArea(context.scrollArea)
+{
+    m_form.rainbowRulesDockWidget->installEventFilter(this);
+    connect(m_form.rainbow_generatePushButton, SIGNAL(clicked()), context.window, SLOT(setColorTableRainbow()));
+    for (const QDoubleSpinBox* const box : m_form.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>())
+        connect(box, SIGNAL(valueChanged(double)), this, SLOT(updateRainbow()));
+    connect(m_palettes, SIGNAL(colorTableChosen(Vistrel::ColorTable)), this, SLOT(follow(Vistrel::ColorTable)));
+    connect(context.viewModes, SIGNAL(imageAloneChanged(bool)), this, SLOT(setImageAlone(bool)));
+    updateRainbow();
+}
+
+void RainbowDock::follow(ColorTable table)
+{
+    m_isWanted = table == ColorTable::Rainbow;
+    show();
+}
+
+void RainbowDock::setImageAlone(bool isAlone)
+{
+    m_isImageAlone = isAlone;
+    show();
+}
+
+void RainbowDock::show()
+{
+    m_form.rainbowRulesDockWidget->setVisible(m_isWanted && !m_isImageAlone);
+}
+
+void RainbowDock::updateRainbow()
+{
+    m_palettes->setRainbow({m_form.rainbow_periodSpinBox->value(), m_form.rainbow_rPhaseSpinBox->value(),
+                            m_form.rainbow_gPhaseSpinBox->value(), m_form.rainbow_bPhaseSpinBox->value(),
+                            m_form.rainbow_amplitudeSpinBox->value(), m_form.rainbow_centerSpinBox->value()});
+}
+
+// What is typed into the dock's boxes is no command of the window; Esc goes back to the image.
+bool RainbowDock::eventFilter(QObject*, QEvent* event)
+{
+    if (event->type() == QEvent::Close) // by its own button
+        m_isWanted = false;
+    if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress)
+        return false;
+    auto& key = *static_cast<QKeyEvent*>(event);
+    const bool isEscape = key.key() == Qt::Key_Escape;
+    if (event->type() == QEvent::ShortcutOverride) {
+        key.setAccepted(isEscape || isPlain(key));
+        return key.isAccepted();
+    }
+    if (isEscape)
+        m_scrollArea->setFocus();
+    return isEscape;
+}
+
+} // namespace Vistrel
