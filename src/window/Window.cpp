@@ -5,14 +5,12 @@
 #include "base/Report.h"
 #include "base/TextOut.h"
 #include "dialogs/WaitingCalls.h"
-#include "platform/TransientParents.h"
 
 #include <Vistrel/Action.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/SurfaceStream.h>
 
-#include <QtCore/QEvent>
 #include <QtWidgets/QAction>
 
 #include <cassert>
@@ -22,15 +20,6 @@
 
 namespace Vistrel {
 
-namespace {
-
-HWND handleOf(WId id)
-{
-    return reinterpret_cast<HWND>(id);
-}
-
-} // namespace
-
 bool latin1Out(const QString& text, char* buffer, std::size_t* size)
 {
     const QByteArray bytes = text.toLatin1();
@@ -39,17 +28,17 @@ bool latin1Out(const QString& text, char* buffer, std::size_t* size)
 
 // The window behind it ------------------------------------------------------------------------------------------------
 
-Window::PrivateData::PrivateData(Window* owner, WindowQt* newWindow) : window(owner), windowQt(newWindow)
+Window::PrivateData::PrivateData(Window* owner, WindowQt* newWindow)
+    : window(owner), windowQt(newWindow), transientLink(new TransientLink(newWindow))
 {
     connect(windowQt, SIGNAL(partsGoing()), this, SLOT(windowQtDestroyed()));
     connect(windowQt, SIGNAL(destroyed()), this, SLOT(windowQtDestroyed()));
-    windowQt->installEventFilter(this);
 }
 
 void Window::PrivateData::windowQtDestroyed()
 {
     endWaitingCalls(window);
-    forgetTransientParent();
+    transientLink.reset();
     windowQt = nullptr;
 }
 
@@ -60,31 +49,6 @@ void Window::PrivateData::windowIsGone(const char* member)
     assert(!"a member of Vistrel::Window was called after the window had been closed");
 #endif
     static_cast<void>(member);
-}
-
-void Window::PrivateData::forgetTransientParent()
-{
-    if (transientChild)
-        removeTransientChild(transientChild);
-    transientChild = nullptr;
-    transientParentHandle = nullptr;
-}
-
-// Qt takes the parent from a native window that it makes anew, which is there after the event, and from one that it
-// shows on X11. ShowToParent comes right after that, so a host that raises the parent next finds the window registered.
-bool Window::PrivateData::eventFilter(QObject*, QEvent* event)
-{
-    if (transientParentHandle && event->type() == QEvent::WinIdChange)
-        QMetaObject::invokeMethod(this, "renewTransientParent", Qt::QueuedConnection);
-    else if (transientParentHandle && event->type() == QEvent::ShowToParent)
-        renewTransientParent();
-    return false;
-}
-
-void Window::PrivateData::renewTransientParent()
-{
-    if (windowQt)
-        window->setTransientParent(window->transientParent());
 }
 
 Window::Window(ScopedAcquisitionInterface&& acquisitionInterface)
@@ -101,7 +65,7 @@ Window::Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInte
 Window::~Window()
 {
     removeCallableWindow(this);
-    m_data->forgetTransientParent();
+    m_data->transientLink.reset();
     if (WindowQt* const window = std::exchange(m_data->windowQt, nullptr))
         window->discard();
 }
@@ -123,7 +87,7 @@ const QWidget* Window::qt_handle() const
 
 HWND Window::native_handle() const
 {
-    return m_data->ask("native_handle", [](WindowQt& w) { return handleOf(w.winId()); });
+    return m_data->ask("native_handle", [](WindowQt& w) { return reinterpret_cast<HWND>(w.winId()); });
 }
 
 AbstractAcquisitionInterface* Window::acquisitionInterface()
@@ -188,26 +152,6 @@ bool Window::isVisible() const
     return m_data->ask("isVisible", [](WindowQt& w) { return w.isVisible(); });
 }
 
-void Window::raise()
-{
-    m_data->tell("raise", [](WindowQt& w) { w.raise(); });
-}
-
-void Window::minimize()
-{
-    m_data->tell("minimize", [](WindowQt& w) { w.showMinimized(); });
-}
-
-void Window::maximize()
-{
-    m_data->tell("maximize", [](WindowQt& w) { w.showMaximized(); });
-}
-
-void Window::restore()
-{
-    m_data->tell("restore", [](WindowQt& w) { w.showNormal(); });
-}
-
 bool Window::isMinimized() const
 {
     return m_data->ask("isMinimized", [](WindowQt& w) { return w.isMinimized(); });
@@ -238,24 +182,22 @@ bool Window::title(char* const buffer, std::size_t* const size) const
     return m_data->ask("title", [=](WindowQt& w) { return latin1Out(w.windowTitle(), buffer, size); });
 }
 
-void Window::setRunning()
-{
-    m_data->tell("setRunning", [](WindowQt& w) { w.setRunning(); });
-}
-
-void Window::setConfigured()
-{
-    m_data->tell("setConfigured", [](WindowQt& w) { w.setConfigured(); });
-}
-
-void Window::setUnconfigured()
-{
-    m_data->tell("setUnconfigured", [](WindowQt& w) { w.setUnconfigured(); });
-}
-
-// Switches ------------------------------------------------------------------------------------------------------------
+// Commands and switches -----------------------------------------------------------------------------------------------
 
 // clang-format off
+#define VISTREL_FORWARD_COMMAND(member, command)                                                                       \
+    void Window::member() { m_data->tell(#member, [](WindowQt& w) { w.command(); }); }
+
+VISTREL_FORWARD_COMMAND(raise, raise)
+VISTREL_FORWARD_COMMAND(minimize, showMinimized)
+VISTREL_FORWARD_COMMAND(maximize, showMaximized)
+VISTREL_FORWARD_COMMAND(restore, showNormal)
+VISTREL_FORWARD_COMMAND(setRunning, setRunning)
+VISTREL_FORWARD_COMMAND(setConfigured, setConfigured)
+VISTREL_FORWARD_COMMAND(setUnconfigured, setUnconfigured)
+
+#undef VISTREL_FORWARD_COMMAND
+
 #define VISTREL_FORWARD_SWITCH(Setter, getter, target)                                                                 \
     void Window::Setter(bool enabled) { m_data->tell(#Setter, [=](WindowQt& w) { (target).Setter(enabled); }); }       \
     bool Window::getter() const { return m_data->ask(#getter, [](WindowQt& w) { return (target).getter(); }); }
@@ -427,23 +369,12 @@ Action* Window::addImageStatsAction(ScopedActionInterface&& actionInterface, con
 
 void Window::setTransientParent(HWND parent)
 {
-    m_data->tell("setTransientParent", [=](WindowQt& w) {
-        const HWND child = handleOf(w.winId());
-        const bool isKept = parent && addTransientChild(parent, child); // which ends an earlier one of the child's
-        if (parent && !isKept && parent != m_data->transientParentHandle)
-            return;
-        if (!isKept || m_data->transientChild != child)
-            m_data->forgetTransientParent();
-        if (!isKept)
-            return;
-        m_data->transientChild = child;
-        m_data->transientParentHandle = parent;
-    });
+    m_data->tell("setTransientParent", [=](WindowQt&) { m_data->transientLink->setParent(parent); });
 }
 
 HWND Window::transientParent() const
 {
-    return isTransientChild(m_data->transientChild) ? m_data->transientParentHandle : nullptr;
+    return m_data->transientLink ? m_data->transientLink->parentHandle() : nullptr;
 }
 
 } // namespace Vistrel

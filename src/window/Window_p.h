@@ -2,10 +2,14 @@
 // State of the display window's facade, for its source files.
 #pragma once
 
+#include "window/TransientLink.h"
+
 #include <Vistrel/Window.h>
 #include <Vistrel/WindowQt.h>
 
 #include <QtCore/QObject>
+
+#include <memory>
 
 class QPixmap;
 
@@ -43,20 +47,16 @@ public:
 
     Action* tie(ScopedActionInterface&& actionInterface, QAction* entry);
     static void windowIsGone(const char* member);
-    void forgetTransientParent();
     void setApplicationAbout(const QString& title, const QString& description, const QPixmap& icon1,
                              const QPixmap& icon2, const QPixmap& icon3);
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
     Window* const window;
     WindowQt* windowQt; // null once it has begun to go
     AboutDialog* aboutDialog = nullptr;
-    HWND transientChild = nullptr; // this window, as it was registered
-    HWND transientParentHandle = nullptr;
+    std::unique_ptr<TransientLink> transientLink; // null as the window
 
 public Q_SLOTS:
     void windowQtDestroyed();
-    void renewTransientParent();
 };
 
 } // namespace Vistrel
