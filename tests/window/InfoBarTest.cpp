@@ -125,11 +125,10 @@ void InfoBarTest::nothingMovesWhileDigitsChange()
     };
     const QList<QRect> before = geometries();
     for (const std::uint32_t digits : {1u, 88u, 11u}) {
+        f.set({nullptr, {}, {}, digits / 10.0, {int(digits), int(digits)}, mono(digits)});
         f.bar->setValue(InfoItem::FrameRate, frameRateText(digits * 1.01));
         f.bar->setValue(InfoItem::Queued, countText(digits));
         f.bar->setValue(InfoItem::Dropped, countText(digits));
-        f.bar->setValue(InfoItem::Zoom, zoomText(digits / 10.0));
-        f.bar->setValue(InfoItem::PixelValue, pixelText({int(digits), int(digits)}, mono(digits)));
         QCOMPARE(geometries(), before);
     }
     f.bar->setValue(InfoItem::PixelValue, {});
