@@ -201,11 +201,13 @@ void CallbacksTest::signalsFromAnotherThread()
     QTRY_COMPARE(camera.shown(), 2);
     send(VT_SIGNAL_FEATURE_SET_CHANGED, &canStart);
     QTRY_VERIFY(!camera.action("actionStart")->isEnabled());
-    send(VT_SIGNAL_ACQUISITION_STATE_CHANGED, &isSetUp);
-    QTRY_COMPARE(camera.returned(), QByteArray("11"));
+    send(VT_SIGNAL_ACQUISITION_STATE_CHANGED, nullptr);
+    QCoreApplication::processEvents();
     bool isRefreshing = true;
     VTGetPropBool(camera.window, VT_WINDOW_REFRESH_ENABLED, &isRefreshing);
     QVERIFY(!isRefreshing); // what the host has disabled stays so
+    send(VT_SIGNAL_ACQUISITION_STATE_CHANGED, &isSetUp);
+    QTRY_COMPARE(camera.returned(), QByteArray("11"));
 }
 
 // Message boxes -------------------------------------------------------------------------------------------------------
