@@ -95,8 +95,8 @@ void EditorsTest::popoverIsPlaced()
     for (const auto& row : rows) {
         Shown shown;
         const QRect screen = shown.window->screen()->availableGeometry();
-        const QPoint far(row.window.x() < 0 ? screen.width() : 0, row.window.y() < 0 ? screen.height() : 0);
-        shown.window->setGeometry({screen.topLeft() + far + row.window, shown.window->size()});
+        const QPoint corner(row.window.x() < 0 ? screen.width() : 0, row.window.y() < 0 ? screen.height() : 0);
+        shown.window->setGeometry({screen.topLeft() + corner + row.window, shown.window->size()});
         shown.button->setVisible(row.isAnchored);
         auto* const contents = new QWidget;
         contents->setFixedSize(86, 36);
