@@ -160,8 +160,11 @@ QString Saving::askPath()
         if (path.isEmpty())
             return path;
         const auto isWritable = [&] { return claims(suffixOf(path)) || pictureType(path) != PictureType::Unknown; };
-        if (!isWritable() && !namesOtherPicture(path))
+        if (!isWritable() && !namesOtherPicture(path)) {
+            if (path.endsWith(QLatin1Char('.')))
+                path.chop(1);
             path += firstSuffix(m_savedFilter);
+        }
         int answer = QMessageBox::Yes;
         if (!isWritable())
             answer = showBox(m_window, QMessageBox::Critical, tr("File Save Error"),
