@@ -2,7 +2,7 @@
 // Relays a source's announcements as signals, and commands to it as slots.
 #include <Vistrel/AcquisitionSignalHandler.h>
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 

@@ -2,7 +2,7 @@
 // A host's action in a display window.
 #include <Vistrel/Action.h>
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "base/TextOut.h"
 
 #include <QtCore/QObject>
@@ -69,12 +69,8 @@ template <typename Call>
 void Action::PrivateData::callCommand(const char* operation, Call&& call)
 {
     ++m_callDepth;
-    if (command) {
-        hostCall(operation, false, [&] {
-            call(*command);
-            return true;
-        });
-    }
+    if (command)
+        hostCall(operation, [&] { call(*command); });
     --m_callDepth;
 }
 

@@ -2,7 +2,7 @@
 // The application object and its event loop.
 #include <Vistrel/Application.h>
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "dialogs/WaitingCalls.h"
 #include "platform/Display.h"
 #include "platform/PluginPath.h"
@@ -114,14 +114,9 @@ void Application::PrivateData::runIdlePass()
     const std::size_t count = idleMethods.size();
     for (std::size_t i = 0; i < count; ++i) {
         const auto [method, userData] = idleMethods[i];
-        if (!method)
-            continue;
-        // Not from within a window: a host may delete one here, at once.
-        try {
-            method(userData);
-        } catch (...) {
-            reportException("idle method");
-        }
+        // No window has made this call, so a host may delete one here, at once.
+        if (method)
+            attempt("idle method", [method = method, userData = userData] { method(userData); });
     }
 }
 

@@ -2,7 +2,7 @@
 // Asks sources for the locks of their frames, none twice on one thread.
 #include "base/FrameLocking.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 namespace Vistrel {
 

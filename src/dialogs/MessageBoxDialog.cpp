@@ -2,7 +2,7 @@
 // Message boxes over a display window, from any thread.
 #include <Vistrel/MessageBoxDialog.h>
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "dialogs/WaitingCalls.h"
 
 #include <Vistrel/Window.h>

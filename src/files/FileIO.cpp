@@ -2,7 +2,7 @@
 // One frame that can be loaded from an image file and saved to one.
 #include <Vistrel/FileIO.h>
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "files/FrameImage.h"
 #include "files/PictureFile.h"
 #include "pipeline/frames/Conversion.h"
@@ -107,7 +107,7 @@ bool FileIO::setData(const RawImage& image)
         return false;
     RawImage plain = image;
     plain.format = plainFormat(image.format);
-    return hostCall("FileIO::setData", false, [&] {
+    return attempt("FileIO::setData", false, [&] {
         PixelBuffer pixels(image.data, frameEnd(plain));
         pixels.resize(image.width * bytesPerPixel(image.format) * image.height, 0);
         m_data->replace(pixels, plain);
@@ -124,22 +124,22 @@ bool FileIO::getData(RawImage& image) const
 
 bool FileIO::load(const char* const fileName)
 {
-    return hostCall("FileIO::load", false, [&] { return m_data->load(decodedName(fileName)); });
+    return attempt("FileIO::load", false, [&] { return m_data->load(decodedName(fileName)); });
 }
 
 bool FileIO::load(std::wstring_view fileName)
 {
-    return hostCall("FileIO::load", false, [&] { return m_data->load(wideName(fileName)); });
+    return attempt("FileIO::load", false, [&] { return m_data->load(wideName(fileName)); });
 }
 
 bool FileIO::save(const char* const fileName) const
 {
-    return hostCall("FileIO::save", false, [&] { return m_data->save(decodedName(fileName)); });
+    return attempt("FileIO::save", false, [&] { return m_data->save(decodedName(fileName)); });
 }
 
 bool FileIO::save(std::wstring_view fileName) const
 {
-    return hostCall("FileIO::save", false, [&] { return m_data->save(wideName(fileName)); });
+    return attempt("FileIO::save", false, [&] { return m_data->save(wideName(fileName)); });
 }
 
 } // namespace Vistrel

@@ -2,7 +2,7 @@
 // Keeps windows above a parent on Windows, by a hook on the parent's thread.
 #include "platform/TransientParents.h"
 
-#include "base/Report.h"
+#include "base/Log.h"
 
 #include <algorithm>
 #include <iterator>

@@ -2,7 +2,7 @@
 // Runs the commands of a window one after the other, on a thread of their own.
 #include "window/BusyWork.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <boost/thread/thread.hpp>
 

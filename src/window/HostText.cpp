@@ -2,7 +2,7 @@
 // Reads a text that the host hands out by the protocol of buffer and size.
 #include "window/HostText.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 namespace Vistrel {
 

@@ -2,7 +2,7 @@
 // What the image information bar can show: one row an item, from its switch to its text.
 #include "window/InfoItems.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "pipeline/pixels/PixelFormats.h"
 #include "ui_WindowQt.h"
 

@@ -2,7 +2,7 @@
 // What a source answered when it was asked last.
 #include "window/SourceAnswers.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "window/HostText.h"
 
 #include <QtCore/QCoreApplication>

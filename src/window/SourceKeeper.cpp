@@ -2,7 +2,7 @@
 // Keeps the sources that windows have been given for as long as anything calls them.
 #include "window/SourceKeeper.h"
 
-#include "base/Report.h"
+#include "base/Log.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QThread>

@@ -2,7 +2,7 @@
 // A display window, for hosts that do not use the toolkit.
 #include "window/Window_p.h"
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "base/TextOut.h"
 #include "dialogs/WaitingCalls.h"
 

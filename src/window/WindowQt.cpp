@@ -2,7 +2,7 @@
 // The main window that shows a source's live images and drives the source.
 #include "window/WindowQt_p.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "platform/WindowHints.h"
 #include "window/SourceKeeper.h"
 #include "window/panels/Panels.h"
@@ -263,7 +263,7 @@ void WindowQt::closeEvent(QCloseEvent* event)
     if (m_data->commands.isBusy())
         hide(); // the command may hold up what comes next
     if (m_data->source)
-        hostCall("uxClosed", false, [this] { return m_data->source->uxClosed(), true; });
+        hostCall("uxClosed", [this] { m_data->source->uxClosed(); });
 }
 
 void WindowQt::PrivateData::endWork()

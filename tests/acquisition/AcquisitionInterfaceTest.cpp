@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests what a source gets without overriding anything: setup modes, texts, the relay of commands.
-#include "base/Report.h"
+#include "base/Log.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/AcquisitionSignalHandler.h>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the tie between a host's command and its entry, in every order in which their parts may go.
-#include "base/Report.h"
+#include "base/Log.h"
 
 #include <Vistrel/Action.h>
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the application object: one at a time, its event loop, its idle methods. Every test makes its own.
-#include "base/Report.h"
+#include "base/Log.h"
 
 #include <Vistrel/Application.h>
 #include <Vistrel/MessageBoxDialog.h>

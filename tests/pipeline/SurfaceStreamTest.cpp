@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the way of frames from a source to the surface.
-#include "base/Report.h"
+#include "base/Log.h"
 #include "support/FakeSources.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>

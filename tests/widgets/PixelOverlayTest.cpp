@@ -2,7 +2,7 @@
 // Tests the coordinates and values written into the cells of enlarged pixels.
 #include "ShownSurface.h"
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "support/FakeSources.h"
 
 #include <QtCore/QScopeGuard>

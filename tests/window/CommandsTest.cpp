@@ -5,7 +5,7 @@
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "window/BusyWork.h"
 #include "window/OfferingCamera.h"
 

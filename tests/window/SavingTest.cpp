@@ -9,7 +9,7 @@
 #include <Vistrel/Window.h>
 #include <Vistrel/WindowQt.h>
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "support/FakeSources.h"
 
 #include <QtGui/QClipboard>

@@ -5,7 +5,7 @@
 #include <Vistrel/SurfaceStream.h>
 #include <Vistrel/Window.h>
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "support/FakeSources.h"
 
 #include <QtGui/QScreen>

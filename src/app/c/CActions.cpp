@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Actions and message boxes, for C hosts.
 #include "app/c/Calls.h"
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "dialogs/WaitingCalls.h"
 
 #include <Vistrel/Action.h>
@@ -27,7 +27,7 @@ public:
     ~CallbackAction() override
     {
         if (m_gone && isAdded)
-            hostCall("action gone", false, [this] { return m_gone(userData), true; });
+            hostCall("action gone", [this] { m_gone(userData); });
     }
 
     void uxDestroyed() override { handles().remove(action()); }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The application, for C hosts.
 #include "app/c/Calls.h"
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <QtCore/QThread>
 

@@ -2,7 +2,7 @@
 // Image files that a C host's functions load and save.
 #include "app/c/CallbackFileInterface.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <Vistrel/FileIO.h>
 

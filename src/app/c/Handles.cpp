@@ -3,7 +3,7 @@
 #include "app/c/Handles.h"
 
 #include "app/c/WindowWrapper.h"
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <QtCore/QCoreApplication>
 
@@ -77,7 +77,7 @@ void Handles::runFinishedCalls()
                 return;
         }
         for (const FinishedCall& call : calls)
-            hostCall("finished", false, [&] { return call.callback(call.userData), true; });
+            hostCall("finished", [&] { call.callback(call.userData); });
     }
 }
 

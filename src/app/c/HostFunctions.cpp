@@ -3,7 +3,7 @@
 #include "app/c/HostFunctions.h"
 
 #include "app/c/Handles.h"
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
@@ -90,20 +90,15 @@ const Feature& featureAt(std::size_t index)
 HostFunctions::~HostFunctions()
 {
     const auto finished = get<VTNotifyCallback>(VT_FEATURE_FINISHED);
-    if (!finished)
-        return;
-    try {
-        handles().callFinished(finished, userData);
-    } catch (...) {
-        reportException("finished");
-    }
+    if (finished)
+        attempt("finished", [&] { handles().callFinished(finished, userData); });
 }
 
 LentFrame::~LentFrame()
 {
     const auto released = functions->get<VTReleasedCallback>(VT_FEATURE_FRAME_RELEASED);
     if (isLent && released)
-        hostCall("frame released", false, [&] { return released(&image, functions->userData), true; });
+        hostCall("frame released", [&] { released(&image, functions->userData); });
 }
 
 } // namespace Vistrel

@@ -4,7 +4,7 @@
 
 #include "app/c/CallbackAcquisition.h"
 #include "app/c/WindowWrapper.h"
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "pipeline/frames/Conversion.h"
 
 #include <Vistrel/Surface.h>

@@ -2,7 +2,7 @@
 // Tells why frames are not shown.
 #include "pipeline/stream/Refusals.h"
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "pipeline/pixels/PixelFormats.h"
 
 #include <cstdint>

@@ -4,8 +4,8 @@
 
 #include "acquisition/FrameLender.h"
 #include "base/FrameLocking.h"
+#include "base/HostCall.h"
 #include "base/LentMemory.h"
-#include "base/Report.h"
 
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 
@@ -322,8 +322,8 @@ bool StreamWorker::renderFrontAgain()
     if (!now.front || !needsPalette(*now.front, now.settings))
         return false;
     const std::unique_lock<std::mutex> pixels = lockPixels(now.front->lockedBitmap);
-    const auto frame = hostCall("rendering", std::shared_ptr<DisplayFrame>(),
-                                [&] { return m_converter.renderAgain(*now.front, now.settings); });
+    const auto frame = attempt("rendering", std::shared_ptr<DisplayFrame>(),
+                               [&] { return m_converter.renderAgain(*now.front, now.settings); });
     return frame && replaceFront(now.front, frame);
 }
 
@@ -345,12 +345,11 @@ void StreamWorker::resumeFetching()
 
 bool StreamWorker::lockBitmap(int width, int height, Format format)
 {
-    std::shared_ptr<LockedBitmap> bitmap = hostCall("setBitmapLocked", std::shared_ptr<LockedBitmap>(), [&] {
-        return m_converter.makeLockedBitmap(width, height, format);
-    });
+    std::shared_ptr<LockedBitmap> bitmap = attempt("setBitmapLocked", std::shared_ptr<LockedBitmap>(),
+                                                   [&] { return m_converter.makeLockedBitmap(width, height, format); });
     while (bitmap) {
         const DisplayFramePtr before = front();
-        DisplayFramePtr shown = hostCall("setBitmapLocked", DisplayFramePtr(), [&]() -> DisplayFramePtr {
+        DisplayFramePtr shown = attempt("setBitmapLocked", DisplayFramePtr(), [&]() -> DisplayFramePtr {
             return FrameConverter::showLocked(before ? *before : DisplayFrame(), bitmap);
         });
         if (!shown)

@@ -3,7 +3,6 @@
 #include "pipeline/stream/SurfaceStream_p.h"
 
 #include "base/FrameLocking.h"
-#include "base/Report.h"
 #include "pipeline/frames/Conversion.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>

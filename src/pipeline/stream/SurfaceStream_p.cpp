@@ -2,7 +2,7 @@
 // Asks for frames, and hands pictures to the surface.
 #include "pipeline/stream/SurfaceStream_p.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>

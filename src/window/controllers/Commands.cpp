@@ -2,7 +2,7 @@
 // The commands that the main window gives its source, and what is shown of them.
 #include "window/controllers/Commands.h"
 
-#include "base/Report.h"
+#include "base/HostCall.h"
 
 #include <Vistrel/SurfaceStream.h>
 

@@ -2,7 +2,7 @@
 // How the main window has its images shown: palettes, mosaics, channel order, crosshair.
 #include "window/controllers/Palettes.h"
 
-#include "base/Report.h"
+#include "base/Log.h"
 #include "ui_WindowQt.h"
 
 #include <Vistrel/Surface.h>

@@ -3,7 +3,7 @@
 #include "window/controllers/Saving.h"
 
 #include "base/FrameLocking.h"
-#include "base/Report.h"
+#include "base/HostCall.h"
 #include "dialogs/WaitingCalls.h"
 #include "files/PictureFile.h"
 #include "platform/LocalFileName.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The one way to the standard error stream, and the guard around calls into the host.
-#include "base/Report.h"
+// Writes the lines that nobody asked for: what failed, and why.
+#include "base/Log.h"
 
 #include "platform/ErrorStream.h"
 
@@ -12,7 +12,6 @@ namespace Vistrel {
 namespace {
 
 std::atomic<ReportSink> reportSink{nullptr};
-thread_local int hostCallDepth = 0;
 
 } // namespace
 
@@ -48,21 +47,6 @@ void reportException(const char* operation) noexcept
     } catch (...) {
         writeErrorLine("Vistrel: out of memory");
     }
-}
-
-bool isInHostCall() noexcept
-{
-    return hostCallDepth > 0;
-}
-
-HostCallScope::HostCallScope() noexcept
-{
-    ++hostCallDepth;
-}
-
-HostCallScope::~HostCallScope()
-{
-    --hostCallDepth;
 }
 
 } // namespace Vistrel
