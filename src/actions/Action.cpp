@@ -10,20 +10,9 @@
 #include <QtCore/QString>
 #include <QtWidgets/QAction>
 
-#include <string_view>
 #include <utility>
 
 namespace Vistrel {
-
-namespace {
-
-bool localTextOut(const QString& text, char* buffer, std::size_t* size)
-{
-    const QByteArray bytes = text.toLocal8Bit();
-    return textOut(std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())), buffer, size);
-}
-
-} // namespace
 
 class Action::PrivateData : public QObject
 {
@@ -194,12 +183,12 @@ void Action::setToolTip(const char* const text)
 
 bool Action::text(char* const buffer, std::size_t* const bufferSize) const
 {
-    return localTextOut(m_data->action ? m_data->action->text() : QString(), buffer, bufferSize);
+    return localOut(m_data->action ? m_data->action->text() : QString(), buffer, bufferSize);
 }
 
 bool Action::toolTip(char* const buffer, std::size_t* const bufferSize) const
 {
-    return localTextOut(m_data->action ? m_data->action->toolTip() : QString(), buffer, bufferSize);
+    return localOut(m_data->action ? m_data->action->toolTip() : QString(), buffer, bufferSize);
 }
 
 } // namespace Vistrel

@@ -2,6 +2,8 @@
 // How the library hands text to its callers.
 #include "base/TextOut.h"
 
+#include <QtCore/QString>
+
 #include <algorithm>
 #include <cstring>
 
@@ -20,6 +22,16 @@ bool textOut(std::string_view text, char* buffer, std::size_t* size)
     }
     *size = text.size() + 1;
     return true;
+}
+
+bool latin1Out(const QString& text, char* buffer, std::size_t* size)
+{
+    return textOut(text.toLatin1().toStdString(), buffer, size);
+}
+
+bool localOut(const QString& text, char* buffer, std::size_t* size)
+{
+    return textOut(text.toLocal8Bit().toStdString(), buffer, size);
 }
 
 } // namespace Vistrel

@@ -20,12 +20,6 @@
 
 namespace Vistrel {
 
-bool latin1Out(const QString& text, char* buffer, std::size_t* size)
-{
-    const QByteArray bytes = text.toLatin1();
-    return textOut({bytes.constData(), static_cast<std::size_t>(bytes.size())}, buffer, size);
-}
-
 // The window behind it ------------------------------------------------------------------------------------------------
 
 Window::PrivateData::PrivateData(Window* owner, WindowQt* newWindow)

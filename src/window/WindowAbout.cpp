@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a host without the toolkit has the window tell of its application.
+#include "base/TextOut.h"
 #include "platform/IconHandle.h"
 #include "window/AboutDialog.h"
 #include "window/Window_p.h"

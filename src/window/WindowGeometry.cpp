@@ -2,6 +2,8 @@
 // Place and size of a display window. What a host asks for, or has stored, is never more than a screen system can draw.
 #include "window/Window_p.h"
 
+#include "base/TextOut.h"
+
 #include <QtCore/QDataStream>
 #include <QtCore/QRect>
 #include <QtGui/QGuiApplication>

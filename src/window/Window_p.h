@@ -17,8 +17,6 @@ namespace Vistrel {
 
 class AboutDialog;
 
-bool latin1Out(const QString& text, char* buffer, std::size_t* size); ///< by the rule of all text getters
-
 class Window::PrivateData : public QObject
 {
     Q_OBJECT
