@@ -3,7 +3,7 @@
 #include <Vistrel/Application.h>
 
 #include "base/Log.h"
-#include "dialogs/WaitingCalls.h"
+#include "base/UserInterfaceCall.h"
 #include "platform/Display.h"
 #include "platform/PluginPath.h"
 #include "platform/TransientParents.h"
@@ -102,7 +102,7 @@ Application::PrivateData::~PrivateData()
     }
     for (const QPointer<WindowQt>& window : qAsConst(windows))
         delete window;
-    endWaitingCalls(); // a source may wait for one
+    endUserInterfaceCalls(); // a source may wait for one
     leaveSources();
     removeTransientParents();
     toolkit.reset();

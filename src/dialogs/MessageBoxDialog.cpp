@@ -2,24 +2,11 @@
 // Message boxes over a display window, from any thread.
 #include <Vistrel/MessageBoxDialog.h>
 
-#include "base/Log.h"
-#include "dialogs/WaitingCalls.h"
-
-#include <Vistrel/Window.h>
+#include "base/UserInterfaceCall.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
-#include <QtCore/QThread>
-#include <QtWidgets/QApplication>
 #include <QtWidgets/QMessageBox>
-
-#include <algorithm>
-#include <condition_variable>
-#include <deque>
-#include <functional>
-#include <mutex>
-#include <unordered_set>
-#include <utility>
 
 namespace Vistrel {
 
@@ -90,182 +77,7 @@ Q_SIGNALS:
     void question();
 };
 
-// Calls from other threads --------------------------------------------------------------------------------------------
-
-/// A call whose thread waits for the answer.
-struct WaitingCall
-{
-    const std::function<DialogButton()>& show;
-    const Window* window;
-    bool isAnswered = false;
-    DialogButton answer = DialogButton::NoButton;
-};
-
-/// Lives on the user-interface thread as long as the application, and receives the calls. A blocking connection would
-/// not do: its caller hangs for ever when no event loop comes to serve it.
-class CallCarrier : public QObject
-{
-    Q_OBJECT
-
-public Q_SLOTS:
-    void serve();
-    void loopEnded();
-    void loopRuns();
-};
-
-struct WaitingCalls
-{
-    std::mutex mutex; // guards all below; held while a call is posted, and taken by the one who receives it
-    std::condition_variable answered;
-    QThread* thread = nullptr; // the user-interface thread, or null without an application
-    CallCarrier* carrier = nullptr;
-    bool hasLoopEnded = false;                 // and no other has been seen
-    std::deque<WaitingCall*> unserved;         // each with one post under way
-    std::unordered_set<const Window*> windows; // that are there
-};
-
-WaitingCalls& waitingCalls()
-{
-    static WaitingCalls& calls = *new WaitingCalls; // never freed: threads may still call while the process ends
-    return calls;
-}
-
-// Under the mutex.
-template <typename Predicate>
-void dropUnserved(WaitingCalls& calls, Predicate isDropped)
-{
-    const auto kept = std::stable_partition(calls.unserved.begin(), calls.unserved.end(),
-                                            [&](const WaitingCall* call) { return !isDropped(*call); });
-    std::for_each(kept, calls.unserved.end(), [](WaitingCall* call) { call->isAnswered = true; });
-    calls.unserved.erase(kept, calls.unserved.end());
-    calls.answered.notify_all();
-}
-
-void dropUnserved(WaitingCalls& calls)
-{
-    dropUnserved(calls, [](const WaitingCall&) { return true; });
-}
-
-void dropUnserved(WaitingCalls& calls, const Window* window)
-{
-    dropUnserved(calls, [=](const WaitingCall& call) { return call.window == window; });
-}
-
-void CallCarrier::serve()
-{
-    WaitingCalls& calls = waitingCalls();
-    std::unique_lock<std::mutex> guard(calls.mutex);
-    if (calls.unserved.empty())
-        return;
-    WaitingCall* const call = calls.unserved.front();
-    calls.unserved.pop_front();
-    guard.unlock();
-    DialogButton answer = DialogButton::NoButton;
-    try {
-        answer = call->show();
-    } catch (...) { // not through the toolkit's loop, and not without an answer
-        reportException("message box");
-    }
-    guard.lock();
-    call->answer = answer;
-    call->isAnswered = true;
-    calls.answered.notify_all();
-}
-
-// Who waits then may wait for ever, and the host for him.
-void CallCarrier::loopEnded()
-{
-    endWaitingCalls();
-}
-
-void CallCarrier::loopRuns()
-{
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.hasLoopEnded = false;
-}
-
-void forgetApplication()
-{
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.thread = nullptr;
-    dropUnserved(calls);
-    delete std::exchange(calls.carrier, nullptr);
-}
-
-// Called when an application begins, or when the library is loaded into one, then on any thread.
-void watchApplication()
-{
-    auto* const application = qobject_cast<QApplication*>(QCoreApplication::instance());
-    if (!application)
-        return;
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.thread = application->thread();
-    calls.hasLoopEnded = false;
-    calls.carrier = new CallCarrier;
-    calls.carrier->moveToThread(calls.thread);
-    QObject::connect(application, SIGNAL(aboutToQuit()), calls.carrier, SLOT(loopEnded()));
-    qAddPostRoutine(forgetApplication);
-}
-
-Q_COREAPP_STARTUP_FUNCTION(watchApplication)
-
 } // namespace
-
-DialogButton answerOnUserInterfaceThread(const Window* window, const std::function<DialogButton()>& show)
-{
-    WaitingCalls& calls = waitingCalls();
-    std::unique_lock<std::mutex> guard(calls.mutex);
-    if (!calls.thread || (window && calls.windows.count(window) == 0))
-        return DialogButton::NoButton;
-    if (QThread::currentThread() == calls.thread) {
-        guard.unlock();
-        return show();
-    }
-    if (calls.hasLoopEnded)
-        return DialogButton::NoButton;
-    WaitingCall call{show, window};
-    calls.unserved.push_back(&call);
-    QMetaObject::invokeMethod(calls.carrier, "serve", Qt::QueuedConnection);
-    calls.answered.wait(guard, [&] { return call.isAnswered; });
-    return call.answer;
-}
-
-void endWaitingCalls()
-{
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.hasLoopEnded = true;
-    dropUnserved(calls);
-    if (calls.carrier)
-        QMetaObject::invokeMethod(calls.carrier, "loopRuns", Qt::QueuedConnection); // by the next loop, if there is one
-}
-
-void endWaitingCalls(const Window* window)
-{
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    dropUnserved(calls, window);
-}
-
-void addCallableWindow(const Window* window)
-{
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.windows.insert(window);
-}
-
-void removeCallableWindow(const Window* window)
-{
-    WaitingCalls& calls = waitingCalls();
-    const std::lock_guard<std::mutex> guard(calls.mutex);
-    calls.windows.erase(window);
-    dropUnserved(calls, window);
-}
-
-// The box -------------------------------------------------------------------------------------------------------------
 
 /// One call, on the user-interface thread.
 class MessageBoxDialog::PrivateData : public QObject
@@ -285,7 +97,7 @@ private Q_SLOTS:
     void doQuestion() { show(QMessageBox::Question); }
 
 private:
-    PrivateData(Window* window, const char* title, const char* text, const DialogButtons& buttons,
+    PrivateData(QWidget* parent, const char* title, const char* text, const DialogButtons& buttons,
                 DialogButton defaultButton);
 
     void show(QMessageBox::Icon icon);
@@ -299,9 +111,9 @@ private:
     MessageBoxDialogSignalBox m_signalBox;
 };
 
-MessageBoxDialog::PrivateData::PrivateData(Window* window, const char* title, const char* text,
+MessageBoxDialog::PrivateData::PrivateData(QWidget* parent, const char* title, const char* text,
                                            const DialogButtons& buttons, DialogButton defaultButton)
-    : m_parent(window && window->good() ? window->qt_handle() : nullptr),
+    : m_parent(parent),
       m_title(QString::fromLocal8Bit(title)),
       m_text(QString::fromLocal8Bit(text)),
       m_buttons(toToolkit(buttons)),
@@ -327,11 +139,13 @@ void MessageBoxDialog::PrivateData::show(QMessageBox::Icon icon)
 DialogButton MessageBoxDialog::PrivateData::ask(Signal signal, Window* window, const char* title, const char* text,
                                                 const DialogButtons& buttons, DialogButton defaultButton)
 {
-    return answerOnUserInterfaceThread(window, [&] {
-        PrivateData data(window, title, text, buttons, defaultButton);
+    DialogButton answer = DialogButton::NoButton;
+    callOnUserInterface(window, [&](QWidget* parent) {
+        PrivateData data(parent, title, text, buttons, defaultButton);
         Q_EMIT(data.m_signalBox.*signal)();
-        return fromToolkit(data.m_result);
+        answer = fromToolkit(data.m_result);
     });
+    return answer;
 }
 
 DialogButton MessageBoxDialog::critical(Window* const window, const char* const title, const char* const text,

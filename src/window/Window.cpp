@@ -4,7 +4,7 @@
 
 #include "base/Log.h"
 #include "base/TextOut.h"
-#include "dialogs/WaitingCalls.h"
+#include "base/UserInterfaceCall.h"
 
 #include <Vistrel/Action.h>
 #include <Vistrel/Surface.h>
@@ -31,7 +31,7 @@ Window::PrivateData::PrivateData(Window* owner, WindowQt* newWindow)
 
 void Window::PrivateData::windowQtDestroyed()
 {
-    endWaitingCalls(window);
+    clearCallTarget(window);
     transientLink.reset();
     windowQt = nullptr;
 }
@@ -53,12 +53,12 @@ Window::Window(ScopedAcquisitionInterface&& acquisitionInterface)
 Window::Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface)
     : m_data(new PrivateData(this, new WindowQt(std::move(acquisitionInterface), std::move(fileInterface))))
 {
-    addCallableWindow(this);
+    addCallTarget(this, m_data->windowQt);
 }
 
 Window::~Window()
 {
-    removeCallableWindow(this);
+    removeCallTarget(this);
     m_data->transientLink.reset();
     if (WindowQt* const window = std::exchange(m_data->windowQt, nullptr))
         window->discard();

@@ -2,7 +2,7 @@
 // Actions and message boxes, for C hosts.
 #include "app/c/Calls.h"
 #include "base/HostCall.h"
-#include "dialogs/WaitingCalls.h"
+#include "base/UserInterfaceCall.h"
 
 #include <Vistrel/Action.h>
 #include <Vistrel/MessageBoxDialog.h>
@@ -125,13 +125,14 @@ std::int32_t VTMessageBoxDialogShow(VTWindowHandle window, std::int32_t kind, co
         if (!gate->isGood())
             return VT_ERROR_WINDOW_CLOSED;
         // The window may go before the box comes, and must be free to go while it is there.
-        const DialogButton button = answerOnUserInterfaceThread(nullptr, [&] {
+        auto button = DialogButton::NoButton;
+        callOnUserInterface(nullptr, [&](QWidget*) {
             VTWindowWrapper* const wrapper = handles().find<VTWindowWrapper>(window);
             if (!wrapper || !gate->isGood())
-                return DialogButton::NoButton;
+                return;
             Window* const itsWindow = &wrapper->parts()->window;
-            return kinds[kind - VT_MESSAGE_CRITICAL](itsWindow, title, text, DialogButtons(static_cast<int>(shown)),
-                                                     static_cast<DialogButton>(defaultButton));
+            button = kinds[kind - VT_MESSAGE_CRITICAL](itsWindow, title, text, DialogButtons(static_cast<int>(shown)),
+                                                       static_cast<DialogButton>(defaultButton));
         });
         if (button == DialogButton::NoButton)
             return VT_ERROR_NO_ANSWER;

@@ -4,7 +4,7 @@
 
 #include "base/FrameLocking.h"
 #include "base/HostCall.h"
-#include "dialogs/WaitingCalls.h"
+#include "base/UserInterfaceCall.h"
 #include "files/PictureFile.h"
 #include "platform/LocalFileName.h"
 #include "window/HostText.h"
@@ -205,7 +205,7 @@ bool Saving::writeBeside(const std::function<bool()>& write)
         const boost::strict_scoped_thread<> thread(work); // joined in any case
         loop.exec();
         if (!isDone)
-            endWaitingCalls(); // the application ends, and a host's box would wait for it
+            endUserInterfaceCalls(); // the application ends, and a host's box would wait for it
     } catch (const boost::thread_resource_error&) {
         work();
     }

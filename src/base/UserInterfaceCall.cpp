@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+// Carries calls to the user-interface thread.
+#include "base/UserInterfaceCall.h"
+
+#include "base/Log.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QThread>
+#include <QtWidgets/QApplication>
+
+#include <algorithm>
+#include <deque>
+#include <future>
+#include <mutex>
+#include <unordered_map>
+#include <utility>
+
+namespace Vistrel {
+
+namespace {
+
+/// A call whose thread waits for the answer: whether it was made.
+struct WaitingCall
+{
+    const std::function<void(QWidget*)>* work;
+    const void* target;
+    std::promise<bool> made;
+};
+
+/// Lives on the user-interface thread as long as the application, and receives the calls. A blocking connection would
+/// not do: its caller hangs for ever when no event loop comes to serve it.
+class CallCarrier : public QObject
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    void serve();
+    void loopEnded() { endUserInterfaceCalls(); } // who waits then may wait for ever, and the host for him
+    void loopRuns();
+};
+
+struct WaitingCalls
+{
+    QWidget* widgetOf(const void* target) const
+    {
+        const auto entry = targets.find(target);
+        return entry != targets.end() ? entry->second : nullptr;
+    }
+
+    template <typename Predicate>
+    void drop(Predicate isDropped)
+    {
+        const auto dropped = std::stable_partition(calls.begin(), calls.end(),
+                                                   [&](const WaitingCall& call) { return !isDropped(call); });
+        std::for_each(dropped, calls.end(), [](WaitingCall& call) { call.made.set_value(false); });
+        calls.erase(dropped, calls.end());
+    }
+    void drop()
+    {
+        drop([](const WaitingCall&) { return true; });
+    }
+    void drop(const void* target)
+    {
+        drop([=](const WaitingCall& call) { return call.target == target; });
+    }
+
+    std::mutex mutex;          // guards all below; held while a call is posted, and taken by the one who receives it
+    QThread* thread = nullptr; // the user-interface thread, or null without an application
+    CallCarrier* carrier = nullptr;
+    bool hasLoopEnded = false;                         // and no other has been seen
+    std::deque<WaitingCall> calls;                     // each with one post under way
+    std::unordered_map<const void*, QWidget*> targets; // that are there
+};
+
+WaitingCalls& waitingCalls()
+{
+    static WaitingCalls& calls = *new WaitingCalls; // never freed: threads may still call while the process ends
+    return calls;
+}
+
+void CallCarrier::serve()
+{
+    WaitingCalls& waiting = waitingCalls();
+    std::unique_lock<std::mutex> guard(waiting.mutex);
+    if (waiting.calls.empty())
+        return;
+    WaitingCall call = std::move(waiting.calls.front());
+    waiting.calls.pop_front();
+    QWidget* const widget = waiting.widgetOf(call.target);
+    guard.unlock();
+    // What is thrown goes neither through the toolkit's loop nor leaves the caller without an answer.
+    call.made.set_value(attempt("call on the user-interface thread", false, [&] {
+        (*call.work)(widget);
+        return true;
+    }));
+}
+
+void CallCarrier::loopRuns()
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    waiting.hasLoopEnded = false;
+}
+
+void forgetApplication()
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    waiting.thread = nullptr;
+    waiting.drop();
+    delete std::exchange(waiting.carrier, nullptr);
+}
+
+// Called when an application begins, or when the library is loaded into one, then on any thread.
+void watchApplication()
+{
+    auto* const application = qobject_cast<QApplication*>(QCoreApplication::instance());
+    if (!application)
+        return;
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    waiting.thread = application->thread();
+    waiting.hasLoopEnded = false;
+    waiting.carrier = new CallCarrier;
+    waiting.carrier->moveToThread(waiting.thread);
+    QObject::connect(application, SIGNAL(aboutToQuit()), waiting.carrier, SLOT(loopEnded()));
+    qAddPostRoutine(forgetApplication);
+}
+
+Q_COREAPP_STARTUP_FUNCTION(watchApplication)
+
+} // namespace
+
+bool callOnUserInterface(const void* target, const std::function<void(QWidget*)>& work)
+{
+    WaitingCalls& waiting = waitingCalls();
+    std::unique_lock<std::mutex> guard(waiting.mutex);
+    if (!waiting.thread || (target && waiting.targets.count(target) == 0))
+        return false;
+    if (QThread::currentThread() == waiting.thread) {
+        QWidget* const widget = waiting.widgetOf(target);
+        guard.unlock();
+        work(widget);
+        return true;
+    }
+    if (waiting.hasLoopEnded)
+        return false;
+    waiting.calls.push_back({&work, target, {}});
+    std::future<bool> made = waiting.calls.back().made.get_future();
+    QMetaObject::invokeMethod(waiting.carrier, "serve", Qt::QueuedConnection);
+    guard.unlock();
+    return made.get();
+}
+
+void endUserInterfaceCalls()
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    waiting.hasLoopEnded = true;
+    waiting.drop();
+    if (waiting.carrier) // by the next loop, if there is one
+        QMetaObject::invokeMethod(waiting.carrier, "loopRuns", Qt::QueuedConnection);
+}
+
+void addCallTarget(const void* target, QWidget* widget)
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    waiting.targets[target] = widget;
+}
+
+void clearCallTarget(const void* target)
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    const auto entry = waiting.targets.find(target);
+    if (entry != waiting.targets.end())
+        entry->second = nullptr;
+    waiting.drop(target);
+}
+
+void removeCallTarget(const void* target)
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    waiting.targets.erase(target);
+    waiting.drop(target);
+}
+
+} // namespace Vistrel
+
+#include "UserInterfaceCall.moc"
