@@ -6,6 +6,7 @@
 
 #include "pipeline/frames/Conversion.h"
 #include "pipeline/frames/FrameConverter.h"
+#include "pipeline/pixels/ColorTables.h"
 
 #include <benchmark/benchmark.h>
 

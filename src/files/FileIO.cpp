@@ -6,6 +6,7 @@
 #include "files/FrameImage.h"
 #include "files/PictureFile.h"
 #include "pipeline/frames/Conversion.h"
+#include "pipeline/pixels/ColorTables.h"
 #include "pipeline/pixels/PixelFormats.h"
 
 #include <utility>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Tests the hand-shake between the stream's worker and those who ask it.
 #include "pipeline/stream/StreamWorker.h"
-#include "pipeline/frames/Conversion.h"
+#include "pipeline/pixels/ColorTables.h"
 #include "support/FakeSources.h"
 
 #include <QtTest/QTest>

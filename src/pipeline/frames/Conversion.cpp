@@ -2,6 +2,7 @@
 // From raw frames to images that can be painted, and back.
 #include "pipeline/frames/Conversion.h"
 
+#include "pipeline/pixels/ColorTables.h"
 #include "pipeline/pixels/Demosaic.h"
 #include "pipeline/pixels/PixelFormats.h"
 
@@ -160,14 +161,6 @@ QImage imageForRender(const QImage& stored, const QVector<unsigned int>& palette
     QImage image = stored.copy();
     image.setColorTable(palette.size() == 256 ? palette : grayRamp());
     return image;
-}
-
-QVector<unsigned int> grayRamp()
-{
-    QVector<unsigned int> ramp(256);
-    for (unsigned level = 0; level < 256; ++level)
-        ramp[static_cast<int>(level)] = 0xFF000000u | level * 0x010101u;
-    return ramp;
 }
 
 } // namespace Vistrel

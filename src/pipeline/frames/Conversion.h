@@ -38,7 +38,4 @@ bool rawFromImage(CopyPool& pool, const QImage& source, PixelBuffer& buffer, QIm
 /// channel order reversed if asked for. Shares nothing that the caller could write to.
 QImage imageForRender(const QImage& stored, const QVector<unsigned int>& palette, bool reverseRgb);
 
-/// The palette that shows grey levels as they are.
-QVector<unsigned int> grayRamp();
-
 } // namespace Vistrel

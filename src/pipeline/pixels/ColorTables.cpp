@@ -2,8 +2,6 @@
 // The palettes: what colour each of the 256 grey levels is shown in.
 #include "pipeline/pixels/ColorTables.h"
 
-#include "pipeline/frames/Conversion.h"
-
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -47,6 +45,11 @@ QVector<unsigned int> fill(Entry&& entry)
 }
 
 } // namespace
+
+QVector<unsigned int> grayRamp()
+{
+    return fill(gray);
+}
 
 QVector<unsigned int> makeColorTable(ColorTable table, const RainbowParameters& rainbow, std::uint32_t seed)
 {

@@ -25,4 +25,7 @@ struct RainbowParameters
 /// table alone; equal seeds give equal tables. Empty for a value that is no table.
 QVector<unsigned int> makeColorTable(ColorTable table, const RainbowParameters& rainbow, std::uint32_t seed);
 
+/// The table that shows grey levels as they are.
+QVector<unsigned int> grayRamp();
+
 } // namespace Vistrel
