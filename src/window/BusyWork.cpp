@@ -4,8 +4,6 @@
 
 #include "base/HostCall.h"
 
-#include <boost/thread/thread.hpp>
-
 #include <condition_variable>
 #include <mutex>
 #include <utility>
@@ -17,7 +15,6 @@ struct BusyWork::Worker
 {
     void work();
 
-    boost::thread thread;
     std::mutex mutex; // guards all below
     std::condition_variable wake;
     BusyWork* owner = nullptr; // null when it has gone
@@ -69,9 +66,7 @@ BusyWork::~BusyWork()
         m_worker->wake.notify_one();
     }
     if (isRunning)
-        m_worker->thread.detach();
-    else
-        m_worker->thread.join();
+        m_thread.leave({std::move(m_keptAlive), m_worker});
 }
 
 void BusyWork::start(const char* operation, Message message, Command command)
@@ -79,7 +74,7 @@ void BusyWork::start(const char* operation, Message message, Command command)
     if (!m_worker) {
         auto worker = std::make_shared<Worker>();
         worker->owner = this;
-        worker->thread = boost::thread([worker, kept = m_keptAlive] { worker->work(); });
+        m_thread.start([one = worker.get()] { one->work(); });
         m_worker = std::move(worker);
     }
     m_waiting.push_back({operation, std::move(message), std::move(command)});

@@ -2,6 +2,8 @@
 // Runs the commands of a window one after the other, on a thread of their own.
 #pragma once
 
+#include "base/DetachableThread.h"
+
 #include <QtCore/QObject>
 #include <QtCore/QString>
 #include <QtCore/QTimer>
@@ -70,6 +72,7 @@ private:
 
     std::shared_ptr<void> m_keptAlive;
     std::shared_ptr<Worker> m_worker; // null until the first command
+    DetachableThread m_thread;        // runs the worker
     std::deque<Work> m_waiting;
     Message m_message; // of the command that runs
     QTimer m_grace;

@@ -11,8 +11,6 @@
 
 #include <QtCore/QScopeGuard>
 
-#include <boost/thread/thread.hpp>
-
 #include <cstddef>
 #include <utility>
 
@@ -35,54 +33,35 @@ StreamWorker::~StreamWorker()
 
 void StreamWorker::start()
 {
-    std::unique_lock<std::mutex> handshake(m_handshakeMutex);
+    const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
     if (m_running.load())
         return;
+    m_thread.start([this] { work(); });
     m_running.store(true);
-    m_started = false;
-    try {
-        m_thread = std::make_unique<boost::thread>([this] {
-            work();
-            std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> left;
-            {
-                const std::lock_guard<std::mutex> guard(m_handshakeMutex);
-                left.swap(m_left);
-            }
-            left.first.reset(); // before the source, which may be the end of what the frames belong to
-        });
-    } catch (...) {
-        m_running.store(false);
-        throw;
-    }
-    m_handshakeCondition.wait(handshake, [this] { return m_started; });
 }
 
 void StreamWorker::stop()
 {
-    std::unique_ptr<boost::thread> thread;
-    {
-        const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
-        m_running.store(false);
-        m_handshakeCondition.notify_all();
-        thread = std::move(m_thread);
-    }
-    if (thread)
-        thread->join();
+    DetachableThread thread; // joined with no lock held
+    end(thread);
+}
+
+// True when a fetch or conversion is under way.
+bool StreamWorker::end(DetachableThread& thread)
+{
+    const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
+    m_running.store(false);
+    m_handshakeCondition.notify_all();
+    thread.swap(m_thread);
+    return m_isServing;
 }
 
 void StreamWorker::leave(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive)
 {
-    {
-        const std::lock_guard<std::mutex> handshake(worker->m_handshakeMutex);
-        worker->m_running.store(false);
-        worker->m_handshakeCondition.notify_all();
-        if (worker->m_isServing) {
-            worker->m_thread->detach();
-            worker->m_thread.reset();
-            worker->m_left = {worker, std::move(keptAlive)};
-        }
-    }
-    worker->stop();
+    DetachableThread thread;
+    // The worker goes before the source, which may be the end of what the frames belong to.
+    if (worker->end(thread))
+        thread.leave({std::move(keptAlive), worker});
 }
 
 void StreamWorker::request()
@@ -103,8 +82,6 @@ void StreamWorker::requestAndWait()
 void StreamWorker::work()
 {
     std::unique_lock<std::mutex> handshake(m_handshakeMutex);
-    m_started = true;
-    m_handshakeCondition.notify_all();
     for (;;) {
         m_handshakeCondition.wait(handshake,
                                   [this] { return !m_running.load() || (m_requested != m_served && !m_isPaused); });

@@ -2,6 +2,7 @@
 // The thread that fetches a source's frames and converts them.
 #pragma once
 
+#include "base/DetachableThread.h"
 #include "pipeline/frames/FrameConverter.h"
 #include "pipeline/stream/Refusals.h"
 
@@ -15,10 +16,6 @@
 #include <memory>
 #include <mutex>
 #include <utility>
-
-namespace boost {
-class thread;
-}
 
 namespace Vistrel {
 
@@ -43,7 +40,7 @@ public:
     void start();
     void stop();
     /// Stops without waiting: when the source is being asked for a frame, or the frame converted, the worker and
-    /// `keptAlive` live on until that is over, and are let go on the worker's thread.
+    /// `keptAlive` live on until that is over, and are let go on the thread that is done last.
     static void leave(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive);
 
     /// Asks for one fetch. Requests that come while a fetch is under way are served together by one more.
@@ -115,6 +112,7 @@ private:
     enum class Outcome { Front, Dropped, Cleared, OtherTarget };
 
     void work();
+    bool end(DetachableThread& thread);
     void serve(std::uint64_t fetch);
     Outcome convertDelivered(const Delivery& delivery);
     Outcome makeFront(std::shared_ptr<DisplayFrame> frame, const Delivery& delivery);
@@ -139,7 +137,6 @@ private:
     Refusals m_refusals;
     const std::function<void()> m_converted;
     FrameConverter m_converter;
-    std::unique_ptr<boost::thread> m_thread;
 
     mutable std::mutex m_imageMutex; // guards the picture and what the conversion reads
     DisplayFramePtr m_front;
@@ -155,10 +152,9 @@ private:
     std::uint64_t m_requested = 0;
     std::uint64_t m_served = 0;  // of the requests, all up to this one
     std::uint64_t m_fetches = 0; // begun
-    bool m_started = false;
     bool m_isServing = false;
     bool m_isPaused = false; // the front's pixels, which came without a lock, are being read
-    std::pair<std::shared_ptr<StreamWorker>, std::shared_ptr<void>> m_left; // this worker and what it keeps, once left
+    DetachableThread m_thread;
 
     bool m_isSourceAskable = true;
     std::atomic<bool> m_running{false}; // set and cleared under the handshake mutex
