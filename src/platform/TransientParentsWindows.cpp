@@ -2,7 +2,7 @@
 // Keeps windows above a parent on Windows, by a hook on the parent's thread.
 #include "platform/TransientParents.h"
 
-#include "base/Log.h"
+#include "platform/ErrorStream.h"
 
 #include <algorithm>
 #include <iterator>
@@ -205,7 +205,7 @@ LRESULT CALLBACK carrierProcedure(HWND carrier, UINT message, WPARAM wParam, LPA
                 stackChildren(parent);
         }
     } catch (...) {
-        reportException("stacking above a transient parent"); // nothing may leave for the system
+        writeErrorLine("Vistrel: Stacking above a transient parent failed."); // nothing may leave for the system
     }
     return DefWindowProcW(carrier, message, wParam, lParam);
 }
