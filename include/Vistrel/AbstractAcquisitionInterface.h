@@ -32,8 +32,8 @@ class AcquisitionSignalHandler;
 ///
 /// Everything that is called on the user-interface thread must answer within a millisecond: the window stands still
 /// until then. While commands are under way or wait, none of it is called but `uxClosed` and, when the host asks a
-/// `SurfaceStream` for the latest image under a lock, `getFrameLock`. So a mutex that a command holds until it is over, and that the
-/// queries wait for, does not stop the window. One that is held while waiting for a frame does.
+/// `SurfaceStream` for the latest image under a lock, `getFrameLock`. So a mutex that a command holds until it is over,
+/// and that the queries wait for, does not stop the window. One that is held while waiting for a frame does.
 class VISTREL_EXPORT AbstractAcquisitionInterface : public BaseClass
 {
 public:
