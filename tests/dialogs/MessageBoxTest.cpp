@@ -4,7 +4,6 @@
 #include <Vistrel/MessageBoxDialog.h>
 #include <Vistrel/Window.h>
 
-#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTimer>
 #include <QtTest/QtTest>
@@ -18,6 +17,8 @@
 #include <utility>
 
 using namespace Vistrel;
+
+Q_CORE_EXPORT unsigned qGlobalPostedEventsCount(); // of the calling thread
 
 namespace {
 
@@ -154,8 +155,9 @@ void MessageBoxTest::workerDoesNotHang()
             button = MessageBoxDialog::critical(asked, "", "", DialogButton::Ok, {});
         };
         const auto start = [&] {
+            const unsigned posted = qGlobalPostedEventsCount();
             worker = std::thread(call);
-            while (!QAbstractEventDispatcher::instance()->hasPendingEvents()) // the call
+            while (qGlobalPostedEventsCount() == posted) // until the call is there; messages of the system do not count
                 std::this_thread::yield();
         };
         QCoreApplication::processEvents();
