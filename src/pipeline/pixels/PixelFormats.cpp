@@ -122,7 +122,7 @@ constexpr PictureConversion mosaic{interpolateRows, true, 2, 16};
 constexpr PixelFormat oneChannel(Format code, const char* name, unsigned bits, const PixelLayout& layout,
                                  const PictureConversion& conversion)
 {
-    return {code, name, bits, &layout, false, (code & formatPatternMask) != 0 ? mosaic : conversion};
+    return {code, bits, name, &layout, false, (code & formatPatternMask) != 0 ? mosaic : conversion};
 }
 
 // The table -----------------------------------------------------------------------------------------------------------
@@ -144,18 +144,18 @@ constexpr PixelFormat formats[] = {
     VISTREL_ONE_CHANNEL(BayerGR),
     VISTREL_ONE_CHANNEL(BayerRG),
     VISTREL_ONE_CHANNEL(BayerBG),
-    {BGR8, "BGR8", 8, &bytes3, true, color<Byte, 3, 0>},
-    {RGB8, "RGB8", 8, &bytes3, false, color<Byte, 3, 0>},
-    {BGR10p32, "BGR10p32", 10, &fields, false, color<unsigned, 1, 2, Color30Iterator>},
-    {RGB10p32, "RGB10p32", 10, &fields, true, color<unsigned, 1, 2, Color30Iterator>},
-    {BGRa8, "BGRa8", 8, &bytes4, true, color<Byte, 4, 0>},
-    {RGBa8, "RGBa8", 8, &bytes4, false, color<Byte, 4, 0>},
-    {BGR12, "BGR12", 12, &words3, true, color<Word, 3, 4>},
-    {RGB12, "RGB12", 12, &words3, false, color<Word, 3, 4>},
-    {BGR14, "BGR14", 14, &words3, true, color<Word, 3, 6>},
-    {RGB14, "RGB14", 14, &words3, false, color<Word, 3, 6>},
-    {BGR16, "BGR16", 16, &words3, true, color<Word, 3, 8>},
-    {RGB16, "RGB16", 16, &words3, false, color<Word, 3, 8>},
+    {BGR8, 8, "BGR8", &bytes3, true, color<Byte, 3, 0>},
+    {RGB8, 8, "RGB8", &bytes3, false, color<Byte, 3, 0>},
+    {BGR10p32, 10, "BGR10p32", &fields, false, color<unsigned, 1, 2, Color30Iterator>},
+    {RGB10p32, 10, "RGB10p32", &fields, true, color<unsigned, 1, 2, Color30Iterator>},
+    {BGRa8, 8, "BGRa8", &bytes4, true, color<Byte, 4, 0>},
+    {RGBa8, 8, "RGBa8", &bytes4, false, color<Byte, 4, 0>},
+    {BGR12, 12, "BGR12", &words3, true, color<Word, 3, 4>},
+    {RGB12, 12, "RGB12", &words3, false, color<Word, 3, 4>},
+    {BGR14, 14, "BGR14", &words3, true, color<Word, 3, 6>},
+    {RGB14, 14, "RGB14", &words3, false, color<Word, 3, 6>},
+    {BGR16, 16, "BGR16", &words3, true, color<Word, 3, 8>},
+    {RGB16, 16, "RGB16", &words3, false, color<Word, 3, 8>},
 };
 
 #undef VISTREL_ONE_CHANNEL

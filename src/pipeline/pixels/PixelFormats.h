@@ -54,8 +54,8 @@ struct PictureConversion
 struct PixelFormat
 {
     Format code;
-    const char* name;
     unsigned bits; // of a sample
+    const char* name;
     const PixelLayout* layout;
     bool isRedFirst; // the first of three samples is red; else it is blue
     PictureConversion conversion;
