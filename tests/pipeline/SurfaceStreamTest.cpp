@@ -124,6 +124,7 @@ void SurfaceStreamTest::pushedFrameIsShown()
     frame.pixels[1] = 0x02;
     source.setNextFrame(frame.raw); // announced by nothing: the stream asks by itself
     Display display(source);
+    QVERIFY(display.stream.refusal().isEmpty()); // nobody has asked yet whether the source is set up
     QSize sizeWhenTold;
     connect(&display.stream, &SurfaceStream::imageUpdated, this,
             [&] { sizeWhenTold = display.surface.pixmap().size(); });

@@ -143,7 +143,7 @@ void SurfaceStream::setSourceAskable(bool askable)
 QString SurfaceStream::refusal() const
 {
     Refusals& refusals = m_data->worker->refusals();
-    if (!m_data->isSourceSetUp && m_data->readout.isAskable &&
+    if (m_data->isSetUpKnown && !m_data->isSourceSetUp && m_data->readout.isAskable &&
         (m_data->isFrameAnnounced || m_data->worker->framesPushed() != m_data->framesPushedBefore))
         refusals.add("Frames come, but are not shown, because the source is not set up: isSetup() is false.", 0);
     return QString::fromStdString(refusals.text());

@@ -74,6 +74,7 @@ void SurfaceStream::PrivateData::updateStreamStates()
     hasNewState = !readout.isAskable;
     if (hasNewState)
         return;
+    isSetUpKnown = true;
     if (asksSetUp()) {
         showSetUp();
         return;

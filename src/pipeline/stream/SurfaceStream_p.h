@@ -70,7 +70,8 @@ public:
 
     std::uint64_t publishedSequence = 0; // of the picture that the surface shows
     std::uint64_t framesPublished = 0;
-    bool isSourceSetUp = false;         // as it was found last; not known at first
+    bool isSetUpKnown = false;          // the source was asked
+    bool isSourceSetUp = false;         // as it was found last
     bool isFrameAnnounced = false;      // by a source that was not set up
     std::size_t framesPushedBefore = 0; // until the source was cleaned up
     ReadoutSource readout;
