@@ -49,14 +49,14 @@ enum class InfoMoment { Mode, Statistics, Image, Zoom, Pixel };
 
 struct InfoRow
 {
-    QAction* Ui_WindowQt::*action; // switches the item
-    InfoMoment moment;
+    QAction* Ui_WindowQt::*action;            // switches the item
     QString (*value)(const InfoState& state); // null when there is none to tell
     const char* name;
     const char* caption; // around the value and its unit, in the bar alone
     const char* unit;
     const char* usual; // the value that there is room for from the beginning; null: a dash
-    int importance;    // the smallest is the first to make way
+    InfoMoment moment;
+    int importance; // the smallest is the first to make way
 };
 
 const InfoRow& infoRow(InfoItem item);

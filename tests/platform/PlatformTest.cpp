@@ -185,9 +185,9 @@ void PlatformTest::aClickedHostStaysBelow()
     QVERIFY(addTransientChild(parent.handle, child));
     raise(child);
     raise(other);
-    click(40, 100);
-    // Wine raises the host a while after it has activated it, and tells nobody.
-    QTRY_VERIFY(!isAbove(other, parent.handle));
+    // Wine raises the host a while after it has activated it, and tells nobody. On a busy machine it loses clicks.
+    const auto isRaised = [&] { return click(40, 100), !isAbove(other, parent.handle); };
+    QTRY_VERIFY(isRaised());
     QTRY_COMPARE(above(parent.handle, 2), std::vector<HWND>{child});
     removeTransientParents();
     DestroyWindow(child);
@@ -235,13 +235,9 @@ void PlatformTest::displayWindowKeepsItsParent()
     QVERIFY(!isAbove(window.native_handle(), first.handle));
 
     window.setCloseable(false); // which may take another native window
-    const auto isKept = [&] {
-        raise(first.handle);
-        raise(second.handle);
-        QCoreApplication::processEvents();
-        return above(second.handle, 1) == std::vector<HWND>{window.native_handle()};
-    };
-    QTRY_VERIFY(isKept());
+    QCoreApplication::processEvents();
+    raise(second.handle);
+    QTRY_COMPARE(above(second.handle, 1), std::vector<HWND>{window.native_handle()});
     DestroyWindow(panel);
     QVERIFY(!window.transientParent());
 
