@@ -20,7 +20,8 @@ bool readPixel(const RawImage& raw, const PixPos& position, PixVal& value)
     const PixelLayout& layout = *format->layout;
     std::uint16_t group[4 * 4];
     layout.unpack(raw, y, x / 4 * 4, x % 4 + 1, group);
-    const auto sample = [&](std::size_t i) { return group[x % 4 * layout.samples + i] & channelMaximum(raw.format); };
+    const std::uint32_t maximum = (1u << format->bits) - 1;
+    const auto sample = [&](std::size_t i) { return group[x % 4 * layout.samples + i] & maximum; };
     if (layout.samples == 1) {
         value.mono = true;
         value.value = sample(0);
