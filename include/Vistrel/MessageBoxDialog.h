@@ -71,9 +71,6 @@ public:
                                     const DialogButtons& buttons, DialogButton defaultButton);
     static DialogButton question(Window* const window, const char* const title, const char* const text,
                                  const DialogButtons& buttons, DialogButton defaultButton);
-
-private:
-    class VISTREL_LOCAL PrivateData;
 };
 
 } // namespace Vistrel
