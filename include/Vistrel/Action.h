@@ -8,7 +8,6 @@
 #include <memory>
 
 class QAction;
-class QObject;
 
 namespace Vistrel {
 
@@ -29,7 +28,7 @@ public:
     Action(const Action&) = delete;
     Action& operator=(const Action&) = delete;
 
-    Window* window(); ///< null once the host has deleted it
+    Window* window(); ///< null from the moment that the host deletes it
     const Window* window() const;
     QAction* qt_handle(); ///< null while the command is told that it has gone
     const QAction* qt_handle() const;
@@ -53,9 +52,6 @@ public:
     bool toolTip(char* const buffer, std::size_t* const bufferSize) const; ///< in the same way
 
 private:
-    friend class Window;
-    VISTREL_LOCAL void endWith(QObject* part); // of the window: there is no window any more once that has gone
-
     class VISTREL_LOCAL PrivateData;
     std::unique_ptr<PrivateData> m_data;
 };

@@ -4,12 +4,14 @@
 
 #include "base/HostCall.h"
 #include "base/TextOut.h"
+#include "base/UserInterfaceCall.h"
 
 #include <QtCore/QObject>
 #include <QtCore/QPointer>
 #include <QtCore/QString>
 #include <QtWidgets/QAction>
 
+#include <memory>
 #include <utility>
 
 namespace Vistrel {
@@ -20,21 +22,25 @@ class Action::PrivateData : public QObject
 
 public:
     PrivateData(Action* one, Window* itsWindow, QAction* entry, ScopedActionInterface&& actionInterface)
-        : owner(one), window(itsWindow), action(entry), command(std::move(actionInterface))
+        : owner(one),
+          window(itsWindow),
+          windowLife(callTargetLife(itsWindow)),
+          action(entry),
+          command(std::move(actionInterface))
     {
     }
 
     void letGo();
 
-    Action* owner; // null when it has gone
+    Action* owner; // null when it has been deleted
     Window* window;
-    QPointer<QAction> action; // null from the moment it goes
+    std::weak_ptr<const void> windowLife; // expires when the window is deleted
+    QPointer<QAction> action;             // null from the moment it goes
     ScopedActionInterface command;
 
 private Q_SLOTS:
     void actionQtDestroyed();
     void actionQtTriggered(bool checked);
-    void windowDestroyed() { window = nullptr; }
 
 private:
     template <typename Call>
@@ -47,7 +53,6 @@ private:
 void Action::PrivateData::letGo()
 {
     owner = nullptr;
-    window = nullptr;
     if (command)
         command->setAction(nullptr);
     if (m_callDepth == 0)
@@ -97,19 +102,14 @@ Action::~Action()
     m_data.release()->letGo();
 }
 
-void Action::endWith(QObject* part)
-{
-    QObject::connect(part, SIGNAL(destroyed()), m_data.get(), SLOT(windowDestroyed()));
-}
-
 Window* Action::window()
 {
-    return m_data->window;
+    return m_data->windowLife.expired() ? nullptr : m_data->window;
 }
 
 const Window* Action::window() const
 {
-    return m_data->window;
+    return const_cast<Action*>(this)->window();
 }
 
 QAction* Action::qt_handle()

@@ -39,12 +39,18 @@ public Q_SLOTS:
     void loopRuns();
 };
 
+struct CallTarget
+{
+    QWidget* widget = nullptr;
+    std::shared_ptr<const void> life = std::make_shared<char>();
+};
+
 struct WaitingCalls
 {
-    QWidget* widgetOf(const void* target) const
+    CallTarget targetOf(const void* target) const
     {
         const auto entry = targets.find(target);
-        return entry != targets.end() ? entry->second : nullptr;
+        return entry != targets.end() ? entry->second : CallTarget{nullptr, nullptr};
     }
 
     template <typename Predicate>
@@ -67,9 +73,9 @@ struct WaitingCalls
     std::mutex mutex;          // guards all below; held while a call is posted, and taken by the one who receives it
     QThread* thread = nullptr; // the user-interface thread, or null without an application
     CallCarrier* carrier = nullptr;
-    bool hasLoopEnded = false;                         // and no other has been seen
-    std::deque<WaitingCall> calls;                     // each with one post under way
-    std::unordered_map<const void*, QWidget*> targets; // that are there
+    bool hasLoopEnded = false;                           // and no other has been seen
+    std::deque<WaitingCall> calls;                       // each with one post under way
+    std::unordered_map<const void*, CallTarget> targets; // that are there
 };
 
 WaitingCalls& waitingCalls()
@@ -86,7 +92,7 @@ void CallCarrier::serve()
         return;
     WaitingCall call = std::move(waiting.calls.front());
     waiting.calls.pop_front();
-    QWidget* const widget = waiting.widgetOf(call.target);
+    QWidget* const widget = waiting.targetOf(call.target).widget;
     guard.unlock();
     // What is thrown goes neither through the toolkit's loop nor leaves the caller without an answer.
     call.made.set_value(attempt("call on the user-interface thread", false, [&] {
@@ -138,7 +144,7 @@ bool callOnUserInterface(const void* target, const std::function<void(QWidget*)>
     if (!waiting.thread || (target && waiting.targets.count(target) == 0))
         return false;
     if (QThread::currentThread() == waiting.thread) {
-        QWidget* const widget = waiting.widgetOf(target);
+        QWidget* const widget = waiting.targetOf(target).widget;
         guard.unlock();
         work(widget);
         return true;
@@ -166,7 +172,14 @@ void addCallTarget(const void* target, QWidget* widget)
 {
     WaitingCalls& waiting = waitingCalls();
     const std::lock_guard<std::mutex> guard(waiting.mutex);
-    waiting.targets[target] = widget;
+    waiting.targets[target].widget = widget;
+}
+
+std::weak_ptr<const void> callTargetLife(const void* target)
+{
+    WaitingCalls& waiting = waitingCalls();
+    const std::lock_guard<std::mutex> guard(waiting.mutex);
+    return waiting.targetOf(target).life;
 }
 
 void clearCallTarget(const void* target)
@@ -175,7 +188,7 @@ void clearCallTarget(const void* target)
     const std::lock_guard<std::mutex> guard(waiting.mutex);
     const auto entry = waiting.targets.find(target);
     if (entry != waiting.targets.end())
-        entry->second = nullptr;
+        entry->second.widget = nullptr;
     waiting.drop(target);
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 class QWidget;
 
@@ -19,6 +20,9 @@ bool callOnUserInterface(const void* target, const std::function<void(QWidget*)>
 void addCallTarget(const void* target, QWidget* widget);
 void clearCallTarget(const void* target);
 void removeCallTarget(const void* target);
+
+/// Expires when the target is removed; empty when there is no such target. Thread-safe.
+std::weak_ptr<const void> callTargetLife(const void* target);
 
 /// Ends the calls that wait, and refuses others, until an event loop runs again. For an end of the loop that is
 /// followed by a wait for the threads that call. User-interface thread.

@@ -15,6 +15,7 @@
 
 #include <cassert>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -79,93 +80,6 @@ const QWidget* Window::qt_handle() const
     return m_data->windowQt;
 }
 
-HWND Window::native_handle() const
-{
-    return m_data->ask("native_handle", [](WindowQt& w) { return reinterpret_cast<HWND>(w.winId()); });
-}
-
-AbstractAcquisitionInterface* Window::acquisitionInterface()
-{
-    return m_data->ask("acquisitionInterface", [](WindowQt& w) { return w.acquisitionInterface(); });
-}
-
-const AbstractAcquisitionInterface* Window::acquisitionInterface() const
-{
-    return const_cast<Window*>(this)->acquisitionInterface();
-}
-
-AbstractFileInterface* Window::fileInterface()
-{
-    return m_data->ask("fileInterface", [](WindowQt& w) { return w.fileInterface(); });
-}
-
-const AbstractFileInterface* Window::fileInterface() const
-{
-    return const_cast<Window*>(this)->fileInterface();
-}
-
-SurfaceStream* Window::surfaceStream()
-{
-    return m_data->ask("surfaceStream", [](WindowQt& w) { return w.surfaceStream(); });
-}
-
-const SurfaceStream* Window::surfaceStream() const
-{
-    return const_cast<Window*>(this)->surfaceStream();
-}
-
-SurfaceScrollArea* Window::surfaceScrollArea()
-{
-    return m_data->ask("surfaceScrollArea", [](WindowQt& w) { return w.surfaceScrollArea(); });
-}
-
-const SurfaceScrollArea* Window::surfaceScrollArea() const
-{
-    return const_cast<Window*>(this)->surfaceScrollArea();
-}
-
-// Visibility ----------------------------------------------------------------------------------------------------------
-
-void Window::show()
-{
-    setVisible(true);
-}
-
-void Window::hide()
-{
-    setVisible(false);
-}
-
-void Window::setVisible(bool visible)
-{
-    m_data->tell("setVisible", [=](WindowQt& w) { w.setVisible(visible); });
-}
-
-bool Window::isVisible() const
-{
-    return m_data->ask("isVisible", [](WindowQt& w) { return w.isVisible(); });
-}
-
-bool Window::isMinimized() const
-{
-    return m_data->ask("isMinimized", [](WindowQt& w) { return w.isMinimized(); });
-}
-
-bool Window::isMaximized() const
-{
-    return m_data->ask("isMaximized", [](WindowQt& w) { return w.isMaximized(); });
-}
-
-bool Window::isFullScreen() const
-{
-    return m_data->ask("isFullScreen", [](WindowQt& w) { return w.fullScreen(); });
-}
-
-bool Window::isExhibitView() const
-{
-    return m_data->ask("isExhibitView", [](WindowQt& w) { return w.exhibitView(); });
-}
-
 void Window::setTitle(const char* const title)
 {
     m_data->tell("setTitle", [=](WindowQt& w) { w.setWindowTitle(QString::fromLatin1(title)); });
@@ -176,103 +90,97 @@ bool Window::title(char* const buffer, std::size_t* const size) const
     return m_data->ask("title", [=](WindowQt& w) { return latin1Out(w.windowTitle(), buffer, size); });
 }
 
-// Commands and switches -----------------------------------------------------------------------------------------------
+// Forwards ------------------------------------------------------------------------------------------------------------
 
 // clang-format off
-#define VISTREL_FORWARD_COMMAND(member, command)                                                                       \
-    void Window::member() { m_data->tell(#member, [](WindowQt& w) { w.command(); }); }
+#define VISTREL_PART(Part, getter)                                                                                     \
+    Part* Window::getter() { return m_data->ask(#getter, [](WindowQt& w) { return w.getter(); }); }                    \
+    const Part* Window::getter() const { return const_cast<Window*>(this)->getter(); }
 
-VISTREL_FORWARD_COMMAND(raise, raise)
-VISTREL_FORWARD_COMMAND(minimize, showMinimized)
-VISTREL_FORWARD_COMMAND(maximize, showMaximized)
-VISTREL_FORWARD_COMMAND(restore, showNormal)
-VISTREL_FORWARD_COMMAND(setRunning, setRunning)
-VISTREL_FORWARD_COMMAND(setConfigured, setConfigured)
-VISTREL_FORWARD_COMMAND(setUnconfigured, setUnconfigured)
+VISTREL_PART(AbstractAcquisitionInterface, acquisitionInterface)
+VISTREL_PART(AbstractFileInterface, fileInterface)
+VISTREL_PART(SurfaceStream, surfaceStream)
+VISTREL_PART(SurfaceScrollArea, surfaceScrollArea)
 
-#undef VISTREL_FORWARD_COMMAND
+#define VISTREL_COMMAND(member, call)                                                                                  \
+    void Window::member() { m_data->tell(#member, [](WindowQt& w) { w.call; }); }
 
-#define VISTREL_FORWARD_SWITCH(Setter, getter, target)                                                                 \
-    void Window::Setter(bool enabled) { m_data->tell(#Setter, [=](WindowQt& w) { (target).Setter(enabled); }); }       \
-    bool Window::getter() const { return m_data->ask(#getter, [](WindowQt& w) { return (target).getter(); }); }
+VISTREL_COMMAND(show, setVisible(true))
+VISTREL_COMMAND(hide, setVisible(false))
+VISTREL_COMMAND(raise, raise())
+VISTREL_COMMAND(minimize, showMinimized())
+VISTREL_COMMAND(maximize, showMaximized())
+VISTREL_COMMAND(restore, showNormal())
+VISTREL_COMMAND(setRunning, setRunning())
+VISTREL_COMMAND(setConfigured, setConfigured())
+VISTREL_COMMAND(setUnconfigured, setUnconfigured())
+VISTREL_COMMAND(unlockBitmap, surfaceStream()->unlockBitmap())
 
-VISTREL_FORWARD_SWITCH(setCloseable, closeable, w)
-VISTREL_FORWARD_SWITCH(setPreviewFrameRate, previewFrameRate, w)
-VISTREL_FORWARD_SWITCH(setPreviewBuffersQueued, previewBuffersQueued, w)
-VISTREL_FORWARD_SWITCH(setPreviewBuffersFilled, previewBuffersFilled, w)
-VISTREL_FORWARD_SWITCH(setPreviewBuffersDropped, previewBuffersDropped, w)
-VISTREL_FORWARD_SWITCH(setPreviewBuffersDelivered, previewBuffersDelivered, w)
-VISTREL_FORWARD_SWITCH(setPreviewImageDimensions, previewImageDimensions, w)
-VISTREL_FORWARD_SWITCH(setPreviewImageFormat, previewImageFormat, w)
-VISTREL_FORWARD_SWITCH(setPreviewPixelValue, previewPixelValue, w)
-VISTREL_FORWARD_SWITCH(setPreviewZoomLevel, previewZoomLevel, w)
-VISTREL_FORWARD_SWITCH(setPreviewSetupMode, previewSetupMode, w)
-VISTREL_FORWARD_SWITCH(setKeepImageInfoVisible, keepImageInfoVisible, w)
-VISTREL_FORWARD_SWITCH(setBayerDemosaicEnabled, bayerDemosaicEnabled, w)
-VISTREL_FORWARD_SWITCH(setRgbOrderReversed, rgbOrderReversed, w)
-VISTREL_FORWARD_SWITCH(setPixelCrosshairVisible, pixelCrosshairVisible, w)
-VISTREL_FORWARD_SWITCH(setRefreshEnabled, refreshEnabled, *w.surfaceStream())
-VISTREL_FORWARD_SWITCH(setRefreshRateAuto, refreshRateAuto, *w.surfaceStream())
-VISTREL_FORWARD_SWITCH(setZoomToFit, zoomToFit, *w.surfaceScrollArea())
+#define VISTREL_QUERY(Type, member, answer)                                                                            \
+    Type Window::member() const { return m_data->ask(#member, [](WindowQt& w) { return answer; }); }
 
-#undef VISTREL_FORWARD_SWITCH
+VISTREL_QUERY(HWND, native_handle, reinterpret_cast<HWND>(w.winId()))
+VISTREL_QUERY(int, width, w.width())
+VISTREL_QUERY(int, height, w.height())
+VISTREL_QUERY(bool, isMinimized, w.isMinimized())
+VISTREL_QUERY(bool, isMaximized, w.isMaximized())
+VISTREL_QUERY(Format, bayerFilterOverride, w.bayerDemosaicFilter())
+VISTREL_QUERY(double, zoomLevel, w.surfaceScrollArea()->zoomScaling())
+VISTREL_QUERY(int, imageOffsetX, w.surfaceScrollArea()->imageOffset().x())
+VISTREL_QUERY(int, imageOffsetY, w.surfaceScrollArea()->imageOffset().y())
+VISTREL_QUERY(bool, bitmapLocked, w.surfaceStream()->bitmapLocked())
+
+#define VISTREL_PROPERTY(Type, Setter, getter, target, targetGetter)                                                   \
+    void Window::Setter(Type value) { m_data->tell(#Setter, [=](WindowQt& w) { (target).Setter(value); }); }           \
+    VISTREL_QUERY(Type, getter, (target).targetGetter())
+
+VISTREL_PROPERTY(bool, setVisible, isVisible, w, isVisible)
+VISTREL_PROPERTY(bool, setFullScreen, isFullScreen, w, fullScreen)
+VISTREL_PROPERTY(bool, setExhibitView, isExhibitView, w, exhibitView)
+VISTREL_PROPERTY(bool, setCloseable, closeable, w, closeable)
+VISTREL_PROPERTY(bool, setPreviewFrameRate, previewFrameRate, w, previewFrameRate)
+VISTREL_PROPERTY(bool, setPreviewBuffersQueued, previewBuffersQueued, w, previewBuffersQueued)
+VISTREL_PROPERTY(bool, setPreviewBuffersFilled, previewBuffersFilled, w, previewBuffersFilled)
+VISTREL_PROPERTY(bool, setPreviewBuffersDropped, previewBuffersDropped, w, previewBuffersDropped)
+VISTREL_PROPERTY(bool, setPreviewBuffersDelivered, previewBuffersDelivered, w, previewBuffersDelivered)
+VISTREL_PROPERTY(bool, setPreviewImageDimensions, previewImageDimensions, w, previewImageDimensions)
+VISTREL_PROPERTY(bool, setPreviewImageFormat, previewImageFormat, w, previewImageFormat)
+VISTREL_PROPERTY(bool, setPreviewPixelValue, previewPixelValue, w, previewPixelValue)
+VISTREL_PROPERTY(bool, setPreviewZoomLevel, previewZoomLevel, w, previewZoomLevel)
+VISTREL_PROPERTY(bool, setPreviewSetupMode, previewSetupMode, w, previewSetupMode)
+VISTREL_PROPERTY(bool, setKeepImageInfoVisible, keepImageInfoVisible, w, keepImageInfoVisible)
+VISTREL_PROPERTY(ColorTable, setColorTable, colorTable, w, colorTable)
+VISTREL_PROPERTY(bool, setBayerDemosaicEnabled, bayerDemosaicEnabled, w, bayerDemosaicEnabled)
+VISTREL_PROPERTY(bool, setRgbOrderReversed, rgbOrderReversed, w, rgbOrderReversed)
+VISTREL_PROPERTY(bool, setPixelCrosshairVisible, pixelCrosshairVisible, w, pixelCrosshairVisible)
+VISTREL_PROPERTY(bool, setRefreshEnabled, refreshEnabled, *w.surfaceStream(), refreshEnabled)
+VISTREL_PROPERTY(int, setRefreshRate, refreshRate, *w.surfaceStream(), refreshRate)
+VISTREL_PROPERTY(bool, setRefreshRateAuto, refreshRateAuto, *w.surfaceStream(), refreshRateAuto)
+VISTREL_PROPERTY(bool, setZoomToFit, zoomToFit, *w.surfaceScrollArea(), zoomToFit)
+
+#undef VISTREL_PART
+#undef VISTREL_COMMAND
+#undef VISTREL_QUERY
+#undef VISTREL_PROPERTY
 // clang-format on
 
-void Window::setFullScreen(bool enabled)
-{
-    m_data->tell("setFullScreen", [=](WindowQt& w) { w.setFullScreen(enabled); });
-}
-
-void Window::setExhibitView(bool enabled)
-{
-    m_data->tell("setExhibitView", [=](WindowQt& w) { w.setExhibitView(enabled); });
-}
-
 // The image -----------------------------------------------------------------------------------------------------------
-
-void Window::setColorTable(ColorTable table)
-{
-    m_data->tell("setColorTable", [=](WindowQt& w) { w.setColorTable(table); });
-}
-
-ColorTable Window::colorTable() const
-{
-    return m_data->ask("colorTable", [](WindowQt& w) { return w.colorTable(); });
-}
 
 void Window::setBayerFilterOverride(Format filter)
 {
     m_data->tell("setBayerFilterOverride", [=](WindowQt& w) {
-        switch (static_cast<std::uint32_t>(filter)) {
-        case 0:
-            return w.setBayerDemosaicFilterAuto();
-        case 0x100:
-            return w.setBayerDemosaicFilterGBRG();
-        case 0x200:
-            return w.setBayerDemosaicFilterGRBG();
-        case 0x300:
-            return w.setBayerDemosaicFilterRGGB();
-        case 0x400:
-            return w.setBayerDemosaicFilterBGGR();
-        }
-        reportLine("Vistrel::Window::setBayerFilterOverride: Unknown Bayer filter with index " +
-                   std::to_string(static_cast<std::uint32_t>(filter)) + ".");
+        // By the pattern's bits.
+        constexpr void (WindowQt::*choices[])() = {
+            &WindowQt::setBayerDemosaicFilterAuto, &WindowQt::setBayerDemosaicFilterGBRG,
+            &WindowQt::setBayerDemosaicFilterGRBG, &WindowQt::setBayerDemosaicFilterRGGB,
+            &WindowQt::setBayerDemosaicFilterBGGR};
+        const auto value = static_cast<std::uint32_t>(filter);
+        if ((value & ~formatPatternMask) == 0 && value >> 8 < std::size(choices))
+            (w.*choices[value >> 8])();
+        else
+            reportLine("Vistrel::Window::setBayerFilterOverride: Unknown Bayer filter with index " +
+                       std::to_string(value) + ".");
     });
-}
-
-Format Window::bayerFilterOverride() const
-{
-    return m_data->ask("bayerFilterOverride", [](WindowQt& w) { return w.bayerDemosaicFilter(); });
-}
-
-void Window::setRefreshRate(int rate)
-{
-    m_data->tell("setRefreshRate", [=](WindowQt& w) { w.surfaceStream()->setRefreshRate(rate); });
-}
-
-int Window::refreshRate() const
-{
-    return m_data->ask("refreshRate", [](WindowQt& w) { return w.surfaceStream()->refreshRate(); });
 }
 
 void Window::setZoomLevel(double zoom)
@@ -286,40 +194,15 @@ void Window::setZoomLevel(double zoom)
     });
 }
 
-double Window::zoomLevel() const
-{
-    return m_data->ask("zoomLevel", [](WindowQt& w) { return w.surfaceScrollArea()->zoomScaling(); });
-}
-
 void Window::setImageOffset(int x, int y)
 {
     m_data->tell("setImageOffset", [=](WindowQt& w) { w.surfaceScrollArea()->setImageOffset(QPointF(x, y)); });
-}
-
-int Window::imageOffsetX() const
-{
-    return m_data->ask("imageOffsetX", [](WindowQt& w) { return w.surfaceScrollArea()->imageOffset().x(); });
-}
-
-int Window::imageOffsetY() const
-{
-    return m_data->ask("imageOffsetY", [](WindowQt& w) { return w.surfaceScrollArea()->imageOffset().y(); });
 }
 
 bool Window::setBitmapLocked(int width, int height, Format format)
 {
     return m_data->ask("setBitmapLocked",
                        [=](WindowQt& w) { return w.surfaceStream()->setBitmapLocked(width, height, format); });
-}
-
-void Window::unlockBitmap()
-{
-    m_data->tell("unlockBitmap", [](WindowQt& w) { w.surfaceStream()->unlockBitmap(); });
-}
-
-bool Window::bitmapLocked() const
-{
-    return m_data->ask("bitmapLocked", [](WindowQt& w) { return w.surfaceStream()->bitmapLocked(); });
 }
 
 bool Window::getBitmap(RawImage* const image) const
@@ -329,33 +212,27 @@ bool Window::getBitmap(RawImage* const image) const
 
 // Actions -------------------------------------------------------------------------------------------------------------
 
-Action* Window::PrivateData::tie(ScopedActionInterface&& actionInterface, QAction* entry)
-{
-    auto* const action = new Action(window, entry, std::move(actionInterface));
-    action->endWith(this);
-    return action;
-}
-
 Action* Window::addMainMenuAction(ScopedActionInterface&& actionInterface, const char* const menuTitle,
                                   const char* const actionText)
 {
     return m_data->ask("addMainMenuAction", [&](WindowQt& w) {
-        return m_data->tie(std::move(actionInterface),
-                           w.addMainMenuAction(QString::fromLocal8Bit(menuTitle), QString::fromLocal8Bit(actionText)));
+        return new Action(this,
+                          w.addMainMenuAction(QString::fromLocal8Bit(menuTitle), QString::fromLocal8Bit(actionText)),
+                          std::move(actionInterface));
     });
 }
 
 Action* Window::addToolBarAction(ScopedActionInterface&& actionInterface, const char* const actionText)
 {
     return m_data->ask("addToolBarAction", [&](WindowQt& w) {
-        return m_data->tie(std::move(actionInterface), w.addToolBarAction(QString::fromLocal8Bit(actionText)));
+        return new Action(this, w.addToolBarAction(QString::fromLocal8Bit(actionText)), std::move(actionInterface));
     });
 }
 
 Action* Window::addImageStatsAction(ScopedActionInterface&& actionInterface, const char* const actionText)
 {
     return m_data->ask("addImageStatsAction", [&](WindowQt& w) {
-        return m_data->tie(std::move(actionInterface), w.addImageStatsAction(QString::fromLocal8Bit(actionText)));
+        return new Action(this, w.addImageStatsAction(QString::fromLocal8Bit(actionText)), std::move(actionInterface));
     });
 }
 

@@ -88,16 +88,6 @@ void Window::resize(int width, int height)
     m_data->tell("resize", [=](WindowQt& w) { w.resize(boundedSize(width, height)); });
 }
 
-int Window::width() const
-{
-    return m_data->ask("width", [](WindowQt& w) { return w.width(); });
-}
-
-int Window::height() const
-{
-    return m_data->ask("height", [](WindowQt& w) { return w.height(); });
-}
-
 void Window::getGeometry(int& x, int& y, int& width, int& height) const
 {
     m_data->ask("getGeometry", [](WindowQt& w) { return w.geometry(); }).getRect(&x, &y, &width, &height);

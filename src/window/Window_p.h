@@ -43,7 +43,6 @@ public:
             windowIsGone(member);
     }
 
-    Action* tie(ScopedActionInterface&& actionInterface, QAction* entry);
     static void windowIsGone(const char* member);
     void setApplicationAbout(const QString& title, const QString& description, const QPixmap& icon1,
                              const QPixmap& icon2, const QPixmap& icon3);
