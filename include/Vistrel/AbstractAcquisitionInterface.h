@@ -13,27 +13,28 @@ namespace Vistrel {
 
 class AcquisitionSignalHandler;
 
-/// What a host implements to have its frames shown and its acquisition driven.
+/// The interface of a source: a host implements it so that its frames are shown and its acquisition is controlled.
 ///
 /// A capability (`has*`) says that the source offers a command or a statistic at all; `can*` says that the command is
-/// possible now. Set capabilities, bounds and setup modes before the source is handed over, or on the user-interface
-/// thread; they are not locked. An exception that leaves one of the virtual operations is caught by the caller,
-/// reported in one line on the standard error stream, and counts as that operation's failure.
+/// possible now. Capabilities, bounds and setup modes are not locked: set them before the source is handed over, or on
+/// the user-interface thread. The caller catches an exception that leaves a virtual operation, reports it in one line
+/// on the standard error stream, and counts it as the operation's failure.
 ///
-/// Bound to the user-interface thread, but for what is called on others:
-/// - Commands (`setup` to `stop`): on the window's busy-work thread, one at a time. They may take as long as they like.
-/// - `getNextFrame`: on the stream's worker, at most once a refresh and once an announcement. It may wait.
-/// - `getFrameLock`: on the worker and on the user-interface thread, there for each picture and each move of the mouse
-///   while a pixel value is shown.
+/// Bound to the user-interface thread, except for the calls on other threads:
+/// - Commands (`setup` to `stop`): on the window's busy-work thread, one at a time. They may block.
+/// - `getNextFrame`: on the stream's worker, at most once a refresh and once an announcement. It may block.
+/// - `getFrameLock`: on the worker, and on the user-interface thread for each picture and each move of the mouse while
+///   a pixel value is shown.
 /// - `can*`, `is*`, `activeSetupMode`: on the user-interface thread, each after every picture that is shown, every
-///   announcement and every command; statistics there four times a second. `isSetup` and `isRunning` also on the
-///   busy-work thread, right before a command that depends on them.
-/// - `uxClosed`: on the user-interface thread, also while a command or a fetch is under way, which it may end.
+///   announcement and every command. `isSetup` and `isRunning` also on the busy-work thread, right before a command
+///   that depends on them.
+/// - Statistics: on the user-interface thread, four times a second.
+/// - `uxClosed`: on the user-interface thread. It may come while a command or a fetch runs, and may end that.
 ///
-/// Everything that is called on the user-interface thread must answer within a millisecond: the window stands still
-/// until then. While commands are under way or wait, none of it is called but `uxClosed` and, when the host asks a
-/// `SurfaceStream` for the latest image under a lock, `getFrameLock`. So a mutex that a command holds until it is over,
-/// and that the queries wait for, does not stop the window. One that is held while waiting for a frame does.
+/// A call on the user-interface thread must return within a millisecond: it blocks the window. While a command runs or
+/// waits in the queue, only `uxClosed` is called there and, when the host asks a `SurfaceStream` for the latest image
+/// under a lock, `getFrameLock`. So a mutex that commands hold and queries wait for does not block the window. A mutex
+/// that is held while waiting for a frame does.
 class VISTREL_EXPORT AbstractAcquisitionInterface : public BaseClass
 {
 public:
@@ -41,10 +42,10 @@ public:
     AbstractAcquisitionInterface(const AbstractAcquisitionInterface&) = delete;
     AbstractAcquisitionInterface& operator=(const AbstractAcquisitionInterface&) = delete;
 
-    /// The user interface that shows this source is closing. Called exactly once.
+    /// Tells the source that the user interface is closing. Called exactly once.
     virtual void uxClosed();
 
-    // Commands: true when carried out. A source offers what it overrides.
+    // Commands: true on success. A source overrides those that it offers.
     virtual bool setup();
     virtual bool setupMode(const char* const name);
     virtual bool cleanup();
@@ -78,11 +79,11 @@ public:
     virtual bool isRunningFixed() const;
     virtual bool isRunningSingle() const;
     virtual bool isPaused() const;
-    /// By default the negation of `isRunning()`.
+    /// Returns `!isRunning()` by default.
     virtual bool isStopped() const;
 
-    /// Writes the name of the active setup mode under the text-out convention (see `setupModeName`); false, and nothing
-    /// written, when none is active.
+    /// Writes the name of the active setup mode by the text-out convention (see `setupModeName`). Returns false and
+    /// writes nothing when none is active.
     virtual bool activeSetupMode(char* const buffer, std::size_t* const size) const;
 
     // Statistics.
@@ -92,17 +93,18 @@ public:
     virtual std::size_t framesDropped() const;
     virtual std::size_t framesDelivered() const;
 
-    /// Delivers the next frame, or returns false when there is none; may block for as long as it takes, but never while
-    /// a lock that it handed out is held. `lock`, when not null, receives the lock under which the frame is delivered.
+    /// Delivers the next frame, or returns false when there is none. May block for any time, but never while a lock
+    /// that it handed out is held. `lock`, when not null, receives the lock under which the frame is delivered. Null
+    /// `data` clears the picture.
     ///
     /// The delivered buffer must stay readable while its lock is held. Pixel values of the picture in view are read
-    /// under a new lock: until two later frames have been delivered, a lock on this one must be refused or its memory
-    /// be there. A frame that was delivered without a lock is not read any more once the next call here has begun, but
-    /// for what a lock on it is granted for. Null `data` clears the picture.
+    /// under a new lock: until two later frames have been delivered, the source refuses a lock on this frame or keeps
+    /// its memory. A frame that was delivered without a lock is read until the next call here begins; after that only
+    /// under a lock that `getFrameLock` grants.
     virtual bool getNextFrame(RawImage* const image, ScopedLock* const lock) = 0;
 
-    /// A lock under which the pixels of `image`, which was delivered before, can be read; empty when they cannot be any
-    /// more. Called on several threads; must not wait for a frame.
+    /// Returns a lock under which the pixels of `image`, a frame delivered before, can be read; an empty one when they
+    /// no longer can. Called on several threads; must not wait for a frame.
     virtual ScopedLock getFrameLock(const RawImage& image) = 0;
 
     // Capabilities, all false at first.
@@ -148,29 +150,29 @@ public:
     void setStartFixedMax(int frames);
     void setStartFixedInc(int frames);
 
-    /// Appends a named setup mode. False when a pointer is null or the name, compared byte by byte, exists already.
+    /// Appends a named setup mode. Returns false when a pointer is null or the name, compared by bytes, exists already.
     bool addSetupMode(const char* const name, const char* const description);
     bool addSetupMode(const char* const name);
     void clearSetupModes();
     std::size_t setupModeCount() const;
 
-    /// Text-out convention: `*size` is the buffer's capacity on entry and the text's length plus one on return; a text
-    /// too long arrives cut and terminated, and the result is still true; a null buffer only measures; a null `size`
-    /// gives false. An index that is not below the count gives false and writes nothing.
+    /// Text-out convention: `*size` is the buffer's capacity on entry and the text's length plus one on return. A text
+    /// that is too long is cut and terminated, and the result is true. A null buffer only measures. Returns false and
+    /// writes nothing for a null `size` and for an index that is not below the count.
     bool setupModeName(std::size_t index, char* const buffer, std::size_t* const size) const;
     bool setupModeDescription(std::size_t index, char* const buffer, std::size_t* const size) const;
 
-    /// The object whose signals announce this source's changes. It lives on the thread that made the source.
+    /// The object whose signals announce this source's changes. Its thread is the one that made the source.
     AcquisitionSignalHandler* signalHandler();
     const AcquisitionSignalHandler* signalHandler() const;
 
 protected:
     AbstractAcquisitionInterface();
 
-    // For sources, from any thread.
+    // For sources. Thread-safe.
     void signalAcquisitionStateChange(); ///< after a change of an `is*` answer
     void signalFeatureSetChange();       ///< after a change of capabilities, `can*` answers or setup modes
-    void signalGetFrameNow();            ///< a frame is ready to be fetched at once
+    void signalGetFrameNow();            ///< when a frame is ready, to be fetched at once
 
 private:
     struct VISTREL_LOCAL PrivateData;

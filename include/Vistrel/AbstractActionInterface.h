@@ -8,8 +8,8 @@ namespace Vistrel {
 
 class Action;
 
-/// What a host does when the user triggers its action. Bound to the user-interface thread. An exception that leaves an
-/// operation is caught and reported in one line on the standard error stream.
+/// A host's command, run when the user triggers its action. Bound to the user-interface thread. An exception that
+/// leaves an operation is caught and reported in one line on the standard error stream.
 class VISTREL_EXPORT AbstractActionInterface : public BaseClass
 {
 public:
@@ -18,13 +18,13 @@ public:
     AbstractActionInterface(const AbstractActionInterface&) = delete;
     AbstractActionInterface& operator=(const AbstractActionInterface&) = delete;
 
-    /// The window's entry has gone, and `action()`, which has none now, is deleted after this returns, before the
-    /// command. It comes once, and not when the host deletes the action itself.
+    /// Called once when the window's entry has been removed, but not when the host deletes the action. After this
+    /// returns, `action()`, which has no entry any more, is deleted and then the command.
     virtual void uxDestroyed();
-    /// The user triggered the action. `checked` is the new state of a checkable one, otherwise false.
+    /// Called when the user triggers the action. `checked` is the new state of a checkable action, otherwise false.
     virtual void triggered(bool checked);
 
-    /// The action that this belongs to, or null before there is one and when it has gone.
+    /// The action that this belongs to; null before it is made and after it is deleted.
     Action* action();
     const Action* action() const;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Something held that is released by destroying it.
+// A lock that is released by destroying it.
 #pragma once
 
 #include <Vistrel/BaseClass.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Relays a source's announcements as signals, and commands to it as slots.
+// A source's announcements as signals, and its commands as slots.
 #pragma once
 
 #include <Vistrel/Export.h>
@@ -13,9 +13,8 @@ namespace Vistrel {
 
 class AbstractAcquisitionInterface;
 
-/// Made and owned by its source; lives on the thread that made the source. The signals are emitted on whatever thread
-/// the source announces from: a receiver on another thread connects with queued delivery. Bound to its thread
-/// otherwise.
+/// Made and owned by its source. Bound to the thread that made the source, except for the signals: they are emitted on
+/// the thread that the source announces from, so a receiver on another thread connects with queued delivery.
 class VISTREL_EXPORT AcquisitionSignalHandler : public QObject
 {
     Q_OBJECT

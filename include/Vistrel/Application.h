@@ -8,22 +8,22 @@
 
 namespace Vistrel {
 
-/// The one object that a host creates before any display window. The thread that creates it is the user-interface
-/// thread. It owns the toolkit's application object and keeps its own copy of the command line.
+/// The object that a host creates before any window. The thread that creates it is the user-interface thread. It owns
+/// Qt's application object and a copy of the command line.
 ///
-/// Bound to the user-interface thread, but for `global()` and `exit()`, which are thread-safe.
+/// Bound to the user-interface thread, except for `global()` and `exit()`, which are thread-safe.
 class VISTREL_EXPORT Application : public BaseClass
 {
 public:
-    /// Throws `std::runtime_error` when an application exists already, also one that was made with the toolkit alone,
-    /// and when there is nothing to show windows on: the platform that `QT_QPA_PLATFORM` or `-platform` names, or else
-    /// the system's own, has no plug-in, or none that can be loaded, or its X server (`DISPLAY`, `-display`),
-    /// compositor, screen or device is not there. The text says which. Throws `std::invalid_argument` when `argc` is
-    /// negative or one of the `argc` entries of `argv` is null.
+    /// Throws `std::invalid_argument` when `argc` is negative or one of the `argc` entries of `argv` is null. Throws
+    /// `std::runtime_error` when an application exists already, also one that Qt made, and when windows cannot be
+    /// shown: the platform that `QT_QPA_PLATFORM` or `-platform` names, or else the system's own, has no plug-in that
+    /// can be loaded, or its X server (`DISPLAY`, `-display`), compositor, screen or device is missing. The text says
+    /// which.
     Application(int argc, const char* const* argv);
-    /// Must run outside `exec()`. Deletes the windows that are left, with their sources, and the toolkit's application
-    /// object. A call to a source has three seconds to return; then the source is left alone, with a line on the
-    /// standard error stream. `global()` is null from the beginning of this.
+    /// Must run outside `exec()`. Deletes the remaining windows, with their sources, and Qt's application object. Waits
+    /// three seconds for calls to sources. A source whose call has not returned by then stays, and a line on the
+    /// standard error stream reports it. `global()` is null from the beginning of this.
     ~Application() override;
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
@@ -33,8 +33,8 @@ public:
 
     /// Runs the event loop until `exit`, and returns the code given there.
     int exec();
-    /// Ends the event loop. An exit asked for before the loop runs is kept, and ends the next `exec()` at its start; a
-    /// message box that is shown before ends without an answer.
+    /// Ends the event loop. An exit before the loop runs ends the next `exec()` at its start; a message box that is
+    /// shown before that ends without an answer.
     void exit(int returnCode);
 
     /// Whether the event loop ends when the last window closes; true at first.
@@ -42,8 +42,8 @@ public:
     void setQuitOnLastWindowClosed(bool quit);
 
     /// Calls `method(userData)` whenever the event loop is idle inside `exec()`, in the order of registration, until
-    /// the application is destroyed. The same pair may be added twice; a null method is kept and skipped. A method
-    /// added from inside a pass is first called in the next one.
+    /// the application is destroyed. The same pair may be added twice; a null method is stored and skipped. A method
+    /// that is added during a pass is first called in the next one.
     void addIdleMethod(void (*method)(void*), void* const userData);
 
 private:

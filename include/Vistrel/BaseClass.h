@@ -6,7 +6,7 @@
 
 namespace Vistrel {
 
-/// Empty polymorphic root, so that a handle can be checked by a run-time cast. Never created or deleted by itself.
+/// Empty polymorphic root, so that a handle can be checked by `dynamic_cast`. Never created or deleted by itself.
 class VISTREL_EXPORT BaseClass
 {
 protected:

@@ -1,25 +1,27 @@
 /* SPDX-License-Identifier: MIT */
-/* The library for hosts without C++: flat functions, handles and result codes, in C99.
+/* The library for hosts without C++: functions, handles and result codes, in C99. `docs/c-interface.md` is its guide.
  *
- * A host makes the application, makes windows, hands frames to them or registers functions that the windows call, and
- * runs the event loop. `docs/c-interface.md` leads through it.
+ * A host makes the application, makes windows, pushes frames to them or registers functions that the windows call, and
+ * runs the event loop.
  *
- * Result codes: every function but `VTWindowIsGood` and `VTResultText` returns one of `VTResult`. Checks come in the
- * order in which a function's comment lists its codes, and what is refused has no effect. No exception leaves a
- * function.
+ * Results: every function but `VTWindowIsGood` and `VTResultText` returns one of VTResult. A call that fails has no
+ * effect, and no exception leaves a function. The checks come in this order: NO_APPLICATION; NULL_HANDLE;
+ * NULL_POINTER or NULL_RESULT, for a null pointer to which a result goes; WRONG_HANDLE; WRONG_THREAD; then the codes
+ * that the function's comment lists, in its order. EXCEPTION may come from any function. An application's handle is
+ * checked before the pointers, and null is a WRONG_HANDLE.
  *
- * Threads: the thread that calls `VTAppCreate` is the user-interface thread, and all functions belong there, but for
- * those marked "any thread". Another thread that may come too late has to reckon with NO_APPLICATION, WRONG_HANDLE (the
- * window is destroyed) and WINDOW_CLOSED.
+ * Threads: the thread that calls `VTAppCreate` is the user-interface thread. All functions belong there, except those
+ * marked "any thread". A call on another thread that comes too late returns NO_APPLICATION, WRONG_HANDLE (the window is
+ * destroyed) or WINDOW_CLOSED.
  *
- * Handles: a window is there until `VTWindowDestroy` or the end of the application; its handle answers
- * VT_ERROR_WINDOW_CLOSED once the user has closed the window, and VT_ERROR_WRONG_HANDLE once it is destroyed. An
- * action's handle ends with the action: by `VTActionDestroy`, or with its window, however that ends. A handle that has
- * ended is known as such until its address is given to another one.
+ * Handles: a window's handle is valid until `VTWindowDestroy` or the end of the application; once the user has closed
+ * the window, functions return WINDOW_CLOSED. An action's handle is valid until `VTActionDestroy` or the end of its
+ * window. A handle that has ended is a WRONG_HANDLE until its address is used for a new one.
  *
- * Text is in the local 8-bit encoding, but window titles and about texts, which are Latin-1. Text that the library
- * hands out goes to `char* buffer, size_t* size`: `*size` is the buffer's capacity on entry and the text's length plus
- * one on return; a text too long arrives cut and terminated, which is a success; a null buffer only measures. */
+ * Text is in the local 8-bit encoding, except window titles and about texts, which are Latin-1. Text that goes in is
+ * copied. Text that comes out is written to `char* buffer, size_t* size`: `*size` is the buffer's capacity on entry and
+ * the text's length plus one on return. A text that is too long is cut and terminated, which is a success; a null
+ * buffer only measures. */
 #ifndef VISTREL_CINTERFACE_H
 #define VISTREL_CINTERFACE_H
 
@@ -39,21 +41,21 @@ typedef struct VTAppObject* VTAppHandle;
 typedef struct VTWindowObject* VTWindowHandle;
 typedef struct VTActionObject* VTActionHandle;
 
-/* One frame buffer, described. */
+/* Describes one frame buffer. */
 typedef struct VTRawImage
 {
     const uint8_t* data; /* first byte: height rows of width pixels, without padding between rows */
     size_t width;        /* pixels a row */
     size_t height;       /* rows */
     uint32_t format;     /* one of VTFormat */
-    void* userData;      /* the host's own, carried unchanged */
+    void* userData;      /* for the host; not changed */
 } VTRawImage;
 
 /* Pixel formats: the sum of depth, mosaic pattern, channel order and packing. Words of 10 to 16 bits are unsigned
  * 16-bit little-endian, right-aligned. In the RGB orders of 8-bit and 16-bit channels the first channel in memory is
- * blue, in the BGR orders it is red (RGB8 + ORDER_BGR is what most array libraries call RGB); in the 30-bit word RGB
- * has red in bits 0 to 9, BGR in bits 20 to 29. Bytes a pixel: 1 for a depth of 8, 2 for 10 to 16 (rows of
- * packed formats are as long as without packing), 3 for 24, 4 for 30 and 32, 6 above. */
+ * blue, in the BGR orders it is red (RGB8 + ORDER_BGR is what most array libraries call RGB). In the 30-bit word RGB
+ * has red in bits 0 to 9, BGR in bits 20 to 29. Bytes a pixel: 1 for a depth of 8, 2 for 10 to 16 (rows of packed
+ * formats are as long as without packing), 3 for 24, 4 for 30 and 32, 6 above. */
 enum VTFormat {
     VT_FORMAT_MONO8 = 8,
     VT_FORMAT_MONO10 = 10,
@@ -67,40 +69,39 @@ enum VTFormat {
     VT_FORMAT_RGB14 = 42,
     VT_FORMAT_RGB16 = 48,
 
-    VT_FORMAT_BAYER_GB = 0x100, /* to be added to a monochrome depth; first two rows G B / R G */
+    VT_FORMAT_BAYER_GB = 0x100, /* added to a monochrome depth; first two rows G B / R G */
     VT_FORMAT_BAYER_GR = 0x200, /* G R / B G */
     VT_FORMAT_BAYER_RG = 0x300, /* R G / G B */
     VT_FORMAT_BAYER_BG = 0x400, /* B G / G R */
 
-    VT_FORMAT_ORDER_BGR = 0x2000, /* to be added to a colour depth */
+    VT_FORMAT_ORDER_BGR = 0x2000, /* added to a colour depth */
 
-    VT_FORMAT_PACKED = 0x4000,        /* to be added to a depth of 10: most significant bit first */
+    VT_FORMAT_PACKED = 0x4000,        /* added to a depth of 10: most significant bit first */
     VT_FORMAT_PACKED_NO_SWAP = 0x8000 /* the same: groups taken from a little-endian 64-bit load */
 };
 
-/* Results -----------------------------------------------------------------------------------------------------------
- */
+/* Results --------------------------------------------------------------------------------------------------------- */
 
 enum VTResult {
     VT_OK = 0,
     VT_ERROR_EXCEPTION = -1000,      /* an exception was caught, such as that memory has run out */
     VT_ERROR_NULL_POINTER = -1001,   /* a required pointer is null */
     VT_ERROR_NULL_HANDLE = -1002,    /* the handle is null */
-    VT_ERROR_NULL_RESULT = -1003,    /* the pointer that is to receive a handle is null */
-    VT_ERROR_WRONG_HANDLE = -1004,   /* no live handle of this kind; here also what is not the application's handle */
-    VT_ERROR_NO_APPLICATION = -1005, /* no application has been made by VTAppCreate */
+    VT_ERROR_NULL_RESULT = -1003,    /* the pointer to which a handle goes is null */
+    VT_ERROR_WRONG_HANDLE = -1004,   /* no live handle of this kind */
+    VT_ERROR_NO_APPLICATION = -1005, /* VTAppCreate has made no application, or it is ending */
     VT_ERROR_WRONG_THREAD = -1006,   /* not the thread of VTAppCreate */
 
     VT_ERROR_APPLICATION_EXISTS = -2000, /* VTAppCreate has made one already */
     VT_ERROR_APPLICATION_FAILED = -2001, /* the application could not be made */
-    VT_ERROR_APPLICATION_BUSY = -2002,   /* the event loop is running, or the call comes from within a callback */
+    VT_ERROR_APPLICATION_BUSY = -2002,   /* the event loop is running, or the call comes from a callback */
 
     VT_ERROR_WINDOW_CLOSED = -3000,   /* the user has closed the window */
     VT_ERROR_SETUP_MODE = -3400,      /* a null text, or a name that exists already */
     VT_ERROR_FILE_FORMAT = -3500,     /* an extension that is null, invalid or registered already */
     VT_ERROR_MESSAGE_KIND = -3600,    /* none of VTMessage */
-    VT_ERROR_MESSAGE_BUTTONS = -3601, /* unknown buttons, or a default button that is not one of those shown */
-    VT_ERROR_NO_ANSWER = -3700,       /* the message box went without a button being pressed */
+    VT_ERROR_MESSAGE_BUTTONS = -3601, /* unknown buttons, or a default button that is not shown */
+    VT_ERROR_NO_ANSWER = -3700,       /* the message box ended without a button being pressed */
     VT_ERROR_ACTION_ARGUMENT = -3801, /* none of VTPlace, or a null or empty text */
     VT_ERROR_ACTION_REFUSED = -3802,  /* the window is closing */
 
@@ -108,121 +109,107 @@ enum VTResult {
     VT_ERROR_PROPERTY_TYPE = -4001,     /* the property has another type */
     VT_ERROR_READ_ONLY = -4002,         /* the property can only be read */
     VT_ERROR_WRITE_ONLY = -4003,        /* the property can only be written */
-    VT_ERROR_OUT_OF_RANGE = -4004,      /* no value that the property can have; data of another size */
-    VT_ERROR_BUFFER_TOO_SMALL = -4005,  /* nothing was copied; the size that is needed has been stored */
+    VT_ERROR_OUT_OF_RANGE = -4004,      /* the property cannot have this value, or the data this size */
+    VT_ERROR_BUFFER_TOO_SMALL = -4005,  /* nothing was copied; the required size has been stored */
     VT_ERROR_PROPERTY_REFUSED = -4006,  /* the window or the system did not accept the value */
     VT_ERROR_UNKNOWN_FEATURE = -4100,   /* none of VTFeature */
     VT_ERROR_FEATURE_SIGNATURE = -4101, /* the feature is registered by another function */
     VT_ERROR_UNKNOWN_SIGNAL = -4200     /* none of VTSignal */
 };
 
-/* A result in words: a static English text, never null. Any thread. */
+/* Returns the result in words: a static English text, never null. Any thread. */
 VISTREL_EXPORT const char* VTResultText(int32_t result);
 
-/* The application ---------------------------------------------------------------------------------------------------
- */
+/* The application ------------------------------------------------------------------------------------------------- */
 
-/* Makes the application, of which a process has one at a time, and makes this thread the user-interface thread. The
- * arguments are copied; C wants `(const char* const*)argv`. APPLICATION_EXISTS; NULL_POINTER (argv); NULL_RESULT;
- * APPLICATION_FAILED (a negative `argc`, a null argument; an application of the toolkit's, of the class interface, or
- * one that is ending; nothing to show windows on: no platform plug-in, display or screen). Why it failed is written to
- * the standard error stream. On Linux the process's locale becomes that of its environment. */
+/* Makes the application and makes this thread the user-interface thread. A process has one application at a time. The
+ * arguments are copied; C needs the cast `(const char* const*)argv`. On Linux the process's locale becomes that of its
+ * environment. APPLICATION_EXISTS; NULL_POINTER (argv); NULL_RESULT; APPLICATION_FAILED: a negative `argc`, a null
+ * argument, an application that Qt or the class interface made or that is ending, or no platform plug-in, display or
+ * screen. A line on the standard error stream says which. */
 VISTREL_EXPORT int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result);
 
-/* Ends the application with all its windows and handles. Calls to host functions have three seconds to return; then
- * they are left alone, with a line on the standard error stream. Functions that the library calls meanwhile are
- * answered NO_APPLICATION by everything they call. When this returns, every VT_FEATURE_FINISHED has been called but
- * those of windows whose functions did not return.
- * NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; APPLICATION_BUSY (within VTAppExec or a callback). */
+/* Ends the application with all its windows and handles. Waits three seconds for running host functions; those that
+ * have not returned by then keep what they use, and a line on the standard error stream reports them. Meanwhile every
+ * call from a host function returns NO_APPLICATION. When this returns, every VT_FEATURE_FINISHED has been called,
+ * except for windows whose functions did not return. APPLICATION_BUSY (inside VTAppExec or a callback). */
 VISTREL_EXPORT int32_t VTAppDestroy(VTAppHandle app);
 
 /* Runs the event loop until `VTAppExit`, or until the last window has been closed, and stores the exit code unless
- * `exitCode` is null. NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; APPLICATION_BUSY (the loop is running, or the
- * call comes from within a callback); EXCEPTION. */
+ * `exitCode` is null. APPLICATION_BUSY (the loop is running, or the call comes from a callback). */
 VISTREL_EXPORT int32_t VTAppExec(VTAppHandle app, int* exitCode);
 
-/* Ends the event loop; before the loop, the next one at its start. Any thread.
- * NO_APPLICATION; WRONG_HANDLE; EXCEPTION. */
+/* Ends the event loop; if none runs, the next one at its start. Any thread. */
 VISTREL_EXPORT int32_t VTAppExit(VTAppHandle app, int returnCode);
 
-/* The application that VTAppCreate has made. Any thread. NO_APPLICATION; NULL_RESULT. */
+/* Stores the application that VTAppCreate has made. Any thread. */
 VISTREL_EXPORT int32_t VTAppGetGlobal(VTAppHandle* result);
 
 /* Calls `method(userData)` whenever the event loop is idle, in the order of registration, until the application ends. A
- * null method is kept and skipped. NO_APPLICATION; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+ * null method is stored and skipped. */
 VISTREL_EXPORT int32_t VTAppAddIdleMethod(VTAppHandle app, void (*method)(void*), void* userData);
 
-/* Windows -----------------------------------------------------------------------------------------------------------
- */
+/* Windows --------------------------------------------------------------------------------------------------------- */
 
-/* Makes a window, which is not shown yet. `userData` goes to every function that is registered with it.
- * NO_APPLICATION; WRONG_HANDLE; NULL_RESULT; WRONG_THREAD; EXCEPTION. */
+/* Makes a window, which is not shown yet. `userData` is passed to every function that is registered with it. */
 VISTREL_EXPORT int32_t VTWindowCreate(VTAppHandle app, VTWindowHandle* result, void* userData);
 
 /* Closes the window without asking, and ends its handle and those of its actions. Waits for no host function:
- * VT_FEATURE_FINISHED tells when the last one has returned. May be called in any callback.
- * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+ * VT_FEATURE_FINISHED is called when the last one has returned. May be called in any callback. */
 VISTREL_EXPORT int32_t VTWindowDestroy(VTWindowHandle window);
 
-/* Whether the window is there: false when there is no application, for any wrong handle, and once the user has closed
- * it. Any thread. */
+/* Whether the window exists: false without an application, for a wrong handle, and once the user has closed it. Any
+ * thread. */
 VISTREL_EXPORT bool VTWindowIsGood(VTWindowHandle window);
 
-/* The window system's own window: a window handle on Windows; on X11 the window's number.
- * NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; EXCEPTION. */
+/* Stores the native window: a window handle on Windows; on X11 the window's number. WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTWindowGetNativeHandle(VTWindowHandle window, void** result);
 
-/* What VTWindowCreate was given. Codes as above. */
+/* Stores the `userData` of VTWindowCreate. WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTWindowGetUserData(VTWindowHandle window, void** result);
 
-/* Makes a frame the pending one, which the window shows as soon as it refreshes (VT_SIGNAL_GET_FRAME_NOW: at once), or
- * takes the pending one away when `image` is null. Only the description is copied: the pixels are lent until they are
- * released, see VT_FEATURE_FRAME_RELEASED. Null `data` clears the picture. Never waits. Any thread.
- * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WINDOW_CLOSED; EXCEPTION. */
+/* Makes a frame the pending one, which the window shows at its next refresh (VT_SIGNAL_GET_FRAME_NOW: at once), or
+ * takes the pending one away when `image` is null. Copies only the description: the pixels are lent until they are
+ * released, see VT_FEATURE_FRAME_RELEASED. Null `data` clears the picture. Never blocks. Any thread. WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTWindowSetNextFrame(VTWindowHandle window, const VTRawImage* image);
 
 /* Adds a named setup mode, which the window offers when VT_FEATURE_SETUP_MODE is registered. The description may be
- * empty. NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; SETUP_MODE; EXCEPTION. */
+ * empty. WINDOW_CLOSED; SETUP_MODE. */
 VISTREL_EXPORT int32_t VTWindowAddSetupMode(VTWindowHandle window, const char* name, const char* description);
-/* NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; EXCEPTION. */
+/* WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTWindowClearSetupModes(VTWindowHandle window);
 
 /* Adds a file format that "Save Image..." offers and VT_FEATURE_FILE_SAVE writes. `extension` is the primary one;
  * `extensions` lists further ones, separated by spaces; it and `description` may be null. An extension consists of
- * ASCII letters and digits, with or without its leading dot.
- * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; FILE_FORMAT; EXCEPTION. */
+ * ASCII letters and digits, with or without its leading dot. WINDOW_CLOSED; FILE_FORMAT. */
 VISTREL_EXPORT int32_t VTWindowAddFileFormat(VTWindowHandle window, const char* extension, const char* extensions,
                                              const char* description);
-/* NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; WINDOW_CLOSED; EXCEPTION. */
+/* WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTWindowClearFileFormats(VTWindowHandle window);
 
-/* Actions of the host's own -----------------------------------------------------------------------------------------
- */
+/* Actions of the host --------------------------------------------------------------------------------------------- */
 
 enum VTPlace {
-    VT_PLACE_MENU = 1,       /* a menu of the title `menuTitle`, which is made when it is the first */
-    VT_PLACE_TOOL_BAR = 2,   /* `menuTitle` is not used, and may be null */
-    VT_PLACE_INFORMATION = 3 /* the image information bar; the same */
+    VT_PLACE_MENU = 1,       /* the menu with the title `menuTitle`, created if needed */
+    VT_PLACE_TOOL_BAR = 2,   /* `menuTitle` is ignored, and may be null */
+    VT_PLACE_INFORMATION = 3 /* the image information bar; `menuTitle` is ignored */
 };
 
-/* Adds an action to the window. "&" in a text stands before its key. `triggered`, which may be null, is called on the
+/* Adds an action to the window. "&" in a text precedes its mnemonic. `triggered`, which may be null, is called on the
  * user-interface thread when the user triggers it; `checked` is the new state of a checkable one. `gone`, which may be
- * null, is the last call with `user`, exactly once, however the action ends.
- * NO_APPLICATION; NULL_HANDLE; NULL_RESULT; WRONG_HANDLE; WRONG_THREAD; ACTION_ARGUMENT; WINDOW_CLOSED; ACTION_REFUSED;
- * EXCEPTION. */
+ * null, is the last call with `user`, exactly once, however the action ends. ACTION_ARGUMENT; WINDOW_CLOSED;
+ * ACTION_REFUSED. */
 VISTREL_EXPORT int32_t VTWindowAddAction(VTWindowHandle window, int32_t place, const char* menuTitle, const char* text,
                                          void (*triggered)(VTActionHandle action, bool checked, void* user),
                                          void (*gone)(void* user), void* user, VTActionHandle* result);
 
-/* Takes the action away. May be called in its own `triggered`, after which `gone` then comes.
- * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+/* Removes the action. May be called in its own `triggered`; `gone` is then called after that. */
 VISTREL_EXPORT int32_t VTActionDestroy(VTActionHandle action);
 
-/* The action's `user`. NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD; EXCEPTION. */
+/* Stores the action's `user`. */
 VISTREL_EXPORT int32_t VTActionGetUserData(VTActionHandle action, void** result);
 
-/* Message boxes -----------------------------------------------------------------------------------------------------
- */
+/* Message boxes --------------------------------------------------------------------------------------------------- */
 
 enum VTMessage { VT_MESSAGE_CRITICAL = 1, VT_MESSAGE_WARNING = 2, VT_MESSAGE_INFORMATION = 3, VT_MESSAGE_QUESTION = 4 };
 
@@ -248,32 +235,29 @@ enum VTButton {
     VT_BUTTON_IGNORE = 0x20000
 };
 
-/* Shows a message box over the window and waits for the answer; other windows live on meanwhile. `buttons` is a sum of
- * VTButton, 0 for Ok; `defaultButton` one of those shown, or 0. On another thread the caller waits, so it must hold
- * nothing that the user-interface thread waits for. `*pressed` is written with VT_OK alone. Any thread.
- * NO_APPLICATION; NULL_HANDLE; NULL_POINTER (title, text, pressed); WRONG_HANDLE; MESSAGE_KIND; MESSAGE_BUTTONS;
- * WINDOW_CLOSED; NO_ANSWER (the window, the event loop or the application went, too); EXCEPTION. */
+/* Shows a message box over the window and blocks until it is answered; events of other windows are handled meanwhile.
+ * `buttons` is a sum of VTButton, 0 for Ok; `defaultButton` is one of those shown, or 0. A caller on another thread
+ * must hold nothing that the user-interface thread waits for. `*pressed` is written only with VT_OK. Any thread.
+ * NULL_POINTER (also title, text); MESSAGE_KIND; MESSAGE_BUTTONS; WINDOW_CLOSED; NO_ANSWER (also when the window, the
+ * event loop or the application ends). */
 VISTREL_EXPORT int32_t VTMessageBoxDialogShow(VTWindowHandle window, int32_t kind, const char* title, const char* text,
                                               uint32_t buttons, uint32_t defaultButton, uint32_t* pressed);
 
-/* Properties --------------------------------------------------------------------------------------------------------
- */
+/* Properties ------------------------------------------------------------------------------------------------------ */
 
 /* A property's number is owner x 1000 + type x 100 + index. Owner: 1 application, 2 window, 3 the window's source (by
- * the window's handle), 4 action. Type: 0 Int32, 1 Double, 2 Bool, 3 CStr, 4 Data. All can be read and written, but
- * where a comment says otherwise. */
+ * the window's handle), 4 action. Type: 0 Int32, 1 Double, 2 Bool, 3 CStr, 4 Data. All can be read and written, unless
+ * a comment says otherwise. */
 enum VTProperty {
     VT_APP_QUIT_ON_LAST_WINDOW_CLOSED = 1200, /* whether VTAppExec returns then; true at first */
 
     VT_WINDOW_COLOR_TABLE = 2000,           /* VTColorTable: the palette of monochrome images */
     VT_WINDOW_BAYER_FILTER_OVERRIDE = 2001, /* one of the four patterns of VTFormat, or 0: each image's own */
-    VT_WINDOW_REFRESH_RATE =
-        2002, /* hertz, from 1, kept as whole milliseconds; writing it ends VT_WINDOW_REFRESH_RATE_AUTO */
-    VT_WINDOW_SHOW_STATE = 2003,        /* VTShowState; writing it shows the window */
-    VT_WINDOW_ACQUISITION_STATE = 2004, /* VTAcquisitionState; writing it has the commands run that lead there */
+    VT_WINDOW_REFRESH_RATE = 2002,          /* hertz, from 1, in whole milliseconds; writing ends the automatic rate */
+    VT_WINDOW_SHOW_STATE = 2003,            /* VTShowState; writing it shows the window */
+    VT_WINDOW_ACQUISITION_STATE = 2004,     /* VTAcquisitionState; writing it queues the commands that lead there */
 
-    VT_WINDOW_ZOOM =
-        2100, /* logical screen pixels an image pixel, 1.125 to the power of -40 to 40 (about 0.009 to 111) */
+    VT_WINDOW_ZOOM = 2100, /* logical screen pixels an image pixel, 1.125^-40 to 1.125^40 (about 0.009 to 111) */
 
     VT_WINDOW_VISIBLE = 2200,
     VT_WINDOW_RAISE = 2201,     /* write only: true brings the window to the front */
@@ -284,11 +268,12 @@ enum VTProperty {
     VT_WINDOW_PIXEL_CROSSHAIR_VISIBLE = 2206,
     VT_WINDOW_BAYER_DEMOSAIC_ENABLED = 2207,
     VT_WINDOW_RGB_ORDER_REVERSED = 2208,
-    VT_WINDOW_REFRESH_ENABLED = 2209,   /* whether frames are asked for at the refresh rate while the source is set up;
-                                           VT_SIGNAL_GET_FRAME_NOW shows one all the same */
-    VT_WINDOW_REFRESH_RATE_AUTO = 2210, /* the primary screen's rate */
+    /* Whether frames are fetched at the refresh rate while the source is set up. VT_SIGNAL_GET_FRAME_NOW shows a frame
+     * in any case. */
+    VT_WINDOW_REFRESH_ENABLED = 2209,
+    VT_WINDOW_REFRESH_RATE_AUTO = 2210,       /* refreshes at the primary screen's rate */
     VT_WINDOW_KEEP_IMAGE_INFO_VISIBLE = 2211, /* also in full screen and exhibit view */
-    /* What the image information bar shows, of what the source has. */
+    /* Which items the image information bar shows, of those that the source has. */
     VT_WINDOW_PREVIEW_FRAME_RATE = 2220,
     VT_WINDOW_PREVIEW_BUFFERS_QUEUED = 2221,
     VT_WINDOW_PREVIEW_BUFFERS_FILLED = 2222,
@@ -301,23 +286,24 @@ enum VTProperty {
     VT_WINDOW_PREVIEW_SETUP_MODE = 2229,
 
     VT_WINDOW_TITLE = 2300,         /* Latin-1 */
-    VT_WINDOW_GEOMETRY_TEXT = 2301, /* place and size to be kept and restored; another text is REFUSED */
-    VT_WINDOW_ABOUT_TITLE = 2302,   /* Latin-1; heading of "About Application...", which both texts empty take away */
+    VT_WINDOW_GEOMETRY_TEXT = 2301, /* position and size, to be stored and written back; any other text is REFUSED */
+    VT_WINDOW_ABOUT_TITLE = 2302,   /* Latin-1; heading of "About Application...", removed when both texts are empty */
     VT_WINDOW_ABOUT_TEXT = 2303,    /* Latin-1 */
 
-    /* Sides are bounded to 1 to 32,767; a place that meets no screen is moved by as little as makes it meet one. */
+    /* Sides are clamped to 1 to 32,767. A position outside all screens is moved by the least distance. */
     VT_WINDOW_GEOMETRY = 2400,         /* int32_t[4]: x, y, width, height in logical screen pixels, without the frame */
     VT_WINDOW_FRAME_GEOMETRY = 2401,   /* the same with the frame, whose width is known once the window was shown */
     VT_WINDOW_IMAGE_OFFSET = 2402,     /* int32_t[2]: of the view in the scaled image, in logical pixels */
     VT_WINDOW_TRANSIENT_PARENT = 2403, /* void*: a top-level window of the host above which this one stays, or null */
-    VT_WINDOW_BITMAP_LOCK = 2404,      /* uint32_t[3]: width, height and format (MONO8, RGB8 or RGBA8) of pixels that
-                                          the host draws itself; size 0: none, and writing that unlocks */
-    /* VTRawImage, read only: the locked bitmap, or size 0 when there is none. The host may write into it until it is
-     * unlocked or locked anew, or the window goes, which all free it: before VT_FEATURE_CLOSED returns, too. What it
-     * has drawn is shown by pushing this very description. A frame of its size and format is copied in. */
+    /* uint32_t[3]: width, height and format (MONO8, RGB8 or RGBA8) of a bitmap that the host draws into. Size 0 means
+     * none; writing it unlocks. */
+    VT_WINDOW_BITMAP_LOCK = 2404,
+    /* VTRawImage, read only: the locked bitmap, or size 0 for none. The host shows what it has drawn by pushing this
+     * same description. A frame of the bitmap's size and format is copied into it. The bitmap is freed when it is
+     * unlocked or locked anew and when the window ends; the host must stop writing before VT_FEATURE_CLOSED returns. */
     VT_WINDOW_BITMAP = 2405,
 
-    /* Bounds and step of the frame count that VT_FEATURE_START_FIXED is offered with, from 1. */
+    /* Bounds and step of the frame count of VT_FEATURE_START_FIXED, from 1. */
     VT_SOURCE_START_FIXED_MIN = 3000,
     VT_SOURCE_START_FIXED_MAX = 3001,
     VT_SOURCE_START_FIXED_INC = 3002,
@@ -366,10 +352,9 @@ enum VTAcquisitionState {
     VT_ACQUISITION_RUNNING = 2
 };
 
-/* Write a property. `size` is that of the data in bytes; `data` may be null when it is 0.
- * NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE (also a live one that the property does not belong to);
- * WRONG_THREAD; UNKNOWN_PROPERTY; PROPERTY_TYPE; READ_ONLY; OUT_OF_RANGE; WINDOW_CLOSED; PROPERTY_REFUSED; EXCEPTION.
- */
+/* Write a property. `size` is the data's in bytes; `data` may be null when it is 0. NULL_POINTER (value, data);
+ * WRONG_HANDLE (also a live one to which the property does not belong); UNKNOWN_PROPERTY; PROPERTY_TYPE; READ_ONLY;
+ * OUT_OF_RANGE; WINDOW_CLOSED; PROPERTY_REFUSED. */
 VISTREL_EXPORT int32_t VTSetPropInt32(VTHandle handle, int32_t property, int32_t value);
 VISTREL_EXPORT int32_t VTSetPropDouble(VTHandle handle, int32_t property, double value);
 VISTREL_EXPORT int32_t VTSetPropBool(VTHandle handle, int32_t property, bool value);
@@ -377,23 +362,22 @@ VISTREL_EXPORT int32_t VTSetPropCStr(VTHandle handle, int32_t property, const ch
 VISTREL_EXPORT int32_t VTSetPropData(VTHandle handle, int32_t property, const void* data, size_t size);
 
 /* Read a property. Data is never cut: `*size` is the buffer's capacity on entry and the data's size on return; a null
- * buffer only measures. `value` and `size` are required.
- * NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD; UNKNOWN_PROPERTY; PROPERTY_TYPE; WRITE_ONLY;
- * WINDOW_CLOSED; BUFFER_TOO_SMALL; EXCEPTION. */
+ * buffer only measures. `value` and `size` are required. WRONG_HANDLE (as above); UNKNOWN_PROPERTY; PROPERTY_TYPE;
+ * WRITE_ONLY; WINDOW_CLOSED; BUFFER_TOO_SMALL. */
 VISTREL_EXPORT int32_t VTGetPropInt32(VTHandle handle, int32_t property, int32_t* value);
 VISTREL_EXPORT int32_t VTGetPropDouble(VTHandle handle, int32_t property, double* value);
 VISTREL_EXPORT int32_t VTGetPropBool(VTHandle handle, int32_t property, bool* value);
 VISTREL_EXPORT int32_t VTGetPropCStr(VTHandle handle, int32_t property, char* buffer, size_t* size);
 VISTREL_EXPORT int32_t VTGetPropData(VTHandle handle, int32_t property, void* buffer, size_t* size);
 
-/* Features: the host's functions ------------------------------------------------------------------------------------
- */
+/* Features: the host's functions ---------------------------------------------------------------------------------- */
 
-/* A feature's number is signature x 100 + index; each signature has its function to register by. `user` is always what
- * VTWindowCreate was given. C++ hosts: an exception that leaves a callback is caught, reported in one line on the
- * standard error stream, and counts as that callback's failure. */
+/* A feature's number is signature x 100 + index; each signature has its own function that registers it. `user` is the
+ * `userData` of VTWindowCreate. C++ hosts: an exception that leaves a callback is caught, reported in one line on the
+ * standard error stream, and counts as the callback's failure. */
 enum VTFeature {
-    /* Command. Registered, the window offers it. Run on the window's busy-work thread, one at a time; true: done. */
+    /* Command. The window offers those registered and runs them on its busy-work thread, one at a time; true on
+     * success. */
     VT_FEATURE_SETUP = 100,
     VT_FEATURE_CLEANUP = 101,
     VT_FEATURE_TRIGGER = 102,
@@ -407,9 +391,9 @@ enum VTFeature {
     VT_FEATURE_START_FIXED = 200, /* Count: a command with the number of frames */
     VT_FEATURE_SETUP_MODE = 300,  /* Name: a command with the setup mode's name */
 
-    /* Query. Asked on the user-interface thread, often: answer at once. Without a function of its own a registered
-     * command is always possible, the source is set up, running unless one of the start commands is registered, stopped
-     * when not running, and the other states are false. */
+    /* Query. Called often on the user-interface thread: must return at once. Without a function, a registered command
+     * is always possible, the source is set up, is running unless a start command is registered, is stopped when it is
+     * not running, and the other states are false. */
     VT_FEATURE_CAN_SETUP = 400,
     VT_FEATURE_CAN_SETUP_MODE = 401,
     VT_FEATURE_CAN_CLEANUP = 402,
@@ -430,7 +414,7 @@ enum VTFeature {
     VT_FEATURE_IS_PAUSED = 426,
     VT_FEATURE_IS_STOPPED = 427,
 
-    /* Text: hands the name of the active setup mode out, as the library hands text out; false: none is active. */
+    /* Text: writes the name of the active setup mode in the way in which the library writes text; false: none. */
     VT_FEATURE_ACTIVE_SETUP_MODE = 500,
 
     VT_FEATURE_FRAME_RATE = 600, /* Double: frames a second; user-interface thread */
@@ -441,26 +425,26 @@ enum VTFeature {
     VT_FEATURE_FRAMES_DROPPED = 702,
     VT_FEATURE_FRAMES_DELIVERED = 703,
 
-    /* NextFrame. Called on the window's stream thread whenever the window refreshes and no pushed frame is pending:
-     * lends the next frame, or returns false when there is none. It may wait for one. */
+    /* NextFrame. Called on the window's stream thread whenever the window refreshes and no pushed frame is pending.
+     * Lends the next frame, or returns false when there is none. May block. */
     VT_FEATURE_NEXT_FRAME = 800,
 
-    /* Released. Every frame lent, pushed or pulled, comes back here exactly once, its fields unchanged: when a newer
-     * one replaced it unseen, when it was taken away or could not be shown, or when it is no longer the one in view nor
-     * read. Five may be lent at once: in view, about to be, ready, being converted, waiting; with a sixth buffer the
-     * camera always has one to fill, with a seventh also while a save function shows a message box. Register it before
-     * the first frame. Any thread; no frame must be pushed from within it. */
+    /* Released. Called exactly once for every lent frame, pushed or pulled, with its fields unchanged, when the library
+     * reads it no more: it was replaced unseen, taken away or refused, or is no longer in view. Five may be lent at
+     * once: in view, about to be, ready, being converted, pending. With a sixth buffer the camera always has one to
+     * fill, with a seventh also while a save function shows a message box. Register it before the first frame. Any
+     * thread; must not push a frame. */
     VT_FEATURE_FRAME_RELEASED = 900,
 
-    /* Notify. User-interface thread. CLOSED: the user closes the window. FINISHED: the last call of all with `user`, of
-     * actions and released frames, too, once the window has gone and every callback has returned; from then on user
-     * data, code and buffers are the host's again. It comes from the event loop or from VTAppDestroy, but not for a
-     * callback that outlasts that. */
+    /* Notify. User-interface thread. CLOSED: the user closes the window. FINISHED: the last call of all with `user`,
+     * also by actions and released frames, after the window has ended and every callback has returned; from then on
+     * user data, code and buffers are the host's. It comes from the event loop or VTAppDestroy, but not for a callback
+     * that returns after that. */
     VT_FEATURE_CLOSED = 1000,
     VT_FEATURE_FINISHED = 1001,
 
-    /* Load, Save. The window itself asks for saving alone. File names are in the local 8-bit encoding; the frame to be
-     * saved is readable until the function returns; a loaded one is copied and then released. User-interface thread. */
+    /* Load, Save. The window itself only saves. File names are in the local 8-bit encoding. The frame to be saved is
+     * readable until the function returns; a loaded one is copied and then released. User-interface thread. */
     VT_FEATURE_FILE_LOAD = 1100,
     VT_FEATURE_FILE_SAVE = 1200
 };
@@ -478,9 +462,8 @@ typedef void (*VTNotifyCallback)(void* user);
 typedef bool (*VTLoadCallback)(const char* fileName, VTRawImage* frame, void* user);
 typedef bool (*VTSaveCallback)(const VTRawImage* frame, const char* fileName, void* user);
 
-/* Register a function, or with null remove it; the window follows. One that is running may outlast its removal.
- * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; WRONG_THREAD; UNKNOWN_FEATURE; FEATURE_SIGNATURE; WINDOW_CLOSED;
- * EXCEPTION. */
+/* Register a function, or remove it with null; the window is updated. A running call may outlast the removal.
+ * UNKNOWN_FEATURE; FEATURE_SIGNATURE; WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTSetFeatureCommand(VTWindowHandle window, int32_t feature, VTCommandCallback callback);
 VISTREL_EXPORT int32_t VTSetFeatureCount(VTWindowHandle window, int32_t feature, VTCountCallback callback);
 VISTREL_EXPORT int32_t VTSetFeatureName(VTWindowHandle window, int32_t feature, VTNameCallback callback);
@@ -494,21 +477,18 @@ VISTREL_EXPORT int32_t VTSetFeatureNotify(VTWindowHandle window, int32_t feature
 VISTREL_EXPORT int32_t VTSetFeatureLoad(VTWindowHandle window, int32_t feature, VTLoadCallback callback);
 VISTREL_EXPORT int32_t VTSetFeatureSave(VTWindowHandle window, int32_t feature, VTSaveCallback callback);
 
-/* Whether a function is registered. NO_APPLICATION; NULL_HANDLE; NULL_POINTER; WRONG_HANDLE; WRONG_THREAD;
- * UNKNOWN_FEATURE; WINDOW_CLOSED; EXCEPTION. */
+/* Stores whether a function is registered. UNKNOWN_FEATURE; WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTIsFeatureSet(VTWindowHandle window, int32_t feature, bool* set);
 
-/* Signals -----------------------------------------------------------------------------------------------------------
- */
+/* Signals --------------------------------------------------------------------------------------------------------- */
 
 enum VTSignal {
-    VT_SIGNAL_ACQUISITION_STATE_CHANGED = 1, /* an answer to one of the IS queries is another now */
-    VT_SIGNAL_FEATURE_SET_CHANGED = 2,       /* so is one to a CAN query */
-    VT_SIGNAL_GET_FRAME_NOW = 3              /* a frame can be had: do not wait for the next refresh */
+    VT_SIGNAL_ACQUISITION_STATE_CHANGED = 1, /* the answer to an IS query has changed */
+    VT_SIGNAL_FEATURE_SET_CHANGED = 2,       /* the answer to a CAN query has changed */
+    VT_SIGNAL_GET_FRAME_NOW = 3              /* a frame is available: fetch it before the next refresh */
 };
 
-/* Tells the window that something has changed. Never waits. Any thread.
- * NO_APPLICATION; NULL_HANDLE; WRONG_HANDLE; UNKNOWN_SIGNAL; WINDOW_CLOSED; EXCEPTION. */
+/* Tells the window that something has changed. Never blocks. Any thread. UNKNOWN_SIGNAL; WINDOW_CLOSED. */
 VISTREL_EXPORT int32_t VTSendSignal(VTWindowHandle window, int32_t signal);
 
 #ifdef __cplusplus

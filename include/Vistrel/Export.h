@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Marks what leaves the library, and what of it stays inside.
+// Marks what the library exports, and what it keeps local.
 #pragma once
 
 #if defined(__MINGW32__) && defined(__cplusplus)
-// Behind an exported class that it meets before this header, GCC exports the types of all other classes too.
+// When GCC meets an exported class before this header, it also exports the type information of all other classes.
 #include <typeinfo>
 #endif
 

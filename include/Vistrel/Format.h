@@ -12,8 +12,8 @@ namespace Vistrel {
 /// A value is the sum of its fields: depth (all channels together), mosaic pattern, channel order, 10-bit packing.
 ///
 /// Monochrome and mosaic words of 10 to 16 bits are unsigned 16-bit little-endian, right-aligned. In the "RGB" orders
-/// of 8-bit and 16-bit channels the first channel in memory is blue, in the "BGR" orders it is red; in the 30-bit word
-/// it is the other way round: "RGB" has red in bits 0 to 9, "BGR" has red in bits 20 to 29.
+/// of 8-bit and 16-bit channels the first channel in memory is blue, in the "BGR" orders it is red. In the 30-bit word
+/// "RGB" has red in bits 0 to 9, "BGR" has red in bits 20 to 29.
 enum Format : std::uint32_t {
     Mono8 = 8,
     Mono10 = 10,
@@ -106,7 +106,7 @@ constexpr bool isColor(Format format)
 }
 
 /// Bytes from one pixel to the next, 0 for a depth that no format has. A row is width times this many bytes, with no
-/// padding. The packed 10-bit formats count as 2: only the pixels within a row are packed, the rest of it is unused.
+/// padding. The packed 10-bit formats count as 2: a row's pixels are packed at its beginning, the rest of it is unused.
 constexpr std::size_t bytesPerPixel(Format format)
 {
     if (isMonochrome(format))
@@ -126,12 +126,12 @@ constexpr std::size_t bytesPerPixel(Format format)
     }
 }
 
-/// The format's name, such as "BayerRG12" or "RGB10p32"; a static text, null when no name belongs to the value. Fields
-/// that mean nothing in a format, such as a channel order in monochrome, are passed over. Thread-safe.
+/// The format's name, such as "BayerRG12" or "RGB10p32"; a static text; null when the value has no name. Fields
+/// that mean nothing in a format, such as a channel order in monochrome, are ignored. Thread-safe.
 VISTREL_EXPORT const char* formatName(Format format);
 
-/// Finds a format by its exact name. False, and `format` unchanged, when the name is unknown or an argument is null.
-/// Thread-safe.
+/// Finds a format by its exact name. Returns false and leaves `format` unchanged when the name is unknown or an
+/// argument is null. Thread-safe.
 VISTREL_EXPORT bool formatFromName(const char* name, Format* format);
 
 } // namespace Vistrel

@@ -50,14 +50,14 @@ constexpr DialogButtons operator|(DialogButton left, DialogButton right)
     return DialogButtons(left) | DialogButtons(right);
 }
 
-/// Each shows a box over `window`, or over none for null and for a window that has been closed, and returns the button
-/// that the user pressed: `NoButton` when the box, the window, the event loop or the application went without an
-/// answer, also before the box was shown. Unknown flags are left out; without any button there is Ok. A default button
-/// that is not offered is no default. Texts are in the local 8-bit encoding.
+/// Each shows a box over `window`, or over no window when it is null or closed, and returns the button that the user
+/// pressed: `NoButton` when the box, the window, the event loop or the application ends without an answer, even before
+/// the box is shown. Unknown flags are ignored; without any button there is Ok. A default button that is not shown is
+/// ignored. Texts are in the local 8-bit encoding.
 ///
-/// The other windows' events are handled meanwhile. A call on another thread waits until the user-interface thread has
-/// shown the box and the user has answered; the caller must hold nothing that the user-interface thread waits for.
-/// Thread-safe; `window` may be closed and deleted meanwhile.
+/// Events of the other windows are handled while the box is shown. A call on another thread blocks until the user has
+/// answered; the caller must hold nothing that the user-interface thread waits for. Thread-safe; `window` may be closed
+/// and deleted during the call.
 class VISTREL_EXPORT MessageBoxDialog
 {
 public:

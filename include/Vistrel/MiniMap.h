@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A small picture of the whole image, with the visible part framed.
+// A small view of the whole image, with the visible part framed.
 #pragma once
 
 #include <Vistrel/Export.h>
@@ -12,11 +12,11 @@ namespace Vistrel {
 
 class SurfaceScrollArea;
 
-/// Shows the whole image of a scroll area, scaled into the widget, and which part of it the area shows. A press or a
+/// Shows the whole image of a scroll area, scaled to the widget, and frames the part that the area shows. A press or a
 /// drag with the left button centres the area's view there; the wheel zooms about the view's centre.
 ///
-/// The small picture is made when it is painted, at most 20 times a second, and only of another image or size than last
-/// time; while it is hidden nothing is done.
+/// The image is scaled when the widget is painted, at most 20 times a second, and only if the image or the size has
+/// changed. A hidden map does nothing.
 ///
 /// Bound to the user-interface thread.
 class VISTREL_EXPORT MiniMap : public QWidget
@@ -27,8 +27,8 @@ public:
     explicit MiniMap(QWidget* parent = nullptr);
     ~MiniMap() override;
 
-    /// Null for none. The area may be deleted first. Its moves and zooms are followed; of its images, which may be
-    /// many, the owner says by `updateView()` that there is another.
+    /// Null for none. The area may be deleted first. The map follows its moves and zooms; the owner calls
+    /// `updateView()` for a new image.
     void setScrollArea(SurfaceScrollArea* area);
 
     QSize sizeHint() const override;

@@ -2,7 +2,7 @@
 // The window system's own handles, without its headers.
 #pragma once
 
-// The very types of the Windows headers, with or without them, in either order.
+// The same types as in the Windows headers, which may be included before or after this one, or not at all.
 #if defined(_WIN32) && defined(NO_STRICT) && !defined(STRICT)
 typedef void* HWND;
 typedef void* HICON;

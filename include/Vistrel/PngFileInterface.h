@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// A ready file interface that saves frames in full depth.
+// A file interface that saves frames at full depth.
 #pragma once
 
 #include <Vistrel/AbstractFileInterface.h>
 
 namespace Vistrel {
 
-/// Claims ".png" and writes the acquired frame instead of the displayed image, lossless, as `FileIO` tells, on a thread
-/// of the window's. Names with another suffix are refused. Thread-safe.
+/// Registers ".png" and writes the acquired frame instead of the displayed image, lossless as `FileIO` describes, on a
+/// thread of the window. Refuses names with another suffix. Thread-safe.
 class VISTREL_EXPORT PngFileInterface final : public AbstractFileInterface
 {
 public:

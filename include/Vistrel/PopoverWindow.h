@@ -10,12 +10,13 @@
 
 namespace Vistrel {
 
-/// A frameless panel over its window, for one widget. It takes the keyboard focus and gives it back; it closes by Esc,
-/// when it is no longer the active window, and with its window. It grabs nothing: the press outside that closes it
-/// reaches what is pressed. A press on the widget that it stands at leaves it open, so that a button can toggle it.
+/// A frameless panel over its window, for one widget. It takes the keyboard focus and returns it. It closes on Esc,
+/// when it is no longer the active window, and with its window. It grabs no input: the press outside that closes it
+/// reaches the widget under it. A press on its anchor leaves it open, so that a button can toggle it.
 ///
-/// While a child of the contents has the focus, plain keys are its own and no shortcuts of the window; keys with Ctrl
-/// or Alt and the function keys stay shortcuts, as does every key but Esc when the contents have the focus themselves.
+/// While a child of the contents has the focus, plain keys go to that child and trigger no shortcuts of the window.
+/// Keys with Ctrl or Alt and the function keys stay shortcuts; so does every key but Esc while the contents themselves
+/// have the focus.
 ///
 /// Bound to the user-interface thread.
 class VISTREL_EXPORT PopoverWindow : public QWidget
@@ -24,19 +25,19 @@ class VISTREL_EXPORT PopoverWindow : public QWidget
     Q_PROPERTY(bool open READ isOpen)
 
 public:
-    /// `parent` is a widget of the window that the panel belongs to; null for a panel by itself.
+    /// `parent` is a widget of the window that the panel belongs to, or null.
     explicit PopoverWindow(QWidget* parent = nullptr);
     ~PopoverWindow() override;
 
-    /// Takes ownership of the widget, or of none for null; the one before it is deleted. Its accessible name becomes
-    /// the panel's.
+    /// Takes ownership of the widget, which may be null, and deletes the previous one. The panel takes over its
+    /// accessible name.
     void setContents(QWidget* contents);
 
     bool isOpen() const;
 
-    /// Opens under the start of `anchor`, or above it when there is no room; if it is null or hidden, at the top centre
-    /// of `fallback`, and of the panel's window if that is, too. The panel is wholly on one screen. When it is open
-    /// already it is placed anew; while its window is hidden or minimised nothing happens.
+    /// Opens below the leading edge of `anchor`, or above it if there is no room; if `anchor` is null or hidden, at the
+    /// top centre of `fallback`, and if that is too, of the panel's window. The panel lies completely on one screen. An
+    /// open panel is placed again. While its window is hidden or minimised nothing happens.
     void popUp(QWidget* anchor, QWidget* fallback);
 
     void setVisible(bool visible) override;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One frame buffer of the source, described.
+// Describes one frame buffer of a source.
 #pragma once
 
 #include <Vistrel/Format.h>
@@ -9,14 +9,14 @@
 
 namespace Vistrel {
 
-/// Copied by value; the pixels stay the source's.
+/// Copied by value; the source owns the pixels.
 struct RawImage
 {
     const std::uint8_t* data = nullptr; ///< first byte: height rows of width pixels, without padding between rows
     std::size_t width = 0;              ///< pixels a row
     std::size_t height = 0;             ///< rows
     Format format = Format(0);
-    void* userData = nullptr; ///< the host's own, carried unchanged
+    void* userData = nullptr; ///< for the host; not changed
 };
 
 } // namespace Vistrel

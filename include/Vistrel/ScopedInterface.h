@@ -6,8 +6,8 @@
 
 namespace Vistrel {
 
-/// Move-only owner that passes a host's interface into the library; destroying it destroys the interface. What
-/// `ScopedAcquisitionInterface`, `ScopedActionInterface` and `ScopedFileInterface` have in common. Reentrant.
+/// Move-only owner that passes a host's interface into the library; destroying it destroys the interface. The base of
+/// `ScopedAcquisitionInterface`, `ScopedActionInterface` and `ScopedFileInterface`. Reentrant.
 template <typename Interface>
 class ScopedInterface
 {
@@ -22,7 +22,7 @@ public:
 
     /// Deletes the interface owned now, then takes the other's and leaves the other empty.
     void take(ScopedInterface&& other) { reset(std::exchange(other.m_interface, nullptr)); }
-    /// Deletes the interface owned now, then owns the new one, which may be null but not the one owned already.
+    /// Deletes the interface owned now, then owns the new one, which may be null but not the same one.
     void reset(Interface* const owned)
     {
         delete std::exchange(m_interface, nullptr);

@@ -19,16 +19,16 @@ namespace Vistrel {
 class AbstractAcquisitionInterface;
 class SurfaceGeometry;
 
-/// Paints the visible part of a pixmap, with a crosshair on the active pixel and, once a pixel's cell is large enough,
-/// the pixel's coordinates and value written in it.
+/// Paints the visible part of a pixmap, a crosshair on the active pixel and, at a zoom with room for them, each pixel's
+/// coordinates and value.
 ///
 /// Coordinates are logical pixels. The scaled image's top-left corner lies at -`scaledOffset()` in the widget; the
 /// image pixel (x, y) covers the square of side `scaling()` at (x, y) * scaling() - scaledOffset(). An image smaller
 /// than the widget along an axis is centred along it.
 ///
-/// Bound to the user-interface thread, but for the getters of the view (`scaling` to `visibleImageRectF`, `pixmap`),
-/// `setPixmap`, `setImageSrc`, `clearImageSrc` and `imageSrcPixVal`, which are thread-safe. Signals are emitted with no
-/// lock held: a slot may call back.
+/// Bound to the user-interface thread, except for the getters of the view (`scaling` to `visibleImageRectF`, `pixmap`),
+/// `setPixmap`, `setImageSrc`, `clearImageSrc` and `imageSrcPixVal`, which are thread-safe. Signals are emitted without
+/// a lock held: a slot may call the surface.
 class VISTREL_EXPORT Surface : public QWidget
 {
     Q_OBJECT
@@ -51,11 +51,11 @@ public:
     explicit Surface(QWidget* parent = nullptr);
     ~Surface() override;
 
-    // Zoom levels are the powers of `scalingRatio()` from -40 to 40; fitting and `setScaling` may lie between them.
+    // Zoom levels are the powers of `scalingRatio()` from -40 to 40; fitting and `setScaling` give values in between.
     static double scalingMin();   ///< 1.125 to the -40th power
     static double scalingMax();   ///< 1.125 to the 40th power
     static double scalingRatio(); ///< 1.125
-    /// The zoom level nearest to `scaling` in the logarithmic sense.
+    /// The zoom level nearest to `scaling` on a logarithmic scale.
     static double enforceScalingRatio(double scaling);
 
     double scaling() const;
@@ -63,38 +63,38 @@ public:
     QRectF scaledRect() const; ///< the whole scaled image in widget coordinates
     QPointF scaledOffset() const;
     bool scaleToFit() const;
-    QRect visibleImageRect() const;   ///< image pixels of which any part can be seen, with a margin of rounding
-    QRectF visibleImageRectF() const; ///< the part of the image that can be seen, in image coordinates
-    VISTREL_LOCAL SurfaceGeometry viewGeometry() const; ///< of this moment; for the library's own widgets
+    QRect visibleImageRect() const;   ///< image pixels of which any part is visible, with a margin of rounding
+    QRectF visibleImageRectF() const; ///< the visible part of the image, in image coordinates
+    VISTREL_LOCAL SurfaceGeometry viewGeometry() const; ///< a copy; for the library's own widgets
     bool crosshairVisible() const;
     QPoint activePixel() const;
     bool valueOverlayEnabled() const;
     QPixmap pixmap() const;
 
-    /// Shows a picture, or nothing when it is null. Zoom and offset are fitted or clamped to the new size.
+    /// Shows a picture, or nothing for a null one. Zoom and offset are fitted or clamped to the new size.
     void setPixmap(const QPixmap& pixmap);
 
-    // Where pixel values are read from: an image, or a source's frame, read under a lock that the source grants. The
-    // source must stay alive until another image source is set or it is cleared. Where the pixels are not the source's,
-    // `owner` keeps them: it is let go when nobody reads them any more, on whatever thread that is.
+    // Set what pixel values are read from: an image, or a source's frame, read under a lock that the source grants. The
+    // source must live until another image source is set or it is cleared. `owner` keeps pixels that the source does
+    // not own; it is released, on any thread, when they are no longer read.
     void setImageSrc(const QImage& image);
     void setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw);
     void setImageSrc(AbstractAcquisitionInterface* const acquisitionInterface, const RawImage& raw,
                      std::shared_ptr<const void> owner);
     void clearImageSrc();
-    /// Reads one pixel at full depth. False, and `value` zeroed, without a source, outside the image, or when the
-    /// source's lock was not granted. Waits while a push source's frame is being converted.
+    /// Reads one pixel at full depth. Returns false and zeroes `value` without a source, outside the image, or when the
+    /// source refuses the lock. Blocks while a push source's frame is being converted.
     bool imageSrcPixVal(const PixPos& position, PixVal& value);
 
 public Q_SLOTS:
-    /// Sets the zoom, clamped to the limits; the image point in the widget's top-left corner stays. Turns fitting off.
+    /// Sets the zoom, clamped to the limits, and turns fitting off. The image point in the top-left corner stays there.
     void setScaling(double scaling);
     void setScaledOffset(const QPointF& offset);
     void setScaledOffsetX(int xOffset);
     void setScaledOffsetX(double xOffset);
     void setScaledOffsetY(int yOffset);
     void setScaledOffsetY(double yOffset);
-    /// While on, the whole image is kept in view; it is shrunk to fit, never enlarged. On at first.
+    /// Keeps the whole image in view while it is on: shrinks it to fit, never enlarges it. On at first.
     void setScaleToFit(bool enabled);
     void setCrosshairVisible(bool visible);
     void setActivePixel(const QPoint& pixPoint);
@@ -102,7 +102,7 @@ public Q_SLOTS:
     void setValueOverlayEnabled(bool enabled);
 
 Q_SIGNALS:
-    /// The set of image pixels that can be seen changed: by zoom, by another image size, by a resize.
+    /// The range of visible image pixels changed: by zoom, another image size, or a resize.
     void pixelRangeChanged();
     void pixelOffsetChanged(const QPointF& offset); ///< the stored offset, scaled pixels
     void scalingChanged(bool autoFit, double scaling);

@@ -16,9 +16,9 @@ namespace Vistrel {
 
 class Surface;
 
-/// Shows a `Surface` with two scroll bars, which are there while the image is larger than the view, and an optional
-/// widget in the corner between them. The wheel zooms about the pointer, the left button drags the image, the arrow
-/// keys step by an image pixel and page with Ctrl, a double click changes between the whole image and 100 % at the
+/// Shows a `Surface` with two scroll bars, each shown while the image is larger than the view, and an optional widget
+/// in the corner between them. The wheel zooms about the pointer. The left button drags the image. The arrow keys step
+/// by an image pixel, and by a page with Ctrl. A double click switches between the whole image and 100 % at the
 /// pointer. The pixel under the pointer is the surface's active pixel.
 ///
 /// Bound to the user-interface thread. Points are in the surface's coordinates, offsets in scaled pixels.
@@ -35,7 +35,7 @@ public:
     explicit SurfaceScrollArea(QWidget* parent = nullptr);
     ~SurfaceScrollArea() override;
 
-    // The area's own, never to be deleted.
+    // Owned by the area; must not be deleted.
     Surface* surface();
     const Surface* surface() const;
     QScrollBar* horizontalScrollBar();
@@ -43,10 +43,10 @@ public:
     QScrollBar* verticalScrollBar();
     const QScrollBar* verticalScrollBar() const;
 
-    QWidget* cornerWidget(); ///< null, too, once the host has deleted it
+    QWidget* cornerWidget(); ///< null when there is none or the host has deleted it
     const QWidget* cornerWidget() const;
-    /// Takes ownership of the widget, or of none for null; the one before it is deleted. It is shown, as a square,
-    /// while either bar is.
+    /// Takes ownership of the widget, which may be null, and deletes the previous one. It is a square, shown while
+    /// either bar is.
     void setCornerWidget(QWidget* const widget);
 
     double zoomScaling() const; ///< screen pixels an image pixel
@@ -56,8 +56,8 @@ public:
     bool vBarScrollable() const;
 
 public Q_SLOTS:
-    /// Zooms so that the image point under `centerRef` stays there; a point outside the view stands for its centre.
-    /// Without an image nothing happens. A change of less than `Surface::scalingMin()` keeps the top-left corner.
+    /// Zooms so that the image point under `centerRef` stays there; a point outside the view means its centre. Without
+    /// an image nothing happens. A change of less than `Surface::scalingMin()` keeps the top-left corner.
     void setZoomTo(double scale, const QPoint& centerRef);
     void doZoomIn(const QPoint& centerRef = QPoint(-1, -1));  ///< by the factor `Surface::scalingRatio()`
     void doZoomOut(const QPoint& centerRef = QPoint(-1, -1)); ///< by the same factor
@@ -80,7 +80,7 @@ public Q_SLOTS:
     void setImageOffset(const QPointF& offset); ///< clamped to the image
 
 Q_SIGNALS:
-    /// One of the bars came or went.
+    /// One of the bars was shown or hidden.
     void scrollabilityChanged(bool horizontal, bool vertical);
 
 private:

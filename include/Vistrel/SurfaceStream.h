@@ -20,13 +20,13 @@ namespace Vistrel {
 class AbstractAcquisitionInterface;
 class Surface;
 
-/// Fetches frames from a source on a worker thread of its own, converts them on all processors, and publishes the
-/// newest on the surface. Frames are asked for at the refresh rate while the source is set up (ten times a second once
-/// it has had none for a second), and when the source announces one: at once after a pause, and the newest of those
-/// that come faster than 60 times a second. The user-interface thread never waits for the source.
+/// Fetches frames from a source on a worker thread, converts them on all processors, and shows the newest picture on
+/// the surface. While the source is set up, frames are fetched at the refresh rate, or ten times a second after a
+/// second without one. A frame that the source announces is fetched at once after a pause; of frames that come faster
+/// than 60 times a second the newest is fetched. The user-interface thread never waits for the source.
 ///
-/// Bound to the user-interface thread. The surface is not owned, and nor is a source that is given as a pointer: it
-/// must outlive the stream, whose destructor waits for a fetch that is under way.
+/// Bound to the user-interface thread. The stream does not own the surface, nor a source that is given as a pointer:
+/// the source must outlive the stream, whose destructor waits for a running fetch.
 class VISTREL_EXPORT SurfaceStream : public QObject
 {
     Q_OBJECT
@@ -37,10 +37,10 @@ class VISTREL_EXPORT SurfaceStream : public QObject
     Q_PROPERTY(bool rgbOrderReversed READ rgbOrderReversed WRITE setRgbOrderReversed)
 
 public:
-    /// Throws an exception of the standard library, and leaves nothing behind, when the system has no thread for it.
+    /// Throws an exception of the standard library, and releases everything, when no thread can be started.
     SurfaceStream(Surface* const surface, AbstractAcquisitionInterface* const acquisitionInterface);
-    /// Shares the ownership of the source. The destructor waits for nothing: a fetch that is under way goes on, keeps
-    /// the source, and lets it go on its own thread.
+    /// Shares the ownership of the source. The destructor does not wait: a running fetch keeps the source, and releases
+    /// it on its own thread.
     SurfaceStream(Surface* const surface, std::shared_ptr<AbstractAcquisitionInterface> acquisitionInterface);
     ~SurfaceStream() override;
 
@@ -49,7 +49,7 @@ public:
     AbstractAcquisitionInterface* acquisitionInterface();
     const AbstractAcquisitionInterface* acquisitionInterface() const;
 
-    bool refreshEnabled() const;  ///< whether frames are being asked for at the refresh rate
+    bool refreshEnabled() const;  ///< whether frames are being fetched at the refresh rate
     int refreshRate() const;      ///< hertz: 1000 divided by the interval in whole milliseconds
     bool refreshRateAuto() const; ///< whether the rate is the primary screen's
 
@@ -59,51 +59,51 @@ public:
     QVector<unsigned int> colorPalette() const;
 
     /// Copies the descriptor of the newest frame as the source delivered it. With `lock` it succeeds only under a lock
-    /// that the source granted, and the pixels can be read while it is held; whatever `*lock` held is released first.
-    /// False without a frame. The source is asked for the lock on this thread, also while a command of a window's is
-    /// under way: a source whose commands hold up `getFrameLock` holds up this call. Let go of the lock before control
-    /// returns to the event loop, and before any other call here.
+    /// that the source grants; the pixels can be read while it is held. The lock that `*lock` held before is released
+    /// first. Returns false without a frame. The source is asked for the lock on this thread, even while a command
+    /// runs: a source whose commands block `getFrameLock` blocks this call. Release the lock before control returns to
+    /// the event loop, and before any other call here.
     bool latestImage(RawImage* const image, ScopedLock* const lock) const;
-    /// Deep copy of the newest converted image: `Format_Indexed8` without colour table for monochrome frames,
+    /// Returns a deep copy of the newest converted image: `Format_Indexed8` without colour table for monochrome frames,
     /// `Format_RGBX8888` for colour. Null without a frame.
     QImage cloneLatestImage() const;
-    /// Deep copy of the newest image as it is shown, palette and channel order applied.
+    /// Returns a deep copy of the newest image as it is shown, with palette and channel order applied.
     QImage cloneLatestImageForRender() const;
-    /// The newest picture, sharing its pixels; it stays as it is whatever comes after.
+    /// Returns the newest picture, which shares its pixels; later frames do not change it.
     QPixmap peekPixmap() const;
     QSize latestImageSize() const;    ///< (0, 0) without a frame
     Format latestImageFormat() const; ///< as converted: without pattern bits when not demosaiced; 0 without a frame
     QImage::Format latestQImageFormat() const; ///< `QImage::Format_Invalid` without a frame
 
-    /// Sets up a bitmap of the stream that frames are copied into, or the host draws into directly; zeroed at first.
-    /// `format` is `Mono8`, `RGB8` or `RGBa8`, anything else gives false and changes nothing. Frames of another size or
-    /// kind are refused while it is locked.
+    /// Makes a bitmap, owned by the stream and zeroed at first, that frames are copied into or the host draws into.
+    /// `format` is `Mono8`, `RGB8` or `RGBa8`; any other returns false and changes nothing. While it is locked, frames
+    /// of another size or kind are refused.
     bool setBitmapLocked(int width, int height, Format format);
     bool bitmapLocked() const;
-    /// Lets the next frame be converted as usual.
+    /// Later frames are converted as usual.
     void unlockBitmap();
-    /// Describes the locked bitmap; its address is fixed until it is unlocked. False when none is locked. A host that
-    /// drew into it delivers this very descriptor as its next frame. Unlocking it, or locking anew, frees its pixels
-    /// once no picture in view and no frame that was pushed before lies in them; the host neither draws into it nor
-    /// delivers it from then on.
+    /// Describes the locked bitmap; its address is fixed until it is unlocked. Returns false when none is locked. A
+    /// host that drew into it delivers this same descriptor as its next frame. After it is unlocked or locked anew, the
+    /// host neither draws into it nor delivers it; its pixels are freed when no picture in view and no frame that was
+    /// pushed before uses them.
     bool getBitmap(RawImage* const image) const;
 
-    /// Why frames that came are not shown, in a sentence; empty while they are.
+    /// Why arriving frames are not shown, in a sentence; empty while they are.
     QString refusal() const;
 
-    quint64 framesConverted() const; ///< frames converted since construction, also those replaced before being seen
+    quint64 framesConverted() const; ///< frames converted since construction, also those never shown
     quint64 framesPublished() const; ///< frames handed to the surface since construction
 
 public Q_SLOTS:
-    /// What is disabled stays so, whatever becomes of the source.
+    /// When disabled, a change of the source's state does not enable it.
     void setRefreshEnabled(bool enabled);
     /// Turns the automatic rate off. Zero or less changes nothing else.
     void setRefreshRate(int hz);
     void setRefreshRateAuto(bool enabled);
 
-    // Each of these re-converts the picture in view where it changes it, and waits for that: for one conversion at
-    // most. While a newer frame is being converted, or a command of the window is under way, the picture follows a
-    // moment later. A frame that came without a lock is re-converted only until the source is asked for the next one.
+    // Each of these converts the frame in view again if the setting affects it, and blocks for at most one conversion.
+    // While a newer frame is being converted, or a command of the window runs, the picture changes a moment later. A
+    // frame that was delivered without a lock is converted again only until the next fetch begins.
     void setBayerDemosaicEnabled(bool enabled);
     /// The pattern bits of `filter` replace those of the frames; 0 uses the frames' own.
     void setBayerDemosaicFilter(Vistrel::Format filter);
@@ -111,17 +111,16 @@ public Q_SLOTS:
     /// 256 entries 0xffRRGGBB, one for each grey level; any other number of entries shows the grey ramp.
     void setColorPalette(const QVector<unsigned int>& palette);
 
-    /// Asks the source whether it is set up, and starts or ends the asking for frames.
+    /// Asks the source whether it is set up, and starts or stops fetching frames.
     void updateAcquisitionState();
-    /// Turn this off while the source is busy with a call on another thread that may hold up whoever asks it anything:
-    /// then this thread asks it nothing, and what it announces meanwhile is looked at once this is on again. Frames are
-    /// still fetched.
+    /// Turn this off while the source runs a call on another thread that may block its queries: then this thread asks
+    /// it nothing, and handles what it announces when this is on again. Frames are still fetched.
     void setSourceAskable(bool askable);
-    /// Passes over what the source announces, and asks it for no frame, from now on: for a stream that is about to end.
+    /// From now on ignores what the source announces, and fetches nothing: for a stream that is about to be destroyed.
     void ignoreAnnouncements();
 
 Q_SIGNALS:
-    void imageUpdated(); ///< another image, or none, is on the surface
+    void imageUpdated(); ///< the surface shows another image, or none
     void bitmapLockChanged(bool locked);
 
 private:

@@ -1,7 +1,7 @@
 /* SPDX-License-Identifier: MIT */
 /* The version of the library that these headers belong to, for C and C++.
  *
- * While the major number is 0, each minor number is a binary interface of its own; then each major number is. The build
+ * While the major number is 0, a new minor number breaks the binary interface; later a new major number does. The build
  * reads its version here. */
 #ifndef VISTREL_VERSION_H
 #define VISTREL_VERSION_H

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A display window, for hosts that do not use the toolkit.
+// A display window, for hosts without Qt.
 #pragma once
 
 #include <Vistrel/ColorTable.h>
@@ -23,35 +23,35 @@ class SurfaceStream;
 
 /// A window that shows a source's live images and drives the source.
 ///
-/// The user may close it: then `good()` is false for good, and so it is once the application has gone. Other members
-/// must not be called any more; where they are, nothing happens, and false, null or zero is returned (a build for
-/// debugging says so and stops).
+/// Once the user has closed it, or the application is destroyed, `good()` stays false. Other members must not be called
+/// then: a debug build stops with a message, any other does nothing and returns false, null or zero.
 ///
 /// Bound to the user-interface thread, the one that made the `Application`, which must exist. A getter of text copies
-/// it and a terminating zero into `buffer`, whose capacity `*size` is on entry, and stores the length plus one in
-/// `*size`. A text too long arrives cut and terminated; a null buffer only measures; false only for a null `size`.
+/// it and a terminating zero into `buffer`. `*size` is the buffer's capacity on entry and the text's length plus one on
+/// return. A text that is too long is cut and terminated; a null buffer only measures. It returns false only for a null
+/// `size`.
 class VISTREL_EXPORT Window : public BaseClass
 {
 public:
-    /// Takes the source over, which may be none. Not shown yet. Throws `std::logic_error`, and takes nothing over,
-    /// before there is an `Application`, and on any thread but the one that made it.
+    /// Takes ownership of the source, which may be empty. The window is not shown yet. Throws `std::logic_error`, and
+    /// takes nothing, without an `Application` and on any thread but the one that made it.
     explicit Window(ScopedAcquisitionInterface&& acquisitionInterface);
-    /// Takes over what the host's own image files are saved by, too.
+    /// Also takes ownership of the interface that saves the host's own image files.
     Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface);
-    /// Closes the window without asking, and without `uxClosed()` on the source. The source goes with it, or later,
-    /// when a call to it returns that is under way; a window that is deleted in a function of the host's which it has
-    /// called stops at once, and goes when that function has returned. The source's destructor tells when.
+    /// Closes the window without asking, and without `uxClosed()` on the source. Destroys the source, or leaves that to
+    /// the last running call to it. A window that is deleted inside a host function that it has called stops at once,
+    /// and its parts are destroyed after that function has returned. The source's destructor marks the end.
     ~Window() override;
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
 
-    bool good() const; ///< whether the window is there
+    bool good() const; ///< whether the window exists
 
     QWidget* qt_handle();
     const QWidget* qt_handle() const;
-    HWND native_handle() const; ///< the window system's own, made now if need be; see `NativeTypes.h`
+    HWND native_handle() const; ///< the native window, created if needed; see `NativeTypes.h`
 
-    // The window's parts, which are its own; null without one.
+    // The window's parts, owned by it; null without one.
     AbstractAcquisitionInterface* acquisitionInterface();
     const AbstractAcquisitionInterface* acquisitionInterface() const;
     AbstractFileInterface* fileInterface();
@@ -61,8 +61,8 @@ public:
     SurfaceScrollArea* surfaceScrollArea();
     const SurfaceScrollArea* surfaceScrollArea() const;
 
-    // Place and size in logical screen pixels, without the frame but in `move` and where it says so. A side is bounded
-    // to 1 to 32,767; a place that meets no screen is moved by as little as makes it meet one.
+    // Position and size in logical screen pixels, without the frame except in `move` and `...FrameGeometry`. A side is
+    // clamped to 1 to 32,767. A position outside all screens is moved by the least distance that makes them overlap.
     void move(int x, int y);
     void resize(int width, int height);
     int width() const;
@@ -70,11 +70,11 @@ public:
     void getGeometry(int& x, int& y, int& width, int& height) const;
     void getFrameGeometry(int& x, int& y, int& width, int& height) const;
     void setGeometry(int x, int y, int width, int height);
-    /// So that the frame has this place and size. How wide the frame is, is known once the window has been shown.
+    /// Gives the frame this position and size. The frame's width is known only once the window has been shown.
     void setFrameGeometry(int x, int y, int width, int height);
     bool saveGeometry(char* const buffer, std::size_t* const size) const; ///< as a text for `restoreGeometry`
-    /// False, and the window unchanged, for a text that did not come whole from `saveGeometry`, or whose rectangles are
-    /// out of the bounds above.
+    /// Returns false and changes nothing for a text that is not a complete one from `saveGeometry`, or whose rectangles
+    /// are out of the bounds above.
     bool restoreGeometry(const char* const text);
 
     void show();
@@ -91,19 +91,19 @@ public:
     bool isFullScreen() const;
     void setExhibitView(bool enabled); ///< the image alone, in an ordinary window
     bool isExhibitView() const;
-    void setCloseable(bool closeable); ///< whether the user may close the window; at first so
+    void setCloseable(bool closeable); ///< whether the user may close the window; true at first
     bool closeable() const;
 
-    void setTitle(const char* const title); ///< Latin-1, as when it is read
+    void setTitle(const char* const title); ///< Latin-1, as in `title`
     bool title(char* const buffer, std::size_t* const size) const;
 
-    // Bring the source to a state, by a command that runs in its turn. `setConfigured` stops a running source and sets
-    // up any other; the other two do nothing when the source is there already.
+    // Queue a command that brings the source to a state. `setConfigured` stops a running source and sets up any other;
+    // the other two do nothing when the source is in that state already.
     void setRunning();
     void setConfigured();
     void setUnconfigured();
 
-    // What the image information bar shows, of what the source has.
+    // Which items the image information bar shows, of those that the source has.
     void setPreviewFrameRate(bool enabled);
     bool previewFrameRate() const;
     void setPreviewBuffersQueued(bool enabled);
@@ -141,7 +141,7 @@ public:
     void setPixelCrosshairVisible(bool visible);
     bool pixelCrosshairVisible() const;
 
-    void setRefreshEnabled(bool enabled); ///< whether frames are asked for while the source is set up
+    void setRefreshEnabled(bool enabled); ///< whether frames are fetched while the source is set up
     bool refreshEnabled() const;
     void setRefreshRate(int rate); ///< images a second, at most
     int refreshRate() const;
@@ -156,31 +156,31 @@ public:
     int imageOffsetX() const;
     int imageOffsetY() const;
 
-    // Shows pixels that the host draws itself; see `SurfaceStream`, where the four are the same.
+    // For a host that draws the pixels itself; the same as in `SurfaceStream`.
     bool setBitmapLocked(int width, int height, Format format);
     void unlockBitmap();
     bool bitmapLocked() const;
     bool getBitmap(RawImage* const image) const;
 
-    // Add an entry for a host's command to a menu of that title, which is made when it is the first, to the tool bar,
-    // or to the image information bar. The window owns the action, and the host may delete it. Texts are in the local
-    // 8-bit encoding; "&" stands before a menu's or an entry's key. Null when the window is not there.
+    // Add an entry for a host's command: to the menu of that title, which is created if needed, to the tool bar, or to
+    // the image information bar. The window owns the action, and the host may delete it. Texts are in the local 8-bit
+    // encoding; "&" precedes the mnemonic of a menu or an entry. Null when the window does not exist.
     Action* addMainMenuAction(ScopedActionInterface&& actionInterface, const char* const menuTitle,
                               const char* const actionText);
     Action* addToolBarAction(ScopedActionInterface&& actionInterface, const char* const actionText);
     Action* addImageStatsAction(ScopedActionInterface&& actionInterface, const char* const actionText);
 
-    /// What "About Application..." shows: a heading, text, and icons in XPM form, all Latin-1 and each optional: a
-    /// large one, which stands above the heading, and two more sizes for the dialog's own window. Nothing at all, but
-    /// for the smaller icons, takes the entry away.
+    /// Sets what "About Application..." shows: a heading, a text, and icons in XPM form, all Latin-1 and each optional.
+    /// The first icon is the large one above the heading; the other two are for the dialog's window. Without heading,
+    /// text and large icon the entry is removed.
     void setApplicationAbout(const char* const title, const char* const description,
                              const char* const* const icon1 = nullptr, const char* const* const icon2 = nullptr,
                              const char* const* const icon3 = nullptr);
 #if defined(_WIN32)
-    /// The same with icon handles, which stay the caller's.
+    /// The same with icon handles, which the caller keeps.
     void setApplicationAbout(const char* const title, const char* const description, HICON icon1, HICON icon2,
                              HICON icon3);
-    /// Without icons, where neither of the others would be the closer one.
+    /// Without icons; resolves a call that would be ambiguous between the other two.
     void setApplicationAbout(const char* const title, const char* const description, std::nullptr_t, std::nullptr_t,
                              std::nullptr_t)
     {
@@ -190,10 +190,10 @@ public:
     bool applicationAboutTitle(char* const buffer, std::size_t* const size) const;
     bool applicationAboutDescription(char* const buffer, std::size_t* const size) const;
 
-    /// Keeps this window above a top-level window of the host, of whatever toolkit and thread; null ends that. On X11
-    /// that is the window manager's to do. Without effect for what is no such window.
+    /// Keeps this window above a top-level window of the host, of any toolkit and thread; null ends that. On X11 the
+    /// window manager does it. Does nothing for any other handle.
     void setTransientParent(HWND parent);
-    HWND transientParent() const; ///< as it was given; null when there is none, and from the moment that it has gone
+    HWND transientParent() const; ///< as it was given; null when there is none, or when it has been destroyed
 
 private:
     class VISTREL_LOCAL PrivateData;

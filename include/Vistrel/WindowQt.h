@@ -20,11 +20,11 @@ namespace Vistrel {
 class SurfaceScrollArea;
 class SurfaceStream;
 
-/// Shows the frames of a source, with actions for all that the source offers and that can be done now. Commands run
-/// on a thread of their own, one at a time, in the order in which they were asked for.
+/// Shows the frames of a source, with an action for each command that the source offers, enabled while the command is
+/// possible. Commands run on the window's busy-work thread, one at a time, in the order in which they were requested.
 ///
-/// When it is closed it tells the source, hides at once and deletes itself; a source that is still busy outlives it
-/// until its call has returned. Bound to the user-interface thread.
+/// A window that is closed tells the source, hides at once and deletes itself. A source with a running call is
+/// destroyed when the call has returned. Bound to the user-interface thread.
 class VISTREL_EXPORT WindowQt : public QMainWindow
 {
     Q_OBJECT
@@ -47,9 +47,9 @@ class VISTREL_EXPORT WindowQt : public QMainWindow
     Q_PROPERTY(bool pixelCrosshairVisible READ pixelCrosshairVisible WRITE setPixelCrosshairVisible)
 
 public:
-    /// Takes the source over; without one, nothing is offered. Not shown yet.
+    /// Takes ownership of the source; without one, no command is offered. The window is not shown yet.
     explicit WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, QWidget* parent = nullptr);
-    /// Takes over what the host's own image files are saved by, too.
+    /// Also takes ownership of the interface that saves the host's own image files.
     WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface,
              QWidget* parent = nullptr);
     ~WindowQt() override;
@@ -85,45 +85,45 @@ public:
     bool previewZoomLevel() const;
     bool previewPixelValue() const;
 
-    // Add an action of the host's, which is the window's child and leaves no trace when it is deleted: to the menu of
-    // that title, which stands before Help and is there while it has an action, to the tool bar, or to the information
-    // bar.
+    // Add an action for the host: to the menu of that title, which stands before Help and exists while it has an
+    // action, to the tool bar, or to the image information bar. The action is the window's child; the host may delete
+    // it.
     QAction* addMainMenuAction(const QString& menuTitle, const QString& text);
     QAction* addToolBarAction(const QString& text);
     QAction* addImageStatsAction(const QString& text);
 
-    /// What "About Application..." runs. Not owned; null takes the entry away.
+    /// Sets the dialog that "About Application..." runs. Not owned; null removes the entry.
     void setApplicationAbout(QDialog* dialog);
 
-    /// Closes the window without asking, and without `uxClosed()` on the source, and deletes it: at once, or when the
-    /// function of the host's has returned that the window has called.
+    /// Closes the window without asking, and without `uxClosed()` on the source, and deletes it: at once, or after the
+    /// host function has returned from which this is called.
     void discard();
 
-    QMenu* createPopupMenu() override; ///< none: the bars are not the user's to hide
+    QMenu* createPopupMenu() override; ///< none: the user cannot hide the bars
 
 public Q_SLOTS:
     void setCloseable(bool closeable);
 
-    // Brings the source to a state, by a command that runs in its turn. `setConfigured` stops a running source and sets
-    // up any other; the other two do nothing when the source is there already.
+    // Queue a command that brings the source to a state. `setConfigured` stops a running source and sets up any other;
+    // the other two do nothing when the source is in that state already.
     void setRunning();
     void setConfigured();
     void setUnconfigured();
 
-    /// Asks the source again what it offers.
+    /// Asks the source which commands it offers.
     void updateFeatureSet();
-    /// Asks the source again what state it is in.
+    /// Asks the source for its state.
     void updateAcquisitionState();
 
-    /// Shows monochrome images in a palette. An unknown value is reported and changes nothing.
+    /// Selects the palette of monochrome images. An unknown value is reported and changes nothing.
     void setColorTable(Vistrel::ColorTable table);
     void setColorTableGray();
     void setColorTableGray2x();
     void setColorTableGrayInverse();
     void setColorTableSine();
     void setColorTableCosine();
-    void setColorTableRainbow(); ///< by the values of the rainbow dock
-    void setColorTableRandom();  ///< another one each time
+    void setColorTableRainbow(); ///< with the values of the rainbow dock
+    void setColorTableRandom();  ///< a new one each time
     void setColorTableContours();
 
     void setBayerDemosaicEnabled(bool enabled);
@@ -135,8 +135,8 @@ public Q_SLOTS:
     void setRgbOrderReversed(bool reversed);
     void setPixelCrosshairVisible(bool visible);
 
-    // In full screen, and in the exhibit view within an ordinary window, the image is alone. The bars come over it when
-    // the pointer touches the window's upper or lower edge; the status bar stays when the image information is kept.
+    // Full screen, and the exhibit view in an ordinary window, show only the image. The bars are shown over it when the
+    // pointer touches the window's upper or lower edge. `keepImageInfoVisible` keeps the status bar visible.
     void setFullScreen(bool enabled);
     void toggleFullScreen();
     void setExhibitView(bool enabled);
@@ -154,15 +154,15 @@ public Q_SLOTS:
     void setPreviewZoomLevel(bool enabled);
     void setPreviewPixelValue(bool enabled);
 
-    /// To a file that the user names. Events go on meanwhile; returns when the file is there, and after every dialog
-    /// and every saving that began in the meantime, also another window's.
+    /// Saves to a file that the user names. Events are handled meanwhile; returns when the file is written, and after
+    /// every dialog and every saving that began in the meantime, in any window.
     void saveCurrentImage();
-    void copyCurrentImage();      ///< to the clipboard, as it is shown, in full size
-    void copyCurrentPixelValue(); ///< as text, of the pixel under the pointer or clicked last
-    void copyCurrentImageStats(); ///< as text, a line for each item of the information bar that has a value
+    void copyCurrentImage();      ///< to the clipboard, as shown, at full size
+    void copyCurrentPixelValue(); ///< as text: the pixel under the pointer, or clicked last
+    void copyCurrentImageStats(); ///< as text: a line for each item of the information bar with a value
 
 Q_SIGNALS:
-    void partsGoing(); ///< at the beginning of the destruction, when everything is still there
+    void partsGoing(); ///< at the beginning of the destruction, while all parts exist
 
 protected:
     void changeEvent(QEvent* event) override;
