@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A thread that may be left behind.
+// A thread that can be detached while the host blocks it.
 #include "base/DetachableThread.h"
 
 #include <boost/thread/thread.hpp>
@@ -14,7 +14,7 @@ struct DetachableThread::State
 {
     boost::thread thread;
     std::mutex mutex; // guards all below
-    Needs needs;      // of a thread that was left behind
+    Needs needs;      // of a detached thread
     bool isOver = false;
 };
 
@@ -32,7 +32,7 @@ void DetachableThread::start(std::function<void()> work)
     state->thread = boost::thread([state, work = std::move(work), begun = std::move(begun)]() mutable {
         begun.set_value();
         work();
-        Needs needs; // they go without the mutex
+        Needs needs; // destroyed after the mutex is released
         const std::lock_guard<std::mutex> guard(state->mutex);
         needs.swap(state->needs);
         state->isOver = true;

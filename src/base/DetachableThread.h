@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A thread that may be left behind.
+// A thread that can be detached while the host blocks it.
 #pragma once
 
 #include <array>
@@ -8,12 +8,11 @@
 
 namespace Vistrel {
 
-/// Owner of at most one thread, which is joined in the end, unless it is left behind while the host holds it up.
-/// Reentrant.
+/// Owns at most one thread. The destructor joins it, unless it has been detached because the host blocks it. Reentrant.
 class DetachableThread
 {
 public:
-    /// What the thread needs as long as it runs; the second is let go first.
+    /// What a detached thread keeps until its work returns; it releases the second first.
     using Needs = std::array<std::shared_ptr<void>, 2>;
 
     DetachableThread() = default;
@@ -24,12 +23,11 @@ public:
 
     void swap(DetachableThread& other) noexcept { m_state.swap(other.m_state); }
 
-    /// Starts a thread for the work, where there is none, and returns when it runs. The work must not throw. Throws the
-    /// thread library's error, and starts nothing, when there can be no thread.
+    /// Starts a thread for the work and returns when it runs. There must be none yet, and the work must not throw.
+    /// Throws the thread library's error when no thread can be started.
     void start(std::function<void()> work);
 
-    /// Gives the thread up. It runs on by itself and lets `needs` go when the work has returned; when it has already,
-    /// they go here.
+    /// Detaches the thread, which releases `needs` when its work has returned. If it has already, this releases them.
     void leave(Needs needs) noexcept;
 
 private:

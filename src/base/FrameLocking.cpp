@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Asks sources for the locks of their frames, none twice on one thread.
+// Asks sources for frame locks, at most once on a thread.
 #include "base/FrameLocking.h"
 
 #include "base/HostCall.h"

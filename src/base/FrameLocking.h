@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Asks sources for the locks of their frames, none twice on one thread.
+// Asks sources for frame locks, at most once on a thread.
 #pragma once
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
 
 namespace Vistrel {
 
-/// Asks for the frame's lock, with no mutex held: the source may wait, or call back. Empty when it is refused, when the
-/// source throws, or when a `HeldFrameLock` of this thread names the source: the answer might wait for this thread.
+/// Asks for the frame's lock. Call it without a mutex held: the source may block or call back. Empty when the source
+/// refuses or throws, and when a `HeldFrameLock` of this thread names the source, which might then wait for this
+/// thread.
 ScopedLock askFrameLock(AbstractAcquisitionInterface* source, const RawImage& frame) noexcept;
 
-/// Lives for as long as a lock of the source is held on this thread while code runs that may ask for one.
+/// Marks that this thread holds a lock of the source while it runs code that may ask for another.
 class HeldFrameLock
 {
 public:

@@ -11,7 +11,7 @@ namespace Vistrel {
 /// Whether this thread is inside a `hostCall`.
 bool isInHostCall() noexcept;
 
-/// Counts the calls that this thread is inside of.
+/// Counts the nested host calls of this thread.
 class HostCallScope
 {
 public:
@@ -21,7 +21,7 @@ public:
     HostCallScope& operator=(const HostCallScope&) = delete;
 };
 
-/// Runs `call`, which enters the host's code; an exception is reported and gives `failure`.
+/// Runs `call`, which enters the host's code. Reports an exception and then returns `failure`.
 template <typename Result, typename Call>
 Result hostCall(const char* operation, Result failure, Call&& call) noexcept
 {
@@ -29,7 +29,7 @@ Result hostCall(const char* operation, Result failure, Call&& call) noexcept
     return attempt(operation, std::move(failure), std::forward<Call>(call));
 }
 
-/// Runs `call`, which enters the host's code and returns nothing; an exception is reported.
+/// Runs `call`, which enters the host's code and returns nothing. Reports an exception.
 template <typename Call>
 void hostCall(const char* operation, Call&& call) noexcept
 {

@@ -18,10 +18,10 @@ struct Registration
     std::weak_ptr<const void> owner;
 };
 
-// Never deleted: a thread that was left behind may look up an address while the process ends.
+// Never deleted: a detached thread may look up an address while the process ends.
 struct Registry
 {
-    std::mutex mutex; // under it no memory of a host's frame is freed
+    std::mutex mutex; // not held while a frame's memory is freed
     std::vector<Registration> registrations;
 };
 
@@ -53,7 +53,7 @@ std::shared_ptr<const void> lentMemoryAt(const void* address)
     for (const Registration& entry : all.registrations) {
         if (wanted < entry.begin || wanted >= entry.end)
             continue;
-        if (auto owner = entry.owner.lock()) // the address may have become another's
+        if (auto owner = entry.owner.lock()) // an expired entry may have the same address
             return owner;
     }
     return nullptr;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Writes the lines that nobody asked for: what failed, and why.
+// Reports failures, each in one line.
 #include "base/Log.h"
 
 #include "platform/ErrorStream.h"

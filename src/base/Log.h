@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Writes the lines that nobody asked for: what failed, and why.
+// Reports failures, each in one line.
 #pragma once
 
 #include <exception>
@@ -12,14 +12,14 @@ namespace Vistrel {
 /// Writes one line to the sink, or to the standard error stream when there is none. Thread-safe; never throws.
 void reportLine(const std::string& line) noexcept;
 
-/// Reports the exception being handled, on one line with the operation's name.
+/// Reports the exception being handled, in one line with the operation's name. Thread-safe.
 void reportException(const char* operation) noexcept;
 
-/// Receives the lines instead of the standard error stream; null for the stream itself.
+/// Receives the lines instead of the standard error stream; null for the stream.
 using ReportSink = void (*)(const std::string& line);
 void setReportSink(ReportSink sink) noexcept;
 
-/// Runs `work`; an exception is reported and gives `failure`. For the library's own work: `hostCall` is for the host's.
+/// Runs `work`. Reports an exception and then returns `failure`. For the library's code; `hostCall` is for the host's.
 template <typename Result, typename Work>
 Result attempt(const char* operation, Result failure, Work&& work) noexcept
 {
@@ -31,7 +31,7 @@ Result attempt(const char* operation, Result failure, Work&& work) noexcept
     }
 }
 
-/// Runs `work`, which returns nothing; an exception is reported.
+/// Runs `work`, which returns nothing. Reports an exception.
 template <typename Work>
 void attempt(const char* operation, Work&& work) noexcept
 {

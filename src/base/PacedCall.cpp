@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Brings what is announced on any thread, at any rate, to one thread at a rate that it bears.
+// Folds requests from any thread into calls on one thread at a limited rate.
 #include "base/PacedCall.h"
 
 #include <QtCore/QPointer>
@@ -13,8 +13,8 @@ namespace Vistrel {
 struct PacedCall::Gate
 {
     std::mutex mutex;           // guards all below
-    PacedCall* owner = nullptr; // null when it has stopped
-    bool isPending = false;     // a call is on its way
+    PacedCall* owner = nullptr; // null once it is stopped
+    bool isPending = false;     // a request has not been served yet
 };
 
 PacedCall::PacedCall(std::function<void()> call) : m_call(std::move(call)), m_gate(std::make_shared<Gate>())
@@ -31,7 +31,7 @@ PacedCall::~PacedCall()
     stop();
 }
 
-// What is posted already then finds nothing to do.
+// A call that is already posted then does nothing.
 void PacedCall::drop()
 {
     m_timer.stop();
@@ -74,14 +74,14 @@ void PacedCall::make()
         if (!m_gate->owner || !std::exchange(m_gate->isPending, false))
             return;
     }
-    // The next tick of a steady beat, so that calls asked for at the same rate are not met ever later, and one skipped
-    // in the end.
+    // The next tick of a steady clock. Counted from the call, requests at the same rate would be served later and
+    // later, and one would be skipped in the end.
     const qint64 begin = m_clock.elapsed();
     m_due = (begin < m_due + m_intervalMs ? m_due : begin) + m_intervalMs;
     const QPointer<PacedCall> alive(this);
-    const std::function<void()> call = m_call; // it may end with this object
+    const std::function<void()> call = m_call; // the call may delete this object
     call();
-    // What was asked for meanwhile waits for a turn of the loop, however long this one took.
+    // A request made meanwhile waits for a turn of the event loop, however long this call took.
     if (alive)
         m_due = std::max(m_due, m_clock.elapsed() + 1);
 }

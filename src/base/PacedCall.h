@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Brings what is announced on any thread, at any rate, to one thread at a rate that it bears.
+// Folds requests from any thread into calls on one thread at a limited rate.
 #pragma once
 
 #include <QtCore/QElapsedTimer>
@@ -13,9 +13,9 @@
 
 namespace Vistrel {
 
-/// Makes a call from the event loop of the thread that it lives on whenever one has been asked for. Requests are folded
-/// and paced: the first after a pause is met at once, those that come closer than the interval together at its end. The
-/// last one is always met, and the loop turns between two calls. Bound to its thread, but for `request`.
+/// Makes a requested call from the event loop of its thread. The first request after a pause is served at once; those
+/// that come within the interval are served by one call at its end. The last request is always served, and the event
+/// loop runs between two calls. Bound to its thread, except for `request`.
 class PacedCall : public QObject
 {
     Q_OBJECT
@@ -25,7 +25,7 @@ public:
 
     /// The call may delete this object.
     explicit PacedCall(std::function<void()> call);
-    /// What is still asked for is dropped. Requests may be under way on other threads.
+    /// Drops pending requests. Other threads may be requesting meanwhile.
     ~PacedCall() override;
 
     void setInterval(int milliseconds) { m_intervalMs = milliseconds; }
@@ -33,18 +33,18 @@ public:
     /// Thread-safe while this object lives.
     void request() { request(*m_gate); }
 
-    /// Asks for a call with each emission of `signal`, on whatever thread `sender` emits it.
+    /// Requests a call for each emission of `signal`, on any thread.
     template <typename Sender, typename Signal>
     void follow(const Sender* sender, Signal signal)
     {
-        // A queued connection would post every emission. A direct one to this object would not see it go on another
-        // thread; the gate outlives every emission.
+        // A queued connection would post every emission. A direct one to this object could call it while it is
+        // destroyed on another thread; the gate outlives every emission.
         m_followed.push_back(connect(sender, signal, [gate = m_gate] { request(*gate); }));
     }
 
-    /// Drops what is still asked for.
+    /// Drops pending requests.
     void drop();
-    /// Follows nothing any more, and drops what is still asked for.
+    /// Disconnects all followed signals and drops pending requests.
     void stop();
 
 private Q_SLOTS:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Carries calls to the user-interface thread.
+// Makes calls on the user-interface thread.
 #include "base/UserInterfaceCall.h"
 
 #include "base/Log.h"
@@ -19,7 +19,7 @@ namespace Vistrel {
 
 namespace {
 
-/// A call whose thread waits for the answer: whether it was made.
+/// A call whose thread waits until it has been made or dropped.
 struct WaitingCall
 {
     const std::function<void(QWidget*)>* work;
@@ -27,15 +27,15 @@ struct WaitingCall
     std::promise<bool> made;
 };
 
-/// Lives on the user-interface thread as long as the application, and receives the calls. A blocking connection would
-/// not do: its caller hangs for ever when no event loop comes to serve it.
+/// Receives the calls on the user-interface thread and lives as long as the application. With a blocking connection the
+/// caller would hang for ever if no event loop runs to serve it.
 class CallCarrier : public QObject
 {
     Q_OBJECT
 
 public Q_SLOTS:
     void serve();
-    void loopEnded() { endUserInterfaceCalls(); } // who waits then may wait for ever, and the host for him
+    void loopEnded() { endUserInterfaceCalls(); } // a waiting thread might wait for ever, and the host for that thread
     void loopRuns();
 };
 
@@ -70,12 +70,12 @@ struct WaitingCalls
         drop([=](const WaitingCall& call) { return call.target == target; });
     }
 
-    std::mutex mutex;          // guards all below; held while a call is posted, and taken by the one who receives it
+    std::mutex mutex;          // guards all below; held while a call is posted, and taken by its receiver
     QThread* thread = nullptr; // the user-interface thread, or null without an application
     CallCarrier* carrier = nullptr;
-    bool hasLoopEnded = false;                           // and no other has been seen
-    std::deque<WaitingCall> calls;                       // each with one post under way
-    std::unordered_map<const void*, CallTarget> targets; // that are there
+    bool hasLoopEnded = false;     // and no other has begun
+    std::deque<WaitingCall> calls; // each with one posted event
+    std::unordered_map<const void*, CallTarget> targets;
 };
 
 WaitingCalls& waitingCalls()
@@ -94,7 +94,7 @@ void CallCarrier::serve()
     waiting.calls.pop_front();
     QWidget* const widget = waiting.targetOf(call.target).widget;
     guard.unlock();
-    // What is thrown goes neither through the toolkit's loop nor leaves the caller without an answer.
+    // An exception must not pass through Qt's event loop, nor leave the caller waiting.
     call.made.set_value(attempt("call on the user-interface thread", false, [&] {
         (*call.work)(widget);
         return true;
@@ -117,7 +117,7 @@ void forgetApplication()
     delete std::exchange(waiting.carrier, nullptr);
 }
 
-// Called when an application begins, or when the library is loaded into one, then on any thread.
+// Called when an application begins, or, on any thread, when the library is loaded into one.
 void watchApplication()
 {
     auto* const application = qobject_cast<QApplication*>(QCoreApplication::instance());
@@ -164,7 +164,7 @@ void endUserInterfaceCalls()
     const std::lock_guard<std::mutex> guard(waiting.mutex);
     waiting.hasLoopEnded = true;
     waiting.drop();
-    if (waiting.carrier) // by the next loop, if there is one
+    if (waiting.carrier) // served by the next loop, if there is one
         QMetaObject::invokeMethod(waiting.carrier, "loopRuns", Qt::QueuedConnection);
 }
 
