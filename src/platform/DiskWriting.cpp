@@ -17,7 +17,7 @@ bool reachesDisk(const QFileDevice& file)
     static_cast<void>(file);
     return true;
 #else
-    // Some file systems know no such wait.
+    // Some file systems do not support it.
     return fsync(file.handle()) == 0 || (errno != EIO && errno != ENOSPC && errno != EDQUOT);
 #endif
 }

@@ -6,8 +6,8 @@ class QFileDevice;
 
 namespace Vistrel {
 
-/// Waits until the bytes of an open file that has been flushed are on the disk. False when the system tells only now
-/// that they are lost, as it may on a full or a network disk. True on Windows, where the toolkit gives no handle out.
+/// Blocks until the bytes of an open, flushed file are on the disk. Returns false when the system reports only now that
+/// they are lost, as on a full or a network disk. Returns true on Windows, where Qt gives no handle of the file.
 bool reachesDisk(const QFileDevice& file);
 
 } // namespace Vistrel

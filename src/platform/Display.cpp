@@ -27,16 +27,16 @@ namespace Vistrel {
 
 namespace {
 
-/// What arguments and environment say.
+/// The choice that arguments and environment make.
 struct Choice
 {
-    QByteArray platforms; // names with their own arguments, in the order in which they are tried
-    QString pluginFolder; // to be looked into before others, or empty
-    QByteArray display;   // the X server's name, or empty for that in DISPLAY
+    QByteArray platforms; // names with their arguments, in the order in which they are tried
+    QString pluginFolder; // searched before others, or empty
+    QByteArray display;   // the X server's name, or empty for the one in DISPLAY
     bool isNamed = false; // by arguments or environment
 };
 
-// Which of these the toolkit tries of itself depends on its version and on patches.
+// Which of these Qt tries by default depends on its version and patches.
 QByteArray defaultPlatforms()
 {
 #if defined(Q_OS_WIN)
@@ -64,7 +64,7 @@ Choice choose(const std::vector<std::string>& arguments)
         else if (option == "-display")
             choice.display = value, ++i;
         else if (option == "-platformtheme" || option.rfind("-qwindow", 0) == 0)
-            ++i; // its value, whatever that looks like
+            ++i; // the value, which may look like an option
     }
     if (!choice.isNamed)
         choice.platforms = defaultPlatforms();
@@ -88,7 +88,7 @@ bool isPluginOf(const QString& platform, const QJsonObject& description)
     });
 }
 
-// The first that has the platform's name is the one that the toolkit takes, whether it can be loaded or not.
+// Qt takes the first one with the platform's name, whether it can be loaded or not.
 QString pluginOf(const QString& platform, const QString& folder)
 {
     const QStringList names = QDir(folder).entryList(QDir::Files);
@@ -100,7 +100,7 @@ QString pluginOf(const QString& platform, const QString& folder)
     return {};
 }
 
-// Empty when one is loaded.
+// Empty when a plug-in is loaded.
 QString whyNoPlugin(const QString& platform, const Choice& choice)
 {
     QStringList folders = toolkitPluginPaths();
@@ -109,7 +109,7 @@ QString whyNoPlugin(const QString& platform, const Choice& choice)
     QString reason = QStringLiteral("There is no platform plug-in \"%1\".").arg(platform);
     for (const QString& subfolder : {QString(), QStringLiteral("/platforms")}) {
         if (subfolder.isEmpty() && choice.pluginFolder.isEmpty())
-            continue; // plug-ins that lie in no such folder count beside one that was named alone
+            continue; // Qt looks outside "platforms" only when a folder is named
         for (const QString& folder : qAsConst(folders)) {
             const QString file = pluginOf(platform, folder + subfolder);
             if (file.isEmpty())
@@ -150,7 +150,7 @@ DisplayCheck checkServer(QByteArray display)
 
 DisplayCheck checkCompositor()
 {
-    if (qEnvironmentVariableIsSet("WAYLAND_SOCKET")) // a connection that somebody has made
+    if (qEnvironmentVariableIsSet("WAYLAND_SOCKET")) // an open connection, inherited
         return {};
     QByteArray name = qgetenv("WAYLAND_DISPLAY");
     if (name.isEmpty())
@@ -174,7 +174,7 @@ DisplayCheck checkCompositor()
 
 #endif
 
-// Plug-ins that draw without a window system end the process themselves when they find no device.
+// Plug-ins that draw without a window system end the process when they find no device.
 bool endsTheProcess(const QString& platform)
 {
 #if defined(Q_OS_UNIX)

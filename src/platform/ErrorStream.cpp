@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where messages go that nobody asked for.
+// Writes lines to the standard error stream.
 #include "platform/ErrorStream.h"
 
 #include <cstdio>
@@ -23,7 +23,7 @@ void writeErrorLine(const char* line) noexcept
         return;
     }
 #endif
-    std::fprintf(stderr, "%s\n", line); // one call
+    std::fprintf(stderr, "%s\n", line); // in one call, so that lines do not mix
 }
 
 } // namespace Vistrel

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-// Where messages go that nobody asked for.
+// Writes lines to the standard error stream.
 #pragma once
 
 namespace Vistrel {
 
-/// Writes one line, whose end is added, to the standard error stream; in a Windows program that has none, such as one
-/// with windows alone, to the debugger's output. Thread-safe: lines of several threads do not mix.
+/// Writes a line and its end to the standard error stream; in a Windows program without one, such as a program without
+/// a console, to the debugger's output. Thread-safe: lines of several threads do not mix.
 void writeErrorLine(const char* line) noexcept;
 
 } // namespace Vistrel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pictures in the window system's own form.
+// Converts native icons.
 #include "platform/IconHandle.h"
 
 #if defined(_WIN32)
@@ -9,7 +9,7 @@
 #if defined(VISTREL_HAS_WINDOWS_EXTRAS)
 #include <QtWinExtras/QtWin>
 #else
-// What the extras call; the Gui library exports it, and no header of its declares it.
+// The function that QtWinExtras calls; Qt's Gui library exports it, but no header declares it.
 Q_GUI_EXPORT QPixmap qt_pixmapFromWinHICON(HICON icon);
 #endif
 
@@ -17,7 +17,7 @@ namespace Vistrel {
 
 QPixmap pixmapFromIcon(HICON icon)
 {
-    // The conversion warns of a handle that is no icon; here that is an answer.
+    // The conversion would print a warning for a handle that is no icon.
     ICONINFO information = {};
     if (!icon || !GetIconInfo(icon, &information))
         return {};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pictures in the window system's own form.
+// Converts native icons.
 #pragma once
 
 #include <Vistrel/NativeTypes.h>
@@ -10,8 +10,8 @@
 
 namespace Vistrel {
 
-/// A copy of the icon, which stays the caller's, with its transparency; a null pixmap for null or a handle that is no
-/// icon. User-interface thread.
+/// Returns a copy of the icon with its transparency; a null pixmap for null or a handle that is no icon. The caller
+/// keeps the icon. User-interface thread.
 QPixmap pixmapFromIcon(HICON icon);
 
 } // namespace Vistrel

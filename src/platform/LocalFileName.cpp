@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// File names for code that takes them in 8 bits.
+// File names in the local 8-bit encoding.
 #include "platform/LocalFileName.h"
 
 #include <QtCore/QDir>
@@ -22,11 +22,11 @@ QByteArray inLocalEncoding(const QString& name)
 }
 
 #if defined(_WIN32)
-// Empty when there is no such file or folder; the name itself where the disk keeps no short ones.
+// Empty when there is no such file or folder; the name itself on a disk without short names.
 QString shortName(const QString& path)
 {
     const std::wstring name = QDir::toNativeSeparators(path).toStdWString();
-    std::vector<wchar_t> text(32768); // the longest path that there can be
+    std::vector<wchar_t> text(32768); // the longest path
     const DWORD length = GetShortPathNameW(name.c_str(), text.data(), static_cast<DWORD>(text.size()));
     return length < text.size() ? QString::fromWCharArray(text.data(), static_cast<int>(length)) : QString();
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// File names for code that takes them in 8 bits.
+// File names in the local 8-bit encoding.
 #pragma once
 
 #include <QtCore/QByteArray>
@@ -7,13 +7,13 @@
 
 namespace Vistrel {
 
-/// Whether the system can name a file so: any name on Windows, else those that the local encoding has letters for. The
-/// toolkit would name another file instead.
+/// Whether the name can be a file's: any name on Windows, elsewhere a name that the local encoding can represent. For
+/// any other name Qt would open another file.
 bool isFileName(const QString& path);
 
-/// A file's name in the local 8-bit encoding. On Windows, what the code page has no letters for is replaced by the
-/// short name of the folder or of the file. A file has a short name only when it is there: an empty one is made, and
-/// removed in the end unless it is kept.
+/// A file's name in the local 8-bit encoding. On Windows, a folder or a file whose name the code page cannot represent
+/// is given by its short name. Only an existing file has one: if needed, an empty file is created, and removed by the
+/// destructor unless `keepFile` was called.
 class LocalFileName
 {
 public:

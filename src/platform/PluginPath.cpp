@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the toolkit's plug-ins are.
+// The folders of Qt's plug-ins.
 #include "platform/PluginPath.h"
 
 #include <QtCore/QCoreApplication>
@@ -18,11 +18,11 @@ namespace {
 
 #if defined(_WIN32)
 
-// The folder of a library, or of the program for null.
+// The folder of a library; of the program for null.
 QString folderOf(HMODULE module)
 {
-    // The wide form: a user's folder may have a name that the system's 8-bit encoding has no letters for.
-    std::vector<wchar_t> name(32768); // the longest path that there can be
+    // In wide characters: the 8-bit encoding may not be able to represent the name of a user's folder.
+    std::vector<wchar_t> name(32768); // the longest path
     const DWORD length = GetModuleFileNameW(module, name.data(), static_cast<DWORD>(name.size()));
     if (length == 0 || length >= name.size())
         return {};

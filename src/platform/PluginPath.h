@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-// Where the toolkit's plug-ins are.
+// The folders of Qt's plug-ins.
 #pragma once
 
 #include <QtCore/QStringList>
 
 namespace Vistrel {
 
-/// Adds the folder of the toolkit's core library to the plug-in paths where the system does not know them otherwise.
-/// Failure is no error. Does nothing on Linux, whose toolkit knows its own paths.
+/// On Windows, adds the folder of Qt's core library to the plug-in paths, if it can be found. Does nothing on Linux,
+/// where Qt knows its paths.
 void addToolkitPluginPath();
 
-/// The plug-in paths that the toolkit will have once its application object is there, which adds the program's.
+/// Returns the plug-in paths that Qt will have once its application object exists, which adds the program's.
 QStringList toolkitPluginPaths();
 
 } // namespace Vistrel

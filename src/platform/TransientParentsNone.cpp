@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the system has no means to keep windows above a parent.
+// For systems that cannot keep windows above a parent.
 #include "platform/TransientParents.h"
 
 namespace Vistrel {

@@ -18,22 +18,22 @@ namespace {
 
 struct Parent
 {
-    DWORD thread;                  // which owns the window
-    std::map<HWND, HWND> children; // with the window that was named, which the parent is or has in it
-    std::set<HWND> raised;         // the children that became topmost with the parent
-    bool isStackingDue = false;    // a request is on its way to the carrier
+    DWORD thread;                  // the window's owner
+    std::map<HWND, HWND> children; // each with the window that was named, which is the parent or lies in it
+    std::set<HWND> raised;         // the children that were made topmost with the parent
+    bool isStackingDue = false;    // a request is posted to the carrier
 };
 
 // Never deleted: a hook procedure may still run while the process ends.
 struct Registry
 {
-    std::mutex mutex; // never held while a window is moved: that calls other windows
+    std::mutex mutex; // never held while a window is moved, which calls other windows
     std::map<HWND, Parent> parents;
     std::map<DWORD, HHOOK> hooks; // by thread, for each thread that owns a parent
-    HWND carrier = nullptr;       // a message-only window of the children's thread: takes requests of other threads
+    HWND carrier = nullptr;       // a message-only window of the children's thread; receives requests of other threads
 };
 
-constexpr UINT stackingMessage = WM_APP; // with the parent
+constexpr UINT stackingMessage = WM_APP; // its parameter is the parent
 constexpr UINT_PTR lookTimer = 1;
 constexpr UINT lookInterval = 50; // milliseconds
 constexpr int lookCount = 10;
@@ -71,7 +71,7 @@ void removeChildren(Registry& all, const Condition& isToGo)
     }
 }
 
-// Under the mutex. A thread that ended took its windows along without a word, and its number may be another thread's.
+// Under the mutex. The windows of a thread that ended are destroyed without a message, and its number may be reused.
 void forgetTheDead(Registry& all)
 {
     removeChildren(all, [](const auto& parent, const auto& child) {
@@ -126,18 +126,18 @@ BOOL CALLBACK addWindow(HWND window, LPARAM list)
     return TRUE;
 }
 
-// Puts the children, in the order that they have, between the parent and the lowest window above it that is none of
-// them. Those in `lowered` leave the topmost windows first.
+// Places the children, in their order, between the parent and the lowest other window above it. Those in `lowered` are
+// made ordinary windows first.
 void stackAbove(HWND parent, const std::set<HWND>& children, const std::set<HWND>& lowered)
 {
     std::vector<HWND> windows; // from the highest to the lowest
     EnumWindows(addWindow, reinterpret_cast<LPARAM>(&windows));
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
         if (lowered.count(*window) != 0)
-            putBelow(*window, HWND_NOTOPMOST); // above all ordinary windows, and so above the parent
+            putBelow(*window, HWND_NOTOPMOST); // places it above all ordinary windows, also the parent
     }
     const bool isParentTopmost = isTopmost(parent);
-    // Above an ordinary parent a topmost child is anyway, and is to stay topmost.
+    // A topmost child is above an ordinary parent already, and must stay topmost.
     if (!isParentTopmost)
         windows.erase(std::remove_if(windows.begin(), windows.end(), isTopmost), windows.end());
     const auto place = std::find(windows.rbegin(), windows.rend(), parent);
@@ -148,14 +148,14 @@ void stackAbove(HWND parent, const std::set<HWND>& children, const std::set<HWND
     if (std::distance(std::next(place), other) == std::count_if(windows.begin(), windows.end(), isChild))
         return;
     const HWND highest = isParentTopmost ? HWND_TOPMOST : HWND_TOP;
-    // Each goes right below the same window, so over those before it.
+    // Each is placed directly below the same window, and so above the previous ones.
     for (auto window = windows.rbegin(); window != windows.rend(); ++window) {
         if (isChild(*window))
             putBelow(*window, other == windows.rend() ? highest : *other);
     }
 }
 
-// On the children's thread. With a topmost parent the children become topmost, and with an ordinary one no longer.
+// On the children's thread. With a topmost parent the children become topmost, with an ordinary one ordinary again.
 void stackChildren(HWND parent)
 {
     std::set<HWND> children;
@@ -189,8 +189,8 @@ std::vector<HWND> allParents()
     return parents;
 }
 
-// Wine and window managers raise an activated window a while later and send no message when they have, so the order is
-// looked at again for half a second after the last request.
+// Wine and window managers raise an activated window later and without a message, so the order is checked again for
+// half a second after the last request.
 LRESULT CALLBACK carrierProcedure(HWND carrier, UINT message, WPARAM wParam, LPARAM lParam)
 {
     try {
@@ -205,13 +205,13 @@ LRESULT CALLBACK carrierProcedure(HWND carrier, UINT message, WPARAM wParam, LPA
                 stackChildren(parent);
         }
     } catch (...) {
-        writeErrorLine("Vistrel: Stacking above a transient parent failed."); // nothing may leave for the system
+        writeErrorLine("Vistrel: Stacking above a transient parent failed."); // no exception may reach the system
     }
     return DefWindowProcW(carrier, message, wParam, lParam);
 }
 
-// Has the children of a parent stacked by their own thread: a window's thread may be waiting for the parent's, and a
-// place that another thread computes may be an old one when it is taken. At most one request of a parent is on its way.
+// The children's own thread stacks them: it may be waiting for the parent's thread, and a place that another thread
+// computes may be outdated when it is used. At most one request a parent is posted.
 void requestStacking(HWND parent)
 {
     Registry& all = registry();
@@ -263,7 +263,7 @@ bool addTransientChild(HWND named, HWND child)
     Registry& all = registry();
     const std::lock_guard<std::mutex> guard(all.mutex);
     forgetTheDead(all);
-    // Two windows that go above each other would never come to rest.
+    // Two windows, each kept above the other, would be moved for ever.
     if (isKeptAbove(all, parent, child) || !makeCarrier(all))
         return false;
     if (all.hooks.count(thread) == 0) {
@@ -271,7 +271,7 @@ bool addTransientChild(HWND named, HWND child)
         if (!hook)
             return false;
         all.hooks[thread] = hook;
-        PostMessageW(parent, WM_NULL, 0, 0); // Wine's threads learn of a hook with the next message that they take
+        PostMessageW(parent, WM_NULL, 0, 0); // a Wine thread notices a hook at its next message
     }
     removeChild(all, child);
     Parent& entry = all.parents[parent];

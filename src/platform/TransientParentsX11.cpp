@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Has the window manager of X11 keep windows above a parent.
+// Keeps windows above a parent on X11, by the window manager.
 #include "platform/TransientParents.h"
 
 #include <QtX11Extras/QX11Info>
@@ -42,7 +42,7 @@ bool isLiving(xcb_connection_t* connection, xcb_window_t window)
     return reply != nullptr;
 }
 
-// False for a window that has gone.
+// False for a window that does not exist any more.
 bool isDone(xcb_connection_t* connection, xcb_void_cookie_t request)
 {
     const Owned<xcb_generic_error_t> error(xcb_request_check(connection, request), &std::free);
@@ -57,15 +57,15 @@ bool isKeptAbove(HWND window, HWND lower)
 
 } // namespace
 
-// The window manager keeps a window above the one that it is transient for. The reply is waited for: what the host asks
-// of the window manager next, on a connection of its own, must not overtake the property.
+// The window manager keeps a window above the one that it is transient for. This waits for the reply: a later request
+// of the host to the window manager, on another connection, must not overtake the property.
 bool addTransientChild(HWND parent, HWND child)
 {
     xcb_connection_t* const connection = QX11Info::isPlatformX11() ? QX11Info::connection() : nullptr;
     if (!connection || !parent || !child || parent == child || !isLiving(connection, numberOf(parent)))
         return false;
     auto& parents = registry().parents;
-    for (auto entry = parents.begin(); entry != parents.end();) // numbers are used again
+    for (auto entry = parents.begin(); entry != parents.end();) // numbers are reused
         entry = isLiving(connection, numberOf(entry->second)) ? std::next(entry) : parents.erase(entry);
     if (isKeptAbove(parent, child))
         return false;
@@ -92,7 +92,7 @@ bool isTransientChild(HWND child)
         return false;
     if (isLiving(QX11Info::connection(), numberOf(entry->second)))
         return true;
-    parents.erase(entry); // the number may become another window's
+    parents.erase(entry); // another window may get the number
     return false;
 }
 
