@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Relays a source's announcements as signals, and commands to it as slots.
+// A source's announcements as signals, and its commands as slots.
 #include <Vistrel/AcquisitionSignalHandler.h>
 
 #include "base/HostCall.h"

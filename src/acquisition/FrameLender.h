@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-// A source that wants each of its frames back.
+// A source that is told when a frame is no longer used.
 #pragma once
 
 #include <memory>
 
 namespace Vistrel {
 
-/// Implemented beside the acquisition interface by a source that is told when a frame is no longer used.
+/// Implemented, with the acquisition interface, by a source that must know when each of its frames is no longer used.
 class FrameLender
 {
 public:
-    /// The frame that the last `getNextFrame` has delivered, on the same thread right after it: in use for as long as
-    /// somebody holds this.
+    /// Returns the frame that the last `getNextFrame` delivered; called on the same thread right after it. The frame is
+    /// in use as long as a reference to it exists.
     virtual std::shared_ptr<const void> takeDelivered() = 0;
 
 protected:

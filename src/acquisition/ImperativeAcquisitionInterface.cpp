@@ -15,12 +15,12 @@ namespace Vistrel {
 namespace {
 
 // The one lock on all frames of a source. Unlike a mutex it may be released on another thread than it was taken on, and
-// it outlives the source as long as somebody holds it.
+// it outlives the source while it is held.
 class FrameGate
 {
 public:
-    // From taking the pending frame to holding its lock, everybody else waits: otherwise a host could be told that no
-    // frame is in use at the moment when a taken one is about to be read.
+    // Between taking the pending frame and holding its lock, all other threads wait: otherwise `framesLocked` could
+    // return while a taken frame is about to be read.
     void beginHandOver()
     {
         std::unique_lock<std::mutex> guard(m_mutex);
@@ -35,7 +35,7 @@ public:
         m_changed.notify_all();
     }
 
-    // False, and nothing held, while frames are not locked.
+    // Returns false and acquires nothing while frames are not locked.
     bool acquire()
     {
         std::unique_lock<std::mutex> guard(m_mutex);
@@ -75,7 +75,7 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::thread::id m_handOver; // the thread that is taking a frame; none by default
+    std::thread::id m_handOver; // the thread that is taking a frame, or none
     bool m_held = false;
     bool m_framesLocked = false;
 };
@@ -92,15 +92,15 @@ private:
     FrameGate& m_gate;
 };
 
-// A frame that waits, and the library's own memory that it lies in, if any: a host that drew into a bitmap may unlock
-// it before the frame is taken.
+// A pending frame, and the library's memory that it lies in, if any: a host that drew into a bitmap may unlock it
+// before the frame is taken.
 struct PushedFrame
 {
     RawImage image;
     std::shared_ptr<const void> memory;
 };
 
-// A host's lock, which keeps that memory, too.
+// A host's lock, together with that memory.
 class KeepingLock : public AbstractLock
 {
 public:
@@ -110,7 +110,7 @@ public:
     }
 
 private:
-    const std::shared_ptr<const void> m_memory; // until the lock has been let go
+    const std::shared_ptr<const void> m_memory; // released after the lock
     const ScopedLock m_lock;
 };
 
@@ -190,7 +190,7 @@ bool ImperativeAcquisitionInterface::getNextFrame(RawImage* const image, ScopedL
         return frame != nullptr;
     }
 
-    // A caller that still holds the previous frame's lock here would otherwise wait for itself.
+    // A caller that still holds the previous frame's lock here would wait for itself.
     lock->reset(nullptr);
     const HandOver handOver(*m_imperative->gate);
     const std::unique_ptr<PushedFrame> frame = m_imperative->takePending();
