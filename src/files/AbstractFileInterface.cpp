@@ -20,7 +20,7 @@ namespace {
 
 struct FileFormat
 {
-    std::set<std::string> extensions; // the primary one and the further ones, normalised
+    std::set<std::string> extensions; // the primary and further ones, normalised
     std::string pattern;
 };
 

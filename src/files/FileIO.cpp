@@ -19,7 +19,7 @@ constexpr std::size_t longestName = 1 << 16;
 constexpr int jpegQuality = 95;
 constexpr int fastest = 11; // of 100: the first of nine steps that compresses
 
-// Eight bits a channel. A mosaic stays as it is: interpolated pixels are no measured ones.
+// In 8 bits a channel. A mosaic is not demosaiced, because interpolated pixels were not measured.
 bool saveConverted(RawImage raw, const QString& fileName)
 {
     if (isMonochrome(raw.format))
@@ -29,7 +29,7 @@ bool saveConverted(RawImage raw, const QString& fileName)
     QImage image;
     if (!convertFrame(pool, image, pixels, raw))
         return false;
-    image = image.copy(); // the toolkit's BMP writer reads rows up to a multiple of four bytes
+    image = image.copy(); // Qt's BMP writer reads rows up to a multiple of four bytes
     if (image.format() == QImage::Format_Indexed8)
         image.setColorTable(grayRamp());
     PictureOptions options;
@@ -37,7 +37,7 @@ bool saveConverted(RawImage raw, const QString& fileName)
     return writePicture(std::move(image), fileName, options);
 }
 
-// Deep samples are noise in their low bits, of which a slow compression makes little less.
+// The low bits of deep samples are noise, which a slower compression hardly makes smaller.
 bool saveWhole(const RawImage& raw, const QString& fileName)
 {
     PictureOptions options;
@@ -84,8 +84,8 @@ struct FileIO::PrivateData
         return type == PictureType::Png ? saveWhole(frame, fileName) : saveConverted(frame, fileName);
     }
 
-    PixelBuffer pixels; // a whole frame, also behind the last packed row
-    RawImage frame;     // over the pixels; null data without a frame
+    PixelBuffer pixels; // a complete frame, also after the last packed pixel
+    RawImage frame;     // describes the pixels; null data without a frame
 };
 
 FileIO::FileIO() : m_data(new PrivateData) {}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Frames as images that keep every bit of them, and back.
+// Converts frames to images without loss of any bit, and back.
 #include "files/FrameImage.h"
 
 #include "pipeline/pixels/PixelFormats.h"
@@ -43,7 +43,7 @@ QImage::Format imageFormat(const PixelFormat& format)
     }
 }
 
-// The closest of the formats that `imageFormat` gives, for an image from whatever file.
+// The closest of the formats that `imageFormat` returns, for an image from any file.
 QImage::Format sampleKind(const QImage& image)
 {
     switch (image.format()) {
@@ -77,7 +77,7 @@ Format closestFormat(QImage::Format kind)
 
 // Rows ----------------------------------------------------------------------------------------------------------------
 
-// Copies pixels whose red and blue may change places; what a target has besides is left alone.
+// Copies pixels and exchanges red and blue if `reversed`; leaves further samples of the target unchanged.
 template <typename Source, typename Target>
 void copySamples(const Source* source, std::size_t sourceStep, Target* target, std::size_t targetStep,
                  std::size_t count, std::size_t samples, bool reversed)
@@ -88,7 +88,7 @@ void copySamples(const Source* source, std::size_t sourceStep, Target* target, s
     }
 }
 
-// Between rows of a frame and rows of an image, in which the first of three samples is red.
+// Copies between rows of a frame and rows of an image, in which the first of three samples is red.
 class RowCopy
 {
 public:
@@ -130,12 +130,12 @@ private:
     const bool m_reversed;
     const bool m_hasWords;       // in the image
     const std::size_t m_step;    // samples from one pixel of the image to the next
-    std::vector<Word> m_samples; // of a row; those that an image lacks stay 0
+    std::vector<Word> m_samples; // of a row; those that the image does not have stay 0
 };
 
 // Frames --------------------------------------------------------------------------------------------------------------
 
-// The samples of the image alone, as pixels of this kind; false when they do not fit the format.
+// Writes only the samples of the image, read as pixels of this kind. False when they do not fit the format.
 bool layOut(const QImage& image, QImage::Format kind, const PixelFormat& format, PixelBuffer& pixels, RawImage& raw)
 {
     raw.width = static_cast<std::size_t>(image.width());
@@ -143,7 +143,7 @@ bool layOut(const QImage& image, QImage::Format kind, const PixelFormat& format,
     raw.format = format.code;
     pixels.assign(frameBytes(raw), 0);
     raw.data = pixels.data();
-    // A fourth channel beside 16-bit ones is passed over in place: the toolkit would multiply by it.
+    // The fourth of 16-bit channels is skipped without a conversion, in which Qt would multiply by it.
     RowCopy copy(format, kind, raw.width);
     const std::size_t rowBytes = raw.width * format.layout->bytesPerPixel;
     const bool isReady = kind == QImage::Format_RGBX64 || image.format() == kind;

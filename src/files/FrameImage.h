@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Frames as images that keep every bit of them, and back.
+// Converts frames to images without loss of any bit, and back.
 #pragma once
 
 #include "pipeline/frames/PixelBlocks.h"
@@ -12,15 +12,15 @@
 
 namespace Vistrel {
 
-/// The frame's samples with their values: grey of 8 or 16 bits, or colour, with the format's name as text. `extras`
-/// receives the difference of the frame from what the samples alone give, or nothing when there is none. The frame is
-/// readable to its last byte, aligned to words, and its format has a name. Null when there can be no such image. Throws
-/// `std::bad_alloc`, as the other does.
+/// Returns an image of the frame's samples, grey of 8 or 16 bits or colour, with the format's name as text. `extras`
+/// receives the difference between the frame and what the samples alone give; it is empty without a difference. The
+/// frame must be readable to its last byte and aligned to words, and its format must have a name. Null when Qt cannot
+/// hold such an image. Throws `std::bad_alloc`, as does the other function.
 QImage imageFromFrame(const RawImage& raw, PixelBuffer& extras);
 
-/// Lays the samples out in `pixels`, which `raw` then describes: in the format that the image names or, when it names
+/// Writes the samples to `pixels`, which `raw` then describes: in the format that the image names or, when it names
 /// none or cannot come from a frame of that format, in the closest one. `applyExtras` adds what the samples do not
-/// give, and says whether it belongs to this frame. False, and both unchanged, for a null image.
+/// give, and returns whether it fits this frame. Returns false and changes neither for a null image.
 bool frameFromImage(const QImage& image, const std::function<bool(PixelBuffer&)>& applyExtras, PixelBuffer& pixels,
                     RawImage& raw);
 

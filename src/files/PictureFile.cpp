@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Images of the toolkit in files, read with suspicion and written whole or not at all.
+// Reads images from files that may be malformed, and writes them completely or not at all.
 #include "files/PictureFile.h"
 
 #include "platform/DiskWriting.h"
@@ -22,8 +22,8 @@ namespace Vistrel {
 namespace {
 
 constexpr qint64 mostPixels = qint64{1} << 28; // 2 GiB in the deepest format
-constexpr int longestJpegSide = 65500;         // of the toolkit's encoder
-constexpr qint64 mostPixelsPerByte = 8 * 1032; // the most that PNG can hold: deflate's limit, at one bit a pixel
+constexpr int longestJpegSide = 65500;         // of Qt's encoder
+constexpr qint64 mostPixelsPerByte = 8 * 1032; // PNG's limit: deflate's, at one bit a pixel
 constexpr int extraPiece = 1 << 20;            // bytes of a frame in one chunk
 constexpr int pngEnd = 12;                     // bytes of the last chunk
 
@@ -42,7 +42,7 @@ bool isSane(PictureType type, const QSize& size)
 }
 
 // Extra bytes ---------------------------------------------------------------------------------------------------------
-// A chunk holds the number of a piece of the frame, big-endian, and the bytes of that piece.
+// A chunk holds the big-endian number of a piece of the frame and the bytes of that piece.
 
 QByteArray bigEndian(quint32 number)
 {
@@ -80,7 +80,7 @@ bool appendExtras(QIODevice& file, const PixelBuffer& extras)
 bool encode(const QImage& image, PictureType type, const PictureOptions& options, QIODevice& file)
 {
     QImageWriter writer(&file, toolkitName(type));
-    if (type == PictureType::Jpeg) // a quality of PNG is its compression
+    if (type == PictureType::Jpeg) // for PNG, Qt takes the quality as the compression
         writer.setQuality(options.quality);
     if (type == PictureType::Png && options.compression >= 0)
         writer.setCompression(options.compression);
@@ -92,8 +92,8 @@ bool canOverwrite(const QString& fileName)
     return QFileInfo(fileName).isFile() && QFileInfo(fileName).isWritable();
 }
 
-// In a folder that takes no new file. What makes the file longer goes first: when there is no room for it, the old
-// bytes are still there.
+// For a folder where no file can be created. Writes the bytes after the old end first: if the disk is full, the old
+// bytes are unchanged.
 bool overwrite(const QString& fileName, const QByteArray& bytes)
 {
     QFile file(fileName);
@@ -146,7 +146,7 @@ QImage PictureReader::read(const QString& fileName)
     if (!isSane(type, size) || qint64{size.width()} * size.height() / mostPixelsPerByte > m_file.size())
         return {};
     QImage image;
-    if (type == PictureType::Bmp) { // run lengths may leave pixels out
+    if (type == PictureType::Bmp) { // run lengths may skip pixels
         image = QImage(size, reader.imageFormat());
         image.fill(0);
     }
@@ -176,7 +176,7 @@ bool writePicture(QImage image, const QString& fileName, const PictureOptions& o
     const PictureType type = pictureType(fileName);
     if (type == PictureType::Unknown || !isFileName(fileName) || !isSane(type, image.size()))
         return false;
-    if (type == PictureType::Png) { // pixels of a camera have no known size; a positive one would be written
+    if (type == PictureType::Png) { // Qt writes a positive size; a camera's pixels have none
         image.setDotsPerMeterX(-1);
         image.setDotsPerMeterY(-1);
     }
@@ -184,11 +184,11 @@ bool writePicture(QImage image, const QString& fileName, const PictureOptions& o
     const bool isBeside = file.open(QIODevice::WriteOnly);
     if (!isBeside && !canOverwrite(fileName))
         return false;
-    QBuffer buffer; // encoding into a file that cannot be written would tell of it on the standard error stream
+    QBuffer buffer; // encoding into a file that cannot be written would print a warning
     if (!buffer.open(QIODevice::WriteOnly) || !encode(image, type, options, buffer))
         return false;
     const QByteArray& bytes = buffer.data();
-    // Committing does not look at what it flushes.
+    // `commit` does not check its own flush.
     if (isBeside && (file.write(bytes) != bytes.size() || !file.flush() || !reachesDisk(file)))
         return false;
     return (isBeside && file.commit()) || (canOverwrite(fileName) && overwrite(fileName, bytes));

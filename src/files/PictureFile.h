@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Images of the toolkit in files, read with suspicion and written whole or not at all.
+// Reads images from files that may be malformed, and writes them completely or not at all.
 #pragma once
 
 #include "files/PictureParts.h"
@@ -11,21 +11,23 @@
 
 namespace Vistrel {
 
-/// Null when the name is null, or not text in the local encoding and so would name another file.
+/// Decodes a name in the local encoding. Null for null, and for bytes that are no text in it: Qt would open another
+/// file.
 QString decodedName(const char* fileName);
 
-/// What the name's suffix says.
+/// The type that the name's suffix stands for.
 PictureType pictureType(const QString& fileName);
 
-/// Reads one image file. A claim is checked before memory is taken for it. Throws `std::bad_alloc`, as all here does.
+/// Reads one image file. Checks the sizes that it states before it allocates memory. Throws `std::bad_alloc`, as do all
+/// functions here.
 class PictureReader
 {
 public:
-    /// The image in the file; null when it is not whole, not of its suffix's type, or claims more pixels than a file of
-    /// its length can hold. Its only text is the name of the frame's format.
+    /// Returns the image in the file; null when the file is incomplete, is not of its suffix's type, or states more
+    /// pixels than a file of its length can hold. The image's only text is the name of the frame's format.
     QImage read(const QString& fileName);
 
-    /// Changes a frame by the extra bytes that the file has for it. False when they are those of another frame.
+    /// Applies the file's extra bytes to a frame. Returns false when they do not fit it.
     bool applyExtras(PixelBuffer& frame);
 
 private:
@@ -35,12 +37,12 @@ private:
 
 struct PictureOptions
 {
-    int quality = -1;     ///< of JPEG, 0 to 100; -1 is the toolkit's own, here and below
+    int quality = -1;     ///< of JPEG, 0 to 100; -1 is Qt's default, here and below
     int compression = -1; ///< of PNG, 0 (none) to 100
-    PixelBuffer extras; ///< of PNG: kept beside the pixels, for `applyExtras`, which exclusive-ors them; zeros are free
+    PixelBuffer extras;   ///< of PNG: stored for `applyExtras`, which exclusive-ors them; zeros take no space
 };
 
-/// Writes the image, with its text fields where the type has them. False, and an older file unchanged, on failure.
+/// Writes the image, and its text fields if the type has them. Returns false and keeps an older file on failure.
 bool writePicture(QImage image, const QString& fileName, const PictureOptions& options);
 
 } // namespace Vistrel

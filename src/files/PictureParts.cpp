@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The bytes of an image file that make its picture.
+// The parts of an image file that are needed for its pixels.
 #include "files/PictureParts.h"
 
 #include <QtCore/QFile>
@@ -15,11 +15,11 @@ namespace {
 
 constexpr qint64 blockSize = 1 << 16;
 constexpr std::size_t mostParts = 1024;
-constexpr int mostScans = 64;              // of a JPEG file; each passes over all pixels, however few bytes it has
-constexpr qint64 deflateLimit = 1032;      // bytes that a compressed byte becomes at most
-constexpr qint64 optionalBit = 0x20000000; // of a chunk's type; the pixels can be read without
+constexpr int mostScans = 64;              // of a JPEG file; a scan of few bytes may still decode all pixels
+constexpr qint64 deflateLimit = 1032;      // bytes that one compressed byte gives at most
+constexpr qint64 optionalBit = 0x20000000; // of a chunk's type; the pixels can be read without the chunk
 constexpr qint64 longestText = 64;
-constexpr char formatKeyword[] = "Vistrel Format"; // with the zero that ends a keyword
+constexpr char formatKeyword[] = "Vistrel Format"; // with the terminating zero
 
 constexpr qint64 chunkType(const char (&text)[5])
 {
@@ -50,7 +50,7 @@ void PictureParts::add(qint64 at, qint64 size)
         m_parts.push_back({at, size});
 }
 
-// Negative behind the end.
+// Negative at the end of the file.
 int PictureParts::byteAt(qint64 at)
 {
     if (at < m_blockAt || at >= m_blockAt + m_block.size()) {
@@ -86,10 +86,10 @@ qint64 PictureParts::find(char byte, qint64 from)
 }
 
 // The types -----------------------------------------------------------------------------------------------------------
-// What is missing of a cut file the toolkit fills with grey in JPEG, and with whatever was in memory in BMP; for a PNG
-// chunk it takes as much memory as the chunk claims.
+// For the missing end of a file Qt shows grey in JPEG, and uninitialised memory in BMP. For a PNG chunk it allocates
+// the length that the chunk states.
 
-// Of the chunk that begins there, over its type and data.
+// Checks the chunk at `at`. The checksum covers its type and data.
 bool PictureParts::hasTrueChecksum(qint64 at, qint64 length)
 {
     boost::crc_32_type sum;
@@ -105,8 +105,8 @@ bool PictureParts::hasTrueChecksum(qint64 at, qint64 length)
     return sum.checksum() == numberAt(at + 8 + length, 4, true);
 }
 
-// Follows the chunks, whose data lies between length, type and checksum. Of what is damaged or not allowed the
-// toolkit's decoder would tell on the standard error stream.
+// Follows the chunks, which consist of length, type, data and checksum. Qt's decoder would print a warning for a
+// damaged or illegal chunk.
 bool PictureParts::findInPng()
 {
     const QByteArray head("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
@@ -150,7 +150,7 @@ bool PictureParts::findInPng()
     }
 }
 
-// Follows the markers to the end of the image; within compressed data, 0xFF is never followed by that marker's code.
+// Follows the markers to the end-of-image marker, whose code never follows 0xFF within compressed data.
 bool PictureParts::findInJpeg()
 {
     int scans = 0;
@@ -196,7 +196,7 @@ bool PictureParts::findInBmp()
     return (m_file.size() - pixels) / ((width * bits + 31) / 32 * 4) >= height;
 }
 
-// Whether run lengths reach their end mark or the last pixel.
+// Whether the run lengths reach their end marker or the last pixel.
 bool PictureParts::hasWholeRuns(qint64 at, qint64 width, qint64 height, bool isHalfBytes)
 {
     qint64 x = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The bytes of an image file that make its picture.
+// The parts of an image file that are needed for its pixels.
 #pragma once
 
 #include <QtCore/QIODevice>
@@ -12,8 +12,8 @@ namespace Vistrel {
 
 enum class PictureType { Unknown, Png, Jpeg, Bmp };
 
-/// Reads a file without what the toolkit would keep in memory besides the pixels: texts, profiles, previews. Of PNG
-/// texts the first that names the frame's format stays. Takes the same memory for any file.
+/// Reads a file without the parts that Qt would keep in memory besides the pixels: texts, profiles, previews. Of PNG
+/// texts it keeps the first that names the frame's format. Takes the same memory for any file.
 class PictureParts : public QIODevice
 {
     Q_OBJECT
@@ -26,17 +26,17 @@ public:
         qint64 size;
     };
 
-    /// The file is open, and outlives this object.
+    /// The file must be open and outlive this object.
     explicit PictureParts(QFile& file);
 
-    /// Finds the parts, and opens this device. False when the file is not whole, not of this type, claims more pixels
-    /// than its bytes can hold, has a wrong checksum, or is in more pieces or scans than any writer makes.
+    /// Finds the parts and opens this device. Returns false when the file is incomplete, is not of this type, states
+    /// more pixels than its bytes can hold, has a wrong checksum, or has more pieces or scans than any writer makes.
     bool find(PictureType type);
 
     /// The data of the PNG chunks `extraChunk`.
     const std::vector<Part>& extras() const { return m_extras; }
-    static constexpr int longestPngSide = 1000000; // of the toolkit's decoder and encoder, in pixels
-    static constexpr char extraChunk[] = "vsBT";   // private, of no meaning to others, not to be kept after a change
+    static constexpr int longestPngSide = 1000000; // of Qt's decoder and encoder, in pixels
+    static constexpr char extraChunk[] = "vsBT";   // the letters' cases mean: ancillary, private, not safe to copy
 
     qint64 size() const override;
     bool seek(qint64 position) override;

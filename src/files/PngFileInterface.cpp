@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A ready file interface that saves frames in full depth.
+// A file interface that saves frames at full depth.
 #include <Vistrel/PngFileInterface.h>
 
 #include "files/PictureFile.h"
