@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Marks one pixel by lines through the whole view.
+// Marks one pixel with lines across the view.
 #include "widgets/CrosshairLayer.h"
 
 #include <QtCore/QVector>
@@ -8,7 +8,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr double closedFrom = 1.5; // scaling; the cell of a smaller pixel is not closed
+constexpr double closedFrom = 1.5; // scaling; below it only two sides of the pixel are drawn
 
 } // namespace
 

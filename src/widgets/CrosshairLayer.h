@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Marks one pixel by lines through the whole view.
+// Marks one pixel with lines across the view.
 #pragma once
 
 #include "widgets/SurfaceLayer.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Draws the part of a picture that is in view, and what is seen beside it.
+// Draws the visible part of a picture and the background around it.
 #include "widgets/ImageLayer.h"
 
 #include <utility>
@@ -48,14 +48,14 @@ void ImageLayer::paint(QPainter& painter, const QRegion& area, const SurfaceGeom
     const QPixmap picture = std::exchange(m_picture, QPixmap());
     const QRectF shown = geometry.shownRect();
     const bool isShown = !shown.isEmpty() && !geometry.visibleImageRectF().isEmpty();
-    // Pixels at the image's edge may be covered in part.
+    // The image may cover the pixels at its edge only partly.
     const QRect covered =
         isShown && !picture.hasAlphaChannel() ? shown.toAlignedRect().adjusted(1, 1, -1, -1) : QRect();
     if (m_background.style() != Qt::NoBrush) {
         for (const QRect& rect : area.subtracted(covered))
             painter.fillRect(rect, m_background);
     }
-    // The image shares the pixels.
+    // `toImage` shares the pixels.
     if (isShown && !m_sampler.draw(painter, picture.toImage(), geometry, area.boundingRect()))
         drawByEngine(painter, picture, geometry);
 }

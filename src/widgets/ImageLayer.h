@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Draws the part of a picture that is in view, and what is seen beside it.
+// Draws the visible part of a picture and the background around it.
 #pragma once
 
 #include "widgets/PictureSampler.h"
@@ -13,8 +13,8 @@ namespace Vistrel {
 class ImageLayer : public SurfaceLayer
 {
 public:
-    /// Sets what the next painting draws: a picture of the geometry's image size, and the background that it leaves to
-    /// be seen, `Qt::NoBrush` for none. The painting lets the picture go.
+    /// Sets what the next call of `paint` draws: a picture of the geometry's image size, and the background around it,
+    /// `Qt::NoBrush` for none. That call releases the picture.
     void setPicture(const QPixmap& picture, const QBrush& background);
     void paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry) override;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A small picture of the whole image, with the visible part framed.
+// A small view of the whole image, with the visible part framed.
 #include <Vistrel/MiniMap.h>
 
 #include "widgets/SurfaceGeometry.h"
@@ -22,15 +22,15 @@ namespace Vistrel {
 
 namespace {
 
-constexpr int shrinkMs = 50;     // the least time between two small pictures
-constexpr int coarseness = 2;    // how much larger than the small picture the samples are that it is made of
-constexpr double leastFrame = 7; // pixels; a smaller frame is not seen
+constexpr int shrinkMs = 50;     // the least time between two scalings
+constexpr int coarseness = 2;    // samples a pixel of the small image, in each direction
+constexpr double leastFrame = 7; // pixels; a smaller frame is not visible
 constexpr int frameWidth = 2;    // pixels, of the bright line
 constexpr int haloWidth = 4;     // pixels, of the dark line under it
 constexpr QRgb haloColor = 0xC0000000;
 constexpr QRgb frameColor = 0xFFFFD800;
 
-// Takes a time that depends on the target alone: of a large picture samples are taken before it is smoothed.
+// Samples a large image before it is smoothed, so that the time depends only on the target's size.
 QImage shrunk(const QPixmap& pixmap, const QSize& size)
 {
     QImage image = pixmap.toImage();
@@ -40,7 +40,7 @@ QImage shrunk(const QPixmap& pixmap, const QSize& size)
     return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
-// Grown to the least size about its centre, but not out of `limits` where it need not.
+// Grows a frame to the least size about its centre, and moves it into `limits` if it fits.
 QRectF enlarged(const QRectF& frame, const QRectF& limits)
 {
     QRectF grown(0, 0, std::max(frame.width(), leastFrame), std::max(frame.height(), leastFrame));
@@ -64,9 +64,9 @@ public:
     MiniMap* const map;
     QPointer<SurfaceScrollArea> area;
     QImage small;         // device pixels
-    qint64 cacheKey = 0;  // of the pixmap that `small` was made of
-    QElapsedTimer age;    // of `small`; invalid before there is one
-    QTimer nextShrinking; // repaints, when another one may be made
+    qint64 cacheKey = 0;  // of the pixmap that `small` was made from
+    QElapsedTimer age;    // of `small`; invalid while that is null
+    QTimer nextShrinking; // repaints when another one may be made
 };
 
 MiniMap::MiniMap(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
@@ -93,7 +93,7 @@ void MiniMap::setScrollArea(SurfaceScrollArea* area)
     m_data->age.invalidate();
     if (area) {
         const Surface* const surface = area->surface();
-        // Pictures are set on any thread.
+        // The surface's picture is set on any thread.
         connect(surface, SIGNAL(pixelRangeChanged()), this, SLOT(updateView()), Qt::QueuedConnection);
         connect(surface, SIGNAL(pixelOffsetChanged(QPointF)), this, SLOT(updateView()), Qt::QueuedConnection);
         connect(area, SIGNAL(destroyed()), this, SLOT(updateView()));
@@ -116,7 +116,7 @@ void MiniMap::updateView()
     update();
 }
 
-// The picture ---------------------------------------------------------------------------------------------------------
+// The image -----------------------------------------------------------------------------------------------------------
 
 QRect MiniMap::PrivateData::pictureRect(const QSize& imageSize) const
 {
@@ -152,7 +152,7 @@ void MiniMap::paintEvent(QPaintEvent*)
     const QRect picture = m_data->pictureRect(pixmap.size());
     const QSize size = (QSizeF(picture.size()) * devicePixelRatioF()).toSize();
     if (pixmap.width() < size.width() && pixmap.height() < size.height()) {
-        painter.drawPixmap(picture, pixmap); // larger than it is, so its pixels are shown
+        painter.drawPixmap(picture, pixmap); // enlarged, without smoothing
     } else {
         m_data->refresh(pixmap, size);
         painter.drawImage(picture, m_data->small);
@@ -160,7 +160,7 @@ void MiniMap::paintEvent(QPaintEvent*)
 
     const QRectF seen = stretched(m_data->area->surface()->visibleImageRectF(), pixmap.rect(), picture);
     constexpr int inset = haloWidth / 2;
-    // On whole pixels, so that the lines are sharp.
+    // On whole pixels the lines are sharp.
     const QRect frame = enlarged(seen, picture).toAlignedRect().intersected(picture);
     painter.setRenderHint(QPainter::Antialiasing);
     for (const auto& [color, width] : {std::pair(haloColor, haloWidth), std::pair(frameColor, frameWidth)}) {

@@ -15,7 +15,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr int bandHeight = 16; // lines that stay in the cache until they are painted
+constexpr int bandHeight = 16; // lines; few enough to stay in the cache until they are painted
 
 bool isWholeTranslation(const QTransform& transform)
 {

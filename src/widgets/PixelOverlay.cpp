@@ -16,7 +16,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr double slack = 1.125; // a cell is at least this much larger than what is written in it
+constexpr double slack = 1.125; // a cell is larger than its labels by at least this factor
 constexpr double labelMargin = 4;
 constexpr double separatorIndent = 5;
 
@@ -32,7 +32,7 @@ QString valueText(const PixVal& value)
     return value.mono ? QStringLiteral(" %1 ").arg(value.value) : QString();
 }
 
-// A value as wide as any that the source has.
+// The widest value that the source can have.
 PixVal widestValue(bool isMono, std::uint32_t largest)
 {
     PixVal value;
@@ -100,7 +100,7 @@ void PixelOverlay::paint(QPainter& painter, const QRegion& area, const SurfaceGe
     draw(painter, cells, geometry);
 }
 
-// Finds the largest font in which the labels of any pixel of such an image fit a cell at the largest zoom.
+// Finds the largest font in which the labels of any pixel of this image fit a cell at the largest zoom.
 void PixelOverlay::measure(const QPaintDevice* device, const QSize& imageSize, const PixVal& widest, double scaling)
 {
     const double largest = SurfaceGeometry::scalingMax();

@@ -14,11 +14,11 @@ namespace Vistrel {
 
 class SharedPixelSource;
 
-/// Draws the labels where they, as measured last, fit a cell with an eighth to spare.
+/// Draws the labels if they, as measured last, fit a cell that is an eighth larger.
 class PixelOverlay : public SurfaceLayer
 {
 public:
-    /// The source outlives the layer.
+    /// The source must outlive the layer.
     explicit PixelOverlay(SharedPixelSource& source);
 
     void paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry) override;
@@ -40,7 +40,7 @@ private:
     SharedPixelSource& m_source;
     QFont m_font;
     int m_basePointSize;
-    // Logical pixels; zero before the first measurement, too large for any cell when the zoom is far from large enough.
+    // Logical pixels. Zero before the first measurement, and larger than any cell when the zoom is far too small.
     QSizeF m_position;
     QSizeF m_value;
     QSizeF m_box;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where a surface's pixel values are read from.
+// The image or frame that a surface's pixel values are read from.
 #include "widgets/PixelSource.h"
 
 #include "base/FrameLocking.h"
@@ -45,7 +45,7 @@ void SharedPixelSource::set(PixelSource next)
         before.raw.height != next.raw.height || before.image.format() != next.image.format() ||
         before.image.size() != next.image.size())
         setChanged();
-    std::swap(m_source, next); // what it was is let go by the caller, with no mutex held
+    std::swap(m_source, next); // the previous one is destroyed after the mutex is released
 }
 
 } // namespace Vistrel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where a surface's pixel values are read from.
+// The image or frame that a surface's pixel values are read from.
 #pragma once
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
@@ -13,18 +13,18 @@
 
 namespace Vistrel {
 
-/// An image, a source's frame, or nothing. A copy keeps what it reads from, but for the source.
+/// An image, a source's frame, or nothing. A copy keeps the pixels alive, but not the source.
 struct PixelSource
 {
-    AbstractAcquisitionInterface* source = nullptr; // null when the values are an image's or none
-    RawImage raw;                                   // null data when there is no frame
-    std::shared_ptr<const void> owner;              // of the frame's pixels; null when they are the source's
+    AbstractAcquisitionInterface* source = nullptr; // null for an image or nothing
+    RawImage raw;                                   // null data without a frame
+    std::shared_ptr<const void> owner;              // of the frame's pixels; null when the source owns them
     QImage image;
 
     bool hasRaw() const { return source && raw.data; }
-    /// Asks for the lock under which `value` may be called. False when the source refuses it.
+    /// Asks for the lock under which `value` may be called. Returns false when the source refuses it.
     bool lock(ScopedLock& lock) const;
-    /// Reads one pixel at full depth, under the lock. False, and zero, outside.
+    /// Reads one pixel at full depth, under the lock. Returns false and gives zero outside the image.
     bool value(const PixPos& position, PixVal& value) const;
 };
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Which keys an editor keeps for itself.
+// The keys that an editor handles itself.
 #pragma once
 
 #include <QtGui/QKeyEvent>
 
 namespace Vistrel {
 
-/// Whether a key edits or moves within an editor, rather than being a command of the window around it.
+/// Whether a key edits text or moves the cursor in an editor, and so must not trigger a shortcut of its window.
 inline bool isPlain(const QKeyEvent& key)
 {
     return !(key.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) &&

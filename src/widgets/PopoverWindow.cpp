@@ -19,14 +19,14 @@ namespace Vistrel {
 namespace {
 
 constexpr int borderMargin = 7; // pixels between the panel's edge and its contents
-constexpr int anchorGap = 2;    // pixels between the panel and what it stands at
+constexpr int anchorGap = 2;    // pixels between the panel and its anchor
 
 bool canBeSeen(const QWidget* widget)
 {
     return widget && widget->isVisible() && !widget->window()->isMinimized();
 }
 
-// Through windows: a menu of a widget within belongs to it.
+// Also across windows: a menu belongs to its parent widget.
 bool isWithin(const QWidget* widget, const QWidget* ancestor)
 {
     while (widget && widget != ancestor)
@@ -100,7 +100,7 @@ void PopoverWindow::popUp(QWidget* anchor, QWidget* fallback)
     m_data->anchor = anchor;
     m_data->fallback = fallback;
     m_data->place();
-    const QPointer<PopoverWindow> self(this); // who hears of it may delete it
+    const QPointer<PopoverWindow> self(this); // a slot may delete the panel
     show();
     if (!self)
         return;
@@ -125,7 +125,8 @@ void PopoverWindow::setVisible(bool visible)
         return;
     }
     qApp->removeEventFilter(this);
-    const bool wasActive = QApplication::activeWindow() == this; // `isActiveWindow` counts the parent as the panel
+    const bool wasActive =
+        QApplication::activeWindow() == this; // `isActiveWindow` is also true if the parent is active
     QWidget::setVisible(false);
     if (wasActive)
         m_data->giveFocusBack();
@@ -166,8 +167,8 @@ void PopoverWindow::PrivateData::place()
     popover->setGeometry(QRect(corner, size));
 }
 
-// Whether the panel stays though another window has become the active one: a menu of its own contents, or its window by
-// a press on the anchor, which comes after the activation and means to toggle the panel.
+// Whether the panel stays open although another window has become active: a menu of its contents, or its own window by
+// a press on the anchor. That press follows the activation and toggles the panel.
 bool PopoverWindow::PrivateData::leavesOpen() const
 {
     if (QApplication::activePopupWidget())
@@ -196,7 +197,7 @@ bool PopoverWindow::event(QEvent* event)
     return QWidget::event(event);
 }
 
-// Sees the whole application's events while the panel is open. It takes none of them.
+// Watches all events of the application while the panel is open. Filters none of them out.
 bool PopoverWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (!m_data->isOpen || !watched->isWidgetType())
@@ -248,7 +249,7 @@ void PopoverWindow::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setPen(line(120));
     painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
-    // The light comes from above.
+    // A second line at the lower edge gives a shadow.
     painter.setPen(line(60));
     painter.drawLine(QLineF(1, height() - 1.5, width() - 1, height() - 1.5));
 }

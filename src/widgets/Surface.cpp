@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The widget that paints the current frame: its picture, where that lies, and its marks.
+// The widget that paints the current frame.
 #include <Vistrel/Surface.h>
 
 #include "widgets/CrosshairLayer.h"
@@ -24,7 +24,7 @@ class Surface::PrivateData
 public:
     explicit PrivateData(Surface* owner) : surface(owner) {}
 
-    // What happened to the view, in the order in which it is announced once the mutex is released.
+    // Signals to be emitted, in this order, after the mutex is released.
     struct Changes
     {
         void addOffset(const QPointF& offset)
@@ -51,13 +51,13 @@ public:
 
     Surface* const surface;
 
-    std::mutex viewMutex; // guards the picture and where it lies
+    std::mutex viewMutex; // guards the next two
     QPixmap pixmap;
     SurfaceGeometry geometry;
 
     SharedPixelSource source;
 
-    // User-interface thread only. The last is drawn over the others.
+    // User-interface thread only. The last layer is drawn on top.
     ImageLayer image;
     PixelOverlay overlay{source};
     CrosshairLayer crosshair;
@@ -95,7 +95,7 @@ double Surface::enforceScalingRatio(double scaling)
 
 // The view ------------------------------------------------------------------------------------------------------------
 
-// The widget's size may be read on its own thread only; the others see it as it was there last.
+// The widget's size may be read only on its own thread. Other threads see the size that was read there last.
 std::unique_lock<std::mutex> Surface::PrivateData::lockView()
 {
     std::unique_lock<std::mutex> view(viewMutex);
@@ -139,7 +139,7 @@ bool Surface::PrivateData::fit(bool isForced, Changes& changes)
     return isChanged;
 }
 
-// Runs the operation with the view locked, and announces what it changed with no lock held.
+// Runs the operation with the view locked, and emits its signals without a lock held.
 void Surface::PrivateData::change(const std::function<void(Changes&)>& operation)
 {
     Changes changes;
@@ -204,7 +204,7 @@ QPixmap Surface::pixmap() const
 
 void Surface::setPixmap(const QPixmap& pixmap)
 {
-    QPixmap previous = pixmap; // its memory is given back with no lock held
+    QPixmap previous = pixmap; // destroyed without a lock held
     m_data->change([&](PrivateData::Changes& changes) {
         m_data->pixmap.swap(previous);
         if (previous.size() == pixmap.size())
@@ -317,7 +317,7 @@ bool Surface::imageSrcPixVal(const PixPos& position, PixVal& value)
 
 // Painting ------------------------------------------------------------------------------------------------------------
 
-// An opaque surface that fills its background does so here, only where the image leaves it to be seen.
+// An opaque surface that fills its background does it here, and only where the image does not cover it.
 void Surface::paintEvent(QPaintEvent* event)
 {
     const bool isFilled = autoFillBackground() && testAttribute(Qt::WA_OpaquePaintEvent);

@@ -12,7 +12,7 @@ namespace Vistrel {
 namespace {
 
 constexpr double offsetTolerance = 1e-12;
-// A centre on a border belongs to the pixel before it, as with the paint engine, however the sum was rounded.
+// A centre on a border belongs to the previous pixel, as in Qt's paint engine, whatever the rounding error.
 constexpr double tie = 1e-6;
 
 double power(double base, int exponent)
@@ -27,7 +27,7 @@ double power(double base, int exponent)
 
 double clampedScaling(double scaling)
 {
-    // Written so that a value that is not a number ends at the lower limit.
+    // NaN gives the lower limit.
     return scaling > SurfaceGeometry::scalingMin() ? std::min(scaling, SurfaceGeometry::scalingMax())
                                                    : SurfaceGeometry::scalingMin();
 }

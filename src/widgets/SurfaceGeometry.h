@@ -10,8 +10,8 @@
 
 namespace Vistrel {
 
-/// A plain value without any widget in it. The view's size, points and offsets are logical pixels; the image's size is
-/// in image pixels, and empty when there is none.
+/// A value class that uses no widget. The view's size, points and offsets are in logical pixels; the image's size is in
+/// image pixels, and empty without an image.
 class SurfaceGeometry
 {
 public:
@@ -21,9 +21,9 @@ public:
     static int levelOf(double scaling); ///< the nearest zoom level, -40 to 40; 0 is full size
     static double scalingOf(int level);
     static double enforceScalingRatio(double scaling) { return scalingOf(levelOf(scaling)); }
-    /// Whether two scalings are told apart.
+    /// Whether two scalings count as different.
     static bool differ(double scaling, double other);
-    /// Whether they differ by enough for a point to be kept in its place.
+    /// Whether they differ enough for a zoom to keep a point in its place.
     static bool isZoom(double before, double after);
 
     QSize imageSize() const { return m_imageSize; }
@@ -37,10 +37,10 @@ public:
     void setScaleToFit(bool enabled) { m_scaleToFit = enabled; }
 
     QSizeF scaledSize() const;
-    QPointF scaledOffset() const; ///< the stored offset, or what centres an axis along which the image is smaller
+    QPointF scaledOffset() const; ///< the stored offset; centres the image along an axis on which it is smaller
     QRectF scaledRect() const;    ///< of the whole image, in view coordinates
-    QRectF shownRect() const;     ///< the part of `scaledRect()` that is in view
-    bool isFullSize() const;      ///< whether an image pixel is as large as a pixel of the view
+    QRectF shownRect() const;     ///< the visible part of `scaledRect()`
+    bool isFullSize() const;      ///< whether an image pixel is as large as a view pixel
 
     // In image coordinates.
     QRectF visibleImageRectF() const; ///< the part of the image that `shownRect()` shows
@@ -48,31 +48,31 @@ public:
 
     // Between the two.
     QPointF viewPoint(const QPointF& imagePoint) const { return imagePoint * m_scaling - scaledOffset(); }
-    /// The image pixel under a point of the view, maybe beside the image; (-1, -1) for a point left of or above the
-    /// view.
+    /// The image pixel under a point of the view. It may lie outside the image; (-1, -1) for a point left of or above
+    /// the view.
     QPoint pixelAt(const QPoint& position) const;
-    /// The pixels of an image of this size, laid over the one in view, that `area` of the view touches.
+    /// The pixels that `area` of the view touches, in an image of this size at the place of the one in view.
     QRect pixelsIn(const QRectF& area, const QSize& imageSize) const;
 
-    // How the image is sampled: a pixel of the view shows the image pixel in which its centre lies, of two the former.
-    QRect sampledRect() const; ///< the pixels of the view whose centres lie in the image
+    // Sampling: a view pixel shows the image pixel that contains its centre; on a border, the left or upper one.
+    QRect sampledRect() const; ///< the view pixels whose centres lie in the image
     int sampledColumn(int x) const;
     int sampledRow(int y) const;
 
-    // Offsets to be set.
-    /// Keeps the image point under `reference`, or in the view's centre for a point outside the view, at another zoom.
+    // Offsets for `setOffset`.
+    /// At another zoom, keeps the image point under `reference`; for a point outside the view, the one in its centre.
     QPointF offsetZoomed(double scaling, const QPoint& reference) const;
-    /// Keeps the image point in the view's centre, after the view grew.
+    /// After the view grew, keeps the image point in its centre.
     QPointF offsetGrown(const QSize& growth) const;
-    /// Brings a point of the scaled image into the view's centre.
+    /// Places a point of the scaled image in the view's centre.
     QPointF offsetCentred(const QPointF& scaledPoint) const;
 
-    /// Stores an offset, clamped so that no room is left beside a larger image. Whether it moved.
+    /// Stores an offset, clamped so that a larger image fills the view. Returns whether it changed.
     bool setOffset(QPointF offset);
-    /// Sets the scaling, clamped; the image point in the view's top-left corner stays. Fitting goes off. Whether the
-    /// offset moved.
+    /// Sets the scaling, clamped, and turns fitting off; the image point in the view's top-left corner stays. Returns
+    /// whether the offset changed.
     bool setScaling(double scaling);
-    /// Shrinks the scaling so that the whole image is in view, if fitting is on. Whether the offset moved.
+    /// If fitting is on, shrinks the scaling so that the whole image is in view. Returns whether the offset changed.
     bool fit();
 
 private:
@@ -85,7 +85,7 @@ private:
     bool m_scaleToFit = true;
 };
 
-/// Where a part of the rectangle `from` lies when that is stretched over `to`.
+/// Maps a part of the rectangle `from` to `to`.
 QRectF stretched(const QRectF& part, const QRectF& from, const QRectF& to);
 
 } // namespace Vistrel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the mouse does over a surface in its scroll area.
+// Handles the mouse over a surface in its scroll area.
 #include "widgets/SurfaceInput.h"
 
 #include "widgets/SurfaceGeometry.h"
@@ -15,7 +15,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr int dragDistance = 3; // pixels, Manhattan; less is a click by an unsteady hand
+constexpr int dragDistance = 3; // pixels, Manhattan; a shorter move counts as a click
 
 } // namespace
 
@@ -47,7 +47,7 @@ ImageSurfaceEventFilter::ImageSurfaceEventFilter(SurfaceScrollArea& area, Surfac
     surface.setMouseTracking(true);
     surface.setCursor(Qt::OpenHandCursor);
     surface.installEventFilter(this);
-    // The image may move under a pointer that rests.
+    // The image may move under a pointer that does not.
     const auto follow = [this] {
         if (m_surface.underMouse() && !m_isDragging)
             followPointer(QCursor::pos());
@@ -91,11 +91,11 @@ void ImageSurfaceEventFilter::press(const QMouseEvent& event)
     if (event.buttons() != Qt::LeftButton)
         return;
     m_surface.setCursor(Qt::ClosedHandCursor);
-    m_isDragging = false; // the last release may have gone elsewhere
+    m_isDragging = false; // another widget may have got the last release
     m_pressed = event.globalPos();
 }
 
-// From the whole image to its own pixels where the pointer is, and back.
+// Switches between the whole image and 100 % at the pointer.
 bool ImageSurfaceEventFilter::doubleClick(QMouseEvent& event)
 {
     if (event.button() != Qt::LeftButton)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the mouse does over a surface in its scroll area.
+// Handles the mouse over a surface in its scroll area.
 #pragma once
 
 #include <QtCore/QObject>
@@ -12,7 +12,7 @@ namespace Vistrel {
 class Surface;
 class SurfaceScrollArea;
 
-/// The wheel zooms about the pointer, one step an event.
+/// Zooms about the pointer by the wheel, one step an event.
 class ViewportEventFilter : public QObject
 {
 public:
@@ -24,7 +24,7 @@ private:
     Surface& m_surface;
 };
 
-/// The left button drags the image; the pixel under the pointer becomes the active one.
+/// Drags the image by the left button, and makes the pixel under the pointer the active one.
 class ImageSurfaceEventFilter : public QObject
 {
 public:
@@ -41,7 +41,7 @@ private:
     Surface& m_surface;
     bool m_isDragging = false;
     QPoint m_pressed; // global
-    QPoint m_anchor;  // image offset plus global position, which a drag keeps
+    QPoint m_anchor;  // image offset plus global position; constant during a drag
 };
 
 } // namespace Vistrel

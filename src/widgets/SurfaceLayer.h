@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Something that a surface draws.
+// The interface of a layer that a surface draws.
 #pragma once
 
 #include "widgets/SurfaceGeometry.h"
@@ -9,7 +9,7 @@
 
 namespace Vistrel {
 
-/// A surface draws its layers one over the other, on the user-interface thread and with no lock held.
+/// A surface draws its layers one over the other, on the user-interface thread and without a lock held.
 class SurfaceLayer
 {
 public:
@@ -18,8 +18,8 @@ public:
     SurfaceLayer& operator=(const SurfaceLayer&) = delete;
     virtual ~SurfaceLayer() = default;
 
-    /// Draws what lies in `area`, in coordinates of the view. `geometry` is the same for all layers of a painting. The
-    /// surface saves the painter before and restores it afterwards.
+    /// Draws the part in `area`, in view coordinates. `geometry` is the same for all layers of one paint event. The
+    /// surface saves the painter's state before and restores it afterwards.
     virtual void paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry) = 0;
 };
 

@@ -39,10 +39,10 @@ public:
     Surface* const surface;
     QScrollBar* const horizontal;
     QScrollBar* const vertical;
-    // Gone before the surface is, which is left by the pointer when it ends.
+    // Destroyed before the surface, which sends a leave event when it is destroyed.
     ViewportEventFilter wheel;
     ImageSurfaceEventFilter mouse;
-    QPointer<QWidget> corner; // null, too, when its owner before has deleted it
+    QPointer<QWidget> corner; // null when there is none or the host has deleted it
 
 public Q_SLOTS:
     void updateScrollRange();
@@ -60,7 +60,7 @@ SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
 {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    // A bar that stands alone takes the length of the hidden one's cell, too.
+    // A single bar also takes the length of the hidden bar's cell.
     layout->setRowStretch(0, 1);
     layout->setColumnStretch(0, 1);
     layout->addWidget(surface, 0, 0);
@@ -70,13 +70,13 @@ SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
 
 SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
 {
-    setFocusPolicy(Qt::ClickFocus); // a click on the image ends the typing elsewhere
+    setFocusPolicy(Qt::ClickFocus); // a click on the image takes the focus from an editor
     Surface* const surface = m_data->surface;
     QPalette palette = this->palette();
     palette.setBrush(QPalette::Window, QBrush(Qt::darkGray, Qt::SolidPattern));
     surface->setPalette(palette);
     surface->setAutoFillBackground(true);
-    surface->setAttribute(Qt::WA_OpaquePaintEvent); // not under the image
+    surface->setAttribute(Qt::WA_OpaquePaintEvent); // the background is not filled under the image
 
     const std::pair<QKeySequence, const char*> shortcuts[] = {
         {Qt::Key_Left, SLOT(stepLeft())},
@@ -172,7 +172,7 @@ void SurfaceScrollArea::PrivateData::setRange(QScrollBar* bar, int imageLength, 
     bar->setPageStep(viewLength);
 }
 
-// Decided on the area without bars, so that none is there only because the other is.
+// Decided by the area without bars, so that no bar is shown only because of the other.
 void SurfaceScrollArea::PrivateData::updateScrollRange()
 {
     const bool wasHorizontal = area->hBarScrollable();
@@ -196,13 +196,13 @@ void SurfaceScrollArea::PrivateData::updateScrollRange()
     }
     if (isHorizontal == wasHorizontal && isVertical == wasVertical)
         return;
-    // The surface takes the cell of a hidden bar.
+    // The surface also takes the cell of a hidden bar.
     layout->removeWidget(surface);
     layout->addWidget(surface, 0, 0, isHorizontal ? 1 : 2, isVertical ? 1 : 2);
     Q_EMIT area->scrollabilityChanged(isHorizontal, isVertical);
 }
 
-// The surface is not told back: it has the exact offset, of which the bars show whole pixels.
+// Does not notify the surface, which has the exact offset; the bars show whole pixels.
 void SurfaceScrollArea::PrivateData::setValues(const QPointF& offset)
 {
     const QSignalBlocker blockHorizontal(horizontal);
@@ -305,7 +305,7 @@ void SurfaceScrollArea::setZoomTo(double scale, const QPoint& centerRef)
     const double after = surface->scaling();
     if (!SurfaceGeometry::isZoom(before.scaling(), after))
         return;
-    // Bars that come or go resize the surface, which moves the image; they do it before the image is put in its place.
+    // Bars that are shown or hidden resize the surface, which moves the image. Do that before setting the offset.
     m_data->updateScrollRange();
     m_data->layout->activate();
     surface->setScaledOffset(before.offsetZoomed(after, centerRef));
