@@ -1,70 +1,37 @@
 // SPDX-License-Identifier: MIT
-// Tests the pop-over panel and what opens in it: the zoom editor, the start-fixed editor and the overview of the image.
+// Tests the panels that open under the tool bar: where they lie, what closes them, and the editors in them.
 #include <Vistrel/MiniMap.h>
-#include <Vistrel/PopoverWindow.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
-#include "window/panels/StartFixedEditor.h"
-#include "window/panels/ZoomEditor.h"
+#include "window/OfferingCamera.h"
 
-#include <QtCore/QPointer>
 #include <QtGui/QScreen>
 #include <QtTest/QSignalSpy>
-#include <QtTest/QTest>
-#include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QDoubleSpinBox>
-#include <QtWidgets/QMainWindow>
-#include <QtWidgets/QPushButton>
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QToolButton>
 
-#include <functional>
-
-using namespace Vistrel;
-
 namespace {
 
-// A window of an area of 300 x 200 pixels with an image, below a button of 30 x 20.
-struct Shown
+// A window with a large image in which the keyboard belongs to the view.
+struct Shown : ShownWindow
 {
     Shown()
     {
-        window->setGeometry(100, 100, 300, 220);
-        button->setGeometry(40, 0, 30, 20);
-        area->setGeometry(0, 20, 300, 200);
-        area->setFocusPolicy(Qt::StrongFocus);
+        push(Mono8, 2400, 1600);
         area->setFocus();
-        QImage image(600, 400, QImage::Format_RGB32);
-        image.fill(Qt::blue);
-        area->surface()->setPixmap(QPixmap::fromImage(image));
-        window->show();
-        QVERIFY(QTest::qWaitForWindowActive(window));
     }
-    ~Shown() { delete window; }
-
-    void open(QWidget* contents)
+    void open(const char* name) const
     {
-        popover->setContents(contents);
-        popover->popUp(button, area);
-        QTRY_COMPARE(QApplication::activeWindow(), popover.data());
+        action(name)->trigger();
+        QVERIFY(panel());
+        QTRY_COMPARE(QApplication::activeWindow(), panel());
     }
 
-    QPointer<QMainWindow> window = new QMainWindow;
-    QPushButton* button = new QPushButton(window);
-    QPointer<SurfaceScrollArea> area = new SurfaceScrollArea(window);
-    QPointer<PopoverWindow> popover = new PopoverWindow(window);
+    const QPointer<SurfaceScrollArea> area = window->surfaceScrollArea();
 };
-
-QToolButton* buttonNamed(const QWidget& editor, const char* text)
-{
-    for (auto* const button : editor.findChildren<QToolButton*>()) {
-        if (button->text() == QLatin1String(text))
-            return button;
-    }
-    return nullptr;
-}
 
 } // namespace
 
@@ -73,158 +40,146 @@ class EditorsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void popoverIsPlaced();
-    void popoverCloses();
-    void keysTypedIntoAnEditorStayInIt();
+    void panelIsPlaced();
+    void panelCloses();
     void zoomEditorAndAreaFollowEachOther();
-    void startFixedKeepsItsCountInBounds();
+    void countIsAskedForWhileItIsOffered();
     void mapShowsAndMovesTheView();
 };
 
-void EditorsTest::popoverIsPlaced()
-{
-    const struct
-    {
-        QPoint window; // from the screen's corner; below zero: from the opposite one
-        bool isAnchored;
-        QPoint wanted; // in the window; the panel is 100 x 50
-    } rows[] = {{{100, 100}, true, {40, 22}},
-                {{100, 100}, false, {99, 22}}, // the button is hidden
-                {{-80, 100}, true, {-20, 22}},
-                {{100, -30}, true, {40, -52}}};
-    for (const auto& row : rows) {
-        Shown shown;
-        const QRect screen = shown.window->screen()->availableGeometry();
-        const QPoint corner(row.window.x() < 0 ? screen.width() : 0, row.window.y() < 0 ? screen.height() : 0);
-        shown.window->setGeometry({screen.topLeft() + corner + row.window, shown.window->size()});
-        shown.button->setVisible(row.isAnchored);
-        auto* const contents = new QWidget;
-        contents->setFixedSize(86, 36);
-        shown.popover->setContents(contents);
-        shown.popover->popUp(shown.button, shown.area);
-        QCOMPARE(shown.popover->geometry(), QRect(shown.window->geometry().topLeft() + row.wanted, QSize(100, 50)));
-    }
-}
-
-void EditorsTest::popoverCloses()
-{
-    const struct
-    {
-        std::function<void(Shown&)> act;
-        bool isOpen; // afterwards
-    } rows[] = {
-        {[](Shown& s) { QTest::mouseClick(s.button, Qt::LeftButton); }, true},
-        {[](Shown& s) { QTest::keyClick(s.popover, Qt::Key_Escape); }, false},
-        {[](Shown& s) {
-             s.area->surface()->setCursor(Qt::OpenHandCursor);
-             QTest::mousePress(s.area->surface(), Qt::LeftButton);
-             QCOMPARE(s.area->surface()->cursor().shape(), Qt::ClosedHandCursor); // it has got there
-         },
-         false},
-        {[](Shown& s) { s.window->activateWindow(); }, false},
-        {[](Shown& s) { s.window->hide(); }, false},
-        {[](Shown& s) { delete s.window; }, false},
-    };
-    for (const auto& row : rows) {
-        Shown shown;
-        QSignalSpy closed(shown.popover, &PopoverWindow::closed);
-        shown.open(new QSpinBox);
-        row.act(shown);
-        QTRY_COMPARE(shown.popover && shown.popover->isOpen(), row.isOpen);
-        QCOMPARE(closed.size(), row.isOpen ? 0 : 1);
-        if (shown.window && shown.window->isVisible() && !row.isOpen)
-            QTRY_COMPARE(QApplication::focusWidget(), shown.area.data());
-    }
-}
-
-void EditorsTest::keysTypedIntoAnEditorStayInIt()
+void EditorsTest::panelIsPlaced()
 {
     Shown shown;
-    QAction plain;
-    plain.setShortcut(Qt::Key_PageUp);
-    QAction toggle;
-    toggle.setShortcut(int(Qt::CTRL) | int(Qt::Key_E));
-    shown.window->addActions({&plain, &toggle});
-    QSignalSpy stolen(&plain, &QAction::triggered);
-    connect(&toggle, &QAction::triggered, shown.popover, [&] { shown.popover->close(); });
-    shown.open(new ZoomEditor(shown.area));
-    shown.area->setZoomTo(1, {-1, -1});
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_PageUp);
-    QTRY_VERIFY(shown.area->zoomScaling() > 1.1);
-    QCOMPARE(stolen.size(), 0);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_E, Qt::ControlModifier);
-    QVERIFY(!shown.popover->isOpen());
-    // The overview has no editor: the window's keys stay alive.
-    shown.open(new MiniMap);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_PageUp);
-    QCOMPARE(stolen.size(), 1);
+    shown.offer(false, 0);
+    shown.window->resize(400, 300);
+    QTRY_COMPARE(shown.window->size(), QSize(400, 300));
+    const QWidget* const button = shown.button("actionZoom_Editor");
+    const QRect screen = shown.window->screen()->availableGeometry();
+    const auto placesAt = [&](const QPoint& corner) {
+        shown.window->move(corner);
+        QCoreApplication::processEvents(); // the view may be taking the tool bar's place
+        const QWidget* const reference = button->isVisible() ? button : shown.area->surface();
+        shown.open("actionZoom_Editor");
+        const QRect place = shown.panel()->geometry();
+        shown.panel()->close();
+        return std::pair(place, QRect(reference->mapToGlobal(QPoint(0, 0)), reference->size()));
+    };
+    auto [panel, around] = placesAt({100, 100});
+    QCOMPARE(panel.topLeft(), around.bottomLeft() + QPoint(0, 3));
+    std::tie(panel, around) = placesAt({screen.right() - 80, 100});
+    QCOMPARE(panel.topRight(), QPoint(screen.right(), around.bottom() + 3));
+    std::tie(panel, around) = placesAt({100, screen.bottom() - 60});
+    QCOMPARE(panel.bottomLeft(), around.topLeft() - QPoint(0, 3));
+    shown.window->findChild<QToolBar*>()->hide();
+    std::tie(panel, around) = placesAt({100, 100});
+    QCOMPARE(panel.topLeft(), QPoint(around.center().x() - panel.width() / 2, around.top() + 2));
+}
+
+void EditorsTest::panelCloses()
+{
+    const std::function<void(Shown&)> acts[] = {
+        [](Shown& s) { QTest::mouseClick(s.button("actionZoom_Editor"), Qt::LeftButton); },
+        [](Shown&) { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); },
+        [](Shown&) { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Equal, Qt::ControlModifier); },
+        [](Shown& s) {
+            QTest::mousePress(s.area->surface(), Qt::LeftButton);
+            QCOMPARE(s.area->surface()->cursor().shape(), Qt::ClosedHandCursor); // it has got there
+        },
+        [](Shown& s) { s.window->activateWindow(); },
+        [](Shown& s) { s.window->hide(); },
+        [](Shown& s) { delete s.window; },
+    };
+    for (const auto& act : acts) {
+        Shown shown;
+        shown.area->doZoomTo800();
+        shown.open("actionZoom_Editor");
+        const QPointer<PopoverWindow> panel = shown.panel();
+        QSignalSpy closed(panel, &PopoverWindow::closed);
+        act(shown);
+        QTRY_VERIFY(!panel || !panel->isOpen());
+        QCOMPARE(closed.size(), 1);
+        if (!shown.window)
+            continue;
+        QVERIFY(!shown.action("actionZoom_Editor")->isChecked());
+        QTRY_VERIFY(!shown.window->isVisible() || QApplication::focusWidget() == shown.area);
+    }
 }
 
 void EditorsTest::zoomEditorAndAreaFollowEachOther()
 {
     Shown shown;
-    ZoomEditor editor(shown.area);
-    auto* const percent = editor.findChild<QDoubleSpinBox*>();
-    auto* const slider = editor.findChild<QSlider*>();
-    const auto* const fit = buttonNamed(editor, "Fit");
-    QVERIFY(fit->isChecked());
-    QCOMPARE(percent->value(), 50.0); // fitted
-    editor.show();
-    QVERIFY(QTest::qWaitForWindowActive(&editor));
-    percent->setFocus();
-    percent->selectAll();
-
+    const double fitted = shown.area->zoomScaling();
+    shown.open("actionZoom_Editor");
+    PopoverWindow* const panel = shown.panel();
+    auto* const percent = panel->findChild<QDoubleSpinBox*>();
+    auto* const slider = panel->findChild<QSlider*>();
+    const auto button = [panel](const char* text) {
+        const auto all = panel->findChildren<QToolButton*>();
+        return *std::find_if(all.begin(), all.end(), [=](auto* one) { return one->text() == QLatin1String(text); });
+    };
+    QVERIFY(button("Fit")->isChecked());
+    QCOMPARE(percent->value(), qRound(1000 * fitted) / 10.0);
     QTest::keyClicks(percent, QStringLiteral("13"));
-    QCOMPARE(shown.area->zoomScaling(), 0.5); // not a digit at a time
-    shown.area->resize(300, 150);             // fitted anew meanwhile
-    QTRY_VERIFY(slider->value() < -7);
+    QCOMPARE(shown.area->zoomScaling(), fitted); // not a digit at a time
+    const int level = slider->value();
+    shown.window->resize(1200, 400); // fitted anew meanwhile
+    QTRY_VERIFY(slider->value() < level);
     QTest::keyClicks(percent, QStringLiteral("3.3"));
     QTest::keyClick(percent, Qt::Key_Return);
     QCOMPARE(shown.area->zoomScaling(), 1.333);
-    QVERIFY(!fit->isChecked());
+    QVERIFY(!button("Fit")->isChecked());
+    QTest::keyClick(percent, Qt::Key_PageUp);
+    QTRY_VERIFY(shown.area->zoomScaling() > 1.34);
 
     QSignalSpy changes(shown.area->surface(), SIGNAL(scalingChanged(bool, double)));
-    buttonNamed(editor, "800 %")->click();
+    button("800 %")->click();
     slider->setValue(slider->value() + 1);
     shown.area->setZoomTo(2.34567, {-1, -1});
     QTRY_COMPARE(percent->value(), 234.6);
     QCOMPARE(changes.size(), 3); // what is shown is rounded, and is not sent back
     QCOMPARE(shown.area->zoomScaling(), 2.34567);
-    buttonNamed(editor, "Fit")->click();
-    QVERIFY(shown.area->zoomToFit() && fit->isChecked());
-
+    button("Fit")->click();
+    QVERIFY(shown.area->zoomToFit() && button("Fit")->isChecked());
     shown.area->surface()->setPixmap(QPixmap());
-    const double scaling = shown.area->zoomScaling();
     slider->setValue(slider->maximum());
     QVERIFY(slider->value() < slider->maximum());
-    QCOMPARE(shown.area->zoomScaling(), scaling);
-    delete shown.area;
-    slider->setValue(slider->maximum());
-    buttonNamed(editor, "800 %")->click();
+
+    // Keys typed into an editor stay in it. The overview has none: the window's keys stay alive.
+    QCOMPARE(shown.log->seen(), QByteArray());
+    panel->close();
+    shown.open("actionQuick_View");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Period);
+    QTRY_COMPARE(shown.log->seen(), QByteArray("stop"));
 }
 
-void EditorsTest::startFixedKeepsItsCountInBounds()
+void EditorsTest::countIsAskedForWhileItIsOffered()
 {
-    StartFixedEditor editor;
-    auto* const box = editor.findChild<QSpinBox*>();
-    QSignalSpy started(&editor, &StartFixedEditor::started);
-    editor.show();
-    QVERIFY(QTest::qWaitForWindowActive(&editor));
-    editor.setFocus();
-    QTest::keyClicks(box, QStringLiteral("640")); // in place of what is there
+    Shown shown;
+    const auto countIn = [&](int least, int most) {
+        shown.camera->setStartFixedMin(least);
+        shown.camera->setStartFixedMax(most);
+        shown.offer(true, bit("startFixed"));
+        return shown.panel()->findChild<QSpinBox*>()->value();
+    };
+    shown.open("actionStart_Fixed");
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("640")); // in place of what is there
+    QCOMPARE(countIn(10, 100), 100);
+    QCOMPARE(countIn(1, 1000), 640); // again
+    QCOMPARE(countIn(50, -3), 50);
+    QCOMPARE(countIn(1, 1000), 640);
+    auto* const box = QApplication::focusWidget();
     QTest::keyClick(box, Qt::Key_Enter);
+    QVERIFY(!shown.panel());
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Enter, {}, QString(), true);
     QCoreApplication::sendEvent(box, &held);
-    QCOMPARE(started, QList<QVariantList>{{640}});
-    editor.setBounds(10, 100, 5);
-    QCOMPARE(editor.count(), 100);
-    editor.setBounds(1, 1000, 5);
-    QCOMPARE(editor.count(), 640); // again
-    editor.setBounds(50, -3, 0);
-    QCOMPARE(editor.count(), 50);
-    editor.setStartEnabled(false);
-    QTest::keyClick(box, Qt::Key_Return);
-    QCOMPARE(started.size(), 1);
+    QTRY_COMPARE(shown.log->seen(), QByteArray("startFixed(640)"));
+    shown.offer(true, 0);
+    shown.open("actionStart_Fixed");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    shown.offer(false, 0);
+    QTRY_VERIFY(!shown.panel());
+    QVERIFY(!shown.action("actionStart_Fixed")->isChecked());
+    QCOMPARE(shown.log->seen(), QByteArray("startFixed(640)"));
 }
 
 void EditorsTest::mapShowsAndMovesTheView()
@@ -237,7 +192,7 @@ void EditorsTest::mapShowsAndMovesTheView()
     QVERIFY(QTest::qWaitForWindowExposed(&map));
     const auto pixel = [&map](int x, int y) { return map.grab().toImage().pixelColor(x, y); };
     const auto isFrame = [](const QColor& color) { return color.red() > 150 && color.blue() < 100; };
-    QCOMPARE(pixel(120, 90), QColor(Qt::blue));
+    QCOMPARE(pixel(120, 90), QColor(10, 10, 10));
     QVERIFY(isFrame(pixel(120, 11))); // the whole is seen
 
     shown.area->setZoomTo(2, {-1, -1});
@@ -246,26 +201,26 @@ void EditorsTest::mapShowsAndMovesTheView()
         QTest::mouseClick(&map, Qt::LeftButton, {}, position);
         return shown.area->surface()->visibleImageRectF().center();
     };
-    QCOMPARE(centreAt({60, 130}), QPointF(151.25, 301.25));
+    QCOMPARE(centreAt({60, 130}), QPointF(605, 1205));
     const double top = shown.area->surface()->visibleImageRectF().top();
-    QVERIFY(!isFrame(pixel(120, 11)) && isFrame(pixel(60, 10 + qRound(top * 0.4) + 1)));
+    QVERIFY(!isFrame(pixel(120, 11)) && isFrame(pixel(60, 10 + qRound(top * 0.1) + 1)));
     map.resize(280, 160); // from (20, 0) on
-    QCOMPARE(centreAt({100, 100}), QPointF(201.25, 251.25));
+    QCOMPARE(centreAt({100, 100}), QPointF(805, 1005));
     QTest::mousePress(&map, Qt::LeftButton, {}, {140, 80});
     QMouseEvent drag(QEvent::MouseMove, QPointF(-50, 400), Qt::NoButton, Qt::LeftButton, {});
     QApplication::sendEvent(&map, &drag);
-    QCOMPARE(shown.area->surface()->visibleImageRectF().bottomLeft(), QPointF(0, 400));
+    QCOMPARE(shown.area->surface()->visibleImageRectF().bottomLeft(), QPointF(0, 1600));
     QWheelEvent wheel({5, 5}, map.mapToGlobal({5, 5}), {}, {0, 120}, Qt::NoButton, {}, Qt::NoScrollPhase, false);
     QApplication::sendEvent(&map, &wheel);
     QCOMPARE(shown.area->zoomScaling(), 2.25);
 
     // Another image is seen at once or soon, an area that goes is left alone.
-    QPixmap red(60, 40);
+    QPixmap red(1200, 800);
     red.fill(Qt::red);
-    shown.area->surface()->setPixmap(red.scaled(1200, 800));
+    shown.area->surface()->setPixmap(red);
     map.updateView();
     QTRY_COMPARE(pixel(230, 150), QColor(Qt::red));
-    delete shown.area;
+    delete shown.window;
     QTest::mouseClick(&map, Qt::LeftButton);
     QApplication::sendEvent(&map, &wheel);
     QVERIFY(pixel(230, 150) != QColor(Qt::red));

@@ -1,71 +1,59 @@
 // SPDX-License-Identifier: MIT
 // Tests what the image information bar says, how it keeps still, and what it leaves out of a narrow window.
-#include "window/InfoBar.h"
+#include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceScrollArea.h>
 
-#include <QtTest/QTest>
+#include "window/OfferingCamera.h"
+
+#include <QtGui/QClipboard>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QStatusBar>
 
-#include <limits>
-
-using namespace Vistrel;
+#include <cmath>
 
 namespace {
 
-const std::uint8_t noPixels = 0; // never read
-
-RawImage frameOf(std::size_t width, std::size_t height, unsigned format)
+// All items whose values the source knows are switched on.
+struct ShownBar : ShownWindow
 {
-    return {&noPixels, width, height, Format(format), nullptr};
-}
-
-std::optional<PixVal> mono(std::uint32_t value)
-{
-    return PixVal{true, value, false, 0, 0, 0};
-}
-
-struct Fixture
-{
-    Fixture()
+    ShownBar()
     {
-        bar = new InfoBar(&statusBar);
-        statusBar.addPermanentWidget(bar);
-        set({nullptr, {}, frameOf(1920, 1080, BayerRG12), 0, {7, 5}, mono(17)});
-        bar->makeRoom(InfoItem::PixelValue, widestPixelText(frameOf(1920, 1080, BayerRG12)));
-        for (std::size_t i = 0; i < infoItemCount; ++i)
-            bar->setItemShown(InfoItem(i), true);
+        camera->addSetupMode("Slow\n& <b>", "");
+        push(Mono12);
+        for (const char* const name :
+             {"actionActive_Setup_Mode", "actionFrame_Rate", "actionBuffers_Dropped", "actionImageDimensions",
+              "actionImage_Format", "actionZoom_Level", "actionPixel_Value"}) {
+            action(name)->setChecked(false);
+            action(name)->trigger();
+        }
+        window->updateFeatureSet();
+        QTRY_COMPARE(label("Frames Dropped")->text(), QStringLiteral("Dropped: 1"));
     }
-    void set(const InfoState& state)
+    QLabel* label(const char* name) const
     {
-        for (std::size_t i = 0; i < infoItemCount; ++i)
-            bar->setValue(InfoItem(i), infoRow(InfoItem(i)).value(state));
-    }
-    void show(int width)
-    {
-        statusBar.resize(width, 30);
-        statusBar.show();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-    }
-    QLabel* label(InfoItem item) const
-    {
-        for (QLabel* const label : bar->findChildren<QLabel*>()) {
-            if (label->accessibleName() == infoName(item))
+        for (QLabel* const label : window->statusBar()->findChildren<QLabel*>()) {
+            if (label->accessibleName() == QLatin1String(name))
                 return label;
         }
         return nullptr;
     }
-    QStringList inView() const
+    QList<QLabel*> labels() const
     {
-        QStringList names;
-        for (std::size_t i = 0; i < infoItemCount; ++i) {
-            if (label(InfoItem(i))->isVisible())
-                names.append(infoName(InfoItem(i)));
+        QCoreApplication::processEvents();
+        QList<QLabel*> inView;
+        for (QLabel* const one : label("Pixel Value")->parent()->findChildren<QLabel*>()) {
+            if (one->isVisible())
+                inView.append(one);
         }
-        return names;
+        return inView;
+    }
+    QString report() const
+    {
+        window->copyCurrentImageStats();
+        return QGuiApplication::clipboard()->text();
     }
 
-    QStatusBar statusBar;
-    InfoBar* bar;
+    Surface* const surface = window->surfaceScrollArea()->surface();
 };
 
 } // namespace
@@ -75,132 +63,115 @@ class InfoBarTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void unknownValuesAreDashes();
-    void reportTellsWhatIsKnown();
+    void imageAndSourceAreToldOf();
     void nothingMovesWhileDigitsChange();
-    void narrowWindowLeavesOutTheLeastImportant();
-    void messageKeepsRoom();
+    void roomGoesToTheMostImportant();
     void droppedIsAmberWhileItRises();
 };
 
-void InfoBarTest::unknownValuesAreDashes()
+void InfoBarTest::imageAndSourceAreToldOf()
 {
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const QString dash = QStringLiteral("\u2013");
-    for (const QString& text : {frameRateText(nan), frameRateText(-1.0), countText(std::nullopt), dimensionsText({}),
-                                dimensionsText(frameOf(0, 4, Mono8)), formatText(frameOf(4, 4, 11)), zoomText(0.0),
-                                pixelText({-1, 4}, mono(1))})
-        QCOMPARE(infoText(InfoItem::Format, text), dash);
-    QCOMPARE(pixelText({3, 4}, std::nullopt), QStringLiteral("(3, 4) ") + dash);
-    QCOMPARE(pixelText({3, 4}, PixVal{false, 0, true, 1, 2, 65535}), QStringLiteral("(3, 4) R: 1 G: 2 B: 65535"));
-    QCOMPARE(pixelText({0, 0}, mono(0xFFFFFFFF)), QStringLiteral("(0, 0) 4294967295"));
-    QCOMPARE(infoText(InfoItem::SetupMode, QStringLiteral("Fast & %1 <b>")), QStringLiteral("Mode: Fast & %1 <b>"));
-    QCOMPARE(infoText(InfoItem::SetupMode, QString(33, QLatin1Char('m'))).size(), 6 + 32);
-}
+    ShownBar shown;
+    QTRY_COMPARE(shown.label("Playback Mode")->text(), QStringLiteral("Mode: Slow & <b>"));
+    QCOMPARE(shown.label("Pixel Value")->text(), QStringLiteral("\u2013"));
+    const auto pointAtLastPixel = [&shown] {
+        QTest::mouseMove(shown.surface, (shown.surface->scaledRect().topLeft() + QPointF(3.25, 2.25)).toPoint());
+        return shown.surface->activePixel() == QPoint(3, 2);
+    };
+    QTRY_VERIFY(pointAtLastPixel()); // the bars may still be taking their places
+    QTest::keyClick(shown.window, Qt::Key_P, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("(3, 2) 2570"));
+    QTest::keyClick(shown.window, Qt::Key_I, Qt::ControlModifier);
+    QCOMPARE(QGuiApplication::clipboard()->text(),
+             QStringLiteral("Playback Mode: Slow & <b>\nFrame Rate: 25.00 fps\nFrames Dropped: 1\n"
+                            "Dimensions: 4 x 3 x 12 bit\nImage Format: Mono12\nZoom Level: 100.0 %\n"
+                            "Pixel Value: (3, 2) 2570\n"));
+    QVERIFY(shown.action("actionBuffers_Dropped")->isVisible() && !shown.action("actionBuffers_Queued")->isVisible());
 
-void InfoBarTest::reportTellsWhatIsKnown()
-{
-    Fixture f;
-    InfoState state{nullptr, "Two\nlines", frameOf(1920, 1080, BayerRG14), 1.0, {7, 5}, mono(17)};
-    f.set(state);
-    const QString head = QStringLiteral("Playback Mode: Two lines\n");
-    const QString tail = QStringLiteral("Zoom Level: 100.0 %\nPixel Value: (7, 5) 17\n");
-    QCOMPARE(f.bar->report(),
-             head + QStringLiteral("Dimensions: 1920 x 1080 x 14 bit\nImage Format: BayerRG14\n") + tail);
-    state.image = {};
-    f.set(state);
-    QCOMPARE(f.bar->report(), head + tail);
+    shown.push(Mono14); // of the same size
+    QTRY_VERIFY(shown.report().contains(QLatin1String("4 x 3 x 14 bit\nImage Format: Mono14\n")));
+    shown.push(RGB8);
+    QTRY_COMPARE(shown.label("Pixel Value")->text(), QStringLiteral("(3, 2) R: 10 G: 10 B: 10"));
+    shown.camera->rate = std::nan("");
+    shown.camera->push({}); // clears
+    QTRY_COMPARE(shown.label("Frame Rate")->text(), QStringLiteral("\u2013 fps"));
+    QTRY_VERIFY(!shown.report().contains(QLatin1String("Image Format")));
 }
 
 void InfoBarTest::nothingMovesWhileDigitsChange()
 {
-    Fixture f;
-    f.show(2000);
-    const auto geometries = [&f] {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    ShownBar shown;
+    const auto geometries = [&shown] {
         QList<QRect> rects;
-        for (const QLabel* const label : f.bar->findChildren<QLabel*>())
+        for (const QLabel* const label : shown.labels())
             rects.append(label->geometry());
         return rects;
     };
     const QList<QRect> before = geometries();
-    for (const std::uint32_t digits : {1u, 88u, 11u}) {
-        f.set({nullptr, {}, {}, digits / 10.0, {int(digits), int(digits)}, mono(digits)});
-        f.bar->setValue(InfoItem::FrameRate, frameRateText(digits * 1.01));
-        f.bar->setValue(InfoItem::Queued, countText(digits));
-        f.bar->setValue(InfoItem::Dropped, countText(digits));
+    QCOMPARE(before.size(), 7);
+    const QLabel* const dropped = shown.label("Frames Dropped");
+    for (const std::size_t number : {88u, 111u}) {
+        shown.camera->rate = double(number) * 1.01;
+        shown.camera->dropped = number;
+        shown.window->surfaceScrollArea()->setZoomTo(double(number) / 100, {-1, -1});
+        shown.surface->setActivePixel(number == 88 ? QPoint(3, 2) : QPoint(-1, -1));
+        QTRY_VERIFY(dropped->text().endsWith(QString::number(number)));
         QCOMPARE(geometries(), before);
     }
-    f.bar->setValue(InfoItem::PixelValue, {});
-    QCOMPARE(geometries(), before);
-
     // A text that is wider than ever makes room for itself, and keeps it.
-    f.bar->setValue(InfoItem::Delivered, countText(123456789u));
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-    const QLabel* const delivered = f.label(InfoItem::Delivered);
-    const int grown = delivered->width();
-    QVERIFY(grown >= delivered->fontMetrics().horizontalAdvance(delivered->text()));
-    f.bar->setValue(InfoItem::Delivered, countText(1u));
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-    QCOMPARE(delivered->width(), grown);
+    shown.camera->dropped = 123456789;
+    QTRY_VERIFY(dropped->text().endsWith(QLatin1Char('9')));
+    const QList<QRect> grown = geometries();
+    QVERIFY(dropped->width() >= dropped->fontMetrics().horizontalAdvance(dropped->text()));
+    shown.camera->dropped = 1;
+    QTRY_VERIFY(dropped->text().endsWith(QLatin1String(" 1")));
+    QCOMPARE(geometries(), grown);
 }
 
-void InfoBarTest::narrowWindowLeavesOutTheLeastImportant()
+void InfoBarTest::roomGoesToTheMostImportant()
 {
-    const InfoItem leastFirst[] = {InfoItem::Format,     InfoItem::Filled,    InfoItem::Queued,  InfoItem::Delivered,
-                                   InfoItem::Dimensions, InfoItem::SetupMode, InfoItem::Dropped, InfoItem::FrameRate,
-                                   InfoItem::Zoom,       InfoItem::PixelValue};
-    Fixture f;
-    QVERIFY(f.bar->minimumSizeHint().width() < 100);
-    f.show(1600);
-    QCOMPARE(f.inView().size(), 10);
-    for (int width = 1600; width > 40; width -= 9) {
-        f.show(width);
-        QStringList left = f.inView();
-        const int count = left.size();
-        QCOMPARE(count == 10, f.bar->width() >= f.bar->sizeHint().width());
-        for (const QLabel* const label : f.bar->findChildren<QLabel*>())
-            QVERIFY(label->isHidden() || f.bar->rect().contains(label->geometry()));
-        if (left == QStringList{infoName(InfoItem::Zoom)})
-            continue; // too narrow for the pixel value
-        for (int i = 10 - count; i < 10; ++i)
-            QVERIFY2(left.removeOne(infoName(leastFirst[i])), qPrintable(infoName(leastFirst[i])));
-    }
-    QCOMPARE(f.inView().size(), 0);
-}
-
-void InfoBarTest::messageKeepsRoom()
-{
-    Fixture f;
-    f.show(f.bar->sizeHint().width() + 40);
-    const int wide = f.bar->width();
+    ShownBar shown;
+    const auto widthFor = [&shown](int count) { // the smallest that leaves so many items in view
+        int width = shown.window->width();
+        for (; shown.labels().size() >= count && width > 100; width -= 9)
+            shown.window->resize(width, 600);
+        shown.window->resize(width += 18, 600);
+        return width;
+    };
+    widthFor(7);
+    QCOMPARE(shown.labels().size(), 7);
     const QString message = QStringLiteral("Setting up the camera");
-    f.statusBar.showMessage(message);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-    QVERIFY(f.bar->x() > f.statusBar.fontMetrics().horizontalAdvance(message));
-    QVERIFY(!f.inView().contains(infoName(InfoItem::Format)));
-    QVERIFY(f.inView().contains(infoName(InfoItem::PixelValue)));
-    f.statusBar.clearMessage();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-    QCOMPARE(f.bar->width(), wide);
-    QCOMPARE(f.inView().size(), 10);
+    const QLabel* const first = shown.label("Playback Mode");
+    shown.window->statusBar()->showMessage(message);
+    QVERIFY(shown.labels().contains(shown.label("Pixel Value")) && !shown.label("Image Format")->isVisible());
+    QVERIFY(first->mapTo(shown.window, QPoint(0, 0)).x() > first->fontMetrics().horizontalAdvance(message));
+    shown.window->statusBar()->clearMessage();
+    QCOMPARE(shown.labels().size(), 7);
+    for (const char* const next : {"Image Format", "Dimensions", "Playback Mode", "Frames Dropped", "Frame Rate"}) {
+        QVERIFY2(shown.label(next)->isVisible(), next);
+        shown.window->resize(widthFor(shown.labels().size()) - 9, 600);
+        for (const QLabel* const label : shown.labels())
+            QVERIFY(label->parentWidget()->rect().contains(label->geometry()));
+        QVERIFY2(!shown.label(next)->isVisible(), next);
+    }
 }
 
 void InfoBarTest::droppedIsAmberWhileItRises()
 {
-    Fixture f;
-    for (const QColor& window : {QColor(0xEF, 0xEF, 0xEF), QColor(0x2B, 0x2B, 0x2B)}) {
-        f.statusBar.setPalette(QPalette(window, window));
-        const QColor usual = f.bar->palette().color(QPalette::WindowText);
-        f.bar->setValue(InfoItem::Dropped, countText(std::nullopt));
-        // How fast it came to be 9 is not known; 0: started anew.
-        for (const auto& [count, isAlarm] :
-             {std::pair(9u, false), {10u, true}, {10u, false}, {0u, false}, {1u, true}}) {
-            f.bar->setValue(InfoItem::Dropped, countText(count));
-            const QColor shown = f.label(InfoItem::Dropped)->palette().color(QPalette::WindowText);
-            QCOMPARE(shown, isAlarm ? alarmColor(f.bar->palette()) : usual);
-            QVERIFY(!isAlarm || (qGray(shown.rgb()) < 128) != (qGray(window.rgb()) < 128));
-        }
+    ShownBar shown;
+    const QLabel* const label = shown.label("Frames Dropped");
+    const auto color = [label] { return label->palette().color(QPalette::WindowText); };
+    for (const QColor& background : {QColor(0xEF, 0xEF, 0xEF), QColor(0x2B, 0x2B, 0x2B)}) {
+        shown.window->statusBar()->setPalette(QPalette(background, background));
+        const QColor usual = label->parentWidget()->palette().color(QPalette::WindowText);
+        QTRY_COMPARE(color(), usual);
+        shown.camera->dropped = 10;
+        QTRY_VERIFY(color() != usual);
+        QVERIFY((qGray(color().rgb()) < 128) != (qGray(background.rgb()) < 128)); // can be read
+        QTRY_COMPARE(color(), usual);
+        shown.camera->dropped = 0; // counted anew
+        QTRY_COMPARE(label->text(), QStringLiteral("Dropped: 0"));
+        QCOMPARE(color(), usual);
     }
 }
 

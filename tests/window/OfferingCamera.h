@@ -2,11 +2,11 @@
 // A window whose source offers everything or nothing, and what the source is asked to do.
 #pragma once
 
+#include <Vistrel/PopoverWindow.h>
 #include <Vistrel/SurfaceStream.h>
 #include <Vistrel/WindowQt.h>
 
 #include "support/FakeSources.h"
-#include "window/panels/StartFixedEditor.h"
 
 #include <QtCore/QPointer>
 #include <QtCore/QThread>
@@ -130,10 +130,12 @@ public:
     {
         return answer("activeSetupMode", setupModeName(1, buffer, size));
     }
-    double frameRate() const override { return answer("frameRate", 25.0); }
-    std::size_t framesDropped() const override { return answer("framesDropped", 1u); }
+    double frameRate() const override { return answer("frameRate", rate.load()); }
+    std::size_t framesDropped() const override { return answer("framesDropped", dropped.load()); }
 
     std::atomic<bool> running{false};
+    std::atomic<double> rate{25};
+    std::atomic<std::size_t> dropped{1};
     std::atomic<unsigned> able{anyCommand};
 
 private:
@@ -198,14 +200,21 @@ struct ShownWindow
             QAction* const entry = chosen->menu() ? modes()->actions().value(0) : chosen;
             entry && entry->isEnabled() ? entry->trigger() : void();
         }
-        auto* const editor = window->findChild<StartFixedEditor*>();
-        if (editor->isVisible())
-            editor->findChild<QPushButton*>()->click();
-        QVERIFY(!editor->isVisible());
+        if (const PopoverWindow* const asking = panel())
+            asking->findChild<QPushButton*>()->click();
+        QVERIFY(!panel());
     }
-    void push(Format format)
+    PopoverWindow* panel() const // the one that is open, or null
     {
-        frames.emplace_back(4, 3, format, std::uint8_t(10));
+        for (auto* const one : window->findChildren<PopoverWindow*>()) {
+            if (one->isOpen())
+                return one;
+        }
+        return nullptr;
+    }
+    void push(Format format, std::size_t width = 4, std::size_t height = 3)
+    {
+        frames.emplace_back(width, height, format, std::uint8_t(10));
         camera->push(frames.back().raw);
         QTRY_VERIFY(window->surfaceStream()->latestImageFormat() == format && action("actionSave_Image")->isEnabled());
     }

@@ -5,7 +5,6 @@
 
 #include "window/OfferingCamera.h"
 
-#include <QtGui/QClipboard>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QLabel>
@@ -21,8 +20,6 @@ private Q_SLOTS:
     void stateIsToldInWords();
     void palettes();
     void imageIsAloneInViewModes();
-    void imageIsToldOf();
-    void countIsAskedForWhileItIsOffered();
     void closeableIsObeyed();
 };
 
@@ -136,39 +133,6 @@ void WindowQtTest::imageIsAloneInViewModes()
     shown.window->setExhibitView(false);
     QVERIFY(!dock->isVisible());
     QTRY_COMPARE(surface->size(), before);
-}
-
-void WindowQtTest::imageIsToldOf()
-{
-    ShownWindow shown;
-    QVERIFY(!shown.action("actionCopy_Pixel_Value")->isEnabled());
-    shown.push(Mono12);
-    QTRY_VERIFY(shown.action("actionCopy_Image_Stats")->isEnabled());
-    Surface* const surface = shown.window->surfaceScrollArea()->surface();
-    const auto pointAtLastPixel = [surface] {
-        QTest::mouseMove(surface, (surface->scaledRect().topLeft() + QPointF(3.25, 2.25)).toPoint());
-        return surface->activePixel() == QPoint(3, 2);
-    };
-    QTRY_VERIFY(pointAtLastPixel()); // the bars may still be taking their places
-    QTest::keyClick(shown.window, Qt::Key_P, Qt::ControlModifier);
-    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("(3, 2) 2570"));
-    QTest::keyClick(shown.window, Qt::Key_I, Qt::ControlModifier);
-    QCOMPARE(QGuiApplication::clipboard()->text(),
-             QStringLiteral("Frame Rate: 25.00 fps\nFrames Dropped: 1\n"
-                            "Dimensions: 4 x 3 x 12 bit\nImage Format: Mono12\nZoom Level: 100.0 %\n"
-                            "Pixel Value: (3, 2) 2570\n"));
-    QVERIFY(shown.action("actionBuffers_Dropped")->isVisible() && !shown.action("actionBuffers_Queued")->isVisible());
-}
-
-void WindowQtTest::countIsAskedForWhileItIsOffered()
-{
-    ShownWindow shown(true, bit("startFixed"));
-    const auto* const editor = shown.window->findChild<StartFixedEditor*>();
-    QTest::keyClick(shown.window, Qt::Key_Asterisk);
-    QTRY_VERIFY(editor->isVisible() && shown.action("actionStart_Fixed")->isChecked());
-    shown.offer(false, 0);
-    QTRY_VERIFY(!editor->isVisible());
-    QVERIFY(!shown.action("actionStart_Fixed")->isChecked());
 }
 
 void WindowQtTest::closeableIsObeyed()
