@@ -2,10 +2,7 @@
 // A C host with one window, for tests that hold its functions and frames in their hands.
 #pragma once
 
-#include <Vistrel/AbstractFileInterface.h>
 #include <Vistrel/CInterface.h>
-#include <Vistrel/FileIO.h>
-#include <Vistrel/PixVal.h>
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 #include <Vistrel/WindowQt.h>
@@ -15,12 +12,8 @@
 #include <QtTest/QtTest>
 #include <QtWidgets/QAction>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QFileDialog>
-#include <QtWidgets/QLineEdit>
-#include <QtWidgets/QMessageBox>
-#include <QtWidgets/QPushButton>
 
-#include <chrono>
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <set>
@@ -33,6 +26,17 @@ enum { Gone = 1, Triggered, Idle }; // callbacks besides the features
 
 inline const char* const commandLine[] = {"program"};
 inline VTAppHandle app = nullptr;
+
+/// Any handle or pointer, which becomes the wanted one as in C.
+struct Handle
+{
+    void* at;
+    template <typename Type>
+    operator Type*() const
+    {
+        return static_cast<Type*>(at);
+    }
+};
 
 struct Camera;
 template <std::int32_t feature, typename Callback>
@@ -47,6 +51,8 @@ struct Camera
 
     Camera()
     {
+        VTAppCreate(1, commandLine, &app); // unless there is one
+        itsApp = app;
         VTWindowCreate(app, &window, this);
         void* native = nullptr;
         VTWindowGetNativeHandle(window, &native);
@@ -65,6 +71,13 @@ struct Camera
         on(feature, std::move(act));
         added.insert(feature);
         QCOMPARE(set(window, feature, &Call<feature, Callback>::call), VT_OK + 0);
+        // The feature that each VT_SOURCE_HAS_* tells of.
+        constexpr int told[] = {100, 300, 101, 102, 103, 104, 105, 200, 106, 107, 108, 600, 700, 701, 702, 703};
+        for (std::int32_t i = 0; i < 16; ++i) {
+            bool isTold = false;
+            VTGetPropBool(window, VT_SOURCE_HAS_SETUP + i, &isTold);
+            QCOMPARE(isTold, added.count(told[i]) > 0);
+        }
     }
     VTActionHandle addAction()
     {
@@ -156,28 +169,8 @@ struct Camera
     }
     QAction* ownAction() const
     {
-        for (QAction* const one : view->findChildren<QAction*>()) {
-            if (one->text() == QLatin1String("Own"))
-                return one;
-        }
-        return nullptr;
-    }
-    // As the user does it; an error is acknowledged.
-    void save()
-    {
-        VTWindowAddFileFormat(window, "raw", nullptr, nullptr);
-        QTimer user;
-        user.callOnTimeout([] {
-            if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
-                box->button(QMessageBox::Ok)->click();
-            auto* const dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (dialog && dialog->isVisible()) {
-                dialog->findChild<QLineEdit*>()->setText(QDir::tempPath() + QStringLiteral("/none/a.raw"));
-                QMetaObject::invokeMethod(dialog, "done", Q_ARG(int, QDialog::Accepted));
-            }
-        });
-        user.start(1);
-        view->saveCurrentImage();
+        const auto all = view->findChildren<QAction*>();
+        return *std::find_if(all.begin(), all.end(), [](QAction* one) { return one->text() == QLatin1String("Own"); });
     }
 
     struct Frame
@@ -187,6 +180,7 @@ struct Camera
         int returned = 0;
     };
 
+    VTAppHandle itsApp = nullptr;
     VTWindowHandle window = nullptr;
     QPointer<WindowQt> view;
     std::set<std::int32_t> added; // features
@@ -227,7 +221,7 @@ using Story = void (*)(Camera&);
 /// An act that destroys the camera's window.
 inline Camera::Act destroys(Camera& camera)
 {
-    return [&camera] { return camera.code = VTWindowDestroy(camera.window), true; };
+    return [&camera] { return VTWindowDestroy(camera.window) == VT_OK; };
 }
 
 Q_DECLARE_METATYPE(Story)
