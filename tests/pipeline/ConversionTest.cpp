@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Tests conversions and readout of every pixel format against a naive reference, in memory with no byte to spare.
+// Tests conversions and readout of every pixel format against a naive reference, in memory with no byte to spare, and
+// the way from images back to frames.
 #include "pipeline/frames/Conversion.h"
 #include "pipeline/PixelReference.h"
 #include "pipeline/VectorUnits.h"
+#include "pipeline/pixels/ColorTables.h"
 #include "pipeline/pixels/PixelFormats.h"
 #include "pipeline/pixels/PixelReader.h"
 
@@ -24,6 +26,13 @@ bool areEqual(const PixVal& a, const PixVal& b)
 bool isReadRight(const RawImage& raw)
 {
     const Layout layout = layoutOf(raw.format);
+    const auto width = static_cast<int>(raw.width);
+    const auto height = static_cast<int>(raw.height);
+    for (const PixPos& outside : {PixPos{-1, 0}, {0, -1}, {width, 0}, {0, height}, {INT_MAX, INT_MAX}, {INT_MIN, 0}}) {
+        PixVal value{true, 1, true, 2, 3, 4};
+        if (readPixel(raw, outside, value) || !areEqual(value, PixVal()))
+            return false;
+    }
     for (std::size_t i = 0; i < raw.width * raw.height; ++i) {
         const std::size_t x = i % raw.width;
         const std::size_t y = i / raw.width;
@@ -42,40 +51,36 @@ bool isReadRight(const RawImage& raw)
     return true;
 }
 
-/// Reads and converts a frame of random bytes in every way there is. Returns what went wrong, or nothing.
-QByteArray faultOf(CopyPool& pool, Format format, std::size_t width, std::size_t height,
-                   GuardedBuffer::Placement placement, Random& random)
-{
-    const GuardedBuffer source(neededBytes(format, width, height), placement);
-    fillRandom(source, random);
-    const RawImage raw{source.data(), width, height, format, nullptr};
-    if (!isReadRight(raw))
-        return "readout";
-    if (isMosaic(format))
-        return QByteArray();
+// With one deep site, there are rows with and without such.
+enum Content { AnyBits, WithinDepth, Extremes, OneDeepSite };
 
-    const bool gray = layoutOf(format).channels == 1;
-    for (const QImage::Format kind :
-         {gray ? QImage::Format_Indexed8 : QImage::Format_RGBX8888, QImage::Format_RGB888}) {
-        if (gray && kind == QImage::Format_RGB888)
-            continue;
-        const QByteArray expected = converted(raw, kind);
-        const GuardedBuffer memory(static_cast<std::size_t>(expected.size()), placement);
-        QImage target = imageIn(memory, width, height, kind);
-        const QByteArray fault = faultInVectors([&]() -> QByteArray {
-            target.fill(0x5A);
-            if (!copyFrame(pool, target, raw) || bytesOf(target) != expected)
-                return "copy";
-            return memory.isIntact() ? "" : "written beside the target";
-        });
-        if (!fault.isEmpty())
-            return fault;
-        PixelBuffer buffer;
-        if (kind != QImage::Format_RGB888 && (!convertFrame(pool, target, buffer, raw) || target.format() != kind ||
-                                              target.constBits() != buffer.data() || bytesOf(target) != expected))
-            return "conversion";
+void fill(const GuardedBuffer& buffer, Format format, Content content, Random& random)
+{
+    fillRandom(buffer, random);
+    const Layout layout = layoutOf(format);
+    const unsigned bits = content == OneDeepSite ? 12 : layout.bits;
+    for (std::size_t i = 0; i < buffer.size() && content != AnyBits; ++i) {
+        std::uint8_t& byte = buffer.data()[i];
+        if (content == Extremes)
+            byte = i % layout.bytes == 1 ? buffer.data()[i - 1] : byte & 1 ? 0xFF : 0;
+        if (layout.bytes == 2 && i % 2 == 1 && packingOf(format) != 0x4000 && packingOf(format) != 0x8000)
+            byte &= static_cast<std::uint8_t>(0xFF >> (16 - bits));
     }
-    return QByteArray();
+    if (content == OneDeepSite)
+        buffer.data()[random() % buffer.size() | 1] = 0xFF;
+}
+
+// Levels in no order, so that numbering them as they come cannot go unnoticed.
+QImage scene(QSize size, bool gray)
+{
+    QImage image(size, QImage::Format_ARGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const int level = (200 + 37 * x + 91 * y) & 0xFF;
+            image.setPixel(x, y, gray ? qRgb(level, level, level) : qRgb(level, 255 - level, (level * 3) & 0xFF));
+        }
+    }
+    return image;
 }
 
 } // namespace
@@ -90,83 +95,110 @@ private Q_SLOTS:
     void largeFrames();
     void lookUp();
     void storesMakeNoDifference();
-    void impossibleFramesAreRefused_data();
     void impossibleFramesAreRefused();
-    void unfitTargetsAreRefused();
-    void readoutOutsideTheFrameIsZero();
+    void imagesBecomeFrames();
 
 private:
+    void check(Format format, std::size_t width, std::size_t height, Content content = AnyBits,
+               GuardedBuffer::Placement placement = GuardedBuffer::AtBack);
+
+    Random m_random{1};
     CopyPool m_pool{3};
 };
+
+// Reads and converts a frame in every way there is.
+void ConversionTest::check(Format format, std::size_t width, std::size_t height, Content content,
+                           GuardedBuffer::Placement placement)
+{
+    if (QTest::currentTestFailed())
+        return;
+    const QByteArray size = QByteArray::number(qulonglong{width}) + " x " + QByteArray::number(qulonglong{height});
+    const GuardedBuffer source(neededBytes(format, width, height), placement);
+    fill(source, format, content, m_random);
+    const RawImage raw{source.data(), width, height, format, nullptr};
+    QVERIFY2(isReadRight(raw), size.constData());
+    const bool isGray = layoutOf(format).channels == 1 && !isMosaic(format);
+    std::vector<QImage::Format> kinds{isGray ? QImage::Format_Indexed8 : QImage::Format_RGBX8888};
+    if (isColor(format))
+        kinds.push_back(QImage::Format_RGB888);
+    for (const QImage::Format kind : kinds) {
+        const QByteArray expected = converted(raw, kind);
+        const GuardedBuffer memory(static_cast<std::size_t>(expected.size()), placement);
+        QImage target = imageIn(memory, width, height, kind);
+        const QByteArray fault = faultInVectors([&]() -> QByteArray {
+            target.fill(0x5A);
+            const bool isRight = copyFrame(m_pool, target, raw) && bytesOf(target) == expected && memory.isIntact();
+            return isRight ? "" : size;
+        });
+        QVERIFY2(fault.isEmpty(), fault.constData());
+        PixelBuffer buffer;
+        if (kind == kinds.front())
+            QVERIFY2(convertFrame(m_pool, target, buffer, raw) && target.format() == kind &&
+                         target.constBits() == buffer.data() && bytesOf(target) == expected,
+                     size.constData());
+    }
+}
 
 void ConversionTest::everyWidth_data()
 {
     QTest::addColumn<unsigned>("format");
     for (const NamedFormat& named : namedFormats())
         QTest::newRow(named.name.constData()) << unsigned{named.format};
-    QTest::newRow("both packing bits: unpacked") << 0xC00Au;
-    QTest::newRow("packing of 12 bits: ignored") << 0x400Cu;
-    QTest::newRow("packing of colour: ignored") << 0x801Eu;
-    QTest::newRow("order of monochrome: ignored") << 0x2008u;
-    QTest::newRow("order 1: RGB") << 0x1018u;
-    QTest::newRow("order 3: RGB") << 0x301Eu;
-    QTest::newRow("pattern of colour: ignored") << 0x2330u;
+    // Fields that mean nothing: both packing bits, packing of 12 bits and of colour, order of monochrome, orders 1 and
+    // 3, pattern of colour.
+    for (const unsigned code : {0xC00Au, 0xC10Au, 0x400Cu, 0x801Eu, 0x2008u, 0x1018u, 0x301Eu, 0x2330u})
+        QTest::addRow("0x%X", code) << code;
 }
 
 void ConversionTest::everyWidth()
 {
     QFETCH(unsigned, format);
-    Random random(format);
-    std::vector<std::size_t> widths(67);
-    std::iota(widths.begin(), widths.end(), 1u);
-    widths.insert(widths.end(), {131, 641}); // several blocks of the widest vectors
-    for (const auto placement : {GuardedBuffer::AtFront, GuardedBuffer::AtBack, GuardedBuffer::Unaligned}) {
-        for (const std::size_t width : widths) {
-            for (const std::size_t height : {1u, 2u, 5u}) {
-                const QByteArray fault = faultOf(m_pool, Format(format), width, height, placement, random);
-                QVERIFY2(fault.isEmpty(), qPrintable(QStringLiteral("%1 x %2, placement %3: %4")
-                                                         .arg(width)
-                                                         .arg(height)
-                                                         .arg(placement)
-                                                         .arg(QLatin1String(fault))));
-            }
+    const std::size_t least = isMosaic(Format(format)) ? 4 : 1;
+    const std::size_t most = isMosaic(Format(format)) ? 20 : 67;
+    std::vector<std::size_t> widths(most + 1 - least);
+    std::iota(widths.begin(), widths.end(), least);
+    widths.insert(widths.end(), {67, 131, 641}); // several blocks of the widest vectors
+    for (const std::size_t width : widths) {
+        for (const std::size_t height : {least, least + 1, least + 4}) {
+            check(Format(format), width, height, AnyBits, GuardedBuffer::AtBack);
+            check(Format(format), width, height, WithinDepth, GuardedBuffer::AtFront);
+            check(Format(format), width, height, Extremes, GuardedBuffer::Unaligned);
         }
     }
 }
 
-// Others are not worth waking the pool.
+// Others are not worth waking the pool. A mosaic is interpolated in pieces of 4096 columns.
 void ConversionTest::largeFrames()
 {
-    Random random(1);
-    for (const Format format : {Mono8, Mono10p, Mono12, RGB8, RGB10p32, RGB16}) {
-        const QByteArray fault = faultOf(m_pool, format, 1601, 1327, GuardedBuffer::AtBack, random);
-        QVERIFY2(fault.isEmpty(), fault.constData());
+    for (const Format format : {Mono8, Mono10p, Mono12, RGB8, RGB10p32, RGB16})
+        check(format, 1601, 1327);
+    const std::pair<std::size_t, std::size_t> sizes[] = {{4097, 89}, {4098, 4}, {4099, 5}, {4100, 6}, {8201, 4}};
+    for (const auto& [width, height] : sizes) {
+        check(BayerGB8, width, height);
+        check(BayerGR10p, width, height);
+        check(BayerBG16, width, height, OneDeepSite);
     }
 }
 
 void ConversionTest::lookUp()
 {
-    Random random(2);
     std::uint32_t table[256];
-    std::generate_n(table, 256, [&] { return static_cast<std::uint32_t>(random()); });
+    std::generate_n(table, 256, [&] { return static_cast<std::uint32_t>(m_random()); });
     for (std::size_t count = 0; count <= 67; ++count) {
         const GuardedBuffer source(count, GuardedBuffer::AtBack);
-        fillRandom(source, random);
+        fillRandom(source, m_random);
         const GuardedBuffer target(4 * count, GuardedBuffer::AtBack);
-        const QByteArray fault = faultInVectors([&]() -> QByteArray {
-            auto* const entries = reinterpret_cast<std::uint32_t*>(target.data());
-            for (const auto stores : {Kernels::Stores::Cached, Kernels::Stores::Streamed}) {
+        auto* const entries = reinterpret_cast<std::uint32_t*>(target.data());
+        for (const auto stores : {Kernels::Stores::Cached, Kernels::Stores::Streamed}) {
+            const QByteArray fault = faultInVectors([&]() -> QByteArray {
                 std::fill_n(entries, count, 0u);
                 Kernels::lookUp(source.data(), entries, count, table, stores);
-                const bool right =
-                    std::equal(entries, entries + count, source.data(),
-                               [&](std::uint32_t entry, std::uint8_t index) { return entry == table[index]; });
-                if (!right || !target.isIntact())
-                    return "wrong entries";
-            }
-            return "";
-        });
-        QVERIFY2(fault.isEmpty(), fault.constData());
+                const bool isRight = std::equal(entries, entries + count, source.data(),
+                                                [&](auto entry, auto index) { return entry == table[index]; });
+                return isRight && target.isIntact() ? "" : "wrong entries";
+            });
+            QVERIFY2(fault.isEmpty(), fault.constData());
+        }
     }
 }
 
@@ -179,7 +211,6 @@ void ConversionTest::storesMakeNoDifference()
         std::size_t sourceBytes, targetBytes; // of four pixels
         void (*run)(const PixelRun&);
     };
-    Random random(3);
     const Case cases[] = {{"bytes", 4, 4, copyBytes},         {"words", 8, 4, shiftToGray},
                           {"packed", 5, 4, packed10ToGray},   {"3 bytes", 12, 16, bytes3ToColor},
                           {"4 bytes", 16, 16, bytes4ToColor}, {"3 words", 24, 16, words3ToColor},
@@ -188,7 +219,7 @@ void ConversionTest::storesMakeNoDifference()
         const std::size_t step = one.sourceBytes % 4 == 0 ? 1 : 4;    // groups are whole
         for (std::size_t count = step; count <= 200; count += step) { // so the target begins anywhere within a vector
             const GuardedBuffer source(count * one.sourceBytes / 4, GuardedBuffer::AtBack);
-            fillRandom(source, random);
+            fillRandom(source, m_random);
             std::vector<std::uint8_t> expected(count * one.targetBytes / 4);
             PixelRun run{source.data(), expected.data(), count, Stores::Cached, 4, true, one.targetBytes / 4};
             run.end = source.data() + source.size();
@@ -209,98 +240,74 @@ void ConversionTest::storesMakeNoDifference()
     }
 }
 
-void ConversionTest::impossibleFramesAreRefused_data()
+void ConversionTest::impossibleFramesAreRefused()
 {
-    QTest::addColumn<unsigned>("format");
-    QTest::addColumn<quint64>("width");
-    QTest::addColumn<quint64>("height");
-    QTest::addColumn<bool>("hasData");
-    QTest::addColumn<bool>("readable"); // each pixel by itself
-    const auto row = [](const char* name, unsigned format, quint64 width, quint64 height, bool hasData = true,
-                        bool readable = false) {
-        QTest::newRow(name) << format << width << height << hasData << readable;
+    struct Frame
+    {
+        const char* name;
+        unsigned format;
+        quint64 width, height;
+        bool isReadable = false; // each pixel by itself
     };
     constexpr quint64 most = SIZE_MAX;
     constexpr quint64 two32 = quint64{1} << 32;
-    row("no data", Mono8, 4, 4, false);
-    row("no width", Mono8, 0, 4);
-    row("no height", RGB8, 4, 0);
-    row("unknown depth", 9, 4, 4);
-    row("unknown pattern", 0x508, 4, 4);
-    row("unknown layout", 0x10008, 4, 4);
-    row("mosaic too narrow", BayerGR8, 3, 100, true, true);
-    row("mosaic too low", BayerGR10p, 100, 3, true, true);
-    row("product overflows to 0", Mono8, most / 2 + 1, 2);
-    row("row overflows", RGB16, most / 6 + 2, 1);
-    row("all far too large", Mono16, most, most);
-    row("wider than int, lower half fits", Mono8, two32 + 4, 4);
-    row("higher than int, lower half fits", RGB8, 4, two32 + 4);
-    row("target's row longer than int", RGB8, two32 / 8, 1, true, true);
-    row("mosaic's target row longer than int", BayerRG8, two32 / 8, 4, true, true);
-}
-
-void ConversionTest::impossibleFramesAreRefused()
-{
-    QFETCH(unsigned, format);
-    QFETCH(quint64, width);
-    QFETCH(quint64, height);
-    QFETCH(bool, hasData);
-    QFETCH(bool, readable);
+    const Frame frames[] = {
+        {"no width", Mono8, 0, 4},
+        {"no height", RGB8, 4, 0},
+        {"unknown depth", 9, 4, 4},
+        {"unknown pattern", 0x508, 4, 4},
+        {"unknown layout", 0x10008, 4, 4},
+        {"mosaic too narrow", BayerGR8, 3, 100, true},
+        {"mosaic too low", BayerGR10p, 100, 3, true},
+        {"product overflows to 0", Mono8, most / 2 + 1, 2},
+        {"row overflows", RGB16, most / 6 + 2, 1},
+        {"wider than int, lower half fits", Mono8, two32 + 4, 4},
+        {"higher than int, lower half fits", RGB8, 4, two32 + 4},
+        {"target's row longer than int", RGB8, two32 / 8, 1, true},
+        {"mosaic's target row longer than int", BayerRG8, two32 / 8, 4, true},
+    };
     const GuardedBuffer memory(16, GuardedBuffer::AtBack);
-    const RawImage raw{hasData ? memory.data() : nullptr, width, height, Format(format), nullptr};
     QImage target;
     PixelBuffer buffer;
     QVERIFY(prepareTarget(target, buffer, 5, 3, 32));
     target.fill(Qt::cyan);
     const QImage before = target.copy();
-    PixVal value{true, 9, true, 9, 9, 9};
-    QVERIFY(!copyFrame(m_pool, target, raw));
-    QVERIFY(!convertFrame(m_pool, target, buffer, raw));
-    QVERIFY(target == before && target.constBits() == buffer.data() && buffer.size() == 4 * 5 * 3);
-    QVERIFY(readable || (!readPixel(raw, {0, 0}, value) && areEqual(value, PixVal())));
-    QCOMPARE(isReadable(raw), readable || !hasData); // takes the pointer at its word
-    QCOMPARE(isConvertible(raw), !hasData);
-}
-
-void ConversionTest::unfitTargetsAreRefused()
-{
-    struct Target
-    {
-        QImage::Format format;
-        QSize size;
-        int padding;
+    const auto isRefused = [&](const RawImage& raw) {
+        return !copyFrame(m_pool, target, raw) && !convertFrame(m_pool, target, buffer, raw) && target == before &&
+               target.constBits() == buffer.data();
     };
-    for (const Format format : {Mono8, Mono10p, RGB8, BGR16, BayerRG8}) {
-        const bool isGray = layoutOf(format).channels == 1 && !isMosaic(format);
-        const auto own = isGray ? QImage::Format_Indexed8 : QImage::Format_RGBX8888;
-        const auto other = isGray ? QImage::Format_RGBX8888 : QImage::Format_Indexed8;
-        for (const Target& unfit :
-             {Target{own, {16, 5}, 0}, Target{own, {8, 5}, 0}, Target{own, {12, 6}, 0}, Target{own, {12, 4}, 0},
-              Target{own, {12, 5}, 4}, Target{QImage::Format_RGB32, {12, 5}, 0}, Target{other, {12, 5}, 0},
-              Target{QImage::Format_RGB888, {12, 5}, isColor(format) ? 4 : 0}}) {
-            const std::vector<std::uint8_t> bytes(neededBytes(format, 12, 5), 0xEE);
-            const std::vector<std::uint8_t> before(6 * 64, 7);
-            std::vector<std::uint8_t> memory = before;
-            const int rowBytes = unfit.size.width() * QImage(1, 1, unfit.format).depth() / 8 + unfit.padding;
-            QImage image(memory.data(), unfit.size.width(), unfit.size.height(), rowBytes, unfit.format);
-            QVERIFY(!image.isNull() && !copyFrame(m_pool, image, {bytes.data(), 12, 5, format, nullptr}));
-            QCOMPARE(memory, before);
-        }
+    for (const Frame& frame : frames) {
+        const RawImage raw{memory.data(), frame.width, frame.height, Format(frame.format), nullptr};
+        PixVal value{true, 9, true, 9, 9, 9};
+        QVERIFY2(isRefused(raw) && !isConvertible(raw), frame.name);
+        QVERIFY2(isReadable(raw) == frame.isReadable, frame.name);
+        QVERIFY2(frame.isReadable || (!readPixel(raw, {0, 0}, value) && areEqual(value, PixVal())), frame.name);
     }
-    QImage none;
-    QVERIFY(!copyFrame(m_pool, none, {nullptr, 12, 5, Mono8, nullptr}));
+    const RawImage none{nullptr, 4, 4, Mono8, nullptr};
+    PixVal value;
+    QVERIFY(isRefused(none) && !readPixel(none, {0, 0}, value));
 }
 
-void ConversionTest::readoutOutsideTheFrameIsZero()
+void ConversionTest::imagesBecomeFrames()
 {
-    const std::vector<std::uint8_t> bytes(6 * 4 * 3, 0xFF);
-    for (const Format format : {Mono8, Mono10p, BayerRG12, RGB16}) {
-        const PixPos positions[] = {{-1, 0}, {0, -1}, {4, 0}, {0, 3}, {INT_MAX, INT_MAX}, {INT_MIN, INT_MIN}};
-        for (const PixPos& position : positions) {
-            PixVal value{true, 1, true, 2, 3, 4};
-            QVERIFY(!readPixel({bytes.data(), 4, 3, format, nullptr}, position, value));
-            QVERIFY(areEqual(value, PixVal()));
-        }
+    for (int i = 4; i < 4 * QImage::NImageFormats; ++i) {
+        const auto kind = static_cast<QImage::Format>(i / 4);
+        QImage image = scene({12 + i % 2, 5}, i % 4 < 2).convertToFormat(kind);
+        const QImage opaque = image.convertToFormat(QImage::Format_RGB32);
+        const QVector<QRgb> colors = image.colorTable();
+        const bool isIndexed = kind == QImage::Format_Indexed8;
+        const bool isGray =
+            isIndexed || (kind != QImage::Format_RGB888 && kind != QImage::Format_RGBX8888 && image.isGrayscale());
+        PixelBuffer buffer;
+        RawImage raw;
+        raw.userData = this;
+        QVERIFY(rawFromImage(m_pool, image, buffer, image, raw)); // in place: what it needs of the image must stay
+        QVERIFY(raw.userData == this && raw.data == image.constBits());
+        QCOMPARE(raw.format, isGray ? Mono8 : kind == QImage::Format_RGB888 ? RGB8 : RGBa8);
+        QCOMPARE(QSize(static_cast<int>(raw.width), static_cast<int>(raw.height)), opaque.size());
+        QCOMPARE(image.bytesPerLine(), opaque.width() * static_cast<int>(layoutOf(raw.format).bytes));
+        QCOMPARE(image.convertToFormat(QImage::Format_RGB32), opaque);
+        QCOMPARE(image.colorTable(), isIndexed ? colors : isGray ? grayRamp() : QVector<QRgb>());
     }
 }
 

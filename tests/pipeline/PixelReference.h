@@ -127,14 +127,66 @@ inline unsigned channelOf(Format format, unsigned color)
     return redFirst || layoutOf(format).channels == 1 ? color : 2 - color;
 }
 
-/// The bytes of the frame, no mosaic, converted to `Format_Indexed8`, `Format_RGB888` or `Format_RGBX8888`.
+/// A published filter, in sixteenths of the sites around the one in the middle.
+using Taps = int[5][5];
+
+constexpr Taps itself = {{}, {}, {0, 0, 16, 0, 0}, {}, {}};
+constexpr Taps greenAtColor = {{0, 0, -2, 0, 0}, {0, 0, 4, 0, 0}, {-2, 4, 8, 4, -2}, {0, 0, 4, 0, 0}, {0, 0, -2, 0, 0}};
+constexpr Taps colorOfTheRow = {
+    {0, 0, 1, 0, 0}, {0, -2, 0, -2, 0}, {-2, 8, 10, 8, -2}, {0, -2, 0, -2, 0}, {0, 0, 1, 0, 0}};
+constexpr Taps colorOfTheColumn = {
+    {0, 0, -2, 0, 0}, {0, -2, 8, -2, 0}, {1, 0, 10, 0, 1}, {0, -2, 8, -2, 0}, {0, 0, -2, 0, 0}};
+constexpr Taps oppositeColor = {
+    {0, 0, -3, 0, 0}, {0, 4, 0, 4, 0}, {-3, 0, 12, 0, -3}, {0, 4, 0, 4, 0}, {0, 0, -3, 0, 0}};
+
+/// 'R', 'G' or 'B'.
+inline char siteColor(Format format, std::size_t x, std::size_t y)
+{
+    const char* const patterns[] = {"GBRG", "GRBG", "RGGB", "BGGR"};
+    return patterns[((format >> 8) & 0xF) - 1][(y & 1) * 2 + (x & 1)];
+}
+
+/// Beyond the borders the mosaic goes on mirrored about the outermost sites.
+inline std::size_t mirrored(std::size_t position, std::size_t tap, std::size_t size)
+{
+    const std::size_t inside = position + tap < 2 ? 2 - position - tap : position + tap - 2;
+    return inside >= size ? 2 * (size - 1) - inside : inside;
+}
+
+/// The `color`th of red, green, blue at a site of a mosaic, in the frame's depth.
+inline unsigned interpolated(const RawImage& raw, std::size_t x, std::size_t y, unsigned color)
+{
+    const char wanted = "RGB"[color];
+    const Taps* taps = &oppositeColor;
+    if (siteColor(raw.format, x, y) == wanted)
+        taps = &itself;
+    else if (wanted == 'G')
+        taps = &greenAtColor;
+    else if (siteColor(raw.format, x + 1, y) == wanted)
+        taps = &colorOfTheRow;
+    else if (siteColor(raw.format, x, y + 1) == wanted)
+        taps = &colorOfTheColumn;
+    int sum = 8;
+    for (std::size_t i = 0; i < 25; ++i) {
+        if (const int tap = (*taps)[i / 5][i % 5])
+            sum +=
+                tap * static_cast<int>(channelAt(raw, mirrored(x, i % 5, raw.width), mirrored(y, i / 5, raw.height)));
+    }
+    const int most = (256 << (layoutOf(raw.format).bits - 8)) - 1;
+    return static_cast<unsigned>(std::clamp(sum >> 4, 0, most));
+}
+
+/// The bytes of the frame converted to `Format_Indexed8`, `Format_RGB888` or `Format_RGBX8888`.
 inline QByteArray converted(const RawImage& raw, QImage::Format target)
 {
     const Layout layout = layoutOf(raw.format);
     QByteArray bytes;
     for (std::size_t i = 0; i < raw.width * raw.height; ++i) {
-        for (unsigned color = 0; color < layout.channels; ++color) {
-            const unsigned value = channelAt(raw, i % raw.width, i / raw.width, channelOf(raw.format, color));
+        const std::size_t x = i % raw.width;
+        const std::size_t y = i / raw.width;
+        for (unsigned color = 0; color < (target == QImage::Format_Indexed8 ? 1 : 3); ++color) {
+            const unsigned value = isMosaic(raw.format) ? interpolated(raw, x, y, color)
+                                                        : channelAt(raw, x, y, channelOf(raw.format, color));
             bytes += static_cast<char>((value >> (layout.bits - 8)) & 0xFF);
         }
         if (target == QImage::Format_RGBX8888)
