@@ -38,10 +38,10 @@ public:
     }
 
     void* const userData;
-    bool isAdded = false; // what could not be added has not gone either
+    bool isAdded = false; // `gone` is not called for an action that could not be added
 
 private:
-    const std::shared_ptr<HostFunctions> m_functions; // which are over only when this is
+    const std::shared_ptr<HostFunctions> m_functions; // kept, so that VT_FEATURE_FINISHED comes after `gone`
     const TriggeredCallback m_triggered;
     const VTNotifyCallback m_gone;
 };
@@ -124,7 +124,7 @@ std::int32_t VTMessageBoxDialogShow(VTWindowHandle window, std::int32_t kind, co
             return VT_ERROR_MESSAGE_BUTTONS;
         if (!gate->isGood())
             return VT_ERROR_WINDOW_CLOSED;
-        // The window may go before the box comes, and must be free to go while it is there.
+        // The window may be destroyed before the box is shown and while it is shown.
         auto button = DialogButton::NoButton;
         callOnUserInterface(nullptr, [&](QWidget*) {
             VTWindowWrapper* const wrapper = handles().find<VTWindowWrapper>(window);

@@ -12,7 +12,7 @@ using namespace Vistrel;
 
 namespace {
 
-// As `callOn`; but every handle that is not the application's is the wrong one, null, too.
+// As `callOn`, but a null handle is a wrong one.
 template <typename Work>
 std::int32_t callOnApplication(VTAppHandle app, Work&& work) noexcept
 {
@@ -44,7 +44,7 @@ std::int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result)
 {
     return guarded([&]() -> std::int32_t {
         Handles& all = handles();
-        const std::lock_guard<std::mutex> guard(all.mutex); // of two threads that come at once, the second is refused
+        const std::lock_guard<std::mutex> guard(all.mutex); // of two concurrent calls, the second is refused
         if (all.application)
             return VT_ERROR_APPLICATION_EXISTS;
         if (!argv)
@@ -76,16 +76,16 @@ std::int32_t VTAppDestroy(VTAppHandle app)
         decltype(all.live) live;
         {
             const std::lock_guard<std::mutex> guard(all.mutex);
-            all.application = nullptr; // what the windows call from now on is refused
+            all.application = nullptr; // calls from host functions are refused from now on
             all.isEnding = true;
             live.swap(all.live);
         }
         for (const auto& [handle, entry] : live) {
-            if (!entry.window) // actions go with their windows, and some have gone already
+            if (!entry.window) // windows delete their actions
                 delete dynamic_cast<VTWindowWrapper*>(entry.object);
         }
         delete &application;
-        all.waitForPushes(); // frames come back there, too
+        all.waitForPushes(); // they also release frames
         all.endFinishedCalls();
         return VT_OK;
     });

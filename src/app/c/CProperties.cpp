@@ -45,7 +45,7 @@ Owner ownerOf(VTHandle handle)
     return owner;
 }
 
-// `work` gets the row of the property in its table.
+// Checks, and passes the property's row to `work`.
 template <typename Row, typename Work>
 std::int32_t callOnProperty(VTHandle handle, std::int32_t number, std::initializer_list<const void*> required,
                             const PropertyTable<Row>& table, Work&& work) noexcept

@@ -9,7 +9,7 @@ using namespace Vistrel;
 
 namespace {
 
-// Of the number of a feature.
+// Part of a feature's number.
 enum Signature { Command = 1, Count, Name, Query, Text, Double, Size, NextFrame, Released, Notify, Load, Save };
 
 constexpr std::int32_t signatureFactor = 100;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A source of frames that a C host's functions make up.
+// A source of frames made from a C host's functions.
 #include "app/c/CallbackAcquisition.h"
 
 #include "app/c/WindowWrapper.h"
@@ -20,7 +20,7 @@ private:
     LentFramePtr m_frame;
 };
 
-// Whatever format it is shown in.
+// The format may differ: a frame may be shown in another one.
 bool isSameFrame(const VTRawImage& lent, const RawImage& image)
 {
     return lent.data == image.data && lent.width == image.width && lent.height == image.height &&
@@ -84,7 +84,7 @@ bool CallbackAcquisition::getNextFrame(RawImage* const image, ScopedLock* const 
     return true;
 }
 
-// Takes no other frame than the one that is asked for: the host would wait for the others, too.
+// Locks only this frame: a lock on others would delay their release.
 ScopedLock CallbackAcquisition::getFrameLock(const RawImage& image)
 {
     LentFramePtr frame; // outlives the guard
@@ -150,7 +150,7 @@ void CallbackAcquisition::uxClosed()
 
 bool CallbackAcquisition::setup()
 {
-    return call<VTCommandCallback>(VT_FEATURE_SETUP, true); // a source without the command needs none
+    return call<VTCommandCallback>(VT_FEATURE_SETUP, true); // without the command, nothing needs to be set up
 }
 
 bool CallbackAcquisition::setupMode(const char* const name)

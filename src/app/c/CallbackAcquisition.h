@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A source of frames that a C host's functions make up.
+// A source of frames made from a C host's functions.
 #pragma once
 
 #include "acquisition/FrameLender.h"
@@ -14,16 +14,16 @@ namespace Vistrel {
 
 class WindowGate;
 
-/// Answers by the host's functions, or by what holds without them. Frames are pushed, the latest alone waiting, or
-/// pulled from the host where none is pending; each comes under a lock that keeps it lent.
+/// Calls the host's functions, and has a default for each that is missing. Delivers the latest pushed frame or, when
+/// none is pending, one pulled from the host; each under a lock that keeps it lent.
 class CallbackAcquisition : public AbstractAcquisitionInterface, public FrameLender
 {
 public:
     CallbackAcquisition(std::shared_ptr<HostFunctions> functions, std::shared_ptr<WindowGate> gate);
     ~CallbackAcquisition() override;
 
-    LentFramePtr push(LentFramePtr frame);   ///< returns the frame that it replaces; null takes that away
-    LentFramePtr takeAway(const void* data); ///< the frame that waits, if its pixels are these
+    LentFramePtr push(LentFramePtr frame);   ///< returns the frame that it replaces; null only removes that
+    LentFramePtr takeAway(const void* data); ///< removes and returns the pending frame, if its pixels are these
     void send(VTSignal signal);
     const std::shared_ptr<HostFunctions>& functions() const { return m_functions; }
     bool isClosed() const { return m_isClosed; } ///< by the user
@@ -92,10 +92,10 @@ private:
     const std::shared_ptr<WindowGate> m_gate;
     bool m_isClosed = false; // user-interface thread
 
-    std::mutex m_mutex; // guards all below; no frame is let go under it
+    std::mutex m_mutex; // guards all below; not held while a frame is released
     LentFramePtr m_pending;
-    LentFramePtr m_delivered;      // until it is taken
-    std::vector<UsedFrame> m_used; // that have been delivered, in that order
+    LentFramePtr m_delivered;      // by the last `getNextFrame`, until `takeDelivered`
+    std::vector<UsedFrame> m_used; // the delivered frames, in that order
 };
 
 } // namespace Vistrel

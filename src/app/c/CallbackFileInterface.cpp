@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Image files that a C host's functions load and save.
+// A file interface made from a C host's functions.
 #include "app/c/CallbackFileInterface.h"
 
 #include "base/HostCall.h"

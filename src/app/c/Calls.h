@@ -11,7 +11,7 @@
 
 namespace Vistrel {
 
-/// Runs `work` and turns what it throws into its code.
+/// Runs `work` and turns an exception into a result code.
 template <typename Work>
 std::int32_t guarded(Work&& work) noexcept
 {
@@ -24,7 +24,7 @@ std::int32_t guarded(Work&& work) noexcept
     }
 }
 
-/// What comes first everywhere: the application, the handle, the pointers that must not be null.
+/// The first checks of every function: the application, a null handle, null pointers.
 inline std::int32_t firstChecks(const void* handle, VTResult nullCode, std::initializer_list<const void*> required)
 {
     if (!handles().hasApplication())
@@ -38,7 +38,7 @@ inline std::int32_t firstChecks(const void* handle, VTResult nullCode, std::init
     return VT_OK;
 }
 
-/// A function that belongs to the user-interface thread: `work` gets the handle's object.
+/// For a function of the user-interface thread. Passes the handle's object to `work`.
 template <typename Object, typename Work>
 std::int32_t callOn(const void* handle, VTResult nullCode, std::initializer_list<const void*> required,
                     Work&& work) noexcept
@@ -62,7 +62,7 @@ std::int32_t callOn(const void* handle, Work&& work) noexcept
     return callOn<Object>(handle, VT_OK, {}, std::forward<Work>(work));
 }
 
-/// A function of any thread: `work` gets the window's gate.
+/// For a function of any thread. Passes the window's gate to `work`.
 template <typename Work>
 std::int32_t callOnGate(VTWindowHandle window, Work&& work) noexcept
 {

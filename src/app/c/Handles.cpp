@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The objects that C hosts hold handles of, and the thread that they belong to.
+// The handles of C hosts, their objects, and the thread of these objects.
 #include "app/c/Handles.h"
 
 #include "app/c/WindowWrapper.h"
@@ -59,8 +59,8 @@ void Handles::callFinished(VTNotifyCallback callback, void* userData)
     if (!application && !isEnding)
         return;
     finishedCalls.push_back({callback, userData});
-    // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post. What is
-    // posted holds nothing, which the receiver would read before.
+    // Posted under the mutex, which the receiver also takes: a race checker then sees the post before the receiver. The
+    // posted function captures nothing, because the receiver reads captures before it takes the mutex.
     if (application)
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [] { handles().runFinishedCalls(); }, Qt::QueuedConnection);

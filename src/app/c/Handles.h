@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The objects that C hosts hold handles of, and the thread that they belong to.
+// The handles of C hosts, their objects, and the thread of these objects.
 #pragma once
 
 #include <Vistrel/Application.h>
@@ -17,8 +17,8 @@ namespace Vistrel {
 
 class WindowGate;
 
-/// A handle is looked up here before anything is done with it, and taken out before its object begins to go. Objects
-/// come and go on the user-interface thread alone, so a pointer that was found there stays good there.
+/// Every call looks its handle up here; a handle is removed before its object is destroyed. Objects are created and
+/// destroyed only on the user-interface thread, so a pointer that was found on it stays valid during the call.
 struct Handles
 {
     struct Entry
@@ -32,12 +32,12 @@ struct Handles
         void* userData;
     };
 
-    std::mutex mutex; // guards all below; no host function is called under it
+    std::mutex mutex; // guards all below; not held while a host function is called
     Application* application = nullptr;
     std::thread::id thread; // of VTAppCreate
     std::unordered_map<const void*, Entry> live;
     bool isEnding = false; // inside VTAppDestroy
-    int pushes = 0;        // calls under way on any thread that may let frames go
+    int pushes = 0;        // running calls that may release frames, on any thread
     std::condition_variable pushEnded;
     std::vector<FinishedCall> finishedCalls;
 
@@ -53,20 +53,19 @@ struct Handles
     bool isUserInterfaceThread();
 
     void add(const void* handle, BaseClass* object, const void* window = nullptr);
-    void remove(const void* handle); ///< with a window go its actions' handles
+    void remove(const void* handle); ///< also removes the handles of a window's actions
 
-    /// Has `callback` called on the user-interface thread, from no other call. Without an
-    /// application there is no such thread any more, and no call.
+    /// Posts a call of `callback` to the user-interface thread; inside VTAppDestroy keeps it for `endFinishedCalls`.
+    /// Without an application `callback` is not called.
     void callFinished(VTNotifyCallback callback, void* userData);
     void runFinishedCalls();
-    void endFinishedCalls(); ///< runs them; there are no later ones
+    void endFinishedCalls(); ///< runs them, and refuses later ones
 
-    /// Once there is no application: waits for the calls in `pushes`, but not for one that takes longer than the end of
-    /// an application may.
+    /// Waits, after the application has ended, for the calls that `pushes` counts, but for three seconds at most.
     void waitForPushes();
 };
 
-/// A call that may let frames go, as long as this lives.
+/// Counts a call that may release frames.
 class PushScope
 {
 public:
@@ -76,7 +75,7 @@ public:
     PushScope& operator=(const PushScope&) = delete;
 
 private:
-    bool m_isCounted; // not without an application: such calls do nothing, and are not to be waited for
+    bool m_isCounted; // false without an application: such a call does nothing and is not waited for
 };
 
 Handles& handles();

@@ -63,7 +63,7 @@ constexpr Feature features[] = {
 };
 static_assert(std::size(features) == featureCount);
 
-// C hosts and the class interface see one and the same record.
+// The C interface and the class interface use the same layout.
 static_assert(std::is_standard_layout_v<RawImage> && sizeof(VTRawImage) == sizeof(RawImage));
 static_assert(offsetof(VTRawImage, data) == offsetof(RawImage, data));
 static_assert(offsetof(VTRawImage, width) == offsetof(RawImage, width));

@@ -19,17 +19,17 @@ class AbstractAcquisitionInterface;
 struct Feature
 {
     std::int32_t number;
-    void (AbstractAcquisitionInterface::*setCapability)(bool); // that goes with the function, or null
+    void (AbstractAcquisitionInterface::*setCapability)(bool); // called when the function is set or removed, or null
 };
 
 constexpr std::size_t featureCount = 42;
 
-/// Where the feature stands in the table; none for a number that is no feature's.
+/// The feature's row in the table; none for an unknown number.
 std::optional<std::size_t> featureIndex(std::int32_t number);
 const Feature& featureAt(std::size_t index);
 
-/// Shared by all that may call into the host; when the last of them has let go, the host is told that it is over.
-/// Functions are set on the user-interface thread and read on all.
+/// Shared by all objects that may call the host. The destructor has VT_FEATURE_FINISHED called. Functions are set on
+/// the user-interface thread and read on any.
 class HostFunctions
 {
 public:
@@ -56,7 +56,7 @@ private:
     std::array<std::atomic<Any>, featureCount> m_functions{};
 };
 
-/// A frame that is the library's to read for as long as this lives; then the host is told.
+/// A frame that the library may read. The destructor returns it to the host by VT_FEATURE_FRAME_RELEASED.
 struct LentFrame
 {
     explicit LentFrame(std::shared_ptr<HostFunctions> host) : functions(std::move(host)) {}
@@ -65,8 +65,8 @@ struct LentFrame
     LentFrame& operator=(const LentFrame&) = delete;
 
     VTRawImage image{};
-    bool isLent = false;                // false until the host has said so
-    std::shared_ptr<const void> memory; // the library's own that the frame lies in, if any
+    bool isLent = false;                // false until the host has lent it
+    std::shared_ptr<const void> memory; // the library's memory that the frame lies in, or null
     const std::shared_ptr<HostFunctions> functions;
 };
 

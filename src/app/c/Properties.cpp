@@ -111,7 +111,7 @@ std::string wholeText(Read&& read)
     return text;
 }
 
-// What data are copied to and from need not be aligned for it.
+// The data of a host need not be aligned.
 template <typename Value>
 Value fromData(const void* data)
 {
@@ -196,7 +196,7 @@ bool readBitmapLock(const Owner& owner, void* data)
 bool writeBitmapLock(const Owner& owner, const void* data)
 {
     const auto lock = data ? fromData<BitmapLock>(data) : BitmapLock();
-    if (data) { // the lock that there is must not go for one that cannot be had
+    if (data) { // check first: an existing lock must survive a refusal
         QImage target;
         PixelBuffer memory;
         if (!prepareTarget(target, memory, lock.width, lock.height,
@@ -205,7 +205,7 @@ bool writeBitmapLock(const Owner& owner, const void* data)
     }
     RawImage before;
     if (owner.window->getBitmap(&before))
-        owner.parts->acquisition->takeAway(before.data); // its pixels are about to go
+        owner.parts->acquisition->takeAway(before.data); // its pixels are about to be freed
     if (!data)
         return owner.window->unlockBitmap(), true;
     return owner.window->setBitmapLocked(static_cast<int>(lock.width), static_cast<int>(lock.height),

@@ -20,7 +20,7 @@ struct Owner
     Application* application = nullptr;
     Window* window = nullptr;
     Action* action = nullptr;
-    std::shared_ptr<WindowParts> parts = nullptr; // keeps the window for the call
+    std::shared_ptr<WindowParts> parts = nullptr; // keeps the window during the call
 
     AbstractAcquisitionInterface& source() const { return *window->acquisitionInterface(); }
 };
@@ -30,7 +30,7 @@ struct Property
 {
     std::int32_t number;
     Value (*read)(const Owner&);        // null: write only
-    bool (*write)(const Owner&, Value); // null: read only; false: not accepted
+    bool (*write)(const Owner&, Value); // null: read only; returns false when the value is not accepted
     bool (*isInRange)(Value);           // null: every value is
 };
 
@@ -53,7 +53,7 @@ struct DataProperty
 
 using LargestData = VTRawImage; ///< room for any property's data
 
-/// One table, by the properties' numbers.
+/// The properties of one type.
 template <typename Row>
 struct PropertyTable
 {

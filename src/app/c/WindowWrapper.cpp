@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a C host's window handle stands for.
+// The object behind a C host's window handle.
 #include "app/c/WindowWrapper.h"
 
 #include "base/LentMemory.h"

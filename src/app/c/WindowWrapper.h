@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a C host's window handle stands for.
+// The object behind a C host's window handle.
 #pragma once
 
 #include "app/c/CallbackAcquisition.h"
@@ -14,14 +14,14 @@
 
 namespace Vistrel {
 
-/// What other threads reach of a window. They never hold the window itself, which must end on its own thread.
+/// The part of a window that other threads use. They never hold the window, which must be destroyed on its own thread.
 class WindowGate
 {
 public:
-    /// Makes the frame, or none, the pending one. Returns that which was pending before, for the caller to let go.
-    /// Throws when the window has gone.
+    /// Makes the frame the pending one, or removes that for null. Returns the previous one, so that it is released
+    /// without the mutex. Throws when the window has been closed.
     LentFramePtr push(const VTRawImage* image);
-    void send(VTSignal signal); ///< throws when the window has gone
+    void send(VTSignal signal); ///< throws when the window has been closed
     bool isGood();
 
     void setAcquisition(CallbackAcquisition* acquisition);
@@ -31,8 +31,8 @@ private:
     CallbackAcquisition& checked();
 
     std::mutex m_mutex;
-    CallbackAcquisition* m_acquisition = nullptr; // null before it is there and once it has gone
-    bool m_isGood = true;                         // as `Window::good()` says
+    CallbackAcquisition* m_acquisition = nullptr; // null before it is made and after it is destroyed
+    bool m_isGood = true;                         // as `Window::good()`
 };
 
 /// A window and its adapters.
@@ -44,11 +44,10 @@ struct WindowParts
     }
 
     Window window;
-    CallbackAcquisition* acquisition = nullptr; // the window's; there as long as the window is good
+    CallbackAcquisition* acquisition = nullptr; // the window's; valid while the window is good
 };
 
-/// Owns the window and lends it to each call for as long as that takes. Bound to the user-interface thread, but for
-/// `gate()`.
+/// Owns the window and shares it with each running call. Bound to the user-interface thread, except for `gate()`.
 class VTWindowWrapper : public BaseClass
 {
 public:
