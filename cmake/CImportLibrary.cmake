@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# For C hosts of other compilers than MinGW's: the names of the C interface as Vistrel.def, and, where LLVM's tool for it
-# is there, an import library Vistrel.lib made from it. Visual Studio's own build makes a Vistrel.lib of all names.
+# For C hosts of other compilers than MinGW's: writes the names of the C interface to Vistrel.def and, if llvm-dlltool is
+# found, makes an import library Vistrel.lib from it. Visual Studio's own build makes a Vistrel.lib of all names.
 if(NOT MINGW)
   return()
 endif()
@@ -24,5 +24,5 @@ if(LLVM_DLLTOOL)
   add_dependencies(Vistrel vistrel_c_import_library)
   install(FILES ${library} DESTINATION ${CMAKE_INSTALL_LIBDIR})
 else()
-  message(STATUS "Vistrel.lib, for C hosts by Visual Studio, is not made for want of llvm-dlltool (Debian: llvm)")
+  message(STATUS "Vistrel.lib for C hosts by Visual Studio is not made: llvm-dlltool was not found (Debian: llvm)")
 endif()

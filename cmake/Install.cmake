@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# What a host finds after `cmake --install`: library, headers, CMake package, pkg-config files, licence, guides, examples.
+# `cmake --install`: library, headers, CMake package, pkg-config files, licence, guides, examples.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS Vistrel EXPORT VistrelTargets
@@ -22,6 +22,6 @@ foreach(file Vistrel.pc VistrelQt.pc)
   install(FILES ${PROJECT_BINARY_DIR}/${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
 
-# As they lie here, so that the guides' links hold.
+# With the same folders as here, so that the links in the guides work.
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN __pycache__ EXCLUDE)

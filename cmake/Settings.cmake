@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# How every target of this project is compiled: language level, warnings, sanitizers.
+# Settings of all targets: language level, warnings, sanitizers.
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -27,7 +27,7 @@ if(MSVC)
 else()
   target_compile_options(vistrel_settings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
 endif()
-if(MINGW) # the same sources make the same files, at whatever time
+if(MINGW) # reproducible builds
   target_compile_options(vistrel_settings INTERFACE -Wdate-time)
   add_link_options(LINKER:--no-insert-timestamp)
 endif()

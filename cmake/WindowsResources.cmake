@@ -1,19 +1,19 @@
 # SPDX-License-Identifier: MIT
-# What Windows shows of a library or program: version and icon; and, for programs, what they ask of it.
+# The Windows resources of a library or program: version, icon and, for programs, the manifest.
 
 # vistrel_windows_resources(target description): does nothing for other systems.
 function(vistrel_windows_resources target description)
   if(NOT WIN32)
     return()
   endif()
-  set(icon "IDI_ICON1 ICON \"${VISTREL_WINDOWS_ICON}\"") # the name by which Qt finds the icon of its windows
+  set(icon "IDI_ICON1 ICON \"${VISTREL_WINDOWS_ICON}\"") # Qt finds its windows' icon by this name
   get_target_property(kind ${target} TYPE)
   if(kind STREQUAL "EXECUTABLE")
     set(type 0x1L)
     set(suffix .exe)
     set(manifest_file ${CMAKE_CURRENT_BINARY_DIR}/${target}.manifest)
     configure_file(${Vistrel_SOURCE_DIR}/resources/windows/program.manifest.in ${manifest_file} @ONLY)
-    if(MSVC) # whose linker joins it with its own
+    if(MSVC) # the linker merges it with its own
       target_sources(${target} PRIVATE ${manifest_file})
     else()
       set(manifest "1 24 \"${manifest_file}\"")

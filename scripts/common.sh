@@ -1,25 +1,25 @@
 # SPDX-License-Identifier: MIT
-# What the scripts beside this file share: installing what is missing, and building. Sourced by bash, not run.
+# Shared by the scripts in this folder: installs missing packages, and builds. Sourced by bash, not run.
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# libusb is named by the package description of Aravis, whose development package does not bring it along.
+# The pkg-config file of Aravis requires libusb, on which its development package does not depend.
 build_packages=(cmake ninja-build g++ pkg-config qtbase5-dev libqt5x11extras5-dev libxcb1-dev
     libboost-thread-dev libhwy-dev librsvg2-bin
     libaravis-dev libusb-1.0-0-dev)
 display_packages=(xvfb openbox xauth fonts-dejavu-core)
-# The camera test: a fake camera, in a network namespace of its own. The Python test: a user at the keyboard.
+# The camera test needs a fake camera in its own network namespace, the Python test a user at the keyboard.
 test_packages=(aravis-tools iproute2 fonts-dejavu-core python3-numpy xdotool)
 
-# Writes a line that is told apart from the output of the tools.
+# Writes a line that can be distinguished from the output of the tools.
 say() {
     printf '==> %s\n' "$*" >&2
 }
 
-# install_missing PACKAGE...: installs with apt-get, as root or with sudo, those that are not there yet.
+# install_missing PACKAGE...: installs those that are missing with apt-get, as root or with sudo.
 install_missing() {
     if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
-        say "This is no Debian system; taking it that the likes of these are installed: $*"
+        say "This is not a Debian system; assuming that packages like these are installed: $*"
         return
     fi
     local missing=() package
@@ -42,9 +42,8 @@ install_missing() {
     apt_get update && apt_get install --yes --no-install-recommends "${missing[@]}"
 }
 
-# Runs apt-get by ${as_root[@]}, and again while another process holds one of its locks, such as the upgrades of a machine
-# that has just started; for at most ten minutes. apt-get itself waits for dpkg's lock alone, not for those of its lists
-# and archives.
+# Runs apt-get by ${as_root[@]}. Repeats it for at most ten minutes while another process holds one of its locks, such as
+# the automatic upgrade after a start. apt-get itself waits only for dpkg's lock, not for those of its lists and archives.
 apt_get() {
     local errors deadline=$((SECONDS + 600)) told=
     errors=$(mktemp)
@@ -78,7 +77,7 @@ has_display() {
     [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]
 }
 
-# on_virtual_display COMMAND...: runs a command on a display of its own with a window manager, and returns its result.
+# on_virtual_display COMMAND...: runs a command on a new virtual display with a window manager, and returns its result.
 on_virtual_display() {
     (
         set +e

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Draws the figures of a run of the benchmarks and puts them as tables into a document: JSON DOCUMENT PICTURE."""
+"""Writes the results of a benchmark run into a document as tables, and draws a figure: JSON DOCUMENT PICTURE."""
 
 import json
 import re
@@ -18,7 +18,7 @@ SIZES = ("640x480", "1280x960", "1920x1080", "2560x1920", "4096x3072")
 
 
 def number(value, digits=2):
-    """A number as it is printed; a dash when there is none."""
+    """Formats a number; a dash for None."""
     return "–" if value is None else f"{value:.{digits}f}"
 
 
@@ -115,7 +115,7 @@ def draw(cases, path):
 
 
 def replace(text, mark, content):
-    """Puts content between the two comments that bear the mark."""
+    """Replaces the content between the two comments with the mark."""
     pattern = re.compile(rf"(<!-- {mark} -->\n).*?(<!-- end -->)", re.DOTALL)
     if not pattern.search(text):
         sys.exit(f"there is no place for {mark}")

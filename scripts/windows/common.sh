@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: MIT
-# What the scripts for Windows share. Sourced by bash after ../common.sh, not run.
+# Shared by the scripts for Windows. Sourced by bash after ../common.sh, not run.
 
-# Where scripts/windows/toolchain puts what it builds; cmake/windows.cmake looks there too.
+# The output folder of scripts/windows/toolchain; cmake/windows.cmake also uses it.
 windows_cache=${XDG_CACHE_HOME:-${HOME:?names no folder to build in}/.cache}/vistrel/windows
 windows_prefix=$windows_cache/prefix
 
-# Where the compiler, once it is installed, keeps its run-time libraries.
+# The folders of the installed compiler's run-time libraries.
 compiler_folders() {
     printf '%s\n' /usr/lib/gcc/x86_64-w64-mingw32/*-posix /usr/x86_64-w64-mingw32/lib
 }
@@ -14,12 +14,12 @@ windows_packages=(cmake ninja-build make pkg-config python3 dpkg-dev g++ g++-min
     libboost1.74-tools-dev librsvg2-bin fonts-liberation llvm)
 wine_packages=(wine64 wine fonts-wine imagemagick zip unzip clang lld)
 
-# use_wine [FOLDER]...: sets up this shell so that `wine` finds libraries in these folders. Its state is this tree's own.
+# use_wine [FOLDER]...: sets up this shell so that `wine` finds libraries in these folders. Its state is in this tree.
 use_wine() {
     local folders=
     [ $# -eq 0 ] || folders=$(printf 'Z:%s;' "$@")
     export WINEPATH=${folders//\//\\} WINEPREFIX=$root/build/windows/wine WINEDEBUG=${WINEDEBUG:--all}
-    # Not wanted for programs like these: Wine's offers to fetch more, and its entries in the desktop's menus.
+    # Suppresses Wine's offers to download more, and its entries in the desktop's menus.
     export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
     mkdir -p "$root/build/windows"
 }
