@@ -108,13 +108,13 @@ void BusyWork::finish()
     // Queued, for a slot may delete this object.
     if (!m_waiting.empty())
         QMetaObject::invokeMethod(this, "runNext", Qt::QueuedConnection);
-    Q_EMIT completed(success ? BusyWorkResult::Succeeded : BusyWorkResult::Failed);
+    Q_EMIT busyWorkComplete(success ? BusyWorkResult::Succeeded : BusyWorkResult::Failed);
 }
 
 void BusyWork::abortWaiting()
 {
     for (std::size_t count = std::exchange(m_waiting, {}).size(); count > 0; --count)
-        Q_EMIT completed(BusyWorkResult::Aborted);
+        Q_EMIT busyWorkComplete(BusyWorkResult::Aborted);
 }
 
 } // namespace Vistrel

@@ -55,7 +55,7 @@ Q_SIGNALS:
     /// A command has been running for longer than the grace.
     void delayed(const QString& message);
     /// One command is over; `isBusy()` tells whether others wait. The next one begins after the slots have run.
-    void completed(Vistrel::BusyWorkResult result);
+    void busyWorkComplete(Vistrel::BusyWorkResult result);
 
 private Q_SLOTS:
     void finish();

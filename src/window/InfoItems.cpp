@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the image information bar can show: one row an item, from its switch to its text.
+// What the image information bar can show: one row for each item, from its switch to its text.
 #include "window/InfoItems.h"
 
 #include "base/HostCall.h"
@@ -22,44 +22,40 @@ using Source = AbstractAcquisitionInterface;
 constexpr int longestMode = 32; // characters; a longer name is cut in the bar
 
 template <typename Value>
-std::optional<Value> statistic(const InfoState& state, bool (Source::*has)() const, const char* query,
-                               Value (Source::*value)() const)
+std::optional<Value> statistic(const InfoState& state, const char* query, Value (Source::*value)() const)
 {
-    const Source* const source = state.source;
-    return source && (source->*has)()
-               ? hostCall(query, std::optional<Value>(), [&] { return std::optional<Value>((source->*value)()); })
-               : std::nullopt;
+    return hostCall(query, std::optional<Value>(),
+                    [&] { return state.source ? std::optional<Value>((state.source->*value)()) : std::nullopt; });
 }
 
-#define VISTREL_COUNT(has, query)                                                                                      \
-    [](const InfoState& state) { return countText(statistic(state, &Source::has, #query, &Source::query)); }
+#define VISTREL_COUNT(query) [](const InfoState& state) { return countText(statistic(state, #query, &Source::query)); }
 
 // clang-format off
 constexpr InfoRow rows[infoItemCount] = {
-    {&Ui_WindowQt::actionActive_Setup_Mode,
+    {&Ui_WindowQt::actionActive_Setup_Mode, &Source::hasSetupMode,
      [](const InfoState& state) { return modeText(state.setupMode); },
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Playback Mode"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Mode: %1"), "%1", nullptr, InfoMoment::Mode, 6},
-    {&Ui_WindowQt::actionFrame_Rate,
-     [](const InfoState& state) { return frameRateText(statistic(state, &Source::hasFrameRate, "frameRate", &Source::frameRate)); },
+    {&Ui_WindowQt::actionFrame_Rate, &Source::hasFrameRate,
+     [](const InfoState& state) { return frameRateText(statistic(state, "frameRate", &Source::frameRate)); },
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frame Rate"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 fps"), "000.00", InfoMoment::Statistics, 9},
-    {&Ui_WindowQt::actionBuffers_Queued, VISTREL_COUNT(hasFramesQueued, framesQueued),
+    {&Ui_WindowQt::actionBuffers_Queued, &Source::hasFramesQueued, VISTREL_COUNT(framesQueued),
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Queued"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Queued: %1"), "%1", "00", InfoMoment::Statistics, 3},
-    {&Ui_WindowQt::actionBuffers_Filled, VISTREL_COUNT(hasFramesFilled, framesFilled),
+    {&Ui_WindowQt::actionBuffers_Filled, &Source::hasFramesFilled, VISTREL_COUNT(framesFilled),
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Filled"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Filled: %1"), "%1", "00", InfoMoment::Statistics, 2},
-    {&Ui_WindowQt::actionBuffers_Dropped, VISTREL_COUNT(hasFramesDropped, framesDropped),
+    {&Ui_WindowQt::actionBuffers_Dropped, &Source::hasFramesDropped, VISTREL_COUNT(framesDropped),
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Dropped"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dropped: %1"), "%1", "000", InfoMoment::Statistics, 7},
-    {&Ui_WindowQt::actionBuffers_Delivered, VISTREL_COUNT(hasFramesDelivered, framesDelivered),
+    {&Ui_WindowQt::actionBuffers_Delivered, &Source::hasFramesDelivered, VISTREL_COUNT(framesDelivered),
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Frames Delivered"), QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Delivered: %1"), "%1", "00000", InfoMoment::Statistics, 4},
-    {&Ui_WindowQt::actionImageDimensions,
+    {&Ui_WindowQt::actionImageDimensions, nullptr,
      [](const InfoState& state) { return dimensionsText(state.image); },
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Dimensions"), "%1", "%1", nullptr, InfoMoment::Image, 5},
-    {&Ui_WindowQt::actionImage_Format,
+    {&Ui_WindowQt::actionImage_Format, nullptr,
      [](const InfoState& state) { return formatText(state.image); },
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Image Format"), "%1", "%1", nullptr, InfoMoment::Image, 1},
-    {&Ui_WindowQt::actionZoom_Level,
+    {&Ui_WindowQt::actionZoom_Level, nullptr,
      [](const InfoState& state) { return zoomText(state.scaling); },
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Zoom Level"), "%1", QT_TRANSLATE_NOOP("Vistrel::InfoBar", "%1 %"), "000.0", InfoMoment::Zoom, 10},
-    {&Ui_WindowQt::actionPixel_Value,
+    {&Ui_WindowQt::actionPixel_Value, nullptr,
      [](const InfoState& state) { return pixelText(state.pixel, state.value); },
      QT_TRANSLATE_NOOP("Vistrel::InfoBar", "Pixel Value"), "%1", "%1", nullptr, InfoMoment::Pixel, 11},
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the image information bar can show: one row an item, from its switch to its text.
+// What the image information bar can show: one row for each item, from its switch to its text.
 #pragma once
 
 #include <Vistrel/PixVal.h>
@@ -18,7 +18,7 @@ namespace Vistrel {
 
 class AbstractAcquisitionInterface;
 
-/// In the order in which they stand in the bar.
+/// In the order of the bar.
 enum class InfoItem {
     SetupMode,
     FrameRate,
@@ -49,19 +49,20 @@ enum class InfoMoment { Mode, Statistics, Image, Zoom, Pixel };
 
 struct InfoRow
 {
-    QAction* Ui_WindowQt::*action;            // switches the item
-    QString (*value)(const InfoState& state); // null when there is none to tell
+    QAction* Ui_WindowQt::*action;                     // switches the item
+    bool (AbstractAcquisitionInterface::*has)() const; // whether the source has the item; null when every source does
+    QString (*value)(const InfoState& state);          // null when it has none
     const char* name;
     const char* caption; // around the value and its unit, in the bar alone
     const char* unit;
-    const char* usual; // the value that there is room for from the beginning; null: a dash
+    const char* usual; // the value that the bar reserves room for at first; null: a dash
     InfoMoment moment;
-    int importance; // the smallest is the first to make way
+    int importance; // a narrow bar leaves out the smallest first
 };
 
 const InfoRow& infoRow(InfoItem item);
 
-// The values as text; null when there is none to tell.
+// The values as text; null without a value.
 QString modeText(const QByteArray& name);
 QString frameRateText(const std::optional<double>& rate);
 QString countText(const std::optional<std::size_t>& count);

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
-// What a source answered when it was asked last.
+// The commands that a source may offer, and what it answered when it was asked last.
 #include "window/SourceAnswers.h"
 
 #include "base/HostCall.h"
+#include "ui_WindowQt.h"
 #include "window/HostText.h"
 
 #include <QtCore/QCoreApplication>
-
-#include <cstddef>
 
 namespace Vistrel {
 
@@ -15,20 +14,14 @@ namespace {
 
 using Source = AbstractAcquisitionInterface;
 
-struct Query
-{
-    const char* name;
-    bool (Source::*question)() const;
-};
-
 struct State
 {
-    Query query;
+    SourceQuery query;
     const char* picture;
     const char* words;
 };
 
-// The first that holds is shown.
+// The first state that holds is shown.
 constexpr State states[] = {
     {{"isStopped", &Source::isStopped}, "Stop", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Stopped")},
     {{"isPaused", &Source::isPaused}, "Pause", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Paused")},
@@ -49,23 +42,39 @@ constexpr State states[] = {
 
 } // namespace
 
+// clang-format off
+#define VISTREL_COMMAND(action, slot, Name)                                                                            \
+    {&Ui_WindowQt::action, slot, &Source::has##Name, {"can" #Name, &Source::can##Name}}
+
+const std::array<CommandRow, 10>& commandRows()
+{
+    static const std::array<CommandRow, 10> rows = {{
+        VISTREL_COMMAND(actionSetup, SLOT(setupAsync()), Setup),
+        VISTREL_COMMAND(actionCleanup, SLOT(cleanupAsync()), Cleanup),
+        VISTREL_COMMAND(actionTrigger, SLOT(triggerAsync()), Trigger),
+        VISTREL_COMMAND(actionStart_Single_Reverse, SLOT(startSingleReverseAsync()), StartSingleReverse),
+        VISTREL_COMMAND(actionStart_Reverse, SLOT(startReverseAsync()), StartReverse),
+        VISTREL_COMMAND(actionStart, SLOT(startAsync()), Start),
+        VISTREL_COMMAND(actionStart_Fixed, nullptr, StartFixed),
+        VISTREL_COMMAND(actionStart_Single, SLOT(startSingleAsync()), StartSingle),
+        VISTREL_COMMAND(actionPause, SLOT(pauseAsync()), Pause),
+        VISTREL_COMMAND(actionStop, SLOT(stopAsync()), Stop),
+    }};
+    return rows;
+}
+
+#undef VISTREL_COMMAND
+// clang-format on
+
 SourceAnswers askSource(const Source* source, bool hasModes)
 {
-    const auto ask = [source](const Query& query) {
+    const auto ask = [source](const SourceQuery& query) {
         return source && hostCall(query.name, false, [&] { return (source->*query.question)(); });
     };
     SourceAnswers answers;
-    answers.canSetup = ask({"canSetup", &Source::canSetup});
+    for (std::size_t i = 0; i < answers.can.size(); ++i)
+        answers.can[i] = ask(commandRows()[i].can);
     answers.canSetupMode = ask({"canSetupMode", &Source::canSetupMode});
-    answers.canCleanup = ask({"canCleanup", &Source::canCleanup});
-    answers.canTrigger = ask({"canTrigger", &Source::canTrigger});
-    answers.canStartSingleReverse = ask({"canStartSingleReverse", &Source::canStartSingleReverse});
-    answers.canStartReverse = ask({"canStartReverse", &Source::canStartReverse});
-    answers.canStart = ask({"canStart", &Source::canStart});
-    answers.canStartFixed = ask({"canStartFixed", &Source::canStartFixed});
-    answers.canStartSingle = ask({"canStartSingle", &Source::canStartSingle});
-    answers.canPause = ask({"canPause", &Source::canPause});
-    answers.canStop = ask({"canStop", &Source::canStop});
     answers.isRunning = ask({"isRunning", &Source::isRunning});
     if (hasModes)
         answers.activeMode = hostText("activeSetupMode", [source](char* text, std::size_t* length) {

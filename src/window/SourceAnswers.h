@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a source answered when it was asked last.
+// The commands that a source may offer, and what it answered when it was asked last.
 #pragma once
 
 #include <Vistrel/AbstractAcquisitionInterface.h>
@@ -7,21 +7,39 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
+#include <array>
+#include <cstddef>
+
+class QAction;
+class Ui_WindowQt;
+
 namespace Vistrel {
+
+/// A question to a source, and the name under which its exception is reported.
+struct SourceQuery
+{
+    const char* name;
+    bool (AbstractAcquisitionInterface::*question)() const;
+};
+
+struct CommandRow
+{
+    QAction* Ui_WindowQt::*action;
+    const char* slot; // of `Commands`, for the action; null where a panel gives the command
+    bool (AbstractAcquisitionInterface::*has)() const;
+    SourceQuery can;
+};
+
+// Set-up and clean-up come first, then trigger, then what the source plays.
+constexpr std::size_t setupRow = 0;
+constexpr std::size_t cleanupRow = 1;
+constexpr std::size_t firstPlaybackRow = 3;
+const std::array<CommandRow, 10>& commandRows();
 
 struct SourceAnswers
 {
-    bool canSetup = false;
+    std::array<bool, 10> can{}; // by the rows above
     bool canSetupMode = false;
-    bool canCleanup = false;
-    bool canTrigger = false;
-    bool canStartSingleReverse = false;
-    bool canStartReverse = false;
-    bool canStart = false;
-    bool canStartFixed = false;
-    bool canStartSingle = false;
-    bool canPause = false;
-    bool canStop = false;
     bool isSetUp = false;
     bool isRunning = false;
     QByteArray activeMode; // null when none is active

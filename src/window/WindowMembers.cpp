@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The main window's members, each handed to the part that does it.
+// The members of the main window, each forwarded to the part that does the work.
 #include "window/WindowQt_p.h"
 
 #include <Vistrel/Surface.h>
@@ -13,14 +13,14 @@ AbstractFileInterface* WindowQt::fileInterface() { return m_data->files.get(); }
 const AbstractFileInterface* WindowQt::fileInterface() const { return m_data->files.get(); }
 SurfaceStream* WindowQt::surfaceStream() { return &m_data->stream; }
 const SurfaceStream* WindowQt::surfaceStream() const { return &m_data->stream; }
-SurfaceScrollArea* WindowQt::surfaceScrollArea() { return m_data->scrollArea; }
-const SurfaceScrollArea* WindowQt::surfaceScrollArea() const { return m_data->scrollArea; }
+SurfaceScrollArea* WindowQt::surfaceScrollArea() { return m_data->form.scrollArea; }
+const SurfaceScrollArea* WindowQt::surfaceScrollArea() const { return m_data->form.scrollArea; }
 
 QMenu* WindowQt::createPopupMenu() { return nullptr; }
 bool WindowQt::closeable() const { return m_data->form.actionClose->isEnabled(); }
 void WindowQt::updateFeatureSet() { m_data->features.update(); }
-void WindowQt::updateAcquisitionState() { m_data->states.update(); }
-void WindowQt::setRunning() { m_data->commands.setRunning(); }
+void WindowQt::updateAcquisitionState() { m_data->states.updateActionStates(); }
+void WindowQt::setRunning() { m_data->commands.setupStartAsync(); }
 void WindowQt::setConfigured() { m_data->commands.setConfigured(); }
 void WindowQt::setUnconfigured() { m_data->commands.setUnconfigured(); }
 
@@ -38,14 +38,14 @@ void WindowQt::setColorTableContours() { setColorTable(ColorTable::Contours); }
 bool WindowQt::bayerDemosaicEnabled() const { return m_data->stream.bayerDemosaicEnabled(); }
 void WindowQt::setBayerDemosaicEnabled(bool enabled) { m_data->palettes.setBayerEnabled(enabled); }
 Format WindowQt::bayerDemosaicFilter() const { return m_data->stream.bayerDemosaicFilter(); }
-void WindowQt::setBayerDemosaicFilterAuto() { m_data->palettes.setBayerFilter(Format(0), m_data->form.actionBayer_Filter_Auto); }
-void WindowQt::setBayerDemosaicFilterRGGB() { m_data->palettes.setBayerFilter(BayerRG, m_data->form.actionBayerRG_Filter); }
-void WindowQt::setBayerDemosaicFilterGRBG() { m_data->palettes.setBayerFilter(BayerGR, m_data->form.actionBayerGR_Filter); }
-void WindowQt::setBayerDemosaicFilterGBRG() { m_data->palettes.setBayerFilter(BayerGB, m_data->form.actionBayerGB_Filter); }
-void WindowQt::setBayerDemosaicFilterBGGR() { m_data->palettes.setBayerFilter(BayerBG, m_data->form.actionBayerBG_Filter); }
+void WindowQt::setBayerDemosaicFilterAuto() { m_data->palettes.setBayerFilter(Format(0)); }
+void WindowQt::setBayerDemosaicFilterRGGB() { m_data->palettes.setBayerFilter(BayerRG); }
+void WindowQt::setBayerDemosaicFilterGRBG() { m_data->palettes.setBayerFilter(BayerGR); }
+void WindowQt::setBayerDemosaicFilterGBRG() { m_data->palettes.setBayerFilter(BayerGB); }
+void WindowQt::setBayerDemosaicFilterBGGR() { m_data->palettes.setBayerFilter(BayerBG); }
 bool WindowQt::rgbOrderReversed() const { return m_data->stream.rgbOrderReversed(); }
 void WindowQt::setRgbOrderReversed(bool reversed) { m_data->palettes.setRgbOrderReversed(reversed); }
-bool WindowQt::pixelCrosshairVisible() const { return m_data->scrollArea->surface()->crosshairVisible(); }
+bool WindowQt::pixelCrosshairVisible() const { return m_data->form.scrollArea->surface()->crosshairVisible(); }
 void WindowQt::setPixelCrosshairVisible(bool visible) { m_data->palettes.setCrosshairVisible(visible); }
 
 bool WindowQt::fullScreen() const { return isFullScreen(); }

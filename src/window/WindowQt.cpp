@@ -45,27 +45,23 @@ QWidget* checkedParent(QWidget* parent)
 WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface,
                                    ScopedFileInterface&& fileInterface)
     : window(owner),
+      form(owner),
       source(keepSource(std::move(acquisitionInterface))),
       files(keepFiles(std::move(fileInterface))),
-      scrollArea(layOut()),
-      stream(scrollArea->surface(), source),
-      commands(form.statusBar, &stream, source),
-      viewModes(window, form, scrollArea),
-      palettes(form, &stream, scrollArea->surface()),
-      information(window, form, scrollArea, &stream, source, commands, &viewModes),
-      saving(window, commands, &stream, scrollArea->surface(), source, files),
-      userActions(window, form, &viewModes),
-      features(window, form, source, &commands, userActions),
-      states(window, form, source.get(), &stream, scrollArea, &commands, features, saving, &palettes, &information),
-      aboutBoxes(window, form)
+      stream(form.scrollArea->surface(), source),
+      commands(form, &stream, source),
+      viewModes(form),
+      palettes(form, &stream),
+      information(form, &stream, source, commands, &viewModes),
+      saving(form, commands, &stream, source, files),
+      userActions(form, &viewModes),
+      features(form, source, &commands, userActions),
+      states(form, source.get(), &stream, &commands, features, saving, &palettes, &information),
+      aboutBoxes(form)
 {
-    makePanels({window, form, scrollArea, &stream, source.get(), &commands, &features, &palettes, &viewModes});
-    form.menuBar->setAccessibleName(tr("Menus"));
-    form.acquisitionToolBar->setAccessibleName(tr("Acquisition Commands"));
-    form.statusBar->setAccessibleName(tr("Status and Image Information"));
-    scrollArea->setAccessibleName(tr("Image"));
-    scrollArea->surface()->setAccessibleName(tr("Live Image"));
-    // Shortcuts live while the bars are hidden, too.
+    makePanels({form, &stream, source.get(), &commands, &features, &palettes, &viewModes});
+    form.scrollArea->surface()->setAccessibleName(tr("Live Image"));
+    // Shortcuts work while the bars are hidden, too.
     window->addActions(window->findChildren<QAction*>(QRegularExpression(QStringLiteral("^action"))));
     connectActions();
     connectParts();
@@ -74,31 +70,9 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
 // A call that is under way keeps the source; nothing here waits for it.
 WindowQt::PrivateData::~PrivateData() = default;
 
-SurfaceScrollArea* WindowQt::PrivateData::layOut()
-{
-    form.setupUi(window);
-    auto* const area = new SurfaceScrollArea(form.centralwidget);
-    form.verticalLayout->addWidget(area);
-    return area;
-}
-
 void WindowQt::PrivateData::connectActions()
 {
     const auto& f = form;
-    const std::pair<QAction*, const char*> orders[] = {
-        {f.actionSetup, SLOT(setupAsync())},
-        {f.actionCleanup, SLOT(cleanupAsync())},
-        {f.actionTrigger, SLOT(triggerAsync())},
-        {f.actionStart_Single_Reverse, SLOT(startSingleReverseAsync())},
-        {f.actionStart_Reverse, SLOT(startReverseAsync())},
-        {f.actionStart, SLOT(startAsync())},
-        {f.actionStart_Single, SLOT(startSingleAsync())},
-        {f.actionPause, SLOT(pauseAsync())},
-        {f.actionStop, SLOT(stopAsync())},
-    };
-    for (const auto& [action, slot] : orders)
-        connect(action, SIGNAL(triggered()), this, slot);
-
     const std::pair<QAction*, const char*> zooms[] = {
         {f.actionZoom_In, SLOT(doZoomIn())},     {f.actionZoom_Out, SLOT(doZoomOut())},
         {f.actionZoom_25, SLOT(doZoomTo25())},   {f.actionZoom_50, SLOT(doZoomTo50())},
@@ -106,8 +80,8 @@ void WindowQt::PrivateData::connectActions()
         {f.actionZoom_400, SLOT(doZoomTo400())}, {f.actionZoom_800, SLOT(doZoomTo800())},
     };
     for (const auto& [action, slot] : zooms)
-        connect(action, SIGNAL(triggered()), scrollArea, slot);
-    connect(f.actionZoom_Fit, SIGNAL(triggered(bool)), scrollArea, SLOT(setZoomToFit(bool)));
+        connect(action, SIGNAL(triggered()), f.scrollArea, slot);
+    connect(f.actionZoom_Fit, SIGNAL(triggered(bool)), f.scrollArea, SLOT(setZoomToFit(bool)));
 
     const std::pair<QAction*, const char*> choices[] = {
         {f.actionClose, SLOT(close())},
@@ -117,19 +91,6 @@ void WindowQt::PrivateData::connectActions()
         {f.actionCopy_Image_Stats, SLOT(copyCurrentImageStats())},
         {f.actionFull_Screen, SLOT(toggleFullScreen())},
         {f.actionExhibit_View, SLOT(toggleExhibitView())},
-        {f.actionColor_Palette_Gray, SLOT(setColorTableGray())},
-        {f.actionColor_Palette_Gray_2x, SLOT(setColorTableGray2x())},
-        {f.actionColor_Palette_Gray_Inverse, SLOT(setColorTableGrayInverse())},
-        {f.actionColor_Palette_Sine, SLOT(setColorTableSine())},
-        {f.actionColor_Palette_Cosine, SLOT(setColorTableCosine())},
-        {f.actionColor_Palette_Contours, SLOT(setColorTableContours())},
-        {f.actionColor_Palette_Rainbow, SLOT(setColorTableRainbow())},
-        {f.actionColor_Palette_Random, SLOT(setColorTableRandom())},
-        {f.actionBayer_Filter_Auto, SLOT(setBayerDemosaicFilterAuto())},
-        {f.actionBayerRG_Filter, SLOT(setBayerDemosaicFilterRGGB())},
-        {f.actionBayerGR_Filter, SLOT(setBayerDemosaicFilterGRBG())},
-        {f.actionBayerGB_Filter, SLOT(setBayerDemosaicFilterGBRG())},
-        {f.actionBayerBG_Filter, SLOT(setBayerDemosaicFilterBGGR())},
     };
     for (const auto& [action, slot] : choices)
         connect(action, SIGNAL(triggered()), window, slot);
@@ -141,25 +102,12 @@ void WindowQt::PrivateData::connectActions()
 
 void WindowQt::PrivateData::connectParts()
 {
-    connect(&commands, SIGNAL(shown()), this, SLOT(updateActionStates()));
     connect(&commands, SIGNAL(rested()), this, SLOT(updateAtRest()));
-    connect(&commands, SIGNAL(completed(Vistrel::BusyWorkResult)), this,
-            SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)));
-    connect(this, SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)), this,
-            SLOT(cleanupBusyWork(Vistrel::BusyWorkResult)));
-    connect(&saving, SIGNAL(stateChanged()), this, SLOT(updateActionStates()));
     connect(&features, SIGNAL(updated()), &information, SLOT(updateSwitches()));
-    connect(&features, SIGNAL(updated()), this, SLOT(updateImageStats()));
-    connect(&features, SIGNAL(updated()), this, SLOT(updateActionStates()));
-    connect(&information, SIGNAL(ticked()), &states, SLOT(updateHint()));
-
-    Surface* const surface = scrollArea->surface();
+    connect(&features, SIGNAL(updated()), &information, SLOT(updateImageStats()));
+    Surface* const surface = form.scrollArea->surface();
     surface->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(surface, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showSurfaceContextMenu(QPoint)));
-    connect(surface, SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()), Qt::QueuedConnection);
-    connect(&stream, SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
-    connect(&stream, SIGNAL(imageUpdated()), &information, SLOT(updateImage()), Qt::QueuedConnection);
-    connect(&stream, SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
     if (!source)
         return;
     const AcquisitionSignalHandler* const handler = source->signalHandler();
@@ -172,14 +120,8 @@ void WindowQt::PrivateData::updateAtRest()
     if (features.areNew())
         features.update();
     else
-        states.update();
+        states.updateActionStates();
     information.updatePixelValue();
-}
-
-void WindowQt::PrivateData::updateZoomStates()
-{
-    form.actionZoom_Fit->setChecked(scrollArea->zoomToFit());
-    information.updateZoom();
 }
 
 // What can be done with the image, and with the pixel that was clicked.
@@ -196,7 +138,7 @@ void WindowQt::PrivateData::showSurfaceContextMenu(const QPoint& position)
     menu->addAction(form.actionPixel_Crosshair_Visible);
     menu->addSeparator();
     menu->addActions({form.actionExhibit_View, form.actionFull_Screen});
-    menu->popup(scrollArea->surface()->mapToGlobal(position));
+    menu->popup(form.scrollArea->surface()->mapToGlobal(position));
 }
 
 // The window ----------------------------------------------------------------------------------------------------------
@@ -215,7 +157,7 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFile
     m_data->palettes.showRamps();
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
     updateFeatureSet();
-    m_data->updateZoomStates();
+    m_data->information.updateZoomStates();
 }
 
 WindowQt::~WindowQt()
@@ -275,8 +217,9 @@ void WindowQt::PrivateData::endWork()
     stream.ignoreAnnouncements();
     featuresAnnounced.stop();
     stateAnnounced.stop();
-    stream.disconnect(this);
     stream.disconnect(&information);
+    stream.disconnect(&palettes);
+    stream.disconnect(&states);
 }
 
 // A host that deletes its window in one of its own functions, which this window has called, gets that function's caller

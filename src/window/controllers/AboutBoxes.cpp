@@ -2,15 +2,15 @@
 // The about boxes of the main window: the host's, the library's and the toolkit's.
 #include "window/controllers/AboutBoxes.h"
 
-#include "ui_WindowQt.h"
 #include "window/AboutDialog.h"
+#include "window/Form.h"
 #include "window/KVQtLgplDialog.h"
 
 #include <QtWidgets/QMessageBox>
 
 namespace Vistrel {
 
-AboutBoxes::AboutBoxes(QWidget* window, const Ui::WindowQt& form) : m_window(window), m_form(form)
+AboutBoxes::AboutBoxes(const Form& form) : m_form(form)
 {
     connect(form.actionAbout_Vistrel, SIGNAL(triggered()), this, SLOT(showAboutVistrel()));
     connect(form.actionAbout_Qt, SIGNAL(triggered()), this, SLOT(showAboutQt()));
@@ -34,7 +34,7 @@ void AboutBoxes::showApplicationAbout()
 void AboutBoxes::showAboutVistrel()
 {
     if (!m_vistrel) {
-        m_vistrel = new AboutDialog(m_window);
+        m_vistrel = new AboutDialog(m_form.window);
         m_vistrel->describeLibrary();
     }
     m_vistrel->exec();
@@ -42,13 +42,13 @@ void AboutBoxes::showAboutVistrel()
 
 void AboutBoxes::showAboutQt()
 {
-    QMessageBox::aboutQt(m_window);
+    QMessageBox::aboutQt(m_form.window);
 }
 
 void AboutBoxes::showLicensing()
 {
     if (!m_licensing)
-        m_licensing = new KVQtLgplDialog(m_window);
+        m_licensing = new KVQtLgplDialog(m_form.window);
     m_licensing->exec();
 }
 

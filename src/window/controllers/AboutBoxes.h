@@ -6,21 +6,18 @@
 #include <QtCore/QPointer>
 #include <QtWidgets/QDialog>
 
-namespace Ui {
-class WindowQt;
-} // namespace Ui
-
 namespace Vistrel {
 
 class AboutDialog;
 class KVQtLgplDialog;
+struct Form;
 
 class AboutBoxes : public QObject
 {
     Q_OBJECT
 
 public:
-    AboutBoxes(QWidget* window, const Ui::WindowQt& form);
+    explicit AboutBoxes(const Form& form); ///< which outlives this object
 
     void setApplicationAbout(QDialog* dialog); ///< not owned; null takes the entry away
 
@@ -31,10 +28,9 @@ public Q_SLOTS:
     void showLicensing();
 
 private:
-    QWidget* const m_window;
-    const Ui::WindowQt& m_form;
+    const Form& m_form;
     QPointer<QDialog> m_application;
-    AboutDialog* m_vistrel = nullptr; // made when it is first asked for, as the next
+    AboutDialog* m_vistrel = nullptr; // made at the first use, as the next
     KVQtLgplDialog* m_licensing = nullptr;
 };
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-// The commands that the main window gives its source, and what is shown of them.
+// The commands that the main window gives its source, and what the status bar says of them.
 #include "window/controllers/Commands.h"
 
 #include "base/HostCall.h"
+#include "window/Form.h"
+#include "window/SourceAnswers.h"
 
 #include <Vistrel/SurfaceStream.h>
 
 #include <QtCore/QPointer>
-#include <QtWidgets/QAction>
 #include <QtWidgets/QProgressBar>
-#include <QtWidgets/QStatusBar>
 
 #include <atomic>
 #include <string>
@@ -30,20 +30,25 @@ bool isTrue(const char* query, const Source& source, bool (Source::*question)() 
 
 } // namespace
 
-Commands::Commands(QStatusBar* statusBar, SurfaceStream* stream, const std::shared_ptr<Source>& source)
-    : m_statusBar(statusBar),
+Commands::Commands(const Form& form, SurfaceStream* stream, const std::shared_ptr<Source>& source)
+    : m_statusBar(form.statusBar),
       m_stream(stream),
       m_source(source),
-      m_progress(new QProgressBar(statusBar)),
+      m_progress(new QProgressBar(form.statusBar)),
       m_busyWork(source)
 {
     m_progress->setRange(0, 0);
     m_progress->setTextVisible(false);
     m_progress->setAccessibleName(tr("Command under Way"));
     m_progress->hide();
-    statusBar->addPermanentWidget(m_progress);
+    m_statusBar->addPermanentWidget(m_progress);
     connect(&m_busyWork, SIGNAL(delayed(QString)), this, SLOT(showBusyWork(QString)));
-    connect(&m_busyWork, SIGNAL(completed(Vistrel::BusyWorkResult)), this, SIGNAL(completed(Vistrel::BusyWorkResult)));
+    connect(&m_busyWork, SIGNAL(busyWorkComplete(Vistrel::BusyWorkResult)), this,
+            SLOT(cleanupBusyWork(Vistrel::BusyWorkResult)));
+    for (const CommandRow& row : commandRows()) {
+        if (row.slot)
+            connect(form.*row.action, SIGNAL(triggered()), this, row.slot);
+    }
 }
 
 bool Commands::isShown() const
@@ -94,7 +99,7 @@ void Commands::cleanupBusyWork(BusyWorkResult result)
 {
     if (result != BusyWorkResult::Succeeded)
         m_outcome = result;
-    // Between two commands nothing changes in view.
+    // Between two commands the view does not change.
     if (isBusy())
         return;
     const QPointer<Commands> alive(this); // the slots of the stream may delete the window
@@ -113,8 +118,8 @@ void Commands::cleanupBusyWork(BusyWorkResult result)
 
 // The commands --------------------------------------------------------------------------------------------------------
 
-// The mode is read here, for the menu may be made anew before the command's turn comes.
-void Commands::setupMode()
+// The mode is read here because the menu may be rebuilt before the command runs.
+void Commands::setupModeAsync()
 {
     const auto* const action = qobject_cast<QAction*>(sender());
     if (!action) {
@@ -127,15 +132,14 @@ void Commands::setupMode()
         [s = m_source.get(), name] { return s->setupMode(name.c_str()); });
 }
 
-void Commands::startFixed(std::size_t count)
+void Commands::startFixedAsync(std::size_t count)
 {
     run("startFixed", tr("Acquisition start-fixed ongoing"),
         [s = m_source.get(), count] { return s->startFixed(count); });
 }
 
-// A source without a set-up command is started as it is. What state it is in is found out when the command's turn
-// comes.
-void Commands::setRunning()
+// A source without a set-up command is only started. Its state is read when the command runs.
+void Commands::setupStartAsync()
 {
     const bool needsSetup = m_source && m_source->hasSetup();
     run("setup and start", tr("Acquisition setup and start ongoing"), [s = m_source.get(), needsSetup] {

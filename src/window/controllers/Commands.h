@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The commands that the main window gives its source, and what is shown of them.
+// The commands that the main window gives its source, and what the status bar says of them.
 #pragma once
 
 #include "window/BusyWork.h"
@@ -17,51 +17,51 @@ class QStatusBar;
 namespace Vistrel {
 
 class SurfaceStream;
+struct Form;
 
-/// Runs commands one after the other beside the user interface. The status bar tells of one that takes longer than the
-/// grace, and of one that has failed or was aborted. Without a source nothing is run.
+/// Runs commands one after the other beside the user interface. The status bar shows a command that takes longer than
+/// the grace, and reports one that failed or was aborted. Without a source nothing is run.
 class Commands : public QObject
 {
     Q_OBJECT
 
 public:
-    /// The source may be null. The bar and the stream outlive this object.
-    Commands(QStatusBar* statusBar, SurfaceStream* stream, const std::shared_ptr<AbstractAcquisitionInterface>& source);
+    /// The source may be null. The form and the stream outlive this object.
+    Commands(const Form& form, SurfaceStream* stream, const std::shared_ptr<AbstractAcquisitionInterface>& source);
 
-    /// Whether the source may be asked on this thread: not while a command is under way or waits, for it may hold up
-    /// whoever asks until it is over.
+    /// Whether the source may be asked on this thread. While a command is under way or waits, the source may block
+    /// whoever asks until the command is over.
     bool isAskable() const { return !isBusy() && !m_hasEnded; }
     bool isBusy() const { return m_busyWork.isBusy(); }
-    bool isShown() const; ///< whether a command is under way that the status bar tells of
+    bool isShown() const; ///< whether the status bar shows a command that is under way
     bool hasEnded() const { return m_hasEnded; }
 
     /// Aborts the commands that wait, and runs none from now on.
     void end();
 
-    void setRunning();
     void setConfigured();
     void setUnconfigured();
 
 public Q_SLOTS:
-    void setup() { run("setup", tr("Acquisition setup ongoing"), &Source::setup); }
-    void setupMode(); ///< of the action that is the signal's sender
-    void cleanup() { run("cleanup", tr("Acquisition cleanup ongoing"), &Source::cleanup); }
-    void trigger() { run("trigger", tr("Acquisition trigger ongoing"), &Source::trigger); }
-    void startSingleReverse()
+    void setupAsync() { run("setup", tr("Acquisition setup ongoing"), &Source::setup); }
+    void setupModeAsync(); ///< of the action that sent the signal
+    void setupStartAsync();
+    void cleanupAsync() { run("cleanup", tr("Acquisition cleanup ongoing"), &Source::cleanup); }
+    void triggerAsync() { run("trigger", tr("Acquisition trigger ongoing"), &Source::trigger); }
+    void startSingleReverseAsync()
     {
         run("startSingleReverse", tr("Acquisition reverse start-single ongoing"), &Source::startSingleReverse);
     }
-    void startReverse() { run("startReverse", tr("Acquisition reverse start ongoing"), &Source::startReverse); }
-    void start() { run("start", tr("Acquisition start ongoing"), &Source::start); }
-    void startFixed(std::size_t count);
-    void startSingle() { run("startSingle", tr("Acquisition start-single ongoing"), &Source::startSingle); }
-    void pause() { run("pause", tr("Acquisition pause ongoing"), &Source::pause); }
-    void stop() { run("stop", tr("Acquisition stop ongoing"), &Source::stop); }
-    void cleanupBusyWork(Vistrel::BusyWorkResult result); ///< for the result of each command
+    void startReverseAsync() { run("startReverse", tr("Acquisition reverse start ongoing"), &Source::startReverse); }
+    void startAsync() { run("start", tr("Acquisition start ongoing"), &Source::start); }
+    void startFixedAsync(std::size_t count);
+    void startSingleAsync() { run("startSingle", tr("Acquisition start-single ongoing"), &Source::startSingle); }
+    void pauseAsync() { run("pause", tr("Acquisition pause ongoing"), &Source::pause); }
+    void stopAsync() { run("stop", tr("Acquisition stop ongoing"), &Source::stop); }
+    void cleanupBusyWork(Vistrel::BusyWorkResult result);
 
 Q_SIGNALS:
-    void shown(); ///< a command has taken longer than the grace
-    void completed(Vistrel::BusyWorkResult result);
+    void shown();  ///< a command has taken longer than the grace
     void rested(); ///< the last command is over, and the source can be asked again
 
 private Q_SLOTS:
@@ -79,7 +79,8 @@ private:
     const std::shared_ptr<Source> m_source;
     QProgressBar* const m_progress;
     BusyWork m_busyWork;
-    BusyWorkResult m_outcome = BusyWorkResult::Succeeded; // since the last rest: what failed last
+    BusyWorkResult m_outcome =
+        BusyWorkResult::Succeeded; // of the last command since the last rest that did not succeed
     bool m_hasEnded = false;
 };
 

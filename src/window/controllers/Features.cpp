@@ -2,8 +2,10 @@
 // What the source of the main window offers: actions, tool bar and setup modes.
 #include "window/controllers/Features.h"
 
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 #include "window/HostText.h"
+#include "window/InfoItems.h"
+#include "window/SourceAnswers.h"
 #include "window/controllers/Commands.h"
 #include "window/controllers/UserActions.h"
 
@@ -22,7 +24,7 @@ namespace {
 
 using Source = AbstractAcquisitionInterface;
 
-// A hidden action says nothing, so its shortcut does nothing.
+// A hidden action emits nothing, so its shortcut does nothing.
 bool offer(QAction* action, bool isOffered)
 {
     if (isOffered)
@@ -34,9 +36,13 @@ bool offer(QAction* action, bool isOffered)
 
 } // namespace
 
-Features::Features(QMainWindow* window, const Ui::WindowQt& form, const std::shared_ptr<Source>& source,
-                   Commands* commands, const UserActions& userActions)
-    : m_form(form), m_source(source), m_commands(commands), m_userActions(userActions), m_setupModes(new QMenu(window))
+Features::Features(const Form& form, const std::shared_ptr<Source>& source, Commands* commands,
+                   const UserActions& userActions)
+    : m_form(form),
+      m_source(source),
+      m_commands(commands),
+      m_userActions(userActions),
+      m_setupModes(new QMenu(form.window))
 {
     form.actionSetup_Mode->setMenu(m_setupModes);
     connect(&userActions, SIGNAL(toolBarChanged()), this, SLOT(layOutToolBar()));
@@ -48,39 +54,24 @@ void Features::update()
     if (m_areNew)
         return;
     const auto has = [this](bool (Source::*feature)() const) { return m_source && (m_source.get()->*feature)(); };
-    const bool hasSetupMode = has(&Source::hasSetupMode);
-    offer(m_form.actionSetup, has(&Source::hasSetup));
-    offer(m_form.actionCleanup, has(&Source::hasCleanup));
-    offer(m_form.actionSetup_Cleanup, has(&Source::hasSetup) || has(&Source::hasCleanup));
-    offer(m_form.actionSetup_Mode, hasSetupMode);
-    showSetupModes();
-
-    const std::pair<QAction*, bool> playback[] = {
-        {m_form.actionStart_Single_Reverse, has(&Source::hasStartSingleReverse)},
-        {m_form.actionStart_Reverse, has(&Source::hasStartReverse)},
-        {m_form.actionStart, has(&Source::hasStart)},
-        {m_form.actionStart_Fixed, has(&Source::hasStartFixed)},
-        {m_form.actionStart_Single, has(&Source::hasStartSingle)},
-        {m_form.actionPause, has(&Source::hasPause)},
-        {m_form.actionStop, has(&Source::hasStop)},
-    };
     bool hasPlayback = false;
-    for (const auto& [action, isOffered] : playback)
-        hasPlayback = offer(action, isOffered) || hasPlayback;
+    for (std::size_t i = 0; i < commandRows().size(); ++i) {
+        const bool isOffered = offer(m_form.*commandRows()[i].action, has(commandRows()[i].has));
+        hasPlayback = hasPlayback || (isOffered && i >= firstPlaybackRow);
+    }
     m_form.actionNo_Controls_Available->setVisible(!hasPlayback);
-    offer(m_form.actionTrigger, has(&Source::hasTrigger));
+    offer(m_form.actionSetup_Cleanup, has(&Source::hasSetup) || has(&Source::hasCleanup));
+    offer(m_form.actionSetup_Mode, has(&Source::hasSetupMode));
+    showSetupModes();
     layOutToolBar();
-
-    offer(m_form.actionFrame_Rate, has(&Source::hasFrameRate));
-    offer(m_form.actionBuffers_Queued, has(&Source::hasFramesQueued));
-    offer(m_form.actionBuffers_Filled, has(&Source::hasFramesFilled));
-    offer(m_form.actionBuffers_Dropped, has(&Source::hasFramesDropped));
-    offer(m_form.actionBuffers_Delivered, has(&Source::hasFramesDelivered));
-    offer(m_form.actionActive_Setup_Mode, hasSetupMode);
+    for (std::size_t i = 0; i < infoItemCount; ++i) {
+        if (const auto feature = infoRow(InfoItem(i)).has)
+            offer(m_form.*infoRow(InfoItem(i)).action, has(feature));
+    }
     Q_EMIT updated();
 }
 
-// Made anew only when it is not what it should be: its buttons would flicker, and drop a press that is under way.
+// Rebuilds the bar only when its contents change. New buttons flicker and lose a press that is under way.
 void Features::layOutToolBar()
 {
     QToolBar* const bar = m_form.acquisitionToolBar;
@@ -121,7 +112,7 @@ void Features::layOutToolBar()
     }
 }
 
-// Entries that stay the same stay: the menu may be open.
+// Modes that are the same keep their entries because the menu may be open.
 void Features::showSetupModes()
 {
     const bool hasSetupMode = m_source && m_source->hasSetupMode();
@@ -149,7 +140,7 @@ void Features::showSetupModes()
         action->setWhatsThis(name);
         action->setData(bytes);
         action->setToolTip(QString::fromLocal8Bit(description));
-        connect(action, SIGNAL(triggered()), m_commands, SLOT(setupMode()));
+        connect(action, SIGNAL(triggered()), m_commands, SLOT(setupModeAsync()));
     }
 }
 

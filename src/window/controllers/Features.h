@@ -6,18 +6,14 @@
 
 #include <memory>
 
-class QMainWindow;
 class QMenu;
-
-namespace Ui {
-class WindowQt;
-} // namespace Ui
 
 namespace Vistrel {
 
 class AbstractAcquisitionInterface;
 class Commands;
 class UserActions;
+struct Form;
 
 /// Shows the actions that the source offers, and no others.
 class Features : public QObject
@@ -26,12 +22,12 @@ class Features : public QObject
 
 public:
     /// The source may be null. The others outlive this object.
-    Features(QMainWindow* window, const Ui::WindowQt& form, const std::shared_ptr<AbstractAcquisitionInterface>& source,
-             Commands* commands, const UserActions& userActions);
+    Features(const Form& form, const std::shared_ptr<AbstractAcquisitionInterface>& source, Commands* commands,
+             const UserActions& userActions);
 
     QMenu* setupModes() const { return m_setupModes; }
-    bool areNew() const { return m_areNew; } ///< announced while the source must not be asked
-    void update();                           ///< asks the source, now or, by `areNew`, when it can be asked
+    bool areNew() const { return m_areNew; } ///< whether `update` came while the source must not be asked
+    void update();                           ///< asks the source, unless it must not be asked now
 
 public Q_SLOTS:
     void layOutToolBar(); ///< asks the source nothing
@@ -42,7 +38,7 @@ Q_SIGNALS:
 private:
     void showSetupModes();
 
-    const Ui::WindowQt& m_form;
+    const Form& m_form;
     const std::shared_ptr<AbstractAcquisitionInterface> m_source;
     Commands* const m_commands;
     const UserActions& m_userActions;

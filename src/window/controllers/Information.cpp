@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What the main window tells of its image and source: information bar, its switches, and copies of it as text.
+// What the main window says about its image and source: the information bar, its switches, and copies as text.
 #include "window/controllers/Information.h"
 
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 #include "window/InfoBar.h"
 #include "window/controllers/Commands.h"
 #include "window/controllers/ViewModes.h"
@@ -24,12 +24,10 @@ constexpr int statisticsMs = 250;
 
 } // namespace
 
-Information::Information(QMainWindow* window, const Ui::WindowQt& form, SurfaceScrollArea* scrollArea,
-                         SurfaceStream* stream, const std::shared_ptr<AbstractAcquisitionInterface>& source,
-                         const Commands& commands, ViewModes* viewModes)
-    : m_window(window),
-      m_form(form),
-      m_scrollArea(scrollArea),
+Information::Information(const Form& form, SurfaceStream* stream,
+                         const std::shared_ptr<AbstractAcquisitionInterface>& source, const Commands& commands,
+                         ViewModes* viewModes)
+    : m_form(form),
       m_stream(stream),
       m_source(source),
       m_commands(commands),
@@ -44,13 +42,14 @@ Information::Information(QMainWindow* window, const Ui::WindowQt& form, SurfaceS
     for (std::size_t i = 0; i < infoItemCount; ++i)
         connect(switchOf(InfoItem(i)), SIGNAL(triggered()), this, SLOT(updateSwitches()));
     connect(form.actionImage_Stats, SIGNAL(triggered()), this, SLOT(showSwitches()));
-    form.statusBar->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(form.statusBar, SIGNAL(customContextMenuRequested(QPoint)), this, SLOT(showSwitchesAt(QPoint)));
-    connect(&m_statisticsTimer, SIGNAL(timeout()), this, SLOT(updateStatistics()));
+    connect(&m_statisticsTimer, SIGNAL(timeout()), this, SLOT(updateImageStats()));
     connect(&m_statisticsTimer, SIGNAL(timeout()), this, SIGNAL(ticked()));
     connect(&m_pixelTimer, SIGNAL(timeout()), this, SLOT(updatePixelValue()));
-    const Surface* const surface = scrollArea->surface();
-    scrollArea->surface()->installEventFilter(this);
+    connect(stream, SIGNAL(imageUpdated()), this, SLOT(updateImage()), Qt::QueuedConnection);
+    Surface* const surface = form.scrollArea->surface();
+    surface->installEventFilter(this);
+    connect(surface, SIGNAL(scalingChanged(bool, double)), this, SLOT(updateZoomStates()), Qt::QueuedConnection);
     connect(surface, SIGNAL(pixelRangeChanged()), &m_pixelTimer, SLOT(start()));
     connect(surface, SIGNAL(pixelOffsetChanged(QPointF)), &m_pixelTimer, SLOT(start()));
 }
@@ -94,8 +93,11 @@ void Information::end()
 void Information::show(InfoMoment moment)
 {
     for (std::size_t i = 0; i < infoItemCount; ++i) {
-        if (infoRow(InfoItem(i)).moment == moment)
-            m_bar->setValue(InfoItem(i), infoRow(InfoItem(i)).value(m_state));
+        const InfoRow& row = infoRow(InfoItem(i));
+        if (row.moment != moment)
+            continue;
+        const bool isOffered = !row.has || (m_source && (m_source.get()->*row.has)());
+        m_bar->setValue(InfoItem(i), isOffered ? row.value(m_state) : QString());
     }
 }
 
@@ -105,16 +107,16 @@ void Information::setSetupMode(const QByteArray& name)
     show(InfoMoment::Mode);
 }
 
-// Numbers that nobody could read as fast as they change.
-void Information::updateStatistics()
+void Information::updateImageStats()
 {
     if (m_commands.isAskable())
         show(InfoMoment::Statistics);
 }
 
-void Information::updateZoom()
+void Information::updateZoomStates()
 {
-    m_state.scaling = m_scrollArea->zoomScaling();
+    m_form.actionZoom_Fit->setChecked(m_form.scrollArea->zoomToFit());
+    m_state.scaling = m_form.scrollArea->zoomScaling();
     show(InfoMoment::Zoom);
 }
 
@@ -134,12 +136,11 @@ void Information::updateImage()
 
 void Information::updatePixelValue()
 {
-    Surface* const surface = m_scrollArea->surface();
+    Surface* const surface = m_form.scrollArea->surface();
     const QPoint pixel = surface->activePixel();
     PixVal value;
     const bool isInside = QRect({}, surface->pixmap().size()).contains(pixel);
-    // The source is asked for its lock only when there is a pixel to read.
-    // Within a command's grace, what was read last stays.
+    // The source is asked for a lock only when there is a pixel to read. Within a command's grace the last value stays.
     if (isInside && !m_commands.isAskable() && !m_commands.isShown())
         return;
     const bool isRead = isInside && surface->imageSrcPixVal({pixel.x(), pixel.y()}, value);
@@ -157,7 +158,7 @@ bool Information::eventFilter(QObject*, QEvent* event)
 
 // Menus and copies ----------------------------------------------------------------------------------------------------
 
-// Above the information that they are of, also when it lies over the image.
+// Above the information bar, also when the bar lies over the image.
 void Information::showSwitches()
 {
     m_viewModes->showWindowBars();
@@ -173,7 +174,7 @@ void Information::showSwitchesAt(const QPoint& position)
 
 QMenu* Information::makeMenu()
 {
-    auto* const menu = new QMenu(m_window);
+    auto* const menu = new QMenu(m_form.window);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     m_viewModes->followMenu(menu);
     for (std::size_t i = 0; i < infoItemCount; ++i)
@@ -185,9 +186,9 @@ QMenu* Information::makeMenu()
 
 void Information::copyPixelValue() const
 {
-    const QPoint pixel = m_scrollArea->surface()->activePixel();
+    const QPoint pixel = m_form.scrollArea->surface()->activePixel();
     PixVal value;
-    if (m_scrollArea->surface()->imageSrcPixVal({pixel.x(), pixel.y()}, value))
+    if (m_form.scrollArea->surface()->imageSrcPixVal({pixel.x(), pixel.y()}, value))
         QGuiApplication::clipboard()->setText(pixelText({pixel.x(), pixel.y()}, value));
     else
         m_form.statusBar->showMessage(tr("No image pixel under the pointer"), messageMs);
@@ -195,7 +196,7 @@ void Information::copyPixelValue() const
 
 void Information::copyReport()
 {
-    updateStatistics();
+    updateImageStats();
     updateImage();
     QGuiApplication::clipboard()->setText(m_bar->report());
 }

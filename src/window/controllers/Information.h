@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the main window tells of its image and source: information bar, its switches, and copies of it as text.
+// What the main window says about its image and source: the information bar, its switches, and copies as text.
 #pragma once
 
 #include "window/InfoItems.h"
@@ -9,23 +9,18 @@
 
 #include <memory>
 
-class QMainWindow;
 class QMenu;
 class QPoint;
-
-namespace Ui {
-class WindowQt;
-} // namespace Ui
 
 namespace Vistrel {
 
 class Commands;
 class InfoBar;
-class SurfaceScrollArea;
 class SurfaceStream;
 class ViewModes;
+struct Form;
 
-/// Shows the items whose actions are checked and visible. Statistics are read four times a second, the pixel's value
+/// Shows the items whose actions are checked and visible. Reads statistics four times a second, and the pixel's value
 /// after each frame and each move of the pointer.
 class Information : public QObject
 {
@@ -33,9 +28,8 @@ class Information : public QObject
 
 public:
     /// The source may be null. The others outlive this object.
-    Information(QMainWindow* window, const Ui::WindowQt& form, SurfaceScrollArea* scrollArea, SurfaceStream* stream,
-                const std::shared_ptr<AbstractAcquisitionInterface>& source, const Commands& commands,
-                ViewModes* viewModes);
+    Information(const Form& form, SurfaceStream* stream, const std::shared_ptr<AbstractAcquisitionInterface>& source,
+                const Commands& commands, ViewModes* viewModes);
 
     bool isSwitchedOn(InfoItem item) const;
     void setSwitchedOn(InfoItem item, bool isOn);
@@ -47,8 +41,8 @@ public:
 
 public Q_SLOTS:
     void updateSwitches();
-    void updateStatistics();
-    void updateZoom();
+    void updateImageStats();
+    void updateZoomStates();
     void updateImage();
     void updatePixelValue();
     void showSwitches();
@@ -65,9 +59,7 @@ private:
     void show(InfoMoment moment);
     QMenu* makeMenu();
 
-    QMainWindow* const m_window;
-    const Ui::WindowQt& m_form;
-    SurfaceScrollArea* const m_scrollArea;
+    const Form& m_form;
     SurfaceStream* const m_stream;
     const std::shared_ptr<AbstractAcquisitionInterface> m_source;
     const Commands& m_commands;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// How the main window has its images shown: palettes, mosaics, channel order, crosshair.
+// How the main window shows its images: palettes, mosaics, channel order, crosshair.
 #include "window/controllers/Palettes.h"
 
 #include "base/Log.h"
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceStream.h>
@@ -13,13 +13,28 @@
 #include <QtWidgets/QToolButton>
 
 #include <chrono>
+#include <cstddef>
+#include <iterator>
 #include <string>
 
 namespace Vistrel {
 
 namespace {
 
-constexpr int colorTableCount = 8;
+// By the values of ColorTable.
+constexpr QAction* Ui_WindowQt::*colorActions[] = {
+    &Ui_WindowQt::actionColor_Palette_Gray,         &Ui_WindowQt::actionColor_Palette_Gray_2x,
+    &Ui_WindowQt::actionColor_Palette_Gray_Inverse, &Ui_WindowQt::actionColor_Palette_Sine,
+    &Ui_WindowQt::actionColor_Palette_Cosine,       &Ui_WindowQt::actionColor_Palette_Rainbow,
+    &Ui_WindowQt::actionColor_Palette_Random,       &Ui_WindowQt::actionColor_Palette_Contours,
+};
+constexpr int colorTableCount = static_cast<int>(std::size(colorActions));
+
+// By the bits of the pattern.
+constexpr QAction* Ui_WindowQt::*bayerActions[] = {
+    &Ui_WindowQt::actionBayer_Filter_Auto, &Ui_WindowQt::actionBayerGB_Filter, &Ui_WindowQt::actionBayerGR_Filter,
+    &Ui_WindowQt::actionBayerRG_Filter,    &Ui_WindowQt::actionBayerBG_Filter,
+};
 
 QString withoutMnemonic(const QString& text)
 {
@@ -48,8 +63,8 @@ QIcon rampOf(const QVector<unsigned int>& colors, const QColor& ink)
 
 } // namespace
 
-Palettes::Palettes(const Ui::WindowQt& form, SurfaceStream* stream, Surface* surface)
-    : m_form(form), m_stream(stream), m_surface(surface), m_button(new QToolButton(form.statusBar))
+Palettes::Palettes(const Form& form, SurfaceStream* stream)
+    : m_form(form), m_stream(stream), m_button(new QToolButton(form.statusBar))
 {
     m_button->setMenu(form.menuColor_Palette);
     m_button->setPopupMode(QToolButton::InstantPopup);
@@ -62,6 +77,11 @@ Palettes::Palettes(const Ui::WindowQt& form, SurfaceStream* stream, Surface* sur
         for (QAction* const action : menu->actions())
             group->addAction(action);
     }
+    for (int i = 0; i < colorTableCount; ++i)
+        connect(actionOf(ColorTable(i)), &QAction::triggered, this, [=] { setColorTable(ColorTable(i)); });
+    for (unsigned i = 0; i < std::size(bayerActions); ++i)
+        connect(form.*bayerActions[i], &QAction::triggered, this, [=] { setBayerFilter(Format(i << 8)); });
+    connect(stream, SIGNAL(bitmapLockChanged(bool)), this, SLOT(updateBitmapLockedStates(bool)));
 }
 
 QVector<unsigned int> Palettes::colorsOf(ColorTable table) const
@@ -72,12 +92,7 @@ QVector<unsigned int> Palettes::colorsOf(ColorTable table) const
 
 QAction* Palettes::actionOf(ColorTable table) const
 {
-    QAction* const actions[colorTableCount] = {
-        m_form.actionColor_Palette_Gray,   m_form.actionColor_Palette_Gray_2x,  m_form.actionColor_Palette_Gray_Inverse,
-        m_form.actionColor_Palette_Sine,   m_form.actionColor_Palette_Cosine,   m_form.actionColor_Palette_Rainbow,
-        m_form.actionColor_Palette_Random, m_form.actionColor_Palette_Contours,
-    };
-    return actions[static_cast<int>(table)];
+    return m_form.*colorActions[static_cast<std::size_t>(table)];
 }
 
 void Palettes::setColorTable(ColorTable table)
@@ -117,7 +132,7 @@ void Palettes::showColors()
     showRamp(m_colorTable);
 }
 
-// The palette in use keeps its very colours, which for Random nobody can make again.
+// The palette in use keeps its colours. Those of Random cannot be computed again.
 void Palettes::showRamp(ColorTable table)
 {
     const QVector<unsigned int> colors = table == m_colorTable ? m_stream->colorPalette() : colorsOf(table);
@@ -132,10 +147,10 @@ void Palettes::showRamps()
 
 // Mosaics and channels ------------------------------------------------------------------------------------------------
 
-void Palettes::setBayerFilter(Format filter, QAction* action)
+void Palettes::setBayerFilter(Format filter)
 {
     m_stream->setBayerDemosaicFilter(filter);
-    action->setChecked(true);
+    (m_form.*bayerActions[filter >> 8])->setChecked(true);
 }
 
 void Palettes::setBayerEnabled(bool enabled)
@@ -152,15 +167,15 @@ void Palettes::setRgbOrderReversed(bool reversed)
 
 void Palettes::setCrosshairVisible(bool visible)
 {
-    m_surface->setCrosshairVisible(visible);
+    m_form.scrollArea->surface()->setCrosshairVisible(visible);
     m_form.actionPixel_Crosshair_Visible->setChecked(visible);
 }
 
-void Palettes::setBitmapLocked(bool isLocked)
+// A locked bitmap shows what the host draws, which is no mosaic.
+void Palettes::updateBitmapLockedStates(bool bitmapLocked)
 {
-    // What is locked shows what the host draws: the frame's own pixels are not to be interpreted.
-    m_form.menuBayer_Filter->setEnabled(!isLocked);
-    m_form.actionDecode_Bayer_Images->setEnabled(!isLocked);
+    m_form.menuBayer_Filter->setEnabled(!bitmapLocked);
+    m_form.actionDecode_Bayer_Images->setEnabled(!bitmapLocked);
 }
 
 } // namespace Vistrel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How the main window has its images shown: palettes, mosaics, channel order, crosshair.
+// How the main window shows its images: palettes, mosaics, channel order, crosshair.
 #pragma once
 
 #include "pipeline/pixels/ColorTables.h"
@@ -12,16 +12,12 @@
 class QAction;
 class QToolButton;
 
-namespace Ui {
-class WindowQt;
-} // namespace Ui
-
 namespace Vistrel {
 
-class Surface;
 class SurfaceStream;
+struct Form;
 
-/// Keeps the stream's palette and the entries of the menus in step. The palette button in the status bar opens the
+/// Keeps the stream's settings and the entries of the menus in step. The palette button in the status bar opens the
 /// menu of palettes, whose entries show their colours.
 class Palettes : public QObject
 {
@@ -29,19 +25,21 @@ class Palettes : public QObject
 
 public:
     /// All outlive this object. Nothing is chosen yet.
-    Palettes(const Ui::WindowQt& form, SurfaceStream* stream, Surface* surface);
+    Palettes(const Form& form, SurfaceStream* stream);
 
     ColorTable colorTable() const { return m_colorTable; }
     void setColorTable(ColorTable table); ///< an unknown one is reported and changes nothing
     void setRainbow(const RainbowParameters& rainbow);
     void setEnabled(bool isEnabled); ///< whether the image in view takes a palette
-    void showRamps();                ///< anew, in the window's own colours
+    void showRamps();                ///< in the colours of the window
 
-    void setBayerFilter(Format filter, QAction* action);
+    void setBayerFilter(Format filter); ///< 0 or one of the four mosaics
     void setBayerEnabled(bool enabled);
     void setRgbOrderReversed(bool reversed);
     void setCrosshairVisible(bool visible);
-    void setBitmapLocked(bool isLocked);
+
+public Q_SLOTS:
+    void updateBitmapLockedStates(bool bitmapLocked);
 
 Q_SIGNALS:
     void colorTableChosen(Vistrel::ColorTable table);
@@ -52,9 +50,8 @@ private:
     void showColors();
     void showRamp(ColorTable table);
 
-    const Ui::WindowQt& m_form;
+    const Form& m_form;
     SurfaceStream* const m_stream;
-    Surface* const m_surface;
     QToolButton* const m_button;
     RainbowParameters m_rainbow;
     ColorTable m_colorTable = ColorTable::Gray;

@@ -7,6 +7,7 @@
 #include "base/UserInterfaceCall.h"
 #include "files/PictureFile.h"
 #include "platform/LocalFileName.h"
+#include "window/Form.h"
 #include "window/HostText.h"
 #include "window/controllers/Commands.h"
 
@@ -92,10 +93,10 @@ int showBox(QWidget* window, QMessageBox::Icon icon, const QString& title, const
 
 } // namespace
 
-Saving::Saving(QMainWindow* window, const Commands& commands, SurfaceStream* stream, Surface* surface,
+Saving::Saving(const Form& form, const Commands& commands, SurfaceStream* stream,
                const std::shared_ptr<AbstractAcquisitionInterface>& source,
                const std::shared_ptr<AbstractFileInterface>& files)
-    : m_window(window), m_commands(commands), m_stream(stream), m_surface(surface), m_source(source), m_files(files)
+    : m_form(form), m_commands(commands), m_stream(stream), m_source(source), m_files(files)
 {
 }
 
@@ -140,7 +141,7 @@ QString Saving::askPath()
     QString start = m_savedPath;
     const QPointer<Saving> alive(this);
     while (true) {
-        const QPointer<QFileDialog> dialog = new QFileDialog(m_window, tr("Save Current Image"));
+        const QPointer<QFileDialog> dialog = new QFileDialog(m_form.window, tr("Save Current Image"));
         dialog->setAttribute(Qt::WA_QuitOnClose, false);
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setFileMode(QFileDialog::AnyFile);
@@ -167,12 +168,12 @@ QString Saving::askPath()
         }
         int answer = QMessageBox::Yes;
         if (!isWritable())
-            answer = showBox(m_window, QMessageBox::Critical, tr("File Save Error"),
+            answer = showBox(m_form.window, QMessageBox::Critical, tr("File Save Error"),
                              tr("Files of the type \"%1\" cannot be written. Please choose one of the listed types.")
                                  .arg(QFileInfo(path).suffix()),
                              QMessageBox::Ok);
         else if (QFileInfo::exists(path))
-            answer = showBox(m_window, QMessageBox::Question, tr("Save Current Image"),
+            answer = showBox(m_form.window, QMessageBox::Question, tr("Save Current Image"),
                              tr("%1 already exists.\nDo you want to replace it?").arg(QFileInfo(path).fileName()),
                              QMessageBox::Yes | QMessageBox::No);
         if (answer == QMessageBox::Yes)
@@ -247,7 +248,7 @@ QString Saving::saveFrame(const QString& path)
         RawImage image;
         isSaved = copy.getData(image) && writeBeside([&] { return save(image); });
     } else {
-        const QPointer<Surface> surface = m_surface;
+        const QPointer<Surface> surface = m_form.scrollArea->surface();
         {
             const HeldFrameLock held(keptSource.get());
             isSaved = hostCall("save", false, [&] { return save(raw); });
@@ -282,10 +283,10 @@ void Saving::save()
     }
     if (error.isEmpty()) {
         m_savedPath = path;
-        m_window->statusBar()->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
+        m_form.statusBar->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
     } else {
-        m_window->statusBar()->clearMessage(); // "Saved" of an earlier image
-        showBox(m_window, QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok);
+        m_form.statusBar->clearMessage(); // "Saved" of an earlier image
+        showBox(m_form.window, QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok);
         if (!alive)
             return;
     }

@@ -13,13 +13,11 @@
 #include <functional>
 #include <memory>
 
-class QMainWindow;
-
 namespace Vistrel {
 
 class Commands;
-class Surface;
 class SurfaceStream;
+struct Form;
 
 /// Asks for a file's name and writes it beside the user interface: by the host's file interface where that claims the
 /// type, else as the picture that is shown.
@@ -29,7 +27,7 @@ class Saving : public QObject
 
 public:
     /// `files` may be null. The others outlive this object.
-    Saving(QMainWindow* window, const Commands& commands, SurfaceStream* stream, Surface* surface,
+    Saving(const Form& form, const Commands& commands, SurfaceStream* stream,
            const std::shared_ptr<AbstractAcquisitionInterface>& source,
            const std::shared_ptr<AbstractFileInterface>& files);
 
@@ -49,10 +47,9 @@ private:
     QString saveFrame(const QString& path);
     bool writeBeside(const std::function<bool()>& write);
 
-    QMainWindow* const m_window;
+    const Form& m_form;
     const Commands& m_commands;
     SurfaceStream* const m_stream;
-    Surface* const m_surface;
     const std::shared_ptr<AbstractAcquisitionInterface> m_source;
     const std::shared_ptr<AbstractFileInterface> m_files;
     QString m_savedPath;   // of the image saved last

@@ -1,26 +1,71 @@
 // SPDX-License-Identifier: MIT
-// Keeps the main window's actions in step with the state that its source is in.
+// Shows the state of the source: enabled actions, words in the status bar and over the empty view, the window's icon.
 #include "window/controllers/States.h"
 
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 #include "window/controllers/Commands.h"
 #include "window/controllers/Features.h"
 #include "window/controllers/Information.h"
 #include "window/controllers/Palettes.h"
 #include "window/controllers/Saving.h"
 
-#include <Vistrel/SurfaceScrollArea.h>
+#include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceStream.h>
 
+#include <QtGui/QPainter>
+#include <QtWidgets/QApplication>
 #include <QtWidgets/QLabel>
 
 #include <utility>
 
 namespace Vistrel {
 
-States::States(QMainWindow* window, const Ui::WindowQt& form, const AbstractAcquisitionInterface* source,
-               SurfaceStream* stream, SurfaceScrollArea* scrollArea, Commands* commands, const Features& features,
-               const Saving& saving, Palettes* palettes, Information* information)
+namespace {
+
+QPixmap iconPicture(const QString& name, const QSize& size)
+{
+    return QIcon(QStringLiteral(":/Icons/%1.png").arg(name)).pixmap(size);
+}
+
+// The state's picture in a rounded frame over the lower right of the application's icon, a little over half of it.
+QPixmap withBadge(const QPixmap& icon, const QString& state)
+{
+    QPixmap badged = icon;
+    badged.setDevicePixelRatio(1); // all below is in its own pixels
+    const int side = badged.width() * 9 / 16;
+    const QRectF frame(badged.width() - side + 0.5, badged.height() - side + 0.5, side - 1, side - 1);
+    const double inset = side / 8.0;
+    QPainter painter(&badged);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.setPen(QColor(0x60, 0x60, 0x60));
+    painter.setBrush(QColor(0xF4, 0xF4, 0xF4));
+    painter.drawRoundedRect(frame, side / 6.0, side / 6.0);
+    const QRectF inner = frame.adjusted(inset, inset, -inset, -inset);
+    const QPixmap picture = iconPicture(state, QSize(48, 48));
+    painter.drawPixmap(inner, picture, QRectF(picture.rect()));
+    return badged;
+}
+
+QIcon makeBadgedIcon(const QIcon& application, const QString& state)
+{
+    QList<QPixmap> pictures;
+    for (const QSize& size : application.availableSizes())
+        pictures.append(application.pixmap(size));
+    if (pictures.isEmpty()) {
+        for (const int side : {16, 24, 32, 48, 64, 128})
+            pictures.append(QPixmap(QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
+    }
+    QIcon icon;
+    for (const QPixmap& picture : qAsConst(pictures))
+        icon.addPixmap(withBadge(picture, state));
+    return icon;
+}
+
+} // namespace
+
+States::States(const Form& form, const AbstractAcquisitionInterface* source, SurfaceStream* stream, Commands* commands,
+               const Features& features, const Saving& saving, Palettes* palettes, Information* information)
     : m_form(form),
       m_source(source),
       m_stream(stream),
@@ -29,59 +74,61 @@ States::States(QMainWindow* window, const Ui::WindowQt& form, const AbstractAcqu
       m_saving(saving),
       m_palettes(palettes),
       m_information(information),
-      m_label(new QLabel(window)),
-      m_hint(form, *stream, scrollArea->surface()),
-      m_badge(window)
+      m_label(new QLabel(form.window)),
+      m_hint(new QLabel(form.scrollArea->surface()))
 {
     m_label->setToolTip(tr("State of the acquisition"));
     m_label->setAccessibleName(tr("Acquisition State"));
     m_label->setContentsMargins(6, 0, 6, 0);
     m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(tr("Not set up")) + 12);
     form.statusBar->addWidget(m_label);
+
+    m_hint->setAlignment(Qt::AlignCenter);
+    m_hint->setTextFormat(Qt::PlainText);
+    m_hint->setWordWrap(true);
+    m_hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    m_hint->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_hint->setStyleSheet(QStringLiteral("color: #f0f0f0; font-size: 15pt"));
+    (new QVBoxLayout(form.scrollArea->surface()))->addWidget(m_hint);
+
+    connect(stream, SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
+    connect(commands, SIGNAL(shown()), this, SLOT(updateActionStates()));
+    connect(&saving, SIGNAL(stateChanged()), this, SLOT(updateActionStates()));
+    connect(&features, SIGNAL(updated()), this, SLOT(updateActionStates()));
+    connect(information, SIGNAL(ticked()), this, SLOT(updateHint()));
 }
 
-void States::update()
+void States::updateActionStates()
 {
     const Format format = m_stream->latestImageFormat();
     const bool hasImage = format != 0;
     m_form.actionSave_Image->setEnabled(hasImage && !m_saving.isWriting());
-    m_form.actionCopy_Image->setEnabled(hasImage);
-    m_form.actionCopy_Image_Stats->setEnabled(hasImage);
-    m_form.actionCopy_Pixel_Value->setEnabled(hasImage);
-    m_form.actionQuick_View->setEnabled(hasImage);
+    for (QAction* const action : {m_form.actionCopy_Image, m_form.actionCopy_Image_Stats, m_form.actionCopy_Pixel_Value,
+                                  m_form.actionQuick_View})
+        action->setEnabled(hasImage);
     m_palettes->setEnabled(isMonochrome(format) && (format & formatPatternMask) == 0);
-    m_hint.setShown(!hasImage);
+    m_hint->setVisible(!hasImage);
 
     if (m_commands->isAskable())
         m_known = askSource(m_source, !m_features.setupModes()->isEmpty());
     // A command that returns within its grace changes nothing in view.
     if (m_commands->isAskable() || m_commands->hasEnded() || m_commands->isShown())
         showCommands();
-    m_badge.show(m_known.statePicture == QLatin1String("Stop") && !hasImage ? QStringLiteral("Setup")
-                                                                            : m_known.statePicture);
+    showBadge(m_known.statePicture == QLatin1String("Stop") && !hasImage ? QStringLiteral("Setup")
+                                                                         : m_known.statePicture);
     m_label->setText(m_known.stateWords);
 }
 
 void States::showCommands()
 {
     const bool isIdle = m_commands->isAskable();
-    const std::pair<QAction*, bool> offers[] = {
-        {m_form.actionSetup, m_known.canSetup},
-        {m_form.actionCleanup, m_known.canCleanup},
-        {m_form.actionSetup_Cleanup, m_known.canSetup || m_known.canCleanup},
-        {m_form.actionTrigger, m_known.canTrigger},
-        {m_form.actionStart_Single_Reverse, m_known.canStartSingleReverse},
-        {m_form.actionStart_Reverse, m_known.canStartReverse},
-        {m_form.actionStart, m_known.canStart},
-        {m_form.actionStart_Fixed, m_known.canStartFixed},
-        {m_form.actionStart_Single, m_known.canStartSingle},
-        {m_form.actionPause, m_known.canPause},
-        {m_form.actionStop, m_known.canStop},
-    };
-    for (const auto& [action, isPossible] : offers)
-        action->setEnabled(isIdle && isPossible);
+    const bool canSetup = m_known.can[setupRow];
+    const bool canCleanup = m_known.can[cleanupRow];
+    for (std::size_t i = 0; i < m_known.can.size(); ++i)
+        (m_form.*commandRows()[i].action)->setEnabled(isIdle && m_known.can[i]);
+    m_form.actionSetup_Cleanup->setEnabled(isIdle && (canSetup || canCleanup));
     if (isIdle)
-        showSetupToggle(m_known.canSetup, m_known.canCleanup);
+        showSetupToggle(canSetup, canCleanup);
 
     m_information->setSetupMode(m_known.activeMode);
     for (QAction* const mode : m_features.setupModes()->actions()) {
@@ -95,14 +142,13 @@ void States::showCommands()
         }
     }
 
-    // The two share a key; when both can be done it pauses.
+    // The two share a key. It pauses when both are possible.
     const bool isPauseFirst =
         m_form.actionStart->isEnabled() && m_form.actionPause->isEnabled() && m_form.actionPause->isVisible();
     const QKeySequence startKey = isPauseFirst ? QKeySequence() : m_form.actionPause->shortcut();
     if (m_form.actionStart->shortcut() != startKey)
         m_form.actionStart->setShortcut(startKey);
-    if (isIdle)
-        m_hint.update(m_known);
+    updateHint();
 }
 
 void States::showSetupToggle(bool canSetup, bool canCleanup)
@@ -120,13 +166,46 @@ void States::showSetupToggle(bool canSetup, bool canCleanup)
     toggle->setIconText(other->iconText());
     toggle->setToolTip(toolTip);
     disconnect(toggle, SIGNAL(triggered()), m_commands, nullptr);
-    connect(toggle, SIGNAL(triggered()), m_commands, canCleanup ? SLOT(cleanup()) : SLOT(setup()));
+    connect(toggle, SIGNAL(triggered()), m_commands, canCleanup ? SLOT(cleanupAsync()) : SLOT(setupAsync()));
 }
 
 void States::updateHint()
 {
-    if (m_hint.isShown() && m_commands->isAskable())
-        m_hint.update(m_known);
+    if (m_hint->isHidden() || !m_commands->isAskable())
+        return;
+    const std::pair<const QAction*, QString> steps[] = {
+        {m_form.actionSetup, tr("Set up")},
+        {m_form.actionStart, tr("Start")},
+        {m_form.actionStart_Single, tr("Take one image")},
+        {m_form.actionTrigger, tr("Trigger")},
+    };
+    QString hint = m_stream->refusal();
+    const bool isRefused = !hint.isEmpty();
+    if (!isRefused)
+        hint = m_known.isRunning ? tr("Waiting for the first image") : tr("No image");
+    for (const auto& [action, text] : steps) {
+        if (isRefused && m_known.isSetUp)
+            break;
+        if (action->isVisible() && action->isEnabled() && (!m_known.isRunning || action == m_form.actionTrigger)) {
+            const QString key = action->shortcut().toString(QKeySequence::NativeText);
+            hint = key.isEmpty() ? text : tr("%1: %2").arg(text, key);
+            break;
+        }
+    }
+    m_hint->setText(hint);
+}
+
+// Sets the window's icon only when the state or the application's icon has changed.
+void States::showBadge(const QString& picture)
+{
+    const QIcon application = QApplication::windowIcon();
+    const QString key = picture + QString::number(application.cacheKey());
+    if (std::exchange(m_badge, key) == key)
+        return;
+    QIcon& icon = m_icons[key];
+    if (icon.isNull())
+        icon = makeBadgedIcon(application, picture);
+    m_form.window->setWindowIcon(icon);
 }
 
 } // namespace Vistrel

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Keeps the main window's actions in step with the state that its source is in.
+// Shows the state of the source: enabled actions, words in the status bar and over the empty view, the window's icon.
 #pragma once
 
 #include "window/SourceAnswers.h"
-#include "window/controllers/Badge.h"
-#include "window/controllers/Hint.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QObject>
+#include <QtGui/QIcon>
 
 class QLabel;
-class QMainWindow;
 
 namespace Vistrel {
 
@@ -18,7 +17,8 @@ class Features;
 class Information;
 class Palettes;
 class Saving;
-class SurfaceScrollArea;
+class SurfaceStream;
+struct Form;
 
 class States : public QObject
 {
@@ -26,19 +26,19 @@ class States : public QObject
 
 public:
     /// The source may be null. All outlive this object.
-    States(QMainWindow* window, const Ui::WindowQt& form, const AbstractAcquisitionInterface* source,
-           SurfaceStream* stream, SurfaceScrollArea* scrollArea, Commands* commands, const Features& features,
-           const Saving& saving, Palettes* palettes, Information* information);
+    States(const Form& form, const AbstractAcquisitionInterface* source, SurfaceStream* stream, Commands* commands,
+           const Features& features, const Saving& saving, Palettes* palettes, Information* information);
 
 public Q_SLOTS:
-    void update(); ///< asks the source when it can be asked; else shows what it answered last
+    void updateActionStates(); ///< asks the source when it can be asked; else shows what it answered last
     void updateHint();
 
 private:
     void showCommands();
     void showSetupToggle(bool canSetup, bool canCleanup);
+    void showBadge(const QString& picture);
 
-    const Ui::WindowQt& m_form;
+    const Form& m_form;
     const AbstractAcquisitionInterface* const m_source;
     SurfaceStream* const m_stream;
     Commands* const m_commands;
@@ -46,9 +46,10 @@ private:
     const Saving& m_saving;
     Palettes* const m_palettes;
     Information* const m_information;
-    QLabel* const m_label; // what state the source is in
-    Hint m_hint;
-    Badge m_badge;
+    QLabel* const m_label; // the source's state
+    QLabel* const m_hint;  // over a view without an image: what to do next, or why frames are not shown
+    QString m_badge;       // the key of the window's icon
+    QHash<QString, QIcon> m_icons;
     SourceAnswers m_known;
 };
 

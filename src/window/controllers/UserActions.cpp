@@ -2,7 +2,7 @@
 // The host's own actions in the main window's menus and tool bar.
 #include "window/controllers/UserActions.h"
 
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 #include "window/controllers/ViewModes.h"
 
 #include <algorithm>
@@ -15,15 +15,12 @@ const QLatin1String userMenuPrefix("VistrelUserMenu_");
 
 } // namespace
 
-UserActions::UserActions(QMainWindow* window, const Ui::WindowQt& form, ViewModes* viewModes)
-    : m_window(window), m_form(form), m_viewModes(viewModes)
-{
-}
+UserActions::UserActions(const Form& form, ViewModes* viewModes) : m_form(form), m_viewModes(viewModes) {}
 
 QAction* UserActions::make(const QString& text)
 {
-    auto* const action = new QAction(text, m_window);
-    m_window->addAction(action);
+    auto* const action = new QAction(text, m_form.window);
+    m_form.window->addAction(action);
     return action;
 }
 
@@ -53,12 +50,12 @@ QAction* UserActions::addToToolBar(const QString& text)
     return action;
 }
 
-// The menu may be open, and what it shows be what has just been triggered.
+// Menus are deleted later, because the action may be deleted while its menu handles a click.
 void UserActions::userMenuActionDestroyed()
 {
     for (QMenu* const menu : m_form.menuBar->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly)) {
         if (!menu->objectName().startsWith(userMenuPrefix) || !menu->actions().isEmpty())
-            continue; // a hidden one is there, too
+            continue; // hidden actions count, too
         menu->setObjectName(QString());
         m_form.menuBar->removeAction(menu->menuAction());
         menu->deleteLater();
@@ -67,7 +64,7 @@ void UserActions::userMenuActionDestroyed()
 
 void UserActions::userToolBarActionDestroyed()
 {
-    // No action any more, only the last of its parts.
+    // The sender is only a QObject by now.
     const auto isGone = [gone = sender()](const QAction* one) { return one == gone; };
     m_ofToolBar.erase(std::remove_if(m_ofToolBar.begin(), m_ofToolBar.end(), isGone), m_ofToolBar.end());
     if (m_ofToolBar.isEmpty())

@@ -6,27 +6,23 @@
 #include <QtCore/QObject>
 
 class QAction;
-class QMainWindow;
-
-namespace Ui {
-class WindowQt;
-} // namespace Ui
 
 namespace Vistrel {
 
 class ViewModes;
+struct Form;
 
-/// Actions are the window's children. An action that is deleted leaves no trace, nor does the menu that it was the last
-/// one of.
+/// Actions are the window's children. A deleted action leaves its menu and the tool bar, and a menu without actions is
+/// deleted.
 class UserActions : public QObject
 {
     Q_OBJECT
 
 public:
     /// All outlive this object.
-    UserActions(QMainWindow* window, const Ui::WindowQt& form, ViewModes* viewModes);
+    UserActions(const Form& form, ViewModes* viewModes);
 
-    QAction* make(const QString& text); ///< its shortcut lives while the bars are hidden, too
+    QAction* make(const QString& text); ///< its shortcut works while the bars are hidden, too
     QAction* addToMenu(const QString& menuTitle, const QString& text);
     QAction* addToToolBar(const QString& text);
     const QList<QAction*>& ofToolBar() const { return m_ofToolBar; }
@@ -39,8 +35,7 @@ Q_SIGNALS:
     void toolBarChanged();
 
 private:
-    QMainWindow* const m_window;
-    const Ui::WindowQt& m_form;
+    const Form& m_form;
     ViewModes* const m_viewModes;
     QList<QAction*> m_ofToolBar;
 };

@@ -2,7 +2,7 @@
 // Full screen and exhibit view: the image takes the whole window, and the bars come over it at the window's edges.
 #include "window/controllers/ViewModes.h"
 
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
@@ -16,21 +16,19 @@ namespace Vistrel {
 
 namespace {
 
-constexpr int edge = 3; // pixels that call the bars
+constexpr int edge = 3; // pixels in which the pointer shows the bars
 constexpr int barsMs = 800;
 
 } // namespace
 
-ViewModes::ViewModes(QMainWindow* window, const Ui::WindowQt& form, SurfaceScrollArea* scrollArea)
-    : m_window(window), m_form(form), m_scrollArea(scrollArea), m_leaveAction(new QAction(window))
+ViewModes::ViewModes(const Form& form) : m_form(form), m_leaveAction(new QAction(form.window))
 {
     m_leaveAction->setShortcut(Qt::Key_Escape);
     m_leaveAction->setEnabled(false);
-    window->addAction(m_leaveAction);
-    form.statusBar->setAutoFillBackground(true); // it may lie over the image
+    form.window->addAction(m_leaveAction);
     m_barsTimer.setSingleShot(true);
     m_barsTimer.setInterval(barsMs);
-    scrollArea->surface()->installEventFilter(this);
+    form.scrollArea->surface()->installEventFilter(this);
     connect(m_leaveAction, SIGNAL(triggered()), this, SLOT(leave()));
     connect(&m_barsTimer, SIGNAL(timeout()), this, SLOT(hideWindowBars()));
     for (const QAction* const entry : form.menuBar->actions())
@@ -44,8 +42,8 @@ bool ViewModes::keepsInformation() const
 
 void ViewModes::setFullScreen(bool enabled)
 {
-    if (m_window->isFullScreen() != enabled)
-        m_window->setWindowState(m_window->windowState() ^ Qt::WindowFullScreen);
+    if (m_form.window->isFullScreen() != enabled)
+        m_form.window->setWindowState(m_form.window->windowState() ^ Qt::WindowFullScreen);
     m_form.actionFull_Screen->setChecked(enabled);
     apply();
 }
@@ -66,16 +64,16 @@ void ViewModes::setKeepsInformation(bool enabled)
 
 void ViewModes::followWindowState()
 {
-    if (m_window->isFullScreen() == m_form.actionFull_Screen->isChecked())
+    if (m_form.window->isFullScreen() == m_form.actionFull_Screen->isChecked())
         return;
-    m_form.actionFull_Screen->setChecked(m_window->isFullScreen());
+    m_form.actionFull_Screen->setChecked(m_form.window->isFullScreen());
     apply();
 }
 
 void ViewModes::followWindowSize()
 {
     if (m_isImageAlone)
-        m_scrollArea->setGeometry(m_window->rect());
+        m_form.scrollArea->setGeometry(m_form.window->rect());
 }
 
 void ViewModes::followMenu(const QMenu* menu)
@@ -84,11 +82,12 @@ void ViewModes::followMenu(const QMenu* menu)
     connect(menu, SIGNAL(aboutToHide()), &m_barsTimer, SLOT(start()));
 }
 
-// The image lies under the bars then, over the whole window, so that it stays where it is when they come.
+// The image covers the whole window and lies under the bars, so it stays in place when they come.
 void ViewModes::apply()
 {
-    const bool isAlone = m_window->isFullScreen() || m_isExhibited;
-    m_form.actionFull_Screen->setToolTip(m_window->isFullScreen() ? tr("Leave Full Screen") : tr("Enter Full Screen"));
+    const bool isAlone = m_form.window->isFullScreen() || m_isExhibited;
+    m_form.actionFull_Screen->setToolTip(m_form.window->isFullScreen() ? tr("Leave Full Screen")
+                                                                       : tr("Enter Full Screen"));
     m_form.actionExhibit_View->setToolTip(m_isExhibited ? tr("Leave Exhibit View") : tr("Enter Exhibit View"));
     m_leaveAction->setEnabled(isAlone);
     if (isAlone == m_isImageAlone)
@@ -97,15 +96,15 @@ void ViewModes::apply()
     Q_EMIT imageAloneChanged(isAlone);
     if (isAlone) {
         m_form.centralwidget->hide();
-        m_scrollArea->setParent(m_window);
-        m_scrollArea->setGeometry(m_window->rect());
-        m_scrollArea->lower();
+        m_form.scrollArea->setParent(m_form.window);
+        m_form.scrollArea->setGeometry(m_form.window->rect());
+        m_form.scrollArea->lower();
     } else {
         m_barsTimer.stop();
-        m_form.verticalLayout->addWidget(m_scrollArea);
+        m_form.verticalLayout->addWidget(m_form.scrollArea);
         m_form.centralwidget->show();
     }
-    m_scrollArea->show();
+    m_form.scrollArea->show();
     setBarsVisible(!isAlone);
 }
 
@@ -127,7 +126,7 @@ void ViewModes::hideWindowBars()
 {
     if (!m_isImageAlone)
         return;
-    const QPoint pointer = m_window->mapFromGlobal(QCursor::pos());
+    const QPoint pointer = m_form.window->mapFromGlobal(QCursor::pos());
     const bool isTouched =
         m_form.menuBar->isVisible() &&
         (m_form.menuBar->geometry().contains(pointer) || m_form.acquisitionToolBar->geometry().contains(pointer) ||
@@ -140,7 +139,7 @@ void ViewModes::hideWindowBars()
 
 void ViewModes::leave()
 {
-    if (m_window->isFullScreen())
+    if (m_form.window->isFullScreen())
         setFullScreen(false);
     else
         setExhibited(false);
@@ -150,8 +149,8 @@ bool ViewModes::eventFilter(QObject*, QEvent* event)
 {
     if (!m_isImageAlone || (event->type() != QEvent::MouseMove && event->type() != QEvent::Leave))
         return false;
-    const int y = m_window->mapFromGlobal(QCursor::pos()).y();
-    const bool isAtEdge = event->type() == QEvent::MouseMove && (y < edge || y >= m_window->height() - edge);
+    const int y = m_form.window->mapFromGlobal(QCursor::pos()).y();
+    const bool isAtEdge = event->type() == QEvent::MouseMove && (y < edge || y >= m_form.window->height() - edge);
     if (isAtEdge)
         showWindowBars();
     else if (m_form.menuBar->isVisible() && !m_barsTimer.isActive())

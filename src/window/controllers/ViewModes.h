@@ -6,24 +6,18 @@
 #include <QtCore/QTimer>
 
 class QAction;
-class QMainWindow;
 class QMenu;
-
-namespace Ui {
-class WindowQt;
-} // namespace Ui
 
 namespace Vistrel {
 
-class SurfaceScrollArea;
+struct Form;
 
 class ViewModes : public QObject
 {
     Q_OBJECT
 
 public:
-    /// All outlive this object.
-    ViewModes(QMainWindow* window, const Ui::WindowQt& form, SurfaceScrollArea* scrollArea);
+    explicit ViewModes(const Form& form); ///< which outlives this object
 
     bool isExhibited() const { return m_isExhibited; }
     bool keepsInformation() const; ///< whether the status bar stays over the image
@@ -37,7 +31,7 @@ public:
 
 public Q_SLOTS:
     void showWindowBars();
-    void hideWindowBars(); ///< not while they are in use: then it looks again later
+    void hideWindowBars(); ///< later while they are in use
     void leave();          ///< full screen first
 
 Q_SIGNALS:
@@ -50,9 +44,7 @@ private:
     void apply();
     void setBarsVisible(bool visible);
 
-    QMainWindow* const m_window;
-    const Ui::WindowQt& m_form;
-    SurfaceScrollArea* const m_scrollArea;
+    const Form& m_form;
     QAction* const m_leaveAction;
     QTimer m_barsTimer; // of bars that come over the image
     bool m_isExhibited = false;

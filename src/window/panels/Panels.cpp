@@ -4,9 +4,6 @@
 
 #include <Vistrel/PopoverWindow.h>
 #include <Vistrel/Surface.h>
-#include <Vistrel/SurfaceScrollArea.h>
-
-#include <QtWidgets/QAction>
 
 namespace Vistrel {
 
@@ -16,16 +13,16 @@ const PanelRegistration* firstPanel = nullptr;
 
 void openByAction(QWidget* contents, QAction* action, const PanelContext& context)
 {
-    auto* const popover = new PopoverWindow(context.window);
+    auto* const popover = new PopoverWindow(context.form.window);
     popover->setContents(contents);
     QObject::connect(popover, &PopoverWindow::opened, action, [action] { action->setChecked(true); });
     QObject::connect(popover, &PopoverWindow::closed, action, [action] { action->setChecked(false); });
     QObject::connect(action, &QAction::changed, popover, [action, popover] {
         if (popover->isOpen() && !action->isVisible())
-            popover->close(); // what it is for has gone
+            popover->close(); // the source does not offer it any more
     });
     QToolBar* const toolBar = context.form.acquisitionToolBar;
-    Surface* const surface = context.scrollArea->surface();
+    Surface* const surface = context.form.scrollArea->surface();
     QObject::connect(action, &QAction::triggered, popover, [=] {
         if (popover->isOpen())
             popover->close();
@@ -37,7 +34,7 @@ void openByAction(QWidget* contents, QAction* action, const PanelContext& contex
 
 } // namespace
 
-PanelRegistration::PanelRegistration(QAction* Ui::WindowQt::*panelAction, Factory factory) noexcept
+PanelRegistration::PanelRegistration(QAction* Ui_WindowQt::*panelAction, Factory factory) noexcept
     : action(panelAction), make(factory), next(firstPanel)
 {
     firstPanel = this;

@@ -2,7 +2,7 @@
 // The panels of the main window, each of which registers itself.
 #pragma once
 
-#include "ui_WindowQt.h"
+#include "window/Form.h"
 
 namespace Vistrel {
 
@@ -10,16 +10,13 @@ class AbstractAcquisitionInterface;
 class Commands;
 class Features;
 class Palettes;
-class SurfaceScrollArea;
 class SurfaceStream;
 class ViewModes;
 
-/// What a panel may use. All outlives the panel's slots.
+/// What a panel may use. All of it outlives the slots of the panel.
 struct PanelContext
 {
-    QMainWindow* window;
-    const Ui::WindowQt& form;
-    SurfaceScrollArea* scrollArea;
+    const Form& form;
     SurfaceStream* stream;
     AbstractAcquisitionInterface* source; // or null
     Commands* commands;
@@ -28,19 +25,19 @@ struct PanelContext
     ViewModes* viewModes;
 };
 
-/// Has a panel made for each window. To be a constant with static storage in the panel's source file.
+/// Makes a panel for each window. A constant with static storage in the source file of the panel.
 class PanelRegistration
 {
 public:
     using Factory = QWidget* (*)(const PanelContext& context);
 
     /// The action opens what `make` returns as a pop-over under its tool button, and is checked while that is open. A
-    /// panel that returns null opens by itself.
-    PanelRegistration(QAction* Ui::WindowQt::*action, Factory make) noexcept;
+    /// panel whose `make` returns null opens by itself.
+    PanelRegistration(QAction* Ui_WindowQt::*action, Factory make) noexcept;
     PanelRegistration(const PanelRegistration&) = delete;
     PanelRegistration& operator=(const PanelRegistration&) = delete;
 
-    QAction* Ui::WindowQt::*const action;
+    QAction* Ui_WindowQt::*const action;
     const Factory make;
     const PanelRegistration* const next;
 };

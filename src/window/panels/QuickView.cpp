@@ -12,12 +12,12 @@ namespace {
 QWidget* makeQuickView(const PanelContext& context)
 {
     auto* const miniMap = new MiniMap;
-    miniMap->setScrollArea(context.scrollArea);
+    miniMap->setScrollArea(context.form.scrollArea);
     QObject::connect(context.stream, SIGNAL(imageUpdated()), miniMap, SLOT(updateView()), Qt::QueuedConnection);
     return miniMap;
 }
 
-const PanelRegistration registration(&Ui::WindowQt::actionQuick_View, makeQuickView);
+const PanelRegistration registration(&Ui_WindowQt::actionQuick_View, makeQuickView);
 
 } // namespace
 

@@ -7,8 +7,6 @@
 #include "window/controllers/ViewModes.h"
 #include "window/panels/Panels.h"
 
-#include <Vistrel/SurfaceScrollArea.h>
-
 #include <QtGui/QKeyEvent>
 
 namespace Vistrel {
@@ -26,10 +24,10 @@ const PanelRegistration registration(nullptr, makeRainbowDock);
 } // namespace
 
 RainbowDock::RainbowDock(const PanelContext& context)
-    : QObject(context.palettes), m_form(context.form), m_palettes(context.palettes), m_scrollArea(context.scrollArea)
+    : QObject(context.palettes), m_form(context.form), m_palettes(context.palettes)
 {
     m_form.rainbowRulesDockWidget->installEventFilter(this);
-    connect(m_form.rainbow_generatePushButton, SIGNAL(clicked()), context.window, SLOT(setColorTableRainbow()));
+    connect(m_form.rainbow_generatePushButton, SIGNAL(clicked()), context.form.window, SLOT(setColorTableRainbow()));
     for (const QDoubleSpinBox* const box : m_form.rainbowRulesContentsWidget->findChildren<QDoubleSpinBox*>())
         connect(box, SIGNAL(valueChanged(double)), this, SLOT(updateRainbow()));
     connect(m_palettes, SIGNAL(colorTableChosen(Vistrel::ColorTable)), this, SLOT(follow(Vistrel::ColorTable)));
@@ -61,7 +59,7 @@ void RainbowDock::updateRainbow()
                             m_form.rainbow_amplitudeSpinBox->value(), m_form.rainbow_centerSpinBox->value()});
 }
 
-// What is typed into the dock's boxes is no command of the window; Esc goes back to the image.
+// Keys typed into the dock's boxes are no commands of the window. Esc goes back to the image.
 bool RainbowDock::eventFilter(QObject*, QEvent* event)
 {
     if (event->type() == QEvent::Close) // by its own button
@@ -75,7 +73,7 @@ bool RainbowDock::eventFilter(QObject*, QEvent* event)
         return key.isAccepted();
     }
     if (isEscape)
-        m_scrollArea->setFocus();
+        m_form.scrollArea->setFocus();
     return isEscape;
 }
 

@@ -6,17 +6,13 @@
 
 #include <QtCore/QObject>
 
-namespace Ui {
-class WindowQt;
-} // namespace Ui
-
 namespace Vistrel {
 
 class Palettes;
-class SurfaceScrollArea;
+struct Form;
 struct PanelContext;
 
-/// The form's dock, in view from the moment when the rainbow is chosen, while the bars are.
+/// Shows the form's dock from the choice of the rainbow on, while the bars are in view.
 class RainbowDock : public QObject
 {
     Q_OBJECT
@@ -35,9 +31,8 @@ protected:
 private:
     void show();
 
-    const Ui::WindowQt& m_form;
+    const Form& m_form;
     Palettes* const m_palettes;
-    SurfaceScrollArea* const m_scrollArea;
     bool m_isWanted = false;
     bool m_isImageAlone = false;
 };

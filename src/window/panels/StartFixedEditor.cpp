@@ -32,12 +32,12 @@ QWidget* makeStartFixedEditor(const PanelContext& context)
     QObject::connect(editor, &StartFixedEditor::started, commands, [=](int count) {
         editor->window()->close();
         if (action->isEnabled() && count > 0)
-            commands->startFixed(static_cast<std::size_t>(count));
+            commands->startFixedAsync(static_cast<std::size_t>(count));
     });
     return editor;
 }
 
-const PanelRegistration registration(&Ui::WindowQt::actionStart_Fixed, makeStartFixedEditor);
+const PanelRegistration registration(&Ui_WindowQt::actionStart_Fixed, makeStartFixedEditor);
 
 } // namespace
 

@@ -42,12 +42,12 @@ public:
 
 QWidget* makeZoomEditor(const PanelContext& context)
 {
-    auto* const editor = new ZoomEditor(context.scrollArea);
+    auto* const editor = new ZoomEditor(context.form.scrollArea);
     QObject::connect(context.form.actionZoom_Fit, SIGNAL(triggered()), editor, SLOT(updateView()));
     return editor;
 }
 
-const PanelRegistration registration(&Ui::WindowQt::actionZoom_Editor, makeZoomEditor);
+const PanelRegistration registration(&Ui_WindowQt::actionZoom_Editor, makeZoomEditor);
 
 } // namespace
 
