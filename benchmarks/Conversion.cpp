@@ -4,6 +4,7 @@
 #include "Peers.h"
 #include "Turns.h"
 
+#include "pipeline/frames/ColorPalette.h"
 #include "pipeline/frames/Conversion.h"
 #include "pipeline/frames/FrameConverter.h"
 #include "pipeline/pixels/ColorTables.h"
@@ -177,7 +178,7 @@ void render(benchmark::State& state, Format format, const QVector<unsigned int>&
     if (!converted)
         return state.SkipWithError("the conversion failed");
     ConversionSettings settings;
-    settings.palette = palette;
+    settings.stages.set(Stage::Palette, std::make_shared<const ColorPalette>(palette));
     std::shared_ptr<DisplayFrame> shown;
     measure(state, bytesMovedPerPixel * static_cast<double>(full.width * full.height),
             [&] {
@@ -196,7 +197,7 @@ void convertAndRender(benchmark::State& state, Format format, const ConversionSe
     Frames frames(2, full.width, full.height, format);
     FrameConverter converter;
     std::shared_ptr<DisplayFrame> shown;
-    const bool isLookedUp = targetKind(format) == 8 && !settings.palette.isEmpty();
+    const bool isLookedUp = targetKind(format) == 8 && settings.stages.get<ColorPalette>();
     const double bytesMoved =
         bytesRead(format) + static_cast<double>(bytesConverted(format)) + (isLookedUp ? 1 + 4 : 0);
     measure(state, bytesMoved * static_cast<double>(full.width * full.height), [&] {
@@ -233,7 +234,7 @@ void registerConversions()
     add("render/color", 40, render, RGB8, QVector<unsigned int>(), 0);
 
     ConversionSettings lookedUp;
-    lookedUp.palette = palette;
+    lookedUp.stages.set(Stage::Palette, std::make_shared<const ColorPalette>(palette));
     add("convert_and_render/gray", 60, convertAndRender, Mono8, ConversionSettings());
     add("convert_and_render/palette", 60, convertAndRender, Mono8, lookedUp);
     add("convert_and_render/color", 60, convertAndRender, RGB8, ConversionSettings());

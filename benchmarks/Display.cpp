@@ -4,6 +4,7 @@
 #include "Viewer.h"
 
 #include "pipeline/frames/FrameConverter.h"
+#include "pipeline/frames/MosaicFilter.h"
 
 #include <benchmark/benchmark.h>
 
@@ -58,7 +59,7 @@ struct Warm
 double conversionTime(Frames& frames, int pause)
 {
     ConversionSettings settings;
-    settings.demosaicEnabled = true;
+    settings.stages.set(Stage::Mosaic, std::make_shared<const MosaicFilter>(true));
     FrameConverter converter;
     std::shared_ptr<DisplayFrame> shown; // stays in use meanwhile, as on a surface
     std::vector<double> times;

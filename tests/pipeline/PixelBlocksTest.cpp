@@ -30,7 +30,7 @@ bool isFilled(const PixelBlock& block, std::uint8_t value)
 
 QImage imageOf(const PixelBlock& block)
 {
-    return imageOver(block, width, height, 4 * width, QImage::Format_RGB32);
+    return imageOver(block, QSize(width, height), QImage::Format_RGB32);
 }
 
 } // namespace

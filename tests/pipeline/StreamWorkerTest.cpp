@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Tests the hand-shake between the stream's worker and those who ask it.
 #include "pipeline/stream/StreamWorker.h"
+#include "pipeline/frames/ColorPalette.h"
+#include "pipeline/frames/MosaicFilter.h"
 #include "pipeline/pixels/ColorTables.h"
 #include "support/FakeSources.h"
 
@@ -114,12 +116,11 @@ void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
     QVector<unsigned int> palette = grayRamp();
     const auto dragPalette = [&] {
         palette[9] += 0x10000;
-        return worker.changeSettings(&StageVersions::palette,
-                                     [&](ConversionSettings& settings) { settings.palette = palette; });
+        return worker.setStage(std::make_shared<const ColorPalette>(palette));
     };
+    const auto demosaic = [&](bool isOn) { return worker.setStage(std::make_shared<const MosaicFilter>(isOn)); };
     QTRY_COMPARE(dragPalette(), StreamWorker::Renewal::None);
-    const auto demosaic = [](ConversionSettings& settings) { settings.demosaicEnabled = true; };
-    QCOMPARE(worker.changeSettings(&StageVersions::demosaic, demosaic), StreamWorker::Renewal::None);
+    QCOMPARE(demosaic(true), StreamWorker::Renewal::None);
     QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::None);
     busy.openForGood();
     occupant.join();
@@ -132,7 +133,7 @@ void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
     const int locks = source.frameLocks; // for two frames and one change
     QCOMPARE(locks, 3);
 
-    worker.changeSettings(&StageVersions::demosaic, [](auto& settings) { settings.demosaicEnabled = false; });
+    demosaic(false);
     source.setNextFrame(small.raw);
     worker.requestAndWait();
     Gate again;
@@ -169,10 +170,7 @@ void StreamWorkerTest::frameWithoutALockIsConvertedAgainBetweenFetches()
     worker.start();
     gate.open();
     worker.requestAndWait();
-    const auto demosaic = [&](bool isOn) {
-        return worker.changeSettings(&StageVersions::demosaic,
-                                     [=](ConversionSettings& settings) { settings.demosaicEnabled = isOn; });
-    };
+    const auto demosaic = [&](bool isOn) { return worker.setStage(std::make_shared<const MosaicFilter>(isOn)); };
     QCOMPARE(demosaic(true), StreamWorker::Renewal::Converted);
     worker.request();
     QTRY_COMPARE(gate.arrived(), 2);

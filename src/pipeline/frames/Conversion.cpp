@@ -28,14 +28,6 @@ TargetLayout targetLayout(int kind)
     return {QImage::Format_Indexed8, 1};
 }
 
-bool fits(const QImage& target, const RawImage& raw, const TargetLayout& layout)
-{
-    return !target.isNull() && target.format() == layout.format &&
-           static_cast<std::size_t>(target.width()) == raw.width &&
-           static_cast<std::size_t>(target.height()) == raw.height &&
-           static_cast<std::size_t>(target.bytesPerLine()) == raw.width * layout.bytesPerPixel;
-}
-
 bool isMosaic(const PixelFormat& format)
 {
     return (format.code & formatPatternMask) != 0;
@@ -85,31 +77,50 @@ bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::
     return true;
 }
 
-bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw)
+bool fitsTarget(const QImage& target, const RawImage& raw)
 {
-    if (!raw.data || !isConvertible(raw))
-        return false;
+    const bool isOfKind = targetKind(raw.format) == 8
+                              ? target.format() == QImage::Format_Indexed8
+                              : target.format() == QImage::Format_RGBX8888 ||
+                                    (target.format() == QImage::Format_RGB888 && isColor(raw.format));
+    return isOfKind && static_cast<std::size_t>(target.width()) == raw.width &&
+           static_cast<std::size_t>(target.height()) == raw.height &&
+           static_cast<std::size_t>(target.bytesPerLine()) == raw.width * static_cast<std::size_t>(target.depth()) / 8;
+}
+
+void fillTarget(CopyPool& pool, QImage& target, const RawImage& raw, const Stages& stages)
+{
     const PixelFormat& format = *findFormat(raw.format);
     const PictureConversion& conversion = format.conversion;
-    TargetLayout layout = targetLayout(targetKind(raw.format));
-    if (isColor(raw.format) && target.format() == QImage::Format_RGB888)
-        layout = targetLayout(24);
-    if (!fits(target, raw, layout))
-        return false;
-    const std::size_t pixelBytes = layout.bytesPerPixel;
-    const PictureTarget picture = {target.bits(), pixelBytes, Kernels::storesFor(raw.width * raw.height * pixelBytes)};
+    const std::size_t pixelBytes = static_cast<std::size_t>(target.depth()) / 8;
+    // Streamed pixels would have to be fetched again.
+    const Kernels::Stores stores =
+        stages.changesRows() ? Kernels::Stores::Cached : Kernels::storesFor(raw.width * raw.height * pixelBytes);
+    const PictureTarget picture = {target.bits(), pixelBytes, stores};
     pool.runRows(
         raw.height, conversion.weight * raw.width * (format.layout->bytesPerPixel + pixelBytes),
-        [&](std::size_t row, std::size_t end) { conversion.rows(format, raw, picture, row, end); },
+        [&](std::size_t row, std::size_t end) {
+            conversion.rows(format, raw, picture, row, end);
+            stages.changeRows(raw, picture, row, end);
+        },
         conversion.fewestRows);
-    return true;
+}
+
+bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw)
+{
+    const bool isReady = raw.data && isConvertible(raw) && fitsTarget(target, raw);
+    if (isReady)
+        fillTarget(pool, target, raw);
+    return isReady;
 }
 
 bool convertFrame(CopyPool& pool, QImage& target, PixelBuffer& targetBuffer, const RawImage& raw)
 {
-    return raw.data && isConvertible(raw) &&
-           prepareTarget(target, targetBuffer, raw.width, raw.height, targetKind(raw.format)) &&
-           copyFrame(pool, target, raw);
+    if (!raw.data || !isConvertible(raw) ||
+        !prepareTarget(target, targetBuffer, raw.width, raw.height, targetKind(raw.format)))
+        return false;
+    fillTarget(pool, target, raw);
+    return true;
 }
 
 bool rawFromImage(CopyPool& pool, const QImage& source, PixelBuffer& buffer, QImage& image, RawImage& raw)

@@ -4,6 +4,7 @@
 
 #include "pipeline/frames/CopyPool.h"
 #include "pipeline/frames/PixelBlocks.h"
+#include "pipeline/frames/Stages.h"
 
 #include <Vistrel/RawImage.h>
 
@@ -23,7 +24,13 @@ int targetKind(Format format);
 /// False, and both unchanged, when there can be no such image.
 bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::size_t height, int kind);
 
-/// Converts a frame into a target as it is: refused, nothing written, unless size, row length and format fit.
+/// Whether the target has the size and row length of the frame, and a format that its pixels can be converted to.
+bool fitsTarget(const QImage& target, const RawImage& raw);
+
+/// Converts a convertible frame into a target that it fits.
+void fillTarget(CopyPool& pool, QImage& target, const RawImage& raw, const Stages& stages = {});
+
+/// Converts a frame into a target as it is. False, and nothing written, unless the frame is convertible and fits.
 bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw);
 
 /// Prepares the target for the frame and fills it. False, and both unchanged, when the frame cannot be converted.

@@ -2,7 +2,7 @@
 // Runs one job on all processors at once.
 #pragma once
 
-#include <hwy/cache_control.h>
+#include "pipeline/pixels/Kernels.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,7 +57,7 @@ public:
         const auto job = [&](std::size_t, std::size_t) {
             for (std::size_t row; (row = next.fetch_add(few)) < height;)
                 rows(row, std::min(row + few, height));
-            hwy::FlushStream();
+            Kernels::flushStores();
         };
         if (height * bytesPerRow < smallestShared)
             job(0, 1);

@@ -3,11 +3,10 @@
 #include "pipeline/frames/FrameConverter.h"
 
 #include "base/LentMemory.h"
+#include "pipeline/frames/ColorPalette.h"
 #include "pipeline/frames/Conversion.h"
-#include "pipeline/pixels/PixelFormats.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 namespace Vistrel {
@@ -19,47 +18,26 @@ std::size_t imageBytes(const QImage& image)
     return static_cast<std::size_t>(image.bytesPerLine()) * static_cast<std::size_t>(image.height());
 }
 
-bool isGrayRamp(const QVector<unsigned int>& palette)
+// A locked bitmap takes a mosaic as it is.
+Stages stagesInto(const std::shared_ptr<LockedBitmap>& bitmap, Stages stages)
 {
-    if (palette.size() != 256)
-        return true; // nothing else is shown without a whole palette
-    for (unsigned level = 0; level < 256; ++level) {
-        if ((palette[static_cast<int>(level)] & 0xFFFFFFu) != level * 0x010101u)
-            return false;
-    }
-    return true;
+    if (bitmap)
+        stages.set(Stage::Mosaic, nullptr);
+    return stages;
 }
 
 } // namespace
 
-Format effectiveFormat(Format delivered, const ConversionSettings& settings)
-{
-    std::uint32_t format = delivered & (formatDepthMask | formatLayoutMask);
-    if (settings.demosaicEnabled && !settings.lockedBitmap && isMonochrome(delivered))
-        format |= settings.filterOverride != 0 ? settings.filterOverride : delivered & formatPatternMask;
-    if (settings.rgbOrderReversed)
-        format |= (delivered & formatOrderMask) == OrderBGR ? 0x1000u : OrderBGR;
-    else
-        format |= delivered & formatOrderMask;
-    const std::uint32_t packing = delivered & formatPackingMask;
-    if (packing == Packedp || packing == PackedNoSwap)
-        format |= packing;
-    return static_cast<Format>(format);
-}
-
 bool needsConversion(const DisplayFrame& frame, const ConversionSettings& settings)
 {
-    if (!frame.delivered.data || !frame.isDrawn)
-        return false;
-    const std::uint32_t changed = frame.effective.format ^ effectiveFormat(frame.delivered.format, settings);
-    if (isColor(frame.delivered.format))
-        return frame.versions.unpack != settings.versions.unpack && (changed & formatOrderMask) != 0;
-    return frame.versions.demosaic != settings.versions.demosaic && (changed & formatPatternMask) != 0;
+    const Stages now = stagesInto(settings.lockedBitmap, settings.stages);
+    const Stages before = stagesInto(settings.lockedBitmap, frame.stages);
+    return frame.delivered.data && frame.isDrawn && now.convertOtherwise(before, frame.delivered.format);
 }
 
 bool needsPalette(const DisplayFrame& frame, const ConversionSettings& settings)
 {
-    return frame.versions.palette != settings.versions.palette && !frame.rendered.isNull() &&
+    return frame.stages.get<ColorPalette>() != settings.stages.get<ColorPalette>() && !frame.rendered.isNull() &&
            frame.image.format() == QImage::Format_Indexed8;
 }
 
@@ -86,27 +64,31 @@ std::shared_ptr<DisplayFrame> FrameConverter::convert(const RawImage& delivered,
     frame->memory = lentMemoryAt(delivered.data);
     if (!delivered.data)
         return frame;
-    frame->effective.format = effectiveFormat(delivered.format, settings);
-    frame->versions = settings.versions;
-    const bool isConverted = settings.lockedBitmap ? convertLocked(*frame, settings.lockedBitmap) : convertFree(*frame);
+    frame->stages = settings.stages;
+    const Stages stages = stagesInto(settings.lockedBitmap, settings.stages);
+    frame->effective.format = stages.format(delivered.format);
+    if (!isConvertible(frame->effective))
+        return nullptr;
+    const bool isConverted =
+        settings.lockedBitmap ? convertLocked(*frame, stages, settings.lockedBitmap) : convertFree(*frame, stages);
     return isConverted ? frame : nullptr;
 }
 
-bool FrameConverter::convertFree(DisplayFrame& frame)
+bool FrameConverter::convertFree(DisplayFrame& frame, const Stages& stages)
 {
     const RawImage& raw = frame.effective;
-    if (!isConvertible(raw))
-        return false;
-    const std::size_t pixelBytes = targetKind(raw.format) == 32 ? 4 : 1;
-    frame.block = m_blocks.take(raw.width * raw.height * pixelBytes);
+    const int kind = targetKind(raw.format);
+    frame.block = m_blocks.take(raw.width * raw.height * (kind == 32 ? 4 : 1));
     QImage target;
-    if (!convertFrame(*m_pool, target, *frame.block, raw))
+    if (!prepareTarget(target, *frame.block, raw.width, raw.height, kind))
         return false;
-    frame.image = imageOver(frame.block, target.width(), target.height(), target.bytesPerLine(), target.format());
+    fillTarget(*m_pool, target, raw, stages);
+    frame.image = imageOver(frame.block, target.size(), target.format());
     return !frame.image.isNull();
 }
 
-bool FrameConverter::convertLocked(DisplayFrame& frame, const std::shared_ptr<LockedBitmap>& locked)
+bool FrameConverter::convertLocked(DisplayFrame& frame, const Stages& stages,
+                                   const std::shared_ptr<LockedBitmap>& locked)
 {
     LockedBitmap& bitmap = *locked;
     const RawImage& raw = frame.effective;
@@ -116,13 +98,14 @@ bool FrameConverter::convertLocked(DisplayFrame& frame, const std::shared_ptr<Lo
             formatDepth(raw.format) != formatDepth(bitmap.description.format))
             return false;
         frame.swappedShow = isColor(raw.format) && (raw.format & formatOrderMask) != OrderBGR;
-    } else if (!copyFrame(*m_pool, bitmap.target, raw)) {
+    } else if (fitsTarget(bitmap.target, raw)) {
+        fillTarget(*m_pool, bitmap.target, raw, stages);
+    } else {
         return false;
     }
     frame.lockedBitmap = locked;
     frame.block = bitmap.block;
-    frame.image = imageOver(frame.block, bitmap.target.width(), bitmap.target.height(), bitmap.target.bytesPerLine(),
-                            bitmap.target.format());
+    frame.image = imageOver(frame.block, bitmap.target.size(), bitmap.target.format());
     return !frame.image.isNull();
 }
 
@@ -139,8 +122,7 @@ std::shared_ptr<DisplayFrame> FrameConverter::showLocked(const DisplayFrame& fra
 {
     auto shown = std::make_shared<DisplayFrame>(frame);
     shown->block = bitmap->block;
-    shown->image = imageOver(bitmap->block, bitmap->target.width(), bitmap->target.height(),
-                             bitmap->target.bytesPerLine(), bitmap->target.format());
+    shown->image = imageOver(bitmap->block, bitmap->target.size(), bitmap->target.format());
     shown->swappedShow = false;
     shown->isDrawn = false;
     if ((shown->effective.format & formatPatternMask) != 0)
@@ -171,30 +153,20 @@ std::shared_ptr<LockedBitmap> FrameConverter::makeLockedBitmap(int width, int he
 // pixels wherever the paint engine takes them as they are.
 bool FrameConverter::render(DisplayFrame& frame, const ConversionSettings& settings)
 {
-    const QVector<unsigned int>& palette = settings.palette;
-    frame.versions.palette = settings.versions.palette;
+    const auto palette = settings.stages.get<ColorPalette>();
+    frame.stages.set(Stage::Palette, palette);
     const QImage& image = frame.image;
-    const int width = image.width();
-    const bool isLocked = frame.lockedBitmap != nullptr;
     if (image.isNull()) {
         frame.rendered = QImage();
-    } else if (image.format() == QImage::Format_Indexed8 && !isGrayRamp(palette)) {
-        std::array<std::uint32_t, 256> table;
-        std::transform(palette.begin(), palette.end(), table.begin(), [](auto entry) { return entry | 0xFF000000u; });
+    } else if (image.format() == QImage::Format_Indexed8 && palette && !palette->isGray()) {
         const PixelBlock shown = m_blocks.take(imageBytes(image) * 4);
-        const auto stores = Kernels::storesFor(shown->size());
-        const auto rowPixels = static_cast<std::size_t>(width);
-        m_pool->runRows(static_cast<std::size_t>(image.height()), 5 * rowPixels, [&](std::size_t row, std::size_t end) {
-            auto* const target = reinterpret_cast<std::uint32_t*>(shown->data()) + row * rowPixels;
-            Kernels::lookUp(image.constScanLine(static_cast<int>(row)), target, (end - row) * rowPixels, table.data(),
-                            stores);
-        });
-        frame.rendered = imageOver(shown, width, image.height(), width * 4, QImage::Format_RGB32);
+        palette->lookUp(*m_pool, image, *shown);
+        frame.rendered = imageOver(shown, image.size(), QImage::Format_RGB32);
     } else {
-        const PixelBlock shown = isLocked ? copyOfLocked(image, frame.swappedShow) : frame.block;
-        const QImage::Format format =
-            image.format() == QImage::Format_Indexed8 ? QImage::Format_Grayscale8 : image.format();
-        frame.rendered = imageOver(shown, width, image.height(), image.bytesPerLine(), format);
+        const PixelBlock shown = frame.lockedBitmap ? copyOfLocked(image, frame.swappedShow) : frame.block;
+        frame.rendered =
+            imageOver(shown, image.size(),
+                      image.format() == QImage::Format_Indexed8 ? QImage::Format_Grayscale8 : image.format());
     }
     return image.isNull() == frame.rendered.isNull();
 }

@@ -4,10 +4,10 @@
 
 #include "pipeline/frames/CopyPool.h"
 #include "pipeline/frames/PixelBlocks.h"
+#include "pipeline/frames/Stages.h"
 
 #include <Vistrel/RawImage.h>
 
-#include <QtCore/QVector>
 #include <QtGui/QImage>
 
 #include <cstdint>
@@ -25,23 +25,10 @@ struct LockedBitmap
     RawImage description;
 };
 
-/// The stages of a picture that have settings, in their order: each counts the changes of its own. A change repeats the
-/// first stage that it touches and those after it, and none of a picture that it does not touch.
-struct StageVersions
-{
-    std::uint64_t unpack = 0;   // channel order
-    std::uint64_t demosaic = 0; // on or off, and the pattern
-    std::uint64_t palette = 0;
-};
-
 /// What the conversion of a frame depends on besides the frame.
 struct ConversionSettings
 {
-    StageVersions versions;
-    bool demosaicEnabled = false;
-    Format filterOverride = Format(0); // pattern bits
-    bool rgbOrderReversed = false;
-    QVector<unsigned int> palette;
+    Stages stages;
     std::shared_ptr<LockedBitmap> lockedBitmap; // null while none is locked
 };
 
@@ -52,7 +39,7 @@ struct DisplayFrame
 {
     RawImage delivered;                         // as the source gave it
     RawImage effective;                         // whose values are read: `delivered` in the format that it is shown in
-    StageVersions versions;                     // of the settings that it was made with
+    Stages stages;                              // that it was made with
     bool underLock = false;                     // the source granted a lock with the frame
     std::uint64_t fetch = 0;                    // of a stream's fetches, the one that delivered it
     bool swappedShow = false;                   // channels are swapped between `image` and `rendered`
@@ -68,16 +55,13 @@ struct DisplayFrame
 
 using DisplayFramePtr = std::shared_ptr<const DisplayFrame>;
 
-/// The format that a frame is shown in: depth, pattern bits only when it is demosaiced, order bits, packing bits.
-Format effectiveFormat(Format delivered, const ConversionSettings& settings);
-
 /// Holds the pixels of a bitmap, if there is one.
 std::unique_lock<std::mutex> lockPixels(const std::shared_ptr<LockedBitmap>& bitmap);
 
 /// Sets the fourth byte of each pixel.
 void makeOpaque(std::uint8_t* pixels, std::size_t size);
 
-/// Whether a setting has changed since that makes another image of the frame.
+/// Whether a stage has changed since that makes another image of the frame.
 bool needsConversion(const DisplayFrame& frame, const ConversionSettings& settings);
 /// Whether the palette has changed since, and applies to the picture.
 bool needsPalette(const DisplayFrame& frame, const ConversionSettings& settings);
@@ -110,8 +94,8 @@ public:
     std::shared_ptr<LockedBitmap> makeLockedBitmap(int width, int height, Format format);
 
 private:
-    bool convertFree(DisplayFrame& frame);
-    bool convertLocked(DisplayFrame& frame, const std::shared_ptr<LockedBitmap>& bitmap);
+    bool convertFree(DisplayFrame& frame, const Stages& stages);
+    bool convertLocked(DisplayFrame& frame, const Stages& stages, const std::shared_ptr<LockedBitmap>& bitmap);
     PixelBlock copyOfLocked(const QImage& image, bool swapped);
 
     std::shared_ptr<CopyPool> m_pool;

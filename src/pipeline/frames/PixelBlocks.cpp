@@ -81,12 +81,13 @@ PixelBlock PixelBlocks::take(std::size_t bytes)
     });
 }
 
-QImage imageOver(const PixelBlock& block, int width, int height, int bytesPerLine, QImage::Format format)
+QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format)
 {
     const uchar* const bytes = block->data(); // const bytes make the image read only
+    const int rowBytes = size.width() * (QImage::toPixelFormat(format).bitsPerPixel() / 8);
     auto* const reference = new PixelBlock(block);
     QImage image(
-        bytes, width, height, bytesPerLine, format, [](void* held) { delete static_cast<PixelBlock*>(held); },
+        bytes, size.width(), size.height(), rowBytes, format, [](void* held) { delete static_cast<PixelBlock*>(held); },
         reference);
     if (image.isNull())
         delete reference;

@@ -2,57 +2,22 @@
 // Pixel memory that is recycled from frame to frame.
 #pragma once
 
+#include <boost/align/aligned_allocator.hpp>
+#include <boost/core/noinit_adaptor.hpp>
+
 #include <QtGui/QImage>
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <new>
 #include <vector>
 
 namespace Vistrel {
 
-/// Leaves new elements uninitialised, so that growing does not touch memory that is about to be overwritten anyway, and
-/// aligns to a cache line.
-template <typename T>
-struct PixelAllocator
-{
-    using value_type = T;
-    static constexpr std::align_val_t alignment{64};
-
-    PixelAllocator() = default;
-    template <typename U>
-    PixelAllocator(const PixelAllocator<U>&) noexcept
-    {
-    }
-
-    T* allocate(std::size_t count) { return static_cast<T*>(::operator new(count * sizeof(T), alignment)); }
-    void deallocate(T* memory, std::size_t) noexcept { ::operator delete(memory, alignment); }
-
-    template <typename U>
-    void construct(U* element) noexcept
-    {
-        ::new (static_cast<void*>(element)) U;
-    }
-    template <typename U, typename... Arguments>
-    void construct(U* element, Arguments&&... arguments)
-    {
-        ::new (static_cast<void*>(element)) U(static_cast<Arguments&&>(arguments)...);
-    }
-
-    template <typename U>
-    bool operator==(const PixelAllocator<U>&) const noexcept
-    {
-        return true;
-    }
-    template <typename U>
-    bool operator!=(const PixelAllocator<U>&) const noexcept
-    {
-        return false;
-    }
-};
-
-using PixelBuffer = std::vector<std::uint8_t, PixelAllocator<std::uint8_t>>;
+/// Starts at a cache line. Growing leaves new bytes uninitialised: they are about to be overwritten, and a page that
+/// nobody writes to costs nothing.
+using PixelBuffer =
+    std::vector<std::uint8_t, boost::noinit_adaptor<boost::alignment::aligned_allocator<std::uint8_t, 64>>>;
 
 /// Shared by everything that shows or reads the pixels; free for another frame when nobody refers to it.
 using PixelBlock = std::shared_ptr<PixelBuffer>;
@@ -77,8 +42,8 @@ private:
     std::shared_ptr<FreeList> m_free;
 };
 
-/// An image over the block's bytes, not copied; the block stays referred to while the image or any copy of it lives.
-/// Read only: whoever writes to the image, or paints on it, gets a copy of his own.
-QImage imageOver(const PixelBlock& block, int width, int height, int bytesPerLine, QImage::Format format);
+/// An image over the block's bytes, not copied, whose rows follow each other without gaps. The block stays referred to
+/// while the image or any copy of it lives. Read only: whoever writes to the image, or paints on it, gets a copy.
+QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format);
 
 } // namespace Vistrel

@@ -22,6 +22,9 @@ constexpr Stores storesFor(std::size_t targetBytes)
     return targetBytes < std::size_t{6} << 20 ? Stores::Cached : Stores::Streamed;
 }
 
+/// Other threads see what this one has streamed before, once they see what it stores afterwards.
+void flushStores();
+
 /// Pixels that follow each other in memory, and where they go.
 struct PixelRun
 {

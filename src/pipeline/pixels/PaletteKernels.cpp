@@ -63,6 +63,11 @@ bool areVectorsAllowed()
     return allowed;
 }
 
+void flushStores()
+{
+    hwy::FlushStream();
+}
+
 void lookUp(const std::uint8_t* source, std::uint32_t* target, std::size_t count, const std::uint32_t* table,
             Stores stores)
 {

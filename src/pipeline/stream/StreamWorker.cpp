@@ -241,6 +241,19 @@ bool StreamWorker::replaceFront(const DisplayFramePtr& before, DisplayFramePtr f
     return true;
 }
 
+StreamWorker::Renewal StreamWorker::setStage(Stage::Place place, std::shared_ptr<const Stage> stage)
+{
+    {
+        const std::lock_guard<std::mutex> guard(m_imageMutex);
+        m_settings.stages.set(place, std::move(stage));
+        if (m_isConverting) {
+            m_isChangeOwed = true;
+            return Renewal::None;
+        }
+    }
+    return renewFront();
+}
+
 StreamWorker::Renewal StreamWorker::renewIfOwed()
 {
     {

@@ -57,23 +57,20 @@ public:
     /// What a change of settings has done to the front picture.
     enum class Renewal { None, Rendered, Converted };
 
-    /// Changes the settings of a stage and repeats, of the front picture, the first stage that the change touches and
-    /// those after it. While a newer frame is being converted that is left to `renewIfOwed`.
-    template <typename Change>
-    Renewal changeSettings(std::uint64_t StageVersions::*stage, Change&& change)
+    /// The stage that is set, or one that does nothing.
+    template <typename T>
+    std::shared_ptr<const T> stage() const
     {
-        {
-            const std::lock_guard<std::mutex> guard(m_imageMutex);
-            change(m_settings);
-            ++(m_settings.versions.*stage);
-            if (m_isConverting) {
-                m_isChangeOwed = true;
-                return Renewal::None;
-            }
-        }
-        return renewFront();
+        const std::shared_ptr<const T> set = settings().stages.template get<T>();
+        return set ? set : std::make_shared<const T>();
     }
-
+    /// Takes another stage, and repeats, of the front picture, the first stage that the change touches and those after
+    /// it. While a newer frame is being converted that is left to `renewIfOwed`.
+    template <typename T>
+    Renewal setStage(std::shared_ptr<const T> stage)
+    {
+        return setStage(T::place, std::move(stage));
+    }
     /// Does what a change has left, now that no frame is being converted. To be called whenever `converted` was.
     Renewal renewIfOwed();
     /// While false, no change asks the source for a lock; what it would convert again is left to `renewIfOwed`. On the
@@ -124,6 +121,7 @@ private:
     bool replaceFront(const DisplayFramePtr& before, DisplayFramePtr frame);
     void exchangeBitmap(std::shared_ptr<LockedBitmap>& bitmap);
 
+    Renewal setStage(Stage::Place place, std::shared_ptr<const Stage> stage);
     Renewal renewFront();
     bool convertFrontAgain(const DisplayFramePtr& shown);
     bool renderFrontAgain();

@@ -3,7 +3,10 @@
 #include "pipeline/stream/SurfaceStream_p.h"
 
 #include "base/FrameLocking.h"
+#include "pipeline/frames/ChannelOrder.h"
+#include "pipeline/frames/ColorPalette.h"
 #include "pipeline/frames/Conversion.h"
+#include "pipeline/frames/MosaicFilter.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
@@ -171,53 +174,47 @@ quint64 SurfaceStream::framesPublished() const
 
 bool SurfaceStream::bayerDemosaicEnabled() const
 {
-    return m_data->worker->settings().demosaicEnabled;
+    return m_data->worker->stage<MosaicFilter>()->isEnabled;
 }
 
 void SurfaceStream::setBayerDemosaicEnabled(bool enabled)
 {
     if (bayerDemosaicEnabled() != enabled)
-        m_data->showRenewal(m_data->worker->changeSettings(
-            &StageVersions::demosaic, [enabled](ConversionSettings& settings) { settings.demosaicEnabled = enabled; }));
+        m_data->setStage(std::make_shared<const MosaicFilter>(enabled, bayerDemosaicFilter()));
 }
 
 Format SurfaceStream::bayerDemosaicFilter() const
 {
-    return m_data->worker->settings().filterOverride;
+    return m_data->worker->stage<MosaicFilter>()->pattern;
 }
 
 void SurfaceStream::setBayerDemosaicFilter(Format filter)
 {
     const auto pattern = static_cast<Format>(filter & formatPatternMask);
     if (pattern <= BayerBG && bayerDemosaicFilter() != pattern)
-        m_data->showRenewal(m_data->worker->changeSettings(
-            &StageVersions::demosaic, [pattern](ConversionSettings& settings) { settings.filterOverride = pattern; }));
+        m_data->setStage(std::make_shared<const MosaicFilter>(bayerDemosaicEnabled(), pattern));
 }
 
 bool SurfaceStream::rgbOrderReversed() const
 {
-    return m_data->worker->settings().rgbOrderReversed;
+    return m_data->worker->stage<ChannelOrder>()->isReversed;
 }
 
 void SurfaceStream::setRgbOrderReversed(bool reversed)
 {
     if (rgbOrderReversed() != reversed)
-        m_data->showRenewal(
-            m_data->worker->changeSettings(&StageVersions::unpack, [reversed](ConversionSettings& settings) {
-                settings.rgbOrderReversed = reversed;
-            }));
+        m_data->setStage(std::make_shared<const ChannelOrder>(reversed));
 }
 
 QVector<unsigned int> SurfaceStream::colorPalette() const
 {
-    return m_data->worker->settings().palette;
+    return m_data->worker->stage<ColorPalette>()->entries;
 }
 
 void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
 {
     if (colorPalette() != palette)
-        m_data->showRenewal(m_data->worker->changeSettings(
-            &StageVersions::palette, [&palette](ConversionSettings& settings) { settings.palette = palette; }));
+        m_data->setStage(std::make_shared<const ColorPalette>(palette));
 }
 
 // Latest image -------------------------------------------------------------------------------------------------------

@@ -53,6 +53,11 @@ public:
 
     void start();
     void followSource(); ///< listens to what the source announces
+    template <typename T>
+    void setStage(std::shared_ptr<const T> stage)
+    {
+        showRenewal(worker->setStage(std::move(stage)));
+    }
     /// Shows what a change of settings has done to the front picture.
     void showRenewal(StreamWorker::Renewal renewal);
 

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// Exchanges red and blue.
+#pragma once
+
+#include "pipeline/frames/Stages.h"
+
+namespace Vistrel {
+
+/// Converts frames as if their channels lay in the opposite order, if it is reversed.
+class ChannelOrder final : public Stage
+{
+public:
+    static constexpr Place place = Order;
+
+    explicit ChannelOrder(bool reversed = false) : isReversed(reversed) {}
+
+    Format format(Format delivered, Format chosen) const override
+    {
+        if (!isReversed)
+            return chosen;
+        const std::uint32_t order = (delivered & formatOrderMask) == OrderBGR ? 0x1000u : OrderBGR;
+        return static_cast<Format>((chosen & ~formatOrderMask) | order);
+    }
+
+    const bool isReversed;
+};
+
+} // namespace Vistrel

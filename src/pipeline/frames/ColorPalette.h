@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// Shows grey levels in colours.
+#pragma once
+
+#include "pipeline/frames/CopyPool.h"
+#include "pipeline/frames/PixelBlocks.h"
+#include "pipeline/frames/Stages.h"
+
+#include <QtCore/QVector>
+#include <QtGui/QImage>
+
+#include <array>
+
+namespace Vistrel {
+
+class ColorPalette final : public Stage
+{
+public:
+    static constexpr Place place = Palette;
+
+    /// Anything but 256 entries shows grey.
+    explicit ColorPalette(const QVector<unsigned int>& colors = {});
+
+    /// Whether the colours are those of the levels themselves.
+    bool isGray() const { return m_isGray; }
+    /// The colours of an image of 8-bit levels, 32 opaque bits a pixel, in a block of that size.
+    void lookUp(CopyPool& pool, const QImage& levels, PixelBuffer& shown) const;
+
+    const QVector<unsigned int> entries; // as they were given
+
+private:
+    std::array<std::uint32_t, 256> m_opaque;
+    bool m_isGray;
+};
+
+} // namespace Vistrel
