@@ -65,6 +65,7 @@ public:
     bool scaleToFit() const;
     QRect visibleImageRect() const;   ///< image pixels of which any part is visible, with a margin of rounding
     QRectF visibleImageRectF() const; ///< the visible part of the image, in image coordinates
+    VISTREL_LOCAL void setHint(const QString& text);    ///< what the view shows while it is empty
     VISTREL_LOCAL SurfaceGeometry viewGeometry() const; ///< a copy; for the library's own widgets
     bool crosshairVisible() const;
     QPoint activePixel() const;

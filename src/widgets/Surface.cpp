@@ -3,6 +3,7 @@
 #include <Vistrel/Surface.h>
 
 #include "widgets/CrosshairLayer.h"
+#include "widgets/HintLayer.h"
 #include "widgets/ImageLayer.h"
 #include "widgets/PixelOverlay.h"
 #include "widgets/PixelSource.h"
@@ -61,7 +62,8 @@ public:
     ImageLayer image;
     PixelOverlay overlay{source};
     CrosshairLayer crosshair;
-    const std::vector<SurfaceLayer*> layers{&image, &overlay, &crosshair};
+    HintLayer hint;
+    const std::vector<SurfaceLayer*> layers{&image, &overlay, &crosshair, &hint};
 };
 
 Surface::Surface(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
@@ -364,6 +366,14 @@ void Surface::setActivePixel(const QPoint& pixPoint)
 void Surface::setActivePixel(int x, int y)
 {
     setActivePixel(QPoint(x, y));
+}
+
+void Surface::setHint(const QString& text)
+{
+    if (std::exchange(m_data->hint.text, text) == text)
+        return;
+    setAccessibleDescription(text);
+    update();
 }
 
 bool Surface::valueOverlayEnabled() const

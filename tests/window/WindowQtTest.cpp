@@ -39,7 +39,13 @@ void WindowQtTest::stateIsToldInWords()
             if (label->isVisible())
                 texts += label->text();
         }
-        return texts.contains(QLatin1String(state)) && texts.contains(QLatin1String(hint)) == (*hint != 0);
+        Surface* const surface = shown.window->surfaceScrollArea()->surface();
+        const QImage view = surface->grab().toImage();
+        bool isWritten = false;
+        for (int x = 0; x < view.width(); ++x)
+            isWritten = isWritten || view.pixel(x, view.height() / 2) == 0xFFF0F0F0;
+        return texts.contains(QLatin1String(state)) && isWritten == (*hint != 0) &&
+               surface->accessibleDescription() == QLatin1String(hint);
     };
     const auto change = [&](bool isSetUp, bool isRunning) {
         shown.camera->setUp = isSetUp;

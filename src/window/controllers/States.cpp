@@ -74,22 +74,13 @@ States::States(const Form& form, const AbstractAcquisitionInterface* source, Sur
       m_saving(saving),
       m_palettes(palettes),
       m_information(information),
-      m_label(new QLabel(form.window)),
-      m_hint(new QLabel(form.scrollArea->surface()))
+      m_label(new QLabel(form.window))
 {
     m_label->setToolTip(tr("State of the acquisition"));
     m_label->setAccessibleName(tr("Acquisition State"));
     m_label->setContentsMargins(6, 0, 6, 0);
     m_label->setMinimumWidth(m_label->fontMetrics().horizontalAdvance(tr("Not set up")) + 12);
     form.statusBar->addWidget(m_label);
-
-    m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setTextFormat(Qt::PlainText);
-    m_hint->setWordWrap(true);
-    m_hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
-    m_hint->setAttribute(Qt::WA_TransparentForMouseEvents);
-    m_hint->setStyleSheet(QStringLiteral("color: #f0f0f0; font-size: 15pt"));
-    (new QVBoxLayout(form.scrollArea->surface()))->addWidget(m_hint);
 
     connect(stream, SIGNAL(imageUpdated()), this, SLOT(updateActionStates()), Qt::QueuedConnection);
     connect(commands, SIGNAL(shown()), this, SLOT(updateActionStates()));
@@ -107,7 +98,6 @@ void States::updateActionStates()
                                   m_form.actionQuick_View})
         action->setEnabled(hasImage);
     m_palettes->setEnabled(isMonochrome(format) && (format & formatPatternMask) == 0);
-    m_hint->setVisible(!hasImage);
 
     if (m_commands->isAskable())
         m_known = askSource(m_source, !m_features.setupModes()->isEmpty());
@@ -171,28 +161,30 @@ void States::showSetupToggle(bool canSetup, bool canCleanup)
 
 void States::updateHint()
 {
-    if (m_hint->isHidden() || !m_commands->isAskable())
-        return;
+    if (m_commands->isAskable())
+        m_form.scrollArea->surface()->setHint(m_stream->latestImageFormat() == 0 ? hint() : QString());
+}
+
+QString States::hint() const
+{
+    const QString refusal = m_stream->refusal();
+    if (!refusal.isEmpty() && m_known.isSetUp)
+        return refusal;
     const std::pair<const QAction*, QString> steps[] = {
         {m_form.actionSetup, tr("Set up")},
         {m_form.actionStart, tr("Start")},
         {m_form.actionStart_Single, tr("Take one image")},
         {m_form.actionTrigger, tr("Trigger")},
     };
-    QString hint = m_stream->refusal();
-    const bool isRefused = !hint.isEmpty();
-    if (!isRefused)
-        hint = m_known.isRunning ? tr("Waiting for the first image") : tr("No image");
     for (const auto& [action, text] : steps) {
-        if (isRefused && m_known.isSetUp)
-            break;
         if (action->isVisible() && action->isEnabled() && (!m_known.isRunning || action == m_form.actionTrigger)) {
             const QString key = action->shortcut().toString(QKeySequence::NativeText);
-            hint = key.isEmpty() ? text : tr("%1: %2").arg(text, key);
-            break;
+            return key.isEmpty() ? text : tr("%1: %2").arg(text, key);
         }
     }
-    m_hint->setText(hint);
+    if (!refusal.isEmpty())
+        return refusal;
+    return m_known.isRunning ? tr("Waiting for the first image") : tr("No image");
 }
 
 // Sets the window's icon only when the state or the application's icon has changed.

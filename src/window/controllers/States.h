@@ -31,11 +31,12 @@ public:
 
 public Q_SLOTS:
     void updateActionStates(); ///< asks the source when it can be asked; else shows what it answered last
-    void updateHint();
+    void updateHint();         ///< what an empty view says: what to do next, or why frames are not shown
 
 private:
     void showCommands();
     void showSetupToggle(bool canSetup, bool canCleanup);
+    QString hint() const;
     void showBadge(const QString& picture);
 
     const Form& m_form;
@@ -47,7 +48,6 @@ private:
     Palettes* const m_palettes;
     Information* const m_information;
     QLabel* const m_label; // the source's state
-    QLabel* const m_hint;  // over a view without an image: what to do next, or why frames are not shown
     QString m_badge;       // the key of the window's icon
     QHash<QString, QIcon> m_icons;
     SourceAnswers m_known;
