@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A whole host in C99: a camera with all commands and six buffers, pushed or pulled, and image files of its own.
+// A complete host in C99: a camera with all commands and six buffers, pushed or pulled, and its own image files.
 #define _POSIX_C_SOURCE 200809L // clock_gettime, nanosleep
 
 #include <Vistrel/CInterface.h>
@@ -33,7 +33,7 @@ static const struct
     size_t height;
 } modes[] = {{"Preview", "640 x 480 pixels", 640, 480}, {"Full", "1280 x 960 pixels", 1280, 960}};
 
-// From TRIGGERED on, frames are wanted; from SINGLE on, it runs.
+// From TRIGGERED on, frames are wanted; from SINGLE on, the camera runs.
 typedef enum State { OFF, STOPPED, PAUSED, TRIGGERED, SINGLE, SINGLE_REVERSE, FIXED, REVERSE, ENDLESS } State;
 
 typedef struct Status
@@ -56,10 +56,10 @@ typedef struct Camera
 {
     bool isPushing;
     uint32_t format;
-    VTRawImage picture;                            // from a file, shown in place of the camera's; null data: none
+    VTRawImage picture;                            // from a file, shown instead of the camera's; null data: none
     uint8_t buffers[BUFFER_COUNT][1280 * 960 * 3]; // for the largest frame
 
-    pthread_mutex_t mutex;  // guards what follows; not held in calls to the library
+    pthread_mutex_t mutex;  // guards all below; not held in calls to the library
     pthread_cond_t changed; // the status
     Status status;
     uint8_t* queue[BUFFER_COUNT]; // the free buffers
@@ -77,7 +77,7 @@ static double now(void)
 static void fail(const char* reason)
 {
     fprintf(stderr, "c_host: %s\n", reason);
-    _Exit(EXIT_FAILURE); // whatever other threads are doing
+    _Exit(EXIT_FAILURE); // without waiting for other threads
 }
 
 static void check(int32_t result)
@@ -86,7 +86,7 @@ static void check(int32_t result)
         fail(VTResultText(result));
 }
 
-// For other threads, where the window may be gone, or go during the call: false then.
+// For other threads. Returns false when the window is closed, before or during the call.
 static bool isReached(int32_t result)
 {
     if (result == VT_ERROR_WINDOW_CLOSED || result == VT_ERROR_WRONG_HANDLE || result == VT_ERROR_NO_APPLICATION ||
@@ -96,7 +96,7 @@ static bool isReached(int32_t result)
     return true;
 }
 
-// Commands: on a thread of the window's, which may wait ---------------------------------------------------------------
+// Commands: on the window's busy-work thread, may block ---------------------------------------------------------------
 
 // The window asks for the new state after each command.
 static bool change(Camera* camera, State state, size_t frames)
@@ -133,7 +133,7 @@ static bool pauseRun(void* user) { return change(user, PAUSED, 0); }
 static bool stop(void* user) { return change(user, STOPPED, 0); }
 // clang-format on
 
-// State and statistics: on the user-interface thread, which must not wait ---------------------------------------------
+// State and statistics: on the user-interface thread, must not block --------------------------------------------------
 
 static Status statusOf(Camera* camera)
 {
@@ -200,8 +200,8 @@ static void draw(uint8_t* out, const VTRawImage* frame, int number)
     }
 }
 
-// The next frame, if one is wanted and a buffer is free. Pull: the window calls this on a thread of its own, which may
-// wait.
+// Makes the next frame, if one is wanted and a buffer is free. Pull: the window calls this on its stream thread. It may
+// block.
 static bool nextFrame(VTRawImage* frame, void* user)
 {
     Camera* camera = user;
@@ -234,7 +234,7 @@ static bool nextFrame(VTRawImage* frame, void* user)
     return true;
 }
 
-// Every frame that was lent comes back, on any thread.
+// Called once for every lent frame, on any thread.
 static void release(const VTRawImage* frame, void* user)
 {
     Camera* camera = user;
@@ -243,7 +243,7 @@ static void release(const VTRawImage* frame, void* user)
     pthread_mutex_unlock(&camera->mutex);
 }
 
-// Push: the host calls, on a thread of its own.
+// Push: the host calls it, on its own thread.
 static void* pushFrames(void* user)
 {
     Camera* camera = user;
@@ -260,7 +260,7 @@ static void* pushFrames(void* user)
     }
 }
 
-// Files: a line such as "FRAME 12 1280 960", with the format's number, and the pixels after it ------------------------
+// Files: a line such as "FRAME 12 1280 960", with the format's number, followed by the pixels -------------------------
 
 static size_t sizeOf(const VTRawImage* image)
 {
@@ -302,7 +302,7 @@ static void showCrosshair(VTActionHandle action, bool checked, void* user)
     check(VTSetPropBool(statusOf(user).window, VT_WINDOW_PIXEL_CROSSHAIR_VISIBLE, checked));
 }
 
-// On a thread of its own, so that the window lives on behind its message box.
+// On a separate thread, so that the window continues while it shows the message box.
 static void* askForReset(void* user)
 {
     Camera* camera = user;
@@ -336,7 +336,7 @@ static void reset(VTActionHandle action, bool checked, void* user)
 
 static void openWindow(Camera* camera, const char* place);
 
-// A new window in the place of this one: the camera runs on.
+// Replaces this window by a new one; the camera keeps running.
 static void reopen(VTActionHandle action, bool checked, void* user)
 {
     (void)action;
@@ -441,7 +441,7 @@ static void openWindow(Camera* camera, const char* place)
                 : VTSetPropData(window, VT_WINDOW_GEOMETRY, rectangle, sizeof rectangle));
     check(VTSetPropBool(window, VT_WINDOW_VISIBLE, true));
 
-    // From here on frames are pushed into it, which come back now.
+    // From now on frames are pushed to this window, and can be released.
     pthread_mutex_lock(&camera->mutex);
     camera->status.window = window;
     pthread_mutex_unlock(&camera->mutex);
@@ -481,7 +481,7 @@ int main(int argc, char** argv)
     pthread_mutex_unlock(&camera.mutex);
     if (camera.isPushing)
         pthread_join(pusher, NULL);
-    check(VTAppDestroy(app)); // the last frames come back, and message boxes end without an answer
+    check(VTAppDestroy(app)); // releases the last frames, and ends message boxes without an answer
     pthread_mutex_lock(&camera.mutex);
     while (camera.status.asking > 0)
         pthread_cond_wait(&camera.changed, &camera.mutex);

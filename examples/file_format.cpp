@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A host's own image files, offered in "Save Image" and loaded again: file_format [FILE.frame]
+// A host's own image files, offered by "Save Image" and loaded again: file_format [FILE.frame]
 #include <Vistrel/AbstractFileInterface.h>
 #include <Vistrel/Application.h>
 #include <Vistrel/FileIO.h>
@@ -15,7 +15,7 @@
 
 namespace {
 
-/// Files of one line of text, such as "FRAME Mono16 640 480", with the pixels after it.
+/// Files with one line of text, such as "FRAME Mono16 640 480", followed by the pixels.
 class FrameFiles final : public Vistrel::AbstractFileInterface
 {
 public:
@@ -49,7 +49,7 @@ public:
         if (!file.read(reinterpret_cast<char*>(pixels.data()), static_cast<std::streamsize>(pixels.size())))
             return false;
         frame.data = pixels.data();
-        return image->setData(frame); // copies them
+        return image->setData(frame); // copies the pixels
     }
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A source that the display asks for frames and gives commands: set up in one of two modes, start, stop, clean up.
+// A source that is asked for frames and gets commands: set up in one of two modes, start, stop, clean up.
 #include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/Application.h>
 #include <Vistrel/Window.h>
@@ -36,7 +36,7 @@ struct Frame
     std::vector<std::uint8_t> pixels;
 };
 
-/// Keeps a frame's pixels for as long as the display reads them.
+/// Keeps a frame's pixels while they are read.
 class FrameLock final : public Vistrel::AbstractLock
 {
 public:
@@ -51,14 +51,14 @@ class Camera final : public Vistrel::AbstractAcquisitionInterface
 public:
     Camera();
 
-    // Commands, on a thread that may wait for the camera.
+    // Commands, on the window's busy-work thread: they may wait for the camera.
     bool setup() override { return changeTo(State::Ready); }
     bool setupMode(const char* const name) override;
     bool cleanup() override { return changeTo(State::Off); }
     bool start() override { return changeTo(State::Running); }
     bool stop() override { return changeTo(State::Ready); }
 
-    // What is possible now, and what is so: quick answers on the user-interface thread.
+    // Queries, on the user-interface thread: they return at once.
     bool canSetup() const override { return m_state == State::Off; }
     bool canSetupMode() const override { return m_state != State::Running; }
     bool canCleanup() const override { return m_state == State::Ready; }
@@ -117,7 +117,7 @@ bool Camera::setupMode(const char* const name)
     return false;
 }
 
-// On the stream's own thread, which may wait for the camera as well.
+// On the stream's worker: it may also wait for the camera.
 bool Camera::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock)
 {
     if (!isRunning())
@@ -136,14 +136,14 @@ bool Camera::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* c
         const std::lock_guard<std::mutex> guard(m_mutex);
         m_recent[frame->number % 2] = frame;
     }
-    // The number tells frames apart: memory that has been freed may come back at the same address.
+    // The number identifies the frame: a new one may have the address of one that has been freed.
     *image = {frame->pixels.data(), mode.width, mode.height, Vistrel::Mono8, reinterpret_cast<void*>(frame->number)};
     if (lock)
         lock->reset(new FrameLock(frame));
     return true;
 }
 
-// For the values of pixels in the picture that is shown.
+// Called to read pixel values of the frame in view.
 Vistrel::ScopedLock Camera::getFrameLock(const Vistrel::RawImage& image)
 {
     const auto number = reinterpret_cast<std::uintptr_t>(image.userData);

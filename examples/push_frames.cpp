@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The smallest live host: a thread of its own pushes frames into the display.
+// The smallest live host: its thread pushes frames.
 #include <Vistrel/Application.h>
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 #include <Vistrel/Window.h>
@@ -16,7 +16,7 @@ class Camera final : public Vistrel::ImperativeAcquisitionInterface
 public:
     Camera()
     {
-        setFramesLocked(true); // the display takes a frame only under its lock
+        setFramesLocked(true); // frames are taken only under their lock
         m_thread = std::thread([this] { pushFrames(); });
     }
     ~Camera() override
@@ -32,7 +32,7 @@ private:
     {
         for (std::size_t step = 0; !m_isEnding; ++step) {
             {
-                const Vistrel::ScopedLock lock = getFrameLock({}); // nobody reads the buffer meanwhile
+                const Vistrel::ScopedLock lock = getFrameLock({}); // the buffer is not read meanwhile
                 for (std::size_t i = 0; i < m_buffer.size(); ++i)
                     m_buffer[i] = static_cast<unsigned char>(i % 640 + step);
                 setNextFrame(m_buffer.data(), 640, 480, Vistrel::Mono8, nullptr);
@@ -51,7 +51,7 @@ private:
 int main(int argc, char** argv)
 {
     Vistrel::Application application(argc, argv);
-    Vistrel::Window window(Vistrel::ScopedAcquisitionInterface(new Camera)); // which owns the camera from now on
+    Vistrel::Window window(Vistrel::ScopedAcquisitionInterface(new Camera)); // takes ownership of the camera
     window.setTitle("Pushed frames");
     window.show();
     return application.exec();

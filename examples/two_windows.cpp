@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Two windows, each with a source of its own. The user may close either; the program ends with the last.
+// Two windows, each with its own source. The user may close either; the program ends with the last.
 #include <Vistrel/Application.h>
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 #include <Vistrel/Window.h>
@@ -9,7 +9,7 @@
 
 namespace {
 
-/// Draws a frame whenever the display is about to ask for one.
+/// Draws a frame before each fetch.
 class Camera final : public Vistrel::ImperativeAcquisitionInterface
 {
 public:
@@ -18,7 +18,7 @@ public:
     bool isSetup() const override { return true; }
     bool isRunning() const override { return true; }
 
-    // On the stream's own thread.
+    // On the stream's worker.
     void readyNextFrame() override
     {
         std::vector<unsigned char>& buffer = m_buffers[m_step % m_buffers.size()];
@@ -32,7 +32,7 @@ public:
 private:
     const bool m_isUpright;
     std::size_t m_step = 0;
-    std::array<std::vector<unsigned char>, 3> m_buffers; // two that the display may still read, and the next
+    std::array<std::vector<unsigned char>, 3> m_buffers; // two that may still be read, and the next
 };
 
 } // namespace

@@ -28,7 +28,7 @@ private:
     std::array<unsigned char, 256 * 256> m_pixels;
 };
 
-/// A checkable command: `checked` is what the user has made of it.
+/// A checkable command: `checked` is its new state.
 class Invert final : public Vistrel::AbstractActionInterface
 {
     void triggered(bool checked) override
@@ -42,7 +42,7 @@ class ShowCrosshair final : public Vistrel::AbstractActionInterface
     void triggered(bool checked) override { action()->window()->setPixelCrosshairVisible(checked); }
 };
 
-/// Asks first.
+/// Asks the user first.
 class Reset final : public Vistrel::AbstractActionInterface
 {
 public:
@@ -55,7 +55,7 @@ private:
         const DialogButton answer =
             Vistrel::MessageBoxDialog::question(action()->window(), "Reset", "Show the picture as it was at first?",
                                                 DialogButton::Yes | DialogButton::No, DialogButton::No);
-        if (answer != DialogButton::Yes || !action()) // the window may have gone meanwhile
+        if (answer != DialogButton::Yes || !action()) // the user may have closed the window
             return;
         m_invert->setChecked(false);
         action()->window()->setColorTable(Vistrel::ColorTable::Gray);
@@ -65,7 +65,7 @@ private:
     Vistrel::Action* m_invert; // of the same window
 };
 
-/// Can be used once: the entry goes with the action, and so does the menu, which it leaves empty.
+/// Can be used once: deleting the action removes its entry, and the menu, which is then empty.
 class Once final : public Vistrel::AbstractActionInterface
 {
     void triggered(bool) override { delete action(); }

@@ -9,7 +9,7 @@ from vistrel import *
 
 
 def exposure(step, gain, out):
-    """Draws what the camera sees: 12-bit words."""
+    """Draws the camera's picture: 12-bit words."""
     ramp = np.add.outer(np.arange(out.shape[0]), np.arange(out.shape[1])) + 4 * step
     np.multiply(ramp * 8 % 2048, gain, out=out, casting="unsafe")
 
@@ -19,7 +19,7 @@ class Camera:
         self.gain = 1
         self.running = threading.Event()
         self.running.set()
-        self.free = queue.Queue()  # buffers that the window does not read; a released one comes back
+        self.free = queue.Queue()  # buffers that the window does not read; a release puts them back
         for _ in range(6):
             self.free.put(np.empty((240, 320), np.uint16))
 
@@ -49,13 +49,13 @@ class Camera:
         np.save(file_name, pixels)
 
     def start_measuring(self, checked):
-        threading.Thread(target=self.measure, daemon=True).start()  # the user interface does not wait for it
+        threading.Thread(target=self.measure, daemon=True).start()  # does not block the user interface
 
     def measure(self):
         try:
             answer = self.window.ask(VT_MESSAGE_QUESTION, "Auto Gain", "Show the picture twice as bright?",
                                      VT_BUTTON_YES | VT_BUTTON_NO, VT_BUTTON_YES)
-        except Error as error:  # such as that the window was closed meanwhile
+        except Error as error:  # for example, the window was closed
             print("Auto Gain:", error)
             return
         if answer == VT_BUTTON_YES:
@@ -73,7 +73,7 @@ class Colors:
         self.window.on(VT_FEATURE_NEXT_FRAME, self.next_frame)
 
     def next_frame(self):
-        self.pixels = np.roll(self.pixels, 1, axis=1)  # another array, for the last one is still in view
+        self.pixels = np.roll(self.pixels, 1, axis=1)  # a new array: the last one is still in view
         return Frame(self.pixels)
 
 

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Vistrel for Python, by ctypes and NumPy on the library's flat C interface. Copy it, and add what else you need.
+"""Vistrel for Python, by ctypes and NumPy on the library's flat C interface. Copy it and add what you need.
 
-The library is the one that VISTREL_LIBRARY names, or else the one beside this file, or else the installed one. The
-thread that makes the `Application` is the user-interface thread; everything belongs there but `Window.push`,
+Loads the library that VISTREL_LIBRARY names, or else the one in this file's folder, or else the installed one. The
+thread that makes the `Application` is the user-interface thread. Everything belongs there, except `Window.push`,
 `Window.signal`, `Window.ask` and `Application.exit`.
 """
 
@@ -68,7 +68,7 @@ def _declare(name, *argtypes, restype=_check):
 
 
 def _fitting(type_, value):
-    """The integer, which ctypes would cut to the type's size."""
+    """Returns the integer, which ctypes would truncate, or raises OverflowError."""
     number = operator.index(value)
     if type_(number).value != number:
         raise OverflowError(f"{number} does not fit into {8 * ctypes.sizeof(type_)} bits")
@@ -76,7 +76,7 @@ def _fitting(type_, value):
 
 
 def _exact(type_):
-    """The integer type for arguments that are not to be cut."""
+    """The integer type for arguments that must not be truncated."""
     return type("exact", (type_,), {"from_param": classmethod(lambda _, value: type_(_fitting(type_, value)))})
 
 
@@ -110,13 +110,13 @@ _declare("VTGetPropCStr", c_void_p, _int32, c_char_p, POINTER(c_size_t))
 _declare("VTSetPropData", c_void_p, _int32, c_char_p, c_size_t)
 _declare("VTGetPropData", c_void_p, _int32, c_char_p, POINTER(c_size_t))
 
-# What the library holds a number of, as `user`: kept here until its last call.
+# Windows and actions by the number that the library has as `user`; kept until its last call.
 _live = {}
 _numbers = itertools.count(1)
 
 
 def _guarded(function, failure=None):
-    """What a callback must not raise is printed instead."""
+    """Prints an exception, which must not leave a callback."""
     def call(*arguments):
         try:
             return function(*arguments)
@@ -143,7 +143,7 @@ def _bytes(value):
 
 
 class _Object:
-    """Properties by their numbers, such as `window[VT_WINDOW_ZOOM] = 2`. Data are bytes."""
+    """Gives access to properties by their numbers, such as `window[VT_WINDOW_ZOOM] = 2`. Data are bytes."""
 
     def __init__(self):
         self._handle = c_void_p()
@@ -188,8 +188,8 @@ class _Object:
 
 
 class Application(_Object):
-    """Ends with all windows at the end of its `with`, by `close`, or else when Python ends, whose functions no thread
-    of the library may call then."""
+    """Ends, with all windows, at the end of its `with`, by `close`, or else when Python ends: after that, no thread of
+    the library may call Python functions."""
 
     def __init__(self):
         super().__init__()
@@ -207,14 +207,14 @@ class Application(_Object):
     def close(self):
         if self._handle:
             _library.VTAppDestroy(self._handle)
-            self._handle = c_void_p()  # which may become another application's
+            self._handle = c_void_p()  # another application may get the address
             atexit.unregister(self.close)
 
     def exit(self, code=0):
         _library.VTAppExit(self._handle, code)
 
     def run(self):
-        """Runs the event loop until `exit` or the end of the last window. Ctrl+C ends it, too."""
+        """Runs the event loop until `exit` or the end of the last window. Ctrl+C also ends it."""
         code = c_int()
         with self._interruptible():
             _library.VTAppExec(self._handle, byref(code))
@@ -222,8 +222,8 @@ class Application(_Object):
 
     @contextlib.contextmanager
     def _interruptible(self):
-        """Ctrl+C ends an event loop that runs inside, and raises KeyboardInterrupt: Python notes the signal at once in
-        the socket, but would handle it only after the loop. On Python's main thread, to which alone it comes."""
+        """Lets Ctrl+C end an event loop that runs inside, and raise KeyboardInterrupt: Python writes the signal to the
+        socket at once, but would handle it only after the loop. Only on the main thread, which gets signals."""
         if self._is_interruptible or threading.current_thread() is not threading.main_thread():
             yield
             return
@@ -235,13 +235,13 @@ class Application(_Object):
             for number in iter(lambda: reader.recv(1), b""):
                 if number[0] == signal.SIGINT:
                     interrupts.append(True)
-                    self.exit()  # also before the loop: it is kept
+                    self.exit()  # before the loop, it ends the next one
 
         watcher = threading.Thread(target=watch)
         watcher.start()
         handler, wakeup = signal.getsignal(signal.SIGINT), -1
         try:
-            # Watched before Python's own way is given up, which is still good for what comes in between.
+            # Watch first: until the handler is replaced, Python's own handles the signal.
             wakeup = signal.set_wakeup_fd(writer.fileno())
             signal.signal(signal.SIGINT, lambda *_: None)
             self._is_interruptible = True
@@ -259,7 +259,7 @@ class Application(_Object):
 
 # Frames --------------------------------------------------------------------------------------------------------------
 
-# By the depth of a format: what a pixel consists of.
+# The type and number of a pixel's values, by the depth of the format.
 _PIXELS = {8: (np.uint8, 1), 24: (np.uint8, 3), 30: (np.uint32, 1), 32: (np.uint8, 4), 36: (np.uint16, 3),
            42: (np.uint16, 3), 48: (np.uint16, 3)}
 _FORMATS = {(np.uint8, 1): VT_FORMAT_MONO8, (np.uint16, 1): VT_FORMAT_MONO16,
@@ -272,8 +272,8 @@ def _pixel_of(format):
 
 
 class Frame:
-    """Rows x columns, or rows x columns x channels with red first: pixels that a window reads until it calls
-    `released(pixels)`, on any thread. Nothing must be pushed from within that. They must not change meanwhile."""
+    """Pixels, rows x columns or rows x columns x channels with red first. A window reads them until it calls
+    `released(pixels)`, on any thread; until then they must not change. `released` must not push a frame."""
 
     def __init__(self, pixels, format=None, released=None):
         self.pixels, self.released = pixels, released
@@ -353,7 +353,7 @@ def _save(window, function):
     return _guarded(save, False)
 
 
-# By a feature's hundreds: the C interface's name for it, the function's type, and what makes that of a Python function.
+# By a feature's hundreds: the signature's name, its function type, and the adapter for a Python function.
 _SIGNATURES = {
     1: ("Command", CFUNCTYPE(c_bool, c_void_p), _command),
     2: ("Count", CFUNCTYPE(c_bool, c_size_t, c_void_p), _command),
@@ -388,7 +388,7 @@ def _finished(user):
 
 
 class Window(_Object):
-    """Not shown before `window[VT_WINDOW_VISIBLE] = True`. `finished`, if there is one, is the last call of all."""
+    """Not shown before `window[VT_WINDOW_VISIBLE] = True`. `finished`, if given, is the last call of all."""
 
     _GONE = (VT_ERROR_NO_APPLICATION, VT_ERROR_NULL_HANDLE, VT_ERROR_WRONG_HANDLE, VT_ERROR_WINDOW_CLOSED)
 
@@ -396,7 +396,7 @@ class Window(_Object):
         super().__init__()
         self.finished = finished
         self._application = application
-        self._callbacks = []  # all of them until the end: one may be running when another takes its place
+        self._callbacks = []  # also replaced ones, which may still be running
         self._lent = {}  # by the number in `userData`
         number = next(_numbers)
         _library.VTWindowCreate(application._handle, byref(self._handle), number)
@@ -405,7 +405,7 @@ class Window(_Object):
         _library.VTSetFeatureReleased(self._handle, VT_FEATURE_FRAME_RELEASED, _released)
 
     def close(self):
-        handle, self._handle = self._handle, c_void_p()  # which may become another window's
+        handle, self._handle = self._handle, c_void_p()  # another window may get the address
         _library.VTWindowDestroy(handle)
 
     def _lend(self, frame, image):
@@ -416,20 +416,20 @@ class Window(_Object):
         frame._describe(image, number)
 
     def push(self, frame):
-        """Shows a Frame as soon as the window refreshes. False when the window has gone."""
+        """Shows a Frame at the window's next refresh. Returns False when the window has been closed."""
         image = RawImage()
         self._lend(frame, image)
         result = _library.VTWindowSetNextFrame(self._handle, byref(image))
         if result != VT_OK:
-            del self._lent[image.userData]  # it has not been taken
+            del self._lent[image.userData]  # it was refused
             if result not in Window._GONE:
                 raise Error(result)
         return result == VT_OK
 
     def on(self, feature, function):
-        """Registers a function for one of VT_FEATURE_...; None takes it away. It gets what its signature has but
-        `user`. Commands may return False: failed. A next frame is a Frame or None; saving gets pixels, their format
-        and a file name."""
+        """Registers a function for one of VT_FEATURE_...; None removes it. The function gets the parameters of its
+        signature, without `user`. A command returns False when it failed, a next-frame function a Frame or None. A save
+        function gets pixels, their format and a file name."""
         if feature in (VT_FEATURE_FINISHED, VT_FEATURE_FRAME_RELEASED):
             raise ValueError("given to the window, and to each Frame")
         if feature // 100 not in _SIGNATURES:
@@ -451,7 +451,7 @@ class Window(_Object):
         _library.VTWindowAddFileFormat(self._handle, _encode(extension), None, _encode(description))
 
     def ask(self, kind, title, text, buttons=VT_BUTTON_OK, default=VT_BUTTON_NONE):
-        """The button that the user presses in a message box. Off the user-interface thread the caller waits."""
+        """Shows a message box and returns the button that the user pressed. Blocks its thread."""
         pressed = c_uint32()
         with self._application._interruptible():
             _library.VTMessageBoxDialogShow(self._handle, kind, _encode(title), _encode(text), buttons, default,
@@ -475,7 +475,7 @@ def _gone(user):
 
 
 class Action(_Object):
-    """An entry of the window's that calls `triggered(checked)`. `menu` is the menu's title with VT_PLACE_MENU alone."""
+    """An entry of the window that calls `triggered(checked)`. `menu` is the menu's title, only for VT_PLACE_MENU."""
 
     def __init__(self, window, place, menu, text, triggered):
         super().__init__()

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A camera while it is there: how it is found, what it is told, and the buffers that come from it.
+// A connected camera: how it is found, its settings, and its filled buffers.
 #include "CameraConnection.h"
 
 #include <algorithm>
@@ -10,10 +10,10 @@ namespace {
 
 // Two frames stay readable, one or two may still be locked; the camera fills the others meanwhile.
 constexpr int bufferCount = 10;
-constexpr guint64 mostMissing = 10000; // a larger gap is none: the numbers have begun anew
+constexpr guint64 mostMissing = 10000; // after a larger gap the numbers have restarted
 
-// Of GenICam's standard names and their forerunners, those that a camera forgets without power and that change its
-// pictures; each after those that bound it.
+// The settings, by GenICam's standard and older names, that change the pictures and that a camera loses without power.
+// Each stands after those that limit it.
 constexpr const char* settingNames[] = {"BinningHorizontal",
                                         "BinningVertical",
                                         "DecimationHorizontal",
@@ -65,7 +65,7 @@ QByteArray serialOf(ArvCamera* camera)
     return arv_camera_get_device_serial_number(camera, ignored.target());
 }
 
-// The value of a setting that can be changed; null without one.
+// The value of an available setting; null for any other.
 QByteArray valueOf(ArvCamera* camera, const char* name)
 {
     ArvGcNode* const node = arv_device_get_feature(arv_camera_get_device(camera), name);
@@ -76,7 +76,7 @@ QByteArray valueOf(ArvCamera* camera, const char* name)
     return arv_gc_feature_node_get_value_as_string(ARV_GC_FEATURE_NODE(node), unread.target());
 }
 
-// What is computed by the camera cannot be set, and need not be.
+// Settings that the camera computes cannot be set, and need not be.
 void restoreSettings(ArvCamera* camera, const KnownCamera& known)
 {
     for (const auto& [name, value] : known.settings) {
@@ -152,7 +152,7 @@ KnownCamera rememberCamera(ArvCamera* camera, const QByteArray& name)
 Owned<ArvCamera> findAgain(const KnownCamera& known)
 {
     Owned<ArvCamera> camera;
-    // Where it was, the question is repeated twice a second. A discovery waits a second for others that may answer.
+    // At its last address the camera is asked twice a second. A discovery waits a second for answers of others.
     if (known.address && known.interfaceAddress) {
         CameraError none;
         const Owned<ArvDevice> device =
@@ -200,7 +200,7 @@ CameraConnection::~CameraConnection()
 
 void CameraConnection::start()
 {
-    // Frames from before the last stop are not to be shown now.
+    // Frames from before the last stop must not be shown.
     while (ArvBuffer* const buffer = arv_stream_try_pop_buffer(m_stream.get()))
         giveBack(buffer);
     m_lastId = 0;
@@ -226,8 +226,8 @@ ArvBuffer* CameraConnection::pop(guint64 microseconds, FrameCounts& counts)
     return buffer;
 }
 
-// Aravis counts the packets of frames without a buffer, not the frames: these are missing in the numbers afterwards, as
-// those of which no packet has come.
+// For frames without a buffer, Aravis counts packets, not frames. Like completely lost frames, they are a gap in the
+// frame numbers.
 void CameraConnection::count(ArvBuffer* buffer, FrameCounts& counts)
 {
     const ArvBufferStatus status = arv_buffer_get_status(buffer);
@@ -237,7 +237,7 @@ void CameraConnection::count(ArvBuffer* buffer, FrameCounts& counts)
         ++counts.lost;
 
     const guint64 id = arv_buffer_get_frame_id(buffer);
-    // Numbers of 16 bits leave 0 out when they begin anew.
+    // Numbers of 16 bits skip 0 when they restart.
     const guint64 missing = (id > m_lastId ? id - m_lastId : id + 0xFFFF - m_lastId) - 1;
     if (m_lastId != 0 && missing > 0 && missing < mostMissing) {
         guint64 completed = 0;

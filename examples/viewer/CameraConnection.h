@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A camera while it is there: how it is found, what it is told, and the buffers that come from it.
+// A connected camera: how it is found, its settings, and its filled buffers.
 #pragma once
 
 #include "RecentFrames.h"
@@ -13,15 +13,15 @@
 #include <utility>
 #include <vector>
 
-/// What became of the camera's frames. Those of earlier connections count as well.
+/// Counts the camera's frames, also those of earlier connections.
 struct FrameCounts
 {
     std::atomic<std::size_t> received{0};      // whole
-    std::atomic<std::size_t> lost{0};          // on the wire, in part or altogether
-    std::atomic<std::size_t> withoutBuffer{0}; // there was none to receive them
+    std::atomic<std::size_t> lost{0};          // in transmission, partly or completely
+    std::atomic<std::size_t> withoutBuffer{0}; // not received for want of a buffer
 };
 
-/// Learns from a connection that its camera is lost.
+/// Notified by a connection when its camera is lost.
 struct CameraWatch
 {
     std::mutex mutex; // guards the others
@@ -33,17 +33,17 @@ struct CameraWatch
 template <class Object>
 using Owned = std::shared_ptr<Object>;
 
-/// By what a camera is known again, and what it has been told.
+/// Identifies a camera that was found before, and keeps its settings.
 struct KnownCamera
 {
     QByteArray id;
     QByteArray serial;
-    Owned<GInetAddress> interfaceAddress; // null for a camera that is not on the network, as the next one
+    Owned<GInetAddress> interfaceAddress; // null for a camera that is not on the network; so is the next one
     Owned<GInetAddress> address;
-    std::vector<std::pair<const char*, QByteArray>> settings; // in the order in which they are to be made
+    std::vector<std::pair<const char*, QByteArray>> settings; // in the order in which they must be made
 };
 
-/// Throws what Aravis has to say of a failure.
+/// Throws an error of Aravis with its message.
 class CameraError
 {
 public:
@@ -62,21 +62,21 @@ private:
 /// Finds a camera by its name, or the first one for an empty name. Throws `std::runtime_error` when there is none.
 Owned<ArvCamera> findCamera(const QByteArray& name);
 
-/// Whether the camera sends a frame only when it is told to. Its silence means nothing then.
+/// Whether the camera sends frames only on a trigger. A pause without frames then is no fault.
 bool waitsForTrigger(ArvCamera* camera);
 
 KnownCamera rememberCamera(ArvCamera* camera, const QByteArray& name);
 
-/// Finds a camera that was lost and tells it its settings; null when it does not answer. Throws `std::runtime_error`
-/// when it refuses. Takes up to four seconds, but answers within one when the camera does.
+/// Finds a camera that was lost and restores its settings; null when it does not answer. Throws `std::runtime_error`
+/// when it refuses. Takes up to four seconds, but returns within one if the camera answers.
 Owned<ArvCamera> findAgain(const KnownCamera& known);
 
-/// The stream of a camera that has been told what to send. Destroying it takes some seconds after a loss: Aravis tries
-/// to hand back its control of the camera.
+/// The stream of a camera whose format is set. Destroying it takes some seconds after a loss, because Aravis tries to
+/// give up its control of the camera.
 class CameraConnection
 {
 public:
-    /// Throws `std::runtime_error`. `watch` is told when the camera is lost.
+    /// Throws `std::runtime_error`. Notifies `watch` when the camera is lost.
     CameraConnection(Owned<ArvCamera> camera, std::shared_ptr<CameraWatch> watch);
     CameraConnection(const CameraConnection&) = delete;
     CameraConnection& operator=(const CameraConnection&) = delete;
@@ -85,10 +85,10 @@ public:
     void start(); ///< throws `std::runtime_error`
     void stop();
 
-    /// The next filled buffer, which is to be lent or given back; null when none comes within `microseconds`.
+    /// Returns the next filled buffer, which must be lent or returned; null when none comes within `microseconds`.
     ArvBuffer* pop(guint64 microseconds, FrameCounts& counts);
     void giveBack(ArvBuffer* buffer);
-    /// Goes back when nobody refers to it any more, and is freed when the connection has gone.
+    /// Returned with its last reference, or freed then if the connection has been destroyed.
     LentBuffer lend(ArvBuffer* buffer) const;
 
     std::size_t queued() const; ///< buffers that wait to be filled
@@ -98,7 +98,7 @@ private:
     struct Returns
     {
         std::mutex mutex;
-        ArvStream* stream = nullptr; // null when the connection has gone
+        ArvStream* stream = nullptr; // null after the connection is destroyed
     };
 
     void count(ArvBuffer* buffer, FrameCounts& counts);
@@ -107,5 +107,5 @@ private:
     Owned<ArvStream> m_stream;
     const std::shared_ptr<Returns> m_returns = std::make_shared<Returns>();
     guint64 m_lastId = 0;           // of the frames since the start; 0 before the first
-    guint64 m_underrunsCounted = 0; // packets of frames that have been counted as without a buffer
+    guint64 m_underrunsCounted = 0; // packets of the frames that are counted in `withoutBuffer`
 };

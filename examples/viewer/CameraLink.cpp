@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A camera that may be lost and come back.
+// A camera whose connection may be lost and restored.
 #include "CameraLink.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ constexpr std::chrono::seconds longestFarewell(1);
 
 } // namespace
 
-/// All that the thread reads: it may outlive the link.
+/// The thread's data, which may outlive the link.
 struct CameraLink::Keeper
 {
     Keeper(const Owned<ArvCamera>& camera, const QByteArray& name, std::function<void(bool)> tell)
@@ -41,16 +41,16 @@ struct CameraLink::Keeper
     std::atomic<bool> isLost{false};
 
     std::mutex tellMutex;
-    std::function<void(bool)> lossChanged; // guarded by the mutex above; null once the link is going
+    std::function<void(bool)> lossChanged; // guarded by the mutex above; null once the link is being destroyed
 
     std::mutex connectionMutex; // locked before the watch's
     std::unique_ptr<CameraConnection> connection;
 
-    // Guarded by the watch's mutex, which notifies of their changes.
+    // Guarded by the watch's mutex; the watch is notified of changes.
     bool wantsRunning = false;
     bool isStarted = false;                                 // never without a connection
     std::string startError;                                 // why the last start failed
-    Clock::time_point busySince = Clock::time_point::max(); // with what may wait for the camera
+    Clock::time_point busySince = Clock::time_point::max(); // in a call that may block on the camera
     bool isEnding = false;
     bool hasEnded = false;
 };
@@ -87,7 +87,7 @@ void CameraLink::Keeper::matchWanted()
     const bool isWanted = wantsRunning;
     if (!connection || isStarted == isWanted)
         return;
-    isStarted = false; // who waits for the start waits for this one
+    isStarted = false; // `start` waits for this start
     guard.unlock();
     std::string error;
     try {
@@ -115,7 +115,7 @@ void CameraLink::Keeper::findLost()
         isStarted = false;
     }
     tell(true);
-    lost.reset(); // before the camera is asked for control anew, lest that be given back
+    lost.reset(); // first: it would give up the control that the new connection takes
 
     std::unique_lock<std::mutex> guard(watch->mutex);
     do {
@@ -145,7 +145,7 @@ bool CameraLink::Keeper::reconnect()
         guard.lock();
         isStarted = isWanted;
     } catch (const std::runtime_error&) {
-        return false; // it is not quite there yet, or another program has it
+        return false; // it is not ready yet, or another program controls it
     }
     tell(false);
     return true;

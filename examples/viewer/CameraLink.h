@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A camera that may be lost and come back.
+// A camera whose connection may be lost and restored.
 #pragma once
 
 #include "CameraConnection.h"
@@ -7,9 +7,9 @@
 #include <functional>
 #include <thread>
 
-/// Keeps a camera connected: what is lost is looked for until it answers, told its settings again, and started if it
-/// was running. What may wait for a camera that does not answer, which takes Aravis seconds, happens on a thread of its
-/// own. Thread-safe.
+/// Keeps a camera connected: looks for a lost camera until it answers, restores its settings, and starts it if it was
+/// running. Calls that may block on a camera that does not answer, for seconds in Aravis, are made on a separate
+/// thread. Thread-safe.
 class CameraLink
 {
 public:
@@ -18,8 +18,8 @@ public:
     CameraLink(const Owned<ArvCamera>& camera, const QByteArray& name, std::function<void(bool)> lossChanged);
     CameraLink(const CameraLink&) = delete;
     CameraLink& operator=(const CameraLink&) = delete;
-    /// Stops the camera and hands it back. When it does not answer within a second, that is left to the link's thread,
-    /// which goes on until it has done so or the process ends.
+    /// Stops and disconnects the camera. If it does not answer within a second, the link's thread is detached and does
+    /// it later, unless the process ends.
     ~CameraLink();
 
     bool isLost() const;
@@ -27,10 +27,10 @@ public:
     /// Returns when the camera has started, or at once when it is lost: it is started when it is back. Throws
     /// `std::runtime_error` when it refuses or does not answer within two seconds; it is stopped then.
     void start();
-    /// Returns at once; the camera is told a little later.
+    /// Returns at once; the camera is stopped a moment later.
     void stop();
 
-    /// What nobody else uses while this lives.
+    /// Exclusive access to the connection.
     struct Access
     {
         std::unique_lock<std::mutex> lock;

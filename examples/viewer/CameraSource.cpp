@@ -17,9 +17,9 @@ constexpr guint64 longestWait = 50000; // microseconds
 constexpr double longestSilence = 1;   // seconds, and
 constexpr double longestGap = 4;       // frame periods
 
-// GenICam and the display name the formats alike, but the camera's RGB has red first in memory, which the display calls
-// BGR; only the 30-bit word has the same order under the same name. GenICam's packed formats start at the least
-// significant bit and leave no space between rows: they are none of the display's packed formats, in spite of the name.
+// GenICam and the library use the same format names, but GenICam's RGB has red first in memory, which the library calls
+// BGR; only the 30-bit word has the same order. GenICam's packed formats start at the least significant bit and have no
+// padding between rows: they differ from the library's packed formats of the same names.
 QByteArray swappedOrder(QByteArray name)
 {
     if (!name.endsWith("10p32") && (name.startsWith("RGB") || name.startsWith("BGR")))
@@ -79,16 +79,16 @@ private:
     void tellLoss(bool isNowLost);
 
     Vistrel::Format m_format{};
-    ArvPixelFormat m_cameraFormat = 0; // what each frame must come in
+    ArvPixelFormat m_cameraFormat = 0; // of each frame
     bool m_runsFreely = true;          // waits for no trigger
     FrameCounts m_counts;
-    std::atomic<std::size_t> m_skipped{0}; // older than the newest one when the display asked, or stopped meanwhile
+    std::atomic<std::size_t> m_skipped{0}; // not the newest at a fetch, or filled before a stop
     std::atomic<std::size_t> m_queued{0};
     std::atomic<std::size_t> m_filled{0};
     std::atomic<Playback::Clock::time_point> m_lastFrame{Playback::Clock::now()};
-    std::atomic<bool> m_isSilent{false}; // runs freely, and has sent no frame for long
+    std::atomic<bool> m_isSilent{false}; // runs freely, but sends no frames
     RecentFrames m_recent;
-    std::mutex m_mutex; // held by each fetch and each command: the camera runs exactly while the playback does
+    std::mutex m_mutex; // held by each fetch and each command, so that the camera runs exactly while the playback does
     std::unique_ptr<CameraLink> m_link;
 };
 
@@ -178,7 +178,7 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
         ++m_skipped;
         return false;
     }
-    if (!isRunning()) // it was a single one
+    if (!isRunning()) // it was the last frame of a run
         m_link->stop();
     m_lastFrame = Playback::Clock::now();
     const Vistrel::RawImage frame{static_cast<const std::uint8_t*>(arv_buffer_get_image_data(buffer, nullptr)),
@@ -188,7 +188,7 @@ bool CameraSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedL
     return true;
 }
 
-// The newest whole frame; older ones go back unseen. Null when none comes in time.
+// Returns the newest complete frame, and returns older ones to the camera. Null when none comes in time.
 ArvBuffer* CameraSource::popNewest(CameraConnection& connection, std::size_t* popped)
 {
     ArvBuffer* newest = nullptr;
@@ -234,7 +234,7 @@ void CameraSource::tellLoss(bool isNowLost)
     signalAcquisitionStateChange();
 }
 
-// Until the second frame nobody knows how often they come.
+// Before the second frame the frame rate is unknown.
 bool CameraSource::isOverdue() const
 {
     const double rate = m_playback.frameRate();

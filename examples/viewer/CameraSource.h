@@ -9,11 +9,11 @@
 #include <memory>
 #include <optional>
 
-/// Opens the camera of that name, or the first one found when it is empty, and starts it. `format`, when given, is
-/// asked of the camera. Throws `std::runtime_error` when that is not possible, or when the camera sends pixels that
-/// cannot be shown as they are.
+/// Opens the camera of that name, or the first one found for an empty name, and starts it. `format`, when given, is
+/// set on the camera. Throws `std::runtime_error` when that fails, or when the camera sends pixels that cannot be shown
+/// without conversion.
 ///
-/// The camera's own buffers are lent to the display: no pixel is copied on the way. A camera that is lost is looked for
-/// until it answers, told its settings again, and goes on as it was.
+/// Lends the camera's buffers to the window without a copy. Looks for a lost camera until it answers, restores its
+/// settings and its state.
 std::unique_ptr<Vistrel::AbstractAcquisitionInterface> openCamera(const QString& name,
                                                                   std::optional<Vistrel::Format> format);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where the viewer writes what it has to say.
+// The viewer's output.
 #include "Console.h"
 
 #include <cstdio>
@@ -13,7 +13,7 @@ namespace {
 #if defined(_WIN32)
 using Console = HANDLE;
 
-// Whether what is written there is lost: there is nothing, or a console that this program may not be attached to.
+// Whether output to the stream is lost: it is not connected, or to a console to which this program may not be attached.
 bool leadsNowhere(DWORD stream)
 {
     const HANDLE handle = GetStdHandle(stream);
@@ -24,7 +24,7 @@ bool leadsNowhere(DWORD stream)
 using Console = const void*;
 #endif
 
-Console outputConsole = nullptr; // null where the standard stream is written to
+Console outputConsole = nullptr; // null when the standard stream is used
 Console errorConsole = nullptr;
 
 void write(std::FILE* stream, [[maybe_unused]] Console console, const QString& line)
@@ -45,10 +45,10 @@ void write(std::FILE* stream, [[maybe_unused]] Console console, const QString& l
 bool useConsole()
 {
 #if defined(_WIN32)
-    // Wine has attached it already.
+    // Wine has already attached it.
     if (!AttachConsole(ATTACH_PARENT_PROCESS) && GetLastError() != ERROR_ACCESS_DENIED)
         return GetFileType(GetStdHandle(STD_ERROR_HANDLE)) != FILE_TYPE_UNKNOWN;
-    SetConsoleCtrlHandler(nullptr, TRUE); // the console has gone on meanwhile: its Ctrl+C is meant for others
+    SetConsoleCtrlHandler(nullptr, TRUE); // the console runs other programs meanwhile, which Ctrl+C is for
     const HANDLE console = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                        nullptr, OPEN_EXISTING, 0, nullptr);
     if (console == INVALID_HANDLE_VALUE)
@@ -57,7 +57,7 @@ bool useConsole()
         outputConsole = console;
     if (leadsNowhere(STD_ERROR_HANDLE)) {
         errorConsole = console;
-        if (std::freopen("CONOUT$", "w", stderr)) // for what the library has to say
+        if (std::freopen("CONOUT$", "w", stderr)) // for the library's messages
             std::setvbuf(stderr, nullptr, _IONBF, 0);
     }
 #endif

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// Where the viewer writes what it has to say.
+// The viewer's output.
 #pragma once
 
 #include <QtCore/QString>
 
-/// Takes the console that the program was started from, if any, where the standard streams lead nowhere: on Windows, a
-/// program of windows has none unless they were redirected. To be called first. False when nobody can read its errors.
+/// If the standard streams are not connected, uses the console that the program was started from: on Windows, a program
+/// without a console has none unless they are redirected. Call it first. Returns false when its errors cannot be read.
 bool useConsole();
 
-/// Writes a line to the standard output stream, as the next one to the standard error stream after the program's name.
-/// A console shows every letter; elsewhere the encoding is the local one. Thread-safe.
+/// The first writes a line to the standard output stream, the second the program's name and a line to the standard
+/// error stream. A console gets every character; a file or pipe gets the local encoding. Thread-safe.
 void printLine(const QString& line);
 void printError(const QString& line);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reads grey pictures of more than 8 bits a pixel, of which the toolkit would drop the lower ones.
+// Reads grey pictures of more than 8 bits a pixel, whose lower bits Qt would drop.
 #include "DeepPgm.h"
 
 #include <QtCore/QFile>
@@ -40,7 +40,7 @@ QImage readDeepPgm(const QString& fileName, Vistrel::Format* format)
     const int width = readNumber(bytes, position);
     const int height = readNumber(bytes, position);
     const int maximum = readNumber(bytes, position);
-    ++position; // the one white space before the pixels
+    ++position; // the single white-space character before the pixels
     if (width == 0 || height == 0 || maximum < 256 || maximum > 65535 ||
         qint64(width) * height * 2 > qint64(bytes.size()) - position)
         return {};

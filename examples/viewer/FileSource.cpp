@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The pictures of a folder, played as frames: a source that pushes frames to the display.
+// The pictures of a folder, played as frames: a source that pushes its frames.
 #include "FileSource.h"
 
 #include "Console.h"
@@ -15,7 +15,7 @@ namespace {
 
 using Clock = Playback::Clock;
 
-// Copies an image's rows without their padding, pixel by pixel of `bytes` bytes at the start of every `step`.
+// Copies an image's rows without their padding: of each `step` bytes, a pixel, the first `bytes`.
 void packRows(const QImage& image, int step, int bytes, std::vector<std::uint8_t>& pixels)
 {
     pixels.resize(std::size_t(image.width()) * std::size_t(image.height()) * std::size_t(bytes));
@@ -31,8 +31,8 @@ void packRows(const QImage& image, int step, int bytes, std::vector<std::uint8_t
     }
 }
 
-// Brings a picture into the layout of a pixel format at its own depth. The toolkit has red first in memory, which the
-// display calls BGR. `deepGray` is the format of words.
+// Converts a picture to a pixel format of its depth. Qt has red first in memory, which the library calls BGR.
+// `deepGray` is the format for words.
 Vistrel::Format toFrame(const QImage& image, Vistrel::Format deepGray, std::vector<std::uint8_t>& pixels)
 {
     switch (image.format()) {
@@ -77,7 +77,7 @@ FileSource::FileSource(const QString& folder, double fps) : m_fps(fps)
     setHasStop(true);
     setHasFrameRate(true);
     setHasFramesDelivered(true);
-    // Without this the display takes no frame; with it, framesLocked() tells when it has finished reading.
+    // Without this no frame is taken; with it, framesLocked() blocks while a frame is being read.
     setFramesLocked(true);
     m_playback.setup();
     m_playback.start(Length::Endless);
@@ -109,7 +109,7 @@ void FileSource::play()
         const Vistrel::Format format = toFrame(image, deepGray, buffer.pixels);
         const bool isFirst = run->number != runNumber;
         due = isFirst ? Clock::now() : std::max(due + interval, Clock::now());
-        // After another command the picture need not be the right one any more.
+        // After another command this may be the wrong picture.
         if (!m_playback.waitUntil(due, *run) || !m_playback.finishFrame(*run))
             continue;
         runNumber = run->number;
@@ -149,7 +149,7 @@ QImage FileSource::readNext(bool isReverse, Vistrel::Format* deepGray, int* inde
 
 FileSource::Buffer& FileSource::bufferForWriting()
 {
-    // Waits until the display has finished reading, and so until a frame that it took is known as taken.
+    // Waits until no frame is being read. Every frame that was taken is in `m_taken` then.
     framesLocked();
     const std::lock_guard<std::mutex> guard(m_mutex);
     const auto isFree = [this](const Buffer& buffer) {
@@ -173,7 +173,7 @@ bool FileSource::getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLoc
 
 Vistrel::ScopedLock FileSource::getFrameLock(const Vistrel::RawImage& image)
 {
-    // Under the lock no other buffer is chosen for writing. One that was chosen before has lost its number.
+    // Under the mutex no buffer is chosen for writing. One that has been chosen has no number.
     Vistrel::ScopedLock lock = ImperativeAcquisitionInterface::getFrameLock(image);
     const std::lock_guard<std::mutex> guard(m_mutex);
     const auto holdsFrame = [&image](const Buffer& buffer) {

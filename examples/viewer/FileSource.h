@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The pictures of a folder, played as frames: a source that pushes frames to the display.
+// The pictures of a folder, played as frames: a source that pushes its frames.
 #pragma once
 
 #include "PlayedSource.h"
@@ -17,9 +17,9 @@
 #include <thread>
 #include <vector>
 
-/// Plays PNG, PGM and JPEG files in name order, again and again, forwards or backwards, or shows the next or the
-/// previous one; plays at first. A file that cannot be read is reported once and then left out; when none is left, the
-/// source has failed.
+/// Plays PNG, PGM and JPEG files repeatedly in name order, forwards or backwards, or shows the next or the previous
+/// one; plays at first. A file that cannot be read is reported once and then skipped; when none can be read, the source
+/// has failed.
 class FileSource : public PlayedSource<Vistrel::ImperativeAcquisitionInterface>
 {
 public:
@@ -44,17 +44,17 @@ private:
     Buffer& bufferForWriting();
 
     const double m_fps;
-    // Used by the playing thread alone.
+    // Used only by the playing thread.
     QStringList m_files;
     int m_shown = -1; // index of the file pushed last
 
     std::atomic<std::size_t> m_delivered{0};
 
     std::mutex m_mutex; // guards all below
-    // The frame that was pushed last and the last two that the display took are kept; one buffer is being written.
+    // The frame that was pushed last and the last two that were taken are kept; one buffer is being written.
     std::array<Buffer, 4> m_buffers;
     std::uintptr_t m_pushed = 0;
     std::array<std::uintptr_t, 2> m_taken{}; // the newest first
 
-    std::thread m_player; // last, so that it finds everything else made
+    std::thread m_player; // last, so that it starts after the others are made
 };

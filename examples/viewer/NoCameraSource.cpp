@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Stands in for cameras where Aravis was not found.
+// Replaces the camera source in a build without Aravis.
 #include "CameraSource.h"
 
 #include <stdexcept>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A moving test picture in any pixel format: a source that the display pulls frames from.
+// A moving test picture in any pixel format: a source that is asked for its frames.
 #include "PatternSource.h"
 
 #include "PixelWriter.h"
@@ -29,20 +29,20 @@ constexpr std::pair<Vistrel::Format, const char*> modes[] = {
 
 } // namespace
 
-/// The picture in one pixel format, and the frames it is drawn into.
+/// The picture in one pixel format, and the buffers that it is drawn into.
 class PatternSource::Pattern : public std::enable_shared_from_this<Pattern>
 {
 public:
     Pattern(Vistrel::Format format, const QSize& size);
 
-    /// A frame with its moving parts where they are at `time`, in seconds. Nothing when all buffers are in use.
+    /// Returns a frame with its moving parts at their place at `time`, in seconds; null when all buffers are in use.
     LentBuffer draw(qint64 number, double time, Vistrel::RawImage* frame);
 
 private:
     struct Buffer
     {
         std::vector<std::uint8_t> pixels;
-        // Rows that the moving parts have been drawn over, as first row and end.
+        // Rows that contain moving parts, as first row and end.
         int ballTop = 0;
         int ballEnd = 0;
     };
@@ -127,7 +127,7 @@ void PatternSource::Pattern::drawParts(Buffer& buffer, qint64 number, double tim
         }
     };
 
-    // Where the ball was when this buffer was drawn last; the counter below covers its own place.
+    // Removes the ball drawn in this buffer before; the counter below overwrites its own place.
     const auto oldRows = std::ptrdiff_t(std::size_t(buffer.ballTop) * m_rowBytes);
     std::copy_n(m_still.begin() + oldRows, std::size_t(buffer.ballEnd - buffer.ballTop) * m_rowBytes,
                 buffer.pixels.begin() + oldRows);
@@ -139,7 +139,7 @@ void PatternSource::Pattern::drawParts(Buffer& buffer, qint64 number, double tim
     buffer.ballEnd = std::clamp(corner.y() + m_parts.ball.height(), buffer.ballTop, m_size.height());
     drawPart(m_parts.ball, corner, true);
 
-    // Like a tape counter's, also below zero.
+    // Wraps like a tape counter, also below zero.
     qint64 shown = (number % counterEnd + counterEnd) % counterEnd;
     for (int place = 5; place >= 0; --place, shown /= 10) {
         const QImage& digit = m_parts.digits[std::size_t(shown % 10)];
@@ -206,13 +206,13 @@ bool PatternSource::setupMode(const char* const name)
         return false;
     m_mode = std::size_t(found - m_formats.begin());
     drawPattern();
-    return isSetup() || PlayedSource::setup(); // a run goes on in the new mode
+    return isSetup() || PlayedSource::setup(); // a run continues in the new mode
 }
 
 bool PatternSource::cleanup()
 {
     const bool isDone = PlayedSource::cleanup();
-    std::shared_ptr<Pattern> outgoing; // freed with the mutex released
+    std::shared_ptr<Pattern> outgoing; // destroyed after the mutex is released
     const std::lock_guard<std::mutex> guard(m_mutex);
     m_pattern.swap(outgoing);
     return isDone;

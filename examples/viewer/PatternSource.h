@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A moving test picture in any pixel format: a source that the display pulls frames from.
+// A moving test picture in any pixel format: a source that is asked for its frames.
 #pragma once
 
 #include "PlayedSource.h"
@@ -14,8 +14,8 @@
 #include <mutex>
 #include <vector>
 
-/// Has every command; runs at first. The setup modes are pixel formats: a change of mode does not end a run. In
-/// reverse, time runs backwards.
+/// Offers every command; runs at first. The setup modes are pixel formats; a change of mode does not end a run. In
+/// reverse, the motion runs backwards.
 class PatternSource : public PlayedSource<Vistrel::AbstractAcquisitionInterface>
 {
 public:
@@ -30,8 +30,8 @@ public:
     std::size_t framesDropped() const override { return m_dropped; }
     std::size_t framesDelivered() const override { return m_recent.delivered(); }
 
-    /// Waits for the next frame while that takes no longer than a few milliseconds. Frames that nobody asked for in
-    /// time are left out.
+    /// Waits for the next frame if it is due within a few milliseconds. Frames that were not asked for in time are
+    /// skipped.
     bool getNextFrame(Vistrel::RawImage* const image, Vistrel::ScopedLock* const lock) override;
     Vistrel::ScopedLock getFrameLock(const Vistrel::RawImage& image) override { return m_recent.lock(image); }
 
@@ -50,9 +50,9 @@ private:
     std::mutex m_mutex;
     std::shared_ptr<Pattern> m_pattern; // guarded by the mutex; null after a clean-up
 
-    // Used by the fetching thread alone.
+    // Used only by the fetching thread.
     qint64 m_number = -1; // of the frame delivered last
     std::uint64_t m_runNumber = 0;
     Playback::Clock::time_point m_runStart;
-    qint64 m_runFrames = 0; // how many frames of the run are over
+    qint64 m_runFrames = 0; // frames of the run so far
 };

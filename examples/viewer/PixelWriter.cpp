@@ -85,7 +85,7 @@ void writePixel(std::uint8_t* row, int x, int y, Format format, QRgba64 color)
         return;
     }
 
-    // The "RGB" orders have blue first in memory, but for the 30-bit word.
+    // The "RGB" orders have blue first in memory, except the 30-bit word.
     unsigned channels[3] = {color.blue(), color.green(), color.red()};
     const unsigned depth = formatDepth(format);
     if (((format & formatOrderMask) == OrderBGR) != (depth == 30))

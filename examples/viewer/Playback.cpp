@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What a source is doing: the state behind its commands, the frames it still has to show, and its frame rate.
+// The state of a source: what its commands change, the frames of its run, and its frame rate.
 #include "Playback.h"
 
 namespace {
 
-constexpr std::size_t rateFrames = 32; // the frame rate is measured over so many
+constexpr std::size_t rateFrames = 32; // over which the frame rate is measured
 
 } // namespace
 

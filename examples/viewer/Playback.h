@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a source is doing: the state behind its commands, the frames it still has to show, and its frame rate.
+// The state of a source: what its commands change, the frames of its run, and its frame rate.
 #pragma once
 
 #include <chrono>
@@ -20,7 +20,7 @@ public:
     using Clock = std::chrono::steady_clock;
     enum class Length { Endless, Fixed, Single };
 
-    /// Under what a frame is made. Each command makes a new one.
+    /// The run that a frame belongs to. Each command begins a new one.
     struct Run
     {
         std::uint64_t number;
@@ -30,33 +30,33 @@ public:
     /// `stateChanged` is called after each change of state, on the thread that made it.
     explicit Playback(std::function<void()> stateChanged);
 
-    // Commands: true when carried out.
+    // Commands: true on success.
     bool setup(); ///< leaves it set up and stopped, whatever it was before
     bool cleanup();
-    /// Begins anew, also when another run is going on. `frames` is how many a fixed run has.
+    /// Begins a new run, which may replace a running one. `frames` is the length of a fixed run.
     bool start(Length length, bool isReverse = false, std::size_t frames = 1);
     bool pause();
     bool trigger(); ///< lets one frame through while paused
     bool stop();
 
-    void fail();  ///< for good: no command is carried out after it
-    void close(); ///< ends the waits, for the source is about to go
+    void fail();  ///< permanently: later commands fail
+    void close(); ///< ends the waits, before the source is destroyed
 
     bool hasFailed() const;
     bool isSetup() const; ///< stopped, paused or running
     bool isRunning() const;
     bool isRunning(Length length, bool isReverse) const;
     bool isPaused() const;
-    double frameRate() const; ///< frames a second of late; 0 unless running
+    double frameRate() const; ///< recent frames a second; 0 unless running
 
     /// The run, if it wants a frame now.
     std::optional<Run> run() const;
-    /// Waits until a frame is wanted. Nothing when none will be any more.
+    /// Waits until a frame is wanted. Returns nothing after `close` or `fail`.
     std::optional<Run> waitForRun();
-    /// Waits while the run goes on; false when it does no more.
+    /// Waits while the run continues; returns false when it has ended.
     bool waitUntil(Clock::time_point time, const Run& run);
-    /// Counts a frame that is ready to be shown; false when it is not wanted any more. `made` is how many frames there
-    /// were since the last one, with those that nobody asked for. A fixed or single run ends by its last frame.
+    /// Counts a frame that is ready to be shown; returns false when it is no longer wanted. `made` counts the frames
+    /// since the last one, including skipped ones. A fixed or single run ends with its last frame.
     bool finishFrame(const Run& run, std::size_t made = 1);
 
 private:

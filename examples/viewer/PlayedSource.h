@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The commands and queries that every source of the viewer carries out by its playback.
+// The commands and queries that all sources of the viewer have in common.
 #pragma once
 
 #include "Playback.h"
@@ -10,28 +10,28 @@ class ViewerSource
 public:
     virtual ~ViewerSource() = default;
 
-    /// Whether it is not set up by its own failure, which it has told on the standard error stream. Thread-safe.
+    /// Whether it has failed, which it has reported on the standard error stream. Thread-safe.
     virtual bool hasFailed() const = 0;
 
-    /// Whether it has gone and is looked for. Thread-safe.
+    /// Whether it is lost and being looked for. Thread-safe.
     virtual bool isLost() const { return false; }
 
-    /// How old the last frame is when the source is lost or the next one is overdue; below 0 otherwise. Thread-safe.
+    /// The age of the last frame when the source is lost or the next frame is overdue; below 0 otherwise. Thread-safe.
     virtual double secondsSilent() const { return -1; }
 
-    /// What became of the frames that were sent to this program.
+    /// Counts the frames that were sent to this program.
     struct Received
     {
         std::size_t whole;
-        std::size_t lost;          ///< on the wire, in part or altogether
+        std::size_t lost;          ///< in transmission, partly or completely
         std::size_t withoutBuffer; ///< when all buffers were full
-        std::size_t skipped;       ///< of the whole ones: not shown, for there was a newer one
+        std::size_t skipped;       ///< complete, but not shown because of a newer one
     };
-    /// Nothing for a source that makes its frames itself. Thread-safe.
+    /// Nothing for a source that generates its frames. Thread-safe.
     virtual std::optional<Received> received() const { return std::nullopt; }
 };
 
-/// A source over one of the library's interfaces. It says itself which of the commands it has.
+/// A source over one of the library's interfaces. The derived class declares which commands it has.
 template <class Interface>
 class PlayedSource : public Interface, public ViewerSource
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Lends frame buffers to the display.
+// Lends frame buffers to the library.
 #include "RecentFrames.h"
 
 #include <utility>
@@ -20,7 +20,7 @@ private:
 void RecentFrames::deliver(Vistrel::RawImage frame, LentBuffer buffer, Vistrel::RawImage* image,
                            Vistrel::ScopedLock* lock)
 {
-    LentBuffer outgoing; // goes back to its owner with the mutex released
+    LentBuffer outgoing; // returned to its owner after the mutex is released
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         frame.userData = reinterpret_cast<void*>(++m_count);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Lends frame buffers to the display.
+// Lends frame buffers to the library.
 #pragma once
 
 #include <Vistrel/RawImage.h>
@@ -10,8 +10,8 @@
 #include <memory>
 #include <mutex>
 
-/// A buffer that is in use: its deleter takes it back, on whatever thread the last reference goes, also after the
-/// source is gone. What the deleter needs must therefore be owned by it.
+/// A buffer in use. Its deleter takes it back, on the thread of the last reference, also after the source is destroyed:
+/// the deleter must own what it needs.
 using LentBuffer = std::shared_ptr<const void>;
 
 /// Keeps the last two delivered frames readable: the newest, and the one that is still in view while the newest is
@@ -19,10 +19,11 @@ using LentBuffer = std::shared_ptr<const void>;
 class RecentFrames
 {
 public:
-    /// Stores a frame that lies in `buffer`, and its lock; numbers it in `userData`. Null targets are left out.
+    /// Stores the description of a frame in `buffer`, with a number in `userData`, and its lock. Null targets are
+    /// skipped.
     void deliver(Vistrel::RawImage frame, LentBuffer buffer, Vistrel::RawImage* image, Vistrel::ScopedLock* lock);
 
-    /// A lock on a frame delivered before; empty when its buffer may be in use for another frame.
+    /// Returns a lock on a frame delivered before; empty when its buffer may be in use for another frame.
     Vistrel::ScopedLock lock(const Vistrel::RawImage& image) const;
 
     std::size_t delivered() const;

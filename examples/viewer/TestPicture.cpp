@@ -11,7 +11,7 @@
 
 namespace {
 
-// Everything is laid out in a frame of 1280 x 960, then scaled as a whole.
+// All coordinates are in a frame of 1280 x 960, which is then scaled.
 constexpr QSizeF layout(1280, 960);
 constexpr QPointF wheelCentre(360, 370);
 constexpr double wheelRadius = 270;
@@ -127,7 +127,7 @@ TestPicture drawTestPicture(const QSize& size, const QString& label)
     painter.setPen(Qt::white);
     painter.setFont(textFont());
     painter.drawText(labelRect, Qt::AlignVCenter, label);
-    // The outermost pixels tell whether an edge is cut off.
+    // The outermost pixels show whether an edge is cut off.
     painter.resetTransform();
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setBrush(Qt::NoBrush);

@@ -14,10 +14,10 @@ struct TestPicture
 {
     QImage still;                  // Format_RGBX64
     QImage ball;                   // Format_RGBA64_Premultiplied; only its opaque pixels count
-    QPointF orbitCentre;           // the ball's centre moves about it
+    QPointF orbitCentre;           // of the ball's centre
     double orbitRadius = 0;        // pixels
     std::array<QImage, 10> digits; // Format_RGBX64, all of one size
-    QPoint counter;                // where the first of six digits goes
+    QPoint counter;                // the place of the first of six digits
 };
 
 /// Draws the picture in any size; `label` is written into it.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The library's window, with what the viewer's command line adds to it.
+// The library's window with the functions of the viewer's command line.
 #include "ViewerWindow.h"
 
 #include "Console.h"
@@ -26,11 +26,11 @@ namespace {
 constexpr int noFrameMs = 20000;
 constexpr int receptionMs = 250;
 
-// What this process has used of its processors so far.
+// The processor time of this process so far.
 double processorSeconds()
 {
 #if defined(_WIN32)
-    // The C library's own clock tells the time of day here.
+    // The C library's clock() gives the elapsed time here.
     FILETIME created, ended, kernel, user;
     if (!GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user))
         return 0;
@@ -68,7 +68,7 @@ ViewerWindow::ViewerWindow(Vistrel::ScopedAcquisitionInterface&& source, const O
     addAction(quit);
 
     connect(surfaceStream(), &Vistrel::SurfaceStream::imageUpdated, this, &ViewerWindow::imageUpdated);
-    // Sources announce from any thread; one that has failed already has announced it to nobody.
+    // Sources announce on any thread. One that has failed before had no receiver for its announcement.
     connect(acquisitionInterface()->signalHandler(), SIGNAL(acquisitionStateChanged()), this, SLOT(checkSource()),
             Qt::QueuedConnection);
     QTimer::singleShot(0, this, &ViewerWindow::checkSource);
@@ -114,7 +114,7 @@ void ViewerWindow::checkSource()
 {
     if (!source() || !source()->hasFailed())
         return;
-    // The source has told why on the standard error stream.
+    // The source has reported the reason on the standard error stream.
     if (m_options.frames > 0)
         fail(tr("the source has ended before the last frame"));
     else
@@ -131,7 +131,7 @@ void ViewerWindow::showReception()
     if (!source())
         return;
     m_counts->setText(countsText(*source()->received()));
-    // The picture stays, and looks as if it were live.
+    // The last picture stays and would look live.
     const double seconds = source()->secondsSilent();
     m_silence->setVisible(seconds >= 0);
     if (seconds < 0)
@@ -155,7 +155,7 @@ void ViewerWindow::fail(const QString& why)
 
 void ViewerWindow::closeEvent(QCloseEvent* event)
 {
-    // Frames still come in until the window has gone.
+    // Frames are published until the window is destroyed.
     if (closeable() && !m_isClosed) {
         m_isClosed = true;
         m_outcome->statistics = statistics();
@@ -178,7 +178,7 @@ QString ViewerWindow::statistics() const
                              : tr("no frame");
     const quint64 converted = surfaceStream()->framesConverted();
     const quint64 published = surfaceStream()->framesPublished();
-    // What came before the first frame, the start of the program, is left out.
+    // Without the program's start, before the first frame.
     const double seconds = processorSeconds() - m_processorTime;
     const QString cost = published > 1 ? QString::number(seconds * 1000 / double(published - 1), 'f', 2) : tr("-");
     const QString shown =

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The library's window, with what the viewer's command line adds to it.
+// The library's window with the functions of the viewer's command line.
 #pragma once
 
 #include "Options.h"
@@ -9,7 +9,7 @@
 #include <QtCore/QTimer>
 #include <QtWidgets/QLabel>
 
-/// What became of a window that has closed, and is gone by now.
+/// The result of a closed window.
 struct Outcome
 {
     int exitCode = 0;   // 1 when the window was closed by a failure
@@ -18,7 +18,7 @@ struct Outcome
 
 class ViewerSource;
 
-/// Shows a source, and carries out `--frames` and `--screenshot`. Deletes itself when it is closed.
+/// Shows a source, and implements `--frames` and `--screenshot`. Deletes itself when it is closed.
 class ViewerWindow : public Vistrel::WindowQt
 {
     Q_OBJECT
@@ -42,7 +42,7 @@ private:
 
     const Options m_options;
     Outcome* const m_outcome;
-    QTimer m_noFrame;            // runs only with `--frames`, which promises an end
+    QTimer m_noFrame;            // runs only with `--frames`, which must end
     QTimer m_receptionTimer;     // runs for a source that receives its frames, as do the two below
     QLabel* const m_silence;     // over the picture while no frames come
     QLabel* const m_counts;      // in the status bar

@@ -51,7 +51,7 @@ void showBox(const QString& message)
     MessageBoxW(nullptr, reinterpret_cast<const wchar_t*>(message.utf16()), L"Vistrel Viewer", MB_ICONERROR);
 }
 
-// From the system: the C library's own have lost every letter that the 8-bit encoding does not know.
+// From the system: the arguments of `main` have lost all characters that the 8-bit encoding lacks.
 QStringList commandLine(int, char**)
 {
     QStringList arguments;
