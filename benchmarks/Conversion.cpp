@@ -31,8 +31,7 @@ using namespace Bench;
 
 constexpr Size full{4096, 3072};
 
-/// Copies plain memory on the same threads that convert. Bytes are handed out in small pieces to whoever asks next, as
-/// rows are.
+/// Copies plain memory on the threads that convert, which take small pieces as they take rows.
 class PlainCopy
 {
 public:
@@ -90,7 +89,7 @@ void measure(benchmark::State& state, double bytesMoved, const std::function<boo
     state.counters["gigabytes_per_s"] = 1e-6 * bytesMoved / median;
 }
 
-/// What a frame costs to read: of a packed row only the first five eighths hold pixels.
+/// The bytes of a frame that are read: only the first five eighths of a packed row contain pixels.
 double bytesRead(Format format)
 {
     return (format & formatPackingMask) != 0 ? 1.25 : static_cast<double>(bytesPerPixel(format));
@@ -106,7 +105,7 @@ bool isMosaic(Format format)
     return (format & formatPatternMask) != 0;
 }
 
-/// Whether two conversions made the same picture, as far as `Peer` promises.
+/// Whether two conversions made the same picture, with the tolerance of `Peer`.
 bool isSame(const QImage& ours, const PageMemory& theirs)
 {
     const bool isColored = ours.depth() == 32;
@@ -169,7 +168,7 @@ QVector<unsigned int> invertedPalette()
     return palette;
 }
 
-/// A converted frame as a picture, beside the toolkit's way: a copy with its palette, then a fresh pixmap.
+/// Renders a converted frame, beside Qt's way: a copy with its palette, then a new pixmap.
 void render(benchmark::State& state, Format format, const QVector<unsigned int>& palette, double bytesMovedPerPixel)
 {
     Frames frames(1, full.width, full.height, format);
@@ -191,7 +190,7 @@ void render(benchmark::State& state, Format format, const QVector<unsigned int>&
               {}}});
 }
 
-/// The stream's way from a delivered frame to a picture. The previous picture stays in use meanwhile, as on a surface.
+/// Makes a picture of a delivered frame as the stream does, while the previous picture is in use, as on a surface.
 void convertAndRender(benchmark::State& state, Format format, const ConversionSettings& settings)
 {
     Frames frames(2, full.width, full.height, format);

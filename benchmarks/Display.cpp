@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the whole stream costs: frames a second, latency, gaps of the user interface, memory.
+// Measures the complete stream: frames a second, latency, gaps of the user interface, memory.
 #include "Measure.h"
 #include "Viewer.h"
 
@@ -55,13 +55,13 @@ struct Warm
     bool good = false;
 };
 
-/// Median time of a conversion as the stream does it, after as much rest as between the frames of a paced run.
+/// Median time of a conversion as in the stream, after the same pause as between the frames of a paced run.
 double conversionTime(Frames& frames, int pause)
 {
     ConversionSettings settings;
     settings.stages.set(Stage::Mosaic, std::make_shared<const MosaicFilter>(true));
     FrameConverter converter;
-    std::shared_ptr<DisplayFrame> shown; // stays in use meanwhile, as on a surface
+    std::shared_ptr<DisplayFrame> shown; // in use during the next conversion, as on a surface
     std::vector<double> times;
     for (int i = 0; i < 60; ++i) {
         QEventLoop loop;
@@ -124,7 +124,7 @@ public:
         start(1);
         loop.exec();
         stop();
-        m_gaps.push_back(millisecondsSince(m_last)); // one that the end of the watch cut short
+        m_gaps.push_back(millisecondsSince(m_last)); // cut short by the end of the watch
         return m_gaps;
     }
 
@@ -158,11 +158,11 @@ void gaps(benchmark::State& state, const Shape& shape, const std::function<bool(
     }
 }
 
-/// Counts what frames of unchanged size still ask of the memory, once the stream is warm.
+/// Counts the allocations and page faults of frames of unchanged size, once the stream is warm.
 void memory(benchmark::State& state, const Shape& shape, bool palette)
 {
     const SmallPages smallPages;
-    malloc_trim(0); // what the cases before have left behind
+    malloc_trim(0); // releases the memory of the previous cases
     Warm warm(shape);
     if (palette) {
         QVector<unsigned int> inverted(256);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What it costs to zoom and drag an image in the main window, beside the toolkit's own painting.
+// Measures zooming and dragging in the main window, beside Qt's own painting.
 #include "Shown.h"
 
 #include <Vistrel/SurfaceScrollArea.h>
@@ -31,7 +31,7 @@ struct Part
     QRectF source;
 };
 
-/// Paints as the toolkit does by itself.
+/// Paints with Qt alone.
 class PlainView : public QWidget
 {
 public:
@@ -60,8 +60,8 @@ struct Costs
     std::vector<double> elapsed;
 };
 
-/// Adds to the last block what it costs from `provoke`, which must make a widget paint, until that is done with all
-/// that it entails. The first steps do not count.
+/// Adds to the last block the time from `provoke`, which must make a widget paint, until all events have been handled.
+/// The first steps do not count.
 bool timeRepaint(Costs& costs, int step, const quint64& paintings, const std::function<void()>& provoke)
 {
     const quint64 before = paintings;
@@ -77,7 +77,7 @@ bool timeRepaint(Costs& costs, int step, const quint64& paintings, const std::fu
     return isPainted;
 }
 
-/// In and out by turns.
+/// Zooms in and out by turns.
 void turnWheel(Surface& surface, int step)
 {
     const QPoint place = surface.rect().center();
@@ -95,7 +95,7 @@ void sendMouse(Surface& surface, QEvent::Type type, const QPoint& moved)
     QCoreApplication::sendEvent(&surface, &event);
 }
 
-/// Back and forth, never the same place twice in a row.
+/// Drags back and forth, never to the same place twice in a row.
 void drag(Surface& surface, int step)
 {
     constexpr int turn = 10;
@@ -107,8 +107,8 @@ void drag(Surface& surface, int step)
         sendMouse(surface, QEvent::MouseButtonRelease, QPoint(7, 5) * (moved + 1));
 }
 
-/// One iteration is a block of steps in a main window and the same ones in a plain view. Only one of the two is there
-/// at a time, and each has its memory anew.
+/// One iteration is a block of steps in a main window and the same steps in a plain view. Only one of the two exists at
+/// a time, and each allocates its memory anew.
 void interact(benchmark::State& state, Format format, double scaling, void (*send)(Surface& surface, int step))
 {
     Frames frames(1, 4096, 3072, format);
@@ -127,7 +127,7 @@ void interact(benchmark::State& state, Format format, double scaling, void (*sen
             Surface& surface = *shown.surface;
             if (shown.showFrames(frames, 1, 1) < 0)
                 return state.SkipWithError("the frame was not painted");
-            shown.stream->setRefreshEnabled(false); // the input alone makes it paint
+            shown.stream->setRefreshEnabled(false); // only the input makes it paint
             shown.window->surfaceScrollArea()->setZoomTo(scaling, QPoint(-1, -1));
             settle();
             pixmap = surface.pixmap();

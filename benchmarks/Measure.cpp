@@ -33,7 +33,7 @@ void note(std::size_t bytes)
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
 
-// The allocator's entrances, each counted and passed on under the C library's other name for it.
+// The allocator's functions. Each counts and calls the C library's function by its other name.
 extern "C" {
 
 void* __libc_malloc(std::size_t bytes);

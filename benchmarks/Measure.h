@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the measurements are made with: clocks, memory counters, statistics, frames.
+// Tools of the measurements: clocks, memory counters, statistics, frames.
 #pragma once
 
 #include <Vistrel/RawImage.h>
@@ -28,11 +28,12 @@ long pageFaults();
 /// Memory of this process that is resident now.
 double residentKibibytes();
 
-/// Requests of at least 64 KiB to the C library's allocator, since the start: whatever asks for the memory of a frame
-/// ends there, in C++ and in the toolkit.
+/// Requests of at least 64 KiB to the C library's allocator since the start. C++ and Qt also get the memory of frames
+/// from it.
 std::size_t largeAllocations();
 
-/// While it lives, memory is mapped in pages of 4 KiB alone, so that the count of page faults tells the amount touched.
+/// While it exists, memory is mapped only in pages of 4 KiB, so that the number of page faults gives the memory
+/// touched.
 class SmallPages
 {
 public:
@@ -44,11 +45,11 @@ public:
 
 /// The sample below which `fraction` of the samples lie; 0 without samples.
 double quantile(std::vector<double> samples, double fraction);
-/// The median of samples divided each by the one that was taken next to it: the machine's own drift cancels out.
+/// The median of the quotients of samples that were taken one after the other: the drift of the machine cancels out.
 double medianRatio(const std::vector<double>& samples, const std::vector<double>& references);
 
-/// Bytes from the start of a page on, touched already. A copy can be several times slower when its target lies a few
-/// bytes behind its source within their pages: what is timed here shall not depend on where memory happens to lie.
+/// Bytes from the start of a page, touched already. A copy can be several times slower when its target's offset in the
+/// page is a few bytes above its source's: times must not depend on the addresses.
 class PageMemory
 {
 public:
@@ -73,19 +74,19 @@ struct Size
     std::size_t height;
 };
 
-/// From the smallest to the largest that a curve over the size goes through.
+/// The sizes of a curve, from the smallest to the largest.
 constexpr Size sizes[] = {{640, 480}, {1280, 960}, {1920, 1080}, {2560, 1920}, {4096, 3072}};
 
 /// As in "Mono8/640x480".
 std::string text(Vistrel::Format format, const Size& size);
 
-/// Frames of one size and format with random pixels, each in memory of its own.
+/// Frames of one size and format with random pixels, each in its own memory.
 class Frames
 {
 public:
     Frames(std::size_t count, std::size_t width, std::size_t height, Vistrel::Format format);
 
-    /// The next one in turn.
+    /// Returns the next one in turn.
     const Vistrel::RawImage& next() { return m_frames[m_next++ % m_frames.size()]; }
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How close a demosaiced picture comes to the photograph that the mosaic was taken from, beside OpenCV's.
+// Compares a demosaiced picture with the photograph that the mosaic was made from, beside OpenCV's.
 #include "Measure.h"
 #include "Peers.h"
 
@@ -21,9 +21,9 @@ namespace {
 using namespace Vistrel;
 using namespace Bench;
 
-constexpr int border = 4; // pixels at the edges that are not compared: there is no common rule for them
+constexpr int border = 4; // pixels at the edges; not compared, because there is no common rule for them
 
-/// Halved in size, because the colours of most photographs in files have half the resolution of their grey levels.
+/// Halves the size, because most files store colours at half the resolution of grey levels.
 QImage photograph(const QString& path)
 {
     const QImage whole(path);

@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* windowName = "frames";
 constexpr auto patience = std::chrono::seconds(10);
 
-/// Counts the paintings of the window's view, when it is the toolkit's.
+/// Counts the paint events of the window's view, if OpenCV uses Qt.
 class Paintings : public QObject
 {
 public:
@@ -43,7 +43,7 @@ double cpuMilliseconds()
     return 1e3 * static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_nsec);
 }
 
-/// Each frame is shown when the last was painted.
+/// Shows each frame after the previous one was painted.
 bool show(const std::vector<cv::Mat>& frames, int count, const Paintings* paintings)
 {
     for (int i = 0; i < count; ++i) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Which peers there are.
+// The list of the peers.
 #include "Peers.h"
 
 namespace Bench {

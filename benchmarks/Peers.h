@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The same conversions by general libraries, as a host would write them that uses these.
+// The same conversions by general libraries, as a host would write them.
 #pragma once
 
 #include "pipeline/frames/CopyPool.h"
@@ -14,21 +14,21 @@
 
 namespace Bench {
 
-/// Another library's way from a frame to the pixels that ours makes of it, on as many threads.
+/// A conversion by another library from a frame to the same pixels as ours, on as many threads.
 struct Peer
 {
     std::string name;
-    /// Rows are not padded. Deep values may be rounded instead of cut off, and the fourth byte of a pixel is free.
+    /// Rows are not padded. Deep values may be rounded instead of truncated; the fourth byte of a pixel is undefined.
     std::function<void(const Vistrel::RawImage& frame, std::uint8_t* target)> convert;
 };
 
-/// The peers that can convert this format and were found when this program was built.
+/// The peers that this program was built with and that can convert this format.
 std::vector<Peer> conversionPeers(Vistrel::Format format);
 
-/// A sentence for each library that was not.
+/// A sentence for each library that was not found.
 std::vector<std::string> absentPeers();
 
-/// That a thread takes at once: the peers are fastest with about as many.
+/// Rows that a thread takes at once; about this number is fastest for the peers.
 constexpr std::size_t fewestRows = 16;
 
 void addLibyuv(std::vector<Peer>& peers, Vistrel::Format format);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Conversions by libyuv. It uses one thread: its rows are split over the threads that ours are split over.
+// Conversions by libyuv, which uses one thread: the rows are split over the same threads as ours.
 #include "Peers.h"
 
 #include <libyuv.h>
@@ -42,7 +42,7 @@ void addColor(std::vector<Peer>& peers, Format format, ColorConversion convert)
 
 } // namespace
 
-// Its names tell the bytes from the last in memory to the first, but for RAW, which is the reverse of RGB24.
+// libyuv's names give the bytes from the last in memory to the first, except RAW, which is the reverse of RGB24.
 void addLibyuv(std::vector<Peer>& peers, Format format)
 {
     switch (format) {

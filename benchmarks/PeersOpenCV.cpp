@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Conversions by OpenCV. What it does on one thread alone is split by rows over the threads that ours are split over.
+// Conversions by OpenCV. Those that use one thread are split by rows over the same threads as ours.
 #include "Peers.h"
 
 #include <opencv2/imgproc.hpp>
@@ -15,7 +15,7 @@ using namespace Vistrel;
 
 cv::Mat matrix(const RawImage& frame, const std::uint8_t* pixels, int type)
 {
-    // OpenCV has no type for pixels that are only read.
+    // OpenCV has no type for constant pixels.
     return {static_cast<int>(frame.height), static_cast<int>(frame.width), type, const_cast<std::uint8_t*>(pixels)};
 }
 
@@ -46,8 +46,8 @@ void add(std::vector<Peer>& peers, int sourceType, int targetType, Convert conve
                      }});
 }
 
-// The patterns are named after the sites in the second row, from the second column on; read as BGRA, what is asked for
-// with red and blue exchanged is RGBA.
+// OpenCV names a pattern by the sites in the second row, from the second column on: our RG is its BG. Asked for RG
+// instead, it exchanges red and blue, and its BGRA is RGBA.
 void addMosaic(std::vector<Peer>& peers, Format format)
 {
     cv::setNumThreads(static_cast<int>(CopyPool::shared()->participants()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a window costs while no frame comes.
+// Measures a window while no frame comes.
 #include "Shown.h"
 
 #include <benchmark/benchmark.h>
@@ -27,7 +27,7 @@ void wait(int milliseconds)
     loop.exec();
 }
 
-/// How often threads of this process have gone to sleep.
+/// The number of times that threads of this process have gone to sleep.
 double sleeps()
 {
     rusage usage{};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole path from a frame to the screen, beside OpenCV's window.
+// Measures the complete path from a frame to the screen, beside OpenCV's window.
 #include "Measure.h"
 #include "Viewer.h"
 
@@ -22,7 +22,7 @@ using namespace Bench;
 constexpr std::size_t warmUp = 20;
 constexpr std::size_t count = 60;
 
-/// Of each round, a frame.
+/// The results of each round, per frame.
 struct Costs
 {
     std::vector<double> cpu; // milliseconds of the whole process
@@ -34,7 +34,7 @@ struct Costs
 bool showOurs(Costs& costs, Frames& frames, const Size& size)
 {
     Viewer viewer;
-    // Small frames are not enlarged unless asked for; the other window enlarges them.
+    // Our window enlarges small frames only on request; the other window always does.
     const double scaling =
         std::min(viewer.width() / static_cast<double>(size.width), viewer.height() / static_cast<double>(size.height));
     if (!viewer.showFrames(frames, 1).good)
@@ -53,7 +53,7 @@ QString openCVWindow()
     return QCoreApplication::applicationDirPath() + QLatin1String("/vistrel_bench_opencv");
 }
 
-/// In a process of its own, for it brings along an application object.
+/// In a separate process, because it has its own application object.
 bool showOpenCV(Costs& costs, const Size& size, Format format)
 {
     QProcess process;
@@ -72,7 +72,7 @@ bool showOpenCV(Costs& costs, const Size& size, Format format)
     return cpu > 0 && elapsed > 0;
 }
 
-/// One iteration is a round of frames in our window and one in the other. Only one window is there at a time.
+/// One iteration is a round of frames in our window and one in the other. Only one window exists at a time.
 void show(benchmark::State& state, Format format, const Size& size)
 {
     Frames frames(3, size.width, size.height, format);

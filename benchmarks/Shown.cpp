@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The main window and a bare surface, on a camera that can do what the window's bars show.
+// The main window and a bare surface, on a camera with the commands and statistics that the window shows.
 #include "Shown.h"
 
 #include <Vistrel/SurfaceScrollArea.h>
@@ -135,7 +135,7 @@ ShownWindow::ShownWindow(const QSize& size)
 ShownWindow::~ShownWindow()
 {
     window.reset();
-    QCoreApplication::processEvents(); // the source goes
+    QCoreApplication::processEvents(); // deletes the source
 }
 
 ShownSurface::ShownSurface(const QSize& size)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The main window and a bare surface, on a camera that can do what the window's bars show.
+// The main window and a bare surface, on a camera with the commands and statistics that the window shows.
 #pragma once
 
 #include "Measure.h"
@@ -16,7 +16,7 @@
 
 namespace Bench {
 
-/// Offers start, stop and all statistics, which usually change whenever they are asked for.
+/// Offers start, stop and all statistics, which usually change with each query.
 class Camera : public PushSource
 {
 public:
@@ -53,15 +53,15 @@ private:
 
 /// Runs the event loop until a condition is met; false after 10 seconds.
 bool waitUntil(const std::function<bool()>& isMet);
-/// Lets everything happen that a new window or another size brings about.
+/// Handles all events that a new window or another size causes.
 void settle();
 
 /// A surface on a stream of pushed frames. It counts how often the surface is painted.
 class Shown : public QObject
 {
 public:
-    /// Shows `count` frames: one is pushed each `interval` milliseconds, but none before the last was painted. Returns
-    /// the processor time per frame; a negative one when a frame was not painted.
+    /// Shows `count` frames: pushes one each `interval` milliseconds, but not before the last was painted. Returns the
+    /// processor time per frame; a negative one when a frame was not painted.
     double showFrames(Frames& frames, int count, int interval);
 
     Camera* source = nullptr;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Calls that are timed by turns, and what is reported of them.
+// Times calls by turns, and reports the results.
 #include "Turns.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Calls that are timed by turns, and what is reported of them.
+// Times calls by turns, and reports the results.
 #pragma once
 
 #include "Measure.h"
@@ -21,9 +21,9 @@ struct Contender
     std::vector<double> cpu;     // of all threads together
 };
 
-/// Runs each contender once an iteration, each time in another order, so that whatever else the machine does, and
-/// whatever one call leaves behind for the next, meets all. The first is ours: the iteration's time is its own. False,
-/// and the case ended with an error, when a call failed.
+/// Runs each contender once an iteration, each time in another order, so that other load of the machine, and the effect
+/// of one call on the next, is the same for all. The first is ours; its time is the iteration's. When a call fails,
+/// ends the case with an error and returns false.
 bool runByTurns(benchmark::State& state, std::vector<Contender>& contenders);
 
 /// `median_ms` and `cpu_ms` of ours, `<name>_ms` and `<name>_cpu_ms` of the others.

@@ -91,7 +91,7 @@ Viewer::Run Viewer::showFrames(Frames& frames, std::size_t count, int pause)
     m_pause = pause;
     m_run = Run();
     for (auto* samples : {&m_run.beginnings, &m_run.latencies, &m_run.paintings}) {
-        samples->resize(count); // touches what the run would otherwise touch first
+        samples->resize(count); // touches the memory, so that the run does not
         samples->clear();
     }
     const long faults = pageFaults();

@@ -35,7 +35,7 @@ public:
     /// From now on a fetch blocks. Runs the event loop until the stream's worker is blocked in one; false when it is
     /// not within 10 seconds.
     bool block();
-    /// Ends what the two above began.
+    /// Ends either of the two above.
     void release();
 
 protected:
@@ -56,7 +56,7 @@ public:
     ~Viewer() override;
 
     PushSource source;
-    std::optional<Vistrel::SurfaceStream> stream; // gone before the source is
+    std::optional<Vistrel::SurfaceStream> stream; // destroyed before the source
 
     struct Run
     {
@@ -70,8 +70,8 @@ public:
         std::vector<double> paintings;  // milliseconds that each painting took
     };
 
-    /// Shows `count` frames: each is pushed `pause` milliseconds after the one before was painted, from within its
-    /// painting when that is 0.
+    /// Shows `count` frames: pushes each `pause` milliseconds after the previous one was painted, or inside its paint
+    /// event for 0.
     Run showFrames(Frames& frames, std::size_t count, int pause = 0);
 
 protected:
@@ -84,7 +84,7 @@ private:
     std::size_t m_left = 0;     // frames not pushed yet
     int m_pause = 0;
     bool m_underWay = false; // a frame was pushed and not painted yet
-    quint64 m_published = 0; // when it was pushed
+    quint64 m_published = 0; // frames published when it was pushed
     Clock::time_point m_pushed;
     Run m_run;
     QEventLoop m_loop;

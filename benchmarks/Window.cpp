@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the main window costs: live frames beside a bare surface, commands.
+// Measures the main window: live frames beside a bare surface, commands.
 #include "Shown.h"
 
 #include <benchmark/benchmark.h>
@@ -25,7 +25,7 @@ using std::chrono::milliseconds;
 constexpr QSize windowSize(1280, 960);
 
 /// One iteration is a round of frames in a main window and one on a bare surface of the same size. Only one of the two
-/// is there at a time, so that no timer of the other takes part, and each has its memory anew.
+/// exists at a time, so that no timer of the other takes part, and each allocates its memory anew.
 void live(benchmark::State& state, std::size_t width, std::size_t height, Format format, const QPoint& pointed)
 {
     constexpr int warmUp = 20;
@@ -121,7 +121,7 @@ void start(benchmark::State& state, milliseconds startTakes, bool isLive)
         state.SetIterationTime(1e-3 * millisecondsSince(clicked));
         if (!clickAndAwait(*stopButton, startAction))
             return state.SkipWithError("Start was not enabled");
-        // The next click comes at another moment between two frames.
+        // Shifts the next click to another moment between two frames.
         const auto next = Clock::now() + milliseconds(20 + 7 * (toStart.size() % 5));
         waitUntil([&] { return Clock::now() >= next; });
     }
