@@ -27,7 +27,7 @@ c_functions=$(grep -ohE '^VISTREL_EXPORT [^;(]*\(' "$headers"/CInterface.h | sed
     fail "exported with C linkage and declared for it differ" "$(diff <(echo "$c_names") <(echo "$c_functions"))"
 symbols=$(grep '^_Z' <<<"$mangled" | c++filt)
 
-# What a symbol belongs to: "Vistrel::Surface" for all members of that class, its virtual table and its type.
+# The owner of each symbol: "Vistrel::Surface" for all members of that class, its virtual table and its type.
 owners=$(sed -E 's/^(vtable|VTT|typeinfo|typeinfo name|guard variable) for //; s/^(non-virtual|virtual) thunk to //' <<<"$symbols")
 foreign=$(grep -v '^Vistrel::' <<<"$owners" || true)
 [ -z "$foreign" ] || fail "exported, but not of this library" "$foreign"
@@ -44,7 +44,7 @@ inner=$(grep '::PrivateData' <<<"$owners" || true)
 [ -z "$inner" ] || fail "inner classes of public ones are exported" "$inner"
 
 for class in $classes; do
-    # One that is never made has its functions alone.
+    # A class without instances has only functions.
     if grep -qhF "    $class() = delete;" "$headers"/*.h; then
         grep -qF "Vistrel::$class::" <<<"$symbols" || fail "not exported" "Vistrel::$class"
         continue

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs the library beside the build and makes a host from what was installed, by CMake's package and by pkg-config:
-# the build's settings come in the environment.
+# Installs the library into the work folder and builds hosts with the installed files, by CMake's package and by
+# pkg-config. The build's settings are in the environment.
 set -euo pipefail
 prefix=$WORK_DIR/prefix
 rm -rf "$WORK_DIR"
@@ -28,7 +28,7 @@ export LD_LIBRARY_PATH=$prefix/$LIBDIR
 # shellcheck disable=SC2046,SC2086
 "$CXX" -std=c++17 $FLAGS "$HOST_DIR/main.cpp" $(pkg-config --cflags --libs VistrelQt) -o "$WORK_DIR/host-pkg-config"
 "$WORK_DIR/host-pkg-config"
-# On a machine without the toolkit's development files.
+# As on a machine without Qt's development files.
 # shellcheck disable=SC2046,SC2086
 "$CC" -std=c99 $FLAGS "$HOST_DIR/plain.c" $(PKG_CONFIG_LIBDIR=/nowhere pkg-config --cflags --libs Vistrel) -o "$WORK_DIR/c-pkg-config"
 "$WORK_DIR/c-pkg-config"

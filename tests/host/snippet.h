@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the C guide's fragments take for granted: they are compiled after this, each as the body of SNIPPET.
+// The context of the C guide's fragments: each is compiled after this, as the body of SNIPPET.
 #pragma once
 
 #include <Vistrel/CInterface.h>

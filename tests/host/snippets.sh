@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Compiles the C of the guide to the C interface: snippets.sh <source folder> <work folder> <C compiler>
-# A block that begins with a # is a whole file; any other is the body of a function after snippet.h.
+# A block that begins with # is a complete file; any other is the body of a function after snippet.h.
 set -euo pipefail
 source=$1 work=$2 cc=$3
 header=$source/include/Vistrel/CInterface.h guide=$source/docs/c-interface.md
 rm -rf "$work"
 mkdir -p "$work"
 
-# A block keeps its lines' numbers, so that the compiler names the place in the document.
+# Keeps the line numbers, so that the compiler names the place in the document.
 awk -v document="$guide" -v prefix="$work/guide" '
     /^```/ && file { if (!whole) print "}" >file; close(file); file = ""; next }
     /^```c$/ { file = prefix "-" NR ".c"; first = 1; next }
@@ -23,12 +23,12 @@ compgen -G "$work/guide-*.c" >/dev/null || { echo "FAIL: no code found in $guide
 
 for file in "$work"/*; do
     echo "$file"
-    # The guide declares functions without what linking on Windows takes.
+    # The guide declares functions without the attributes for linking on Windows.
     "$cc" -std=c99 -fsyntax-only -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror -Wno-attributes \
         -I"$source/include" -I"$source/tests/host" "$file"
 done
 
-# The guide to the C interface has every function and every number, and its tables no other numbers.
+# The guide must have every function and every number, and its tables no other numbers.
 wanted=$(tr -d '\n' <"$header" | grep -oE 'VT_[A-Z0-9_]+ = *-?[0-9a-fA-Fx]+' | sed -E 's/ = */ /' | sort)
 told=$(sed -nE 's/^\| `(VT_[A-Z0-9_]+)` \| (-?[0-9a-fA-Fx]+) \|.*/\1 \2/p' "$guide" | sort)
 [ "$wanted" = "$told" ] || { echo "FAIL: numbers of the header and of $guide:"; diff <(echo "$wanted") <(echo "$told"); exit 1; }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Checks that a DLL moves vectors of more than 16 bytes by instructions that need no alignment alone, for its compiler
+# Checks that a DLL moves vectors of more than 16 bytes only by instructions that need no alignment, because its compiler
 # does not align the stack for them: wide_moves.sh <library> <objdump>
 set -euo pipefail
 wide=$("$2" -d --no-show-raw-insn "$1" | grep '%[yz]mm')

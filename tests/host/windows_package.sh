@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Packs the library for Windows, unpacks it elsewhere, runs its viewer from there and looks at the screen, and makes hosts
-# from what was unpacked: windows_package.sh <check_test_picture.exe>; the build's settings come in the environment.
+# Packs the library for Windows, unpacks it elsewhere, runs the unpacked viewer and checks the screen, and builds hosts
+# with the unpacked files: windows_package.sh <check_test_picture.exe>. The build's settings are in the environment.
 set -euo pipefail
 checker=$1
 . "$SOURCE_DIR/scripts/common.sh"
@@ -12,12 +12,12 @@ echo "== Packing, twice the same"
 "$SOURCE_DIR/scripts/windows/package"
 zips=("$SOURCE_DIR"/build/Vistrel-*-windows-x86_64*.zip)
 first=$(sha256sum "${zips[@]}")
-sleep 2 # the step of the times in these files
+sleep 2 # the resolution of file times in these archives
 "$SOURCE_DIR/scripts/windows/package"
 [ "$first" = "$(sha256sum "${zips[@]}")" ] || { echo "FAIL: the packages differ"; exit 1; }
 x86_64-w64-mingw32-objdump -p "$BUILD_DIR/bin/Vistrel.dll" | grep 'Time/Date.* 1970'
 rm -rf "$WORK_DIR"
-mkdir -p "$WORK_DIR/für Kameras" # a name as users have it
+mkdir -p "$WORK_DIR/für Kameras" # a name with a blank and an umlaut
 unzip -q "$SOURCE_DIR"/build/Vistrel-*-windows-x86_64.zip -d "$WORK_DIR/für Kameras"
 package=$(echo "$WORK_DIR/für Kameras"/*)
 
@@ -33,7 +33,7 @@ listing=$(unzip -l "$SOURCE_DIR"/build/Vistrel-*-windows-x86_64-sources.zip)
 grep 'qt/qtbase.*\.orig\.tar' <<<"$listing"
 grep 'qt/qtbase.*\.debian\.tar' <<<"$listing"
 
-use_wine # nothing but the package can be found
+use_wine # without folders, so that only the package is found
 
 echo "== Running the viewer from $package"
 wine "$package/bin/viewer.exe" --help | grep -- --format

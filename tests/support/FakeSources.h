@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Sources of frames that tests hold in their hands.
+// Sources of frames that tests control.
 #pragma once
 
 #include <Vistrel/ImperativeAcquisitionInterface.h>
@@ -134,7 +134,7 @@ public:
 
 private:
     std::mutex m_mutex;
-    int m_holders = 1; // who fills them first
+    int m_holders = 1; // at first, the one that fills them
     Pages m_pages;
 };
 
@@ -148,7 +148,7 @@ private:
     ProtectedPixels& m_pixels;
 };
 
-/// A pull source of one frame whose pixels cannot be read but under its lock.
+/// A pull source of one frame whose pixels can be read only under its lock.
 class ProtectedSource : public PullSource
 {
 public:

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-// Memory that ends, to the byte, at a page which cannot be touched.
+// Memory that ends exactly at a page that cannot be accessed.
 #pragma once
 
 #include "support/Pages.h"
 
 #include <algorithm>
 
-/// `bytes` bytes between two pages that crash on any access. What alignment leaves between the bytes and the pages
-/// holds `guardByte`, so a write into it is seen, and a value read from it is a wrong one.
+/// `bytes` bytes between two pages that crash on any access. The gap that alignment leaves is filled with `guardByte`,
+/// so that a write into it is detected, and a read from it gives a wrong value.
 class GuardedBuffer
 {
 public:
@@ -34,7 +34,7 @@ public:
     std::uint8_t* data() const { return m_data; }
     std::size_t size() const { return m_size; }
 
-    /// Whether nothing was written beside the bytes.
+    /// Whether nothing was written outside the bytes.
     bool isIntact() const
     {
         const auto isGuard = [](std::uint8_t byte) { return byte == guardByte; };
@@ -44,7 +44,7 @@ public:
 private:
     std::size_t m_size;
     Pages m_pages;
-    std::uint8_t* m_first = nullptr; // what can be touched, whole pages
-    std::uint8_t* m_last = nullptr;  // behind it
+    std::uint8_t* m_first = nullptr; // of the accessible pages
+    std::uint8_t* m_last = nullptr;  // their end
     std::uint8_t* m_data = nullptr;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whole pages of memory that can be made to crash whoever touches them.
+// Pages of memory that can be made to crash on access.
 #pragma once
 
 #include <cstddef>
@@ -61,7 +61,7 @@ public:
         return m_size;
     }
 
-    /// `offset` and `bytes` are multiples of the page size.
+    /// `offset` and `bytes` must be multiples of the page size.
     void setAccessible(std::size_t offset, std::size_t bytes, bool accessible)
     {
 #if defined(_WIN32)

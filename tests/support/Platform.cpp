@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Chooses the toolkit's platform for a test program, and for those that it starts, unless the environment names one. An
-// environment variable from outside would do on Linux; Wine keeps the toolkit's from its programs.
+// Chooses Qt's platform for a test program, and for those that it starts, unless the environment names one. CTest
+// cannot set it for both systems: Wine does not pass Qt's environment variables to its programs.
 #include <QtCore/QByteArray>
 
 namespace {

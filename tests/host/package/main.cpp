@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The smallest host: pushes one frame and ends well when the surface shows it.
+// The smallest host: pushes one frame and succeeds when the surface shows it.
 #include <Vistrel/Application.h>
 #include <Vistrel/ImperativeAcquisitionInterface.h>
 #include <Vistrel/Surface.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A host in C: pushes one frame and ends well when it has come back. It needs no C library.
+// A host in C: pushes one frame and succeeds when it is released. It needs no C library.
 #include <Vistrel/CInterface.h>
 
 static VTAppHandle app;
@@ -25,7 +25,7 @@ int main(int argc, char** argv)
     return 2;
 }
 
-#if defined(_MSC_VER) // where it is built without that compiler's libraries
+#if defined(_MSC_VER) // built without that compiler's libraries
 __declspec(dllimport) void __stdcall ExitProcess(unsigned int code);
 
 void start(void)

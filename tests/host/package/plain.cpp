@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A host without the toolkit's headers: its loop runs, and what the library throws is caught by its type.
+// A host without Qt's headers: its loop runs, and it catches the library's exceptions by their type.
 #include <Vistrel/Application.h>
 
 #include <cstdio>
