@@ -50,8 +50,6 @@ int main(int argc, char* argv[])
     const QStringList arguments = QCoreApplication::arguments();
     const QStringList numbers = arguments.value(1).split(QLatin1Char('x'));
     const QSize size(numbers.value(0).toInt(), numbers.value(1).toInt());
-    if (arguments.size() != 4 || size.isEmpty())
-        return 2;
     const QImage still =
         drawTestPicture(size, QStringLiteral("RGB8 ") + arguments[1]).still.convertToFormat(QImage::Format_RGB32);
     const QImage first = pictureIn(arguments[2], still);

@@ -24,49 +24,24 @@ void fail(const char* why)
     std::_Exit(1);
 }
 
-class User : public QObject
+bool hasSeenAll = false;
+
+// Closes the windows that the example is to have once each of them shows a picture.
+void look(QTimer& timer)
 {
-    Q_OBJECT
-
-public:
-    User() : QObject(qApp)
-    {
-        connect(&m_timer, SIGNAL(timeout()), this, SLOT(look()));
-        connect(qApp, SIGNAL(aboutToQuit()), this, SLOT(endReached()));
-        m_timer.start(10);
-        QTimer::singleShot(patienceMs, this, SLOT(giveUp()));
-    }
-
-public Q_SLOTS:
-    void look()
-    {
-        QList<WindowQt*> windows;
-        for (QWidget* const widget : QApplication::topLevelWidgets()) {
-            auto* const window = qobject_cast<WindowQt*>(widget);
-            if (!window || !window->isVisible())
-                continue;
-            if (window->surfaceScrollArea()->surface()->pixmap().isNull())
-                return;
+    QList<WindowQt*> windows;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+        auto* const window = qobject_cast<WindowQt*>(widget);
+        if (window && window->isVisible() && !window->surfaceScrollArea()->surface()->pixmap().isNull())
             windows.append(window);
-        }
-        if (windows.size() < qEnvironmentVariableIntValue("EXAMPLE_WINDOWS"))
-            return;
-        m_timer.stop();
-        m_hasSeenAll = true;
-        for (WindowQt* const window : windows)
-            window->close();
     }
-    void endReached()
-    {
-        if (!m_hasSeenAll)
-            fail("the program ends before each window has shown a picture");
-    }
-    void giveUp() { fail(m_hasSeenAll ? "the program does not end" : "a window or its picture does not come"); }
-
-private:
-    QTimer m_timer;
-    bool m_hasSeenAll = false;
-};
+    if (windows.size() < qEnvironmentVariableIntValue("EXAMPLE_WINDOWS"))
+        return;
+    timer.stop();
+    hasSeenAll = true;
+    for (WindowQt* const window : windows)
+        window->close();
+}
 
 // But for the platform's own, which tell what it cannot do.
 void refuseWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
@@ -79,11 +54,17 @@ void refuseWarnings(QtMsgType type, const QMessageLogContext&, const QString& te
 void makeUser()
 {
     qInstallMessageHandler(refuseWarnings);
-    new User;
+    auto* const timer = new QTimer(qApp);
+    timer->callOnTimeout([timer] { look(*timer); });
+    timer->start(10);
+    QTimer::singleShot(patienceMs, timer,
+                       [] { fail(hasSeenAll ? "the program does not end" : "a window or its picture does not come"); });
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, timer, [] {
+        if (!hasSeenAll)
+            fail("the program ends before each window has shown a picture");
+    });
 }
 
 Q_COREAPP_STARTUP_FUNCTION(makeUser)
 
 } // namespace
-
-#include "user.moc"
