@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Tests the application object: one at a time, its event loop, its idle methods. Every test makes its own.
+#include "app/c/Calls.h"
 #include "base/Log.h"
 
 #include <Vistrel/Application.h>
@@ -39,47 +40,15 @@ struct Reported : QStringList
     ~Reported() { setReportSink(nullptr); }
 };
 
-/// A source whose setup is a function.
+/// A source whose setup is a function, which goes with it.
 class BusySource : public PushSource
 {
 public:
-    BusySource(std::function<bool()> work, std::atomic<bool>& isGone) : m_work(std::move(work)), m_isGone(isGone)
-    {
-        setUp = false;
-    }
-    ~BusySource() override { m_isGone = true; }
+    explicit BusySource(std::function<bool()> work) : m_work(std::move(work)) { setUp = false; }
     bool setup() override { return m_work(); }
 
 private:
     const std::function<bool()> m_work;
-    std::atomic<bool>& m_isGone;
-};
-
-/// An application whose idle methods write a trace.
-class TracedApplication : public Application
-{
-public:
-    TracedApplication() : Application(3, commandLine) {}
-
-    /// Adds an idle method that writes `name`, and then does `after`.
-    void add(
-        char name, const std::function<void()>& after = [] {})
-    {
-        m_methods.emplace_back([=] {
-            trace += name;
-            after();
-        });
-        addAgain();
-    }
-    void addAgain()
-    {
-        addIdleMethod([](void* method) { (*static_cast<std::function<void()>*>(method))(); }, &m_methods.back());
-    }
-
-    QByteArray trace;
-
-private:
-    std::deque<std::function<void()>> m_methods;
 };
 
 } // namespace
@@ -95,6 +64,7 @@ private Q_SLOTS:
     void exitEndsTheLoopOnce();
     void idleMethodsRunInOrderInTheLoopAlone();
     void endTakesTheWindowsAlong();
+    void nothingIsThrownIntoC();
 };
 
 void ApplicationTest::secondIsRefused()
@@ -143,61 +113,63 @@ void ApplicationTest::failedConstructionLeavesNothing()
 void ApplicationTest::commandLineIsCopied()
 {
     auto argument = std::make_unique<std::string>(100, 'x');
-    auto argv = std::make_unique<std::vector<const char*>>(2, argument->c_str());
-    const Application application(2, argv->data());
+    auto argv = std::make_unique<std::vector<const char*>>(1, argument->c_str());
+    const Application application(1, argv->data());
     argument.reset();
     argv.reset();
-    QCOMPARE(QCoreApplication::arguments(),
-             QStringList({QString(100, QLatin1Char('x')), QString(100, QLatin1Char('x'))}));
+    QCOMPARE(QCoreApplication::arguments(), QStringList(QString(100, QLatin1Char('x'))));
 }
 
 void ApplicationTest::exitEndsTheLoopOnce()
 {
-    TracedApplication application;
+    Application application(3, commandLine);
     application.exit(4);
     QCOMPARE(application.exec(), 4);
     std::thread([&] { application.exit(5); }).join();
     QCOMPARE(application.exec(), 5);
-
     std::thread thread;
-    QTimer::singleShot(0, QCoreApplication::instance(), [&] { // the first idle method comes while the loop runs
-        application.add('i', [&] {
-            if (application.trace.size() == 5)
-                application.exit(6);
-            else if (application.trace.size() == 15)
-                thread = std::thread([&] { application.exit(7); });
-        });
-    });
-    const int codes[] = {application.exec(), application.exec()};
+    QTimer::singleShot(0, qApp, [&] { thread = std::thread([&] { application.exit(6); }); });
+    QCOMPARE(application.exec(), 6);
     thread.join();
-    QCOMPARE(codes[0], 6);
-    QCOMPARE(codes[1], 7);
+    QTimer::singleShot(0, qApp, [&] { // the first idle method comes while the loop runs
+        application.addIdleMethod([](void* self) { static_cast<Application*>(self)->exit(7); }, &application);
+    });
+    QCOMPARE(application.exec(), 7);
 }
 
 void ApplicationTest::idleMethodsRunInOrderInTheLoopAlone()
 {
     const Reported lines;
-    TracedApplication application;
+    Application application(3, commandLine);
+    QByteArray trace;
+    std::deque<std::function<void()>> methods;
+    const auto addAgain = [&] {
+        application.addIdleMethod([](void* one) { (*static_cast<std::function<void()>*>(one))(); }, &methods.back());
+    };
+    const auto add = [&](char name, const std::function<void()>& after) {
+        methods.emplace_back([&trace, name, after] { trace += name, after(); });
+        addAgain();
+    };
     int added = 0;
-    application.add('a', [&] {
+    add('a', [&] {
         for (; added < 100; ++added) // as many as make any list move
-            application.add('n', [&] { application.exit(3); });
+            add('n', [&] { application.exit(3); });
     });
-    application.add('b');
-    application.addAgain();
+    add('b', [] {});
+    addAgain();
     application.addIdleMethod(nullptr, nullptr);
-    application.add('c', [] { throw std::runtime_error("the film ran out"); });
-    application.add('d', [] { throw 7; });
+    add('c', [] { throw std::runtime_error("the film ran out"); });
+    add('d', [] { throw 7; });
     const auto runsNone = [&] {
-        const QByteArray before = application.trace;
+        const QByteArray before = trace;
         for (int i = 0; i < 20; ++i)
             QCoreApplication::processEvents();
-        return application.trace == before;
+        return trace == before;
     };
     QVERIFY(runsNone());
     QCOMPARE(application.exec(), 3);
     QVERIFY(runsNone());
-    QVERIFY2(application.trace.startsWith("abbcdabbcd" + QByteArray(100, 'n')), application.trace.constData());
+    QVERIFY2(trace.startsWith("abbcdabbcd" + QByteArray(100, 'n')), trace.constData());
     QCOMPARE(lines.mid(0, 2), QStringList({QStringLiteral("Vistrel: idle method: the film ran out"),
                                            QStringLiteral("Vistrel: idle method: unknown exception")}));
 }
@@ -206,30 +178,28 @@ void ApplicationTest::endTakesTheWindowsAlong()
 {
     const Reported lines;
     auto& never = *new Gate; // for a thread that stays
-    auto& isNeverGone = *new std::atomic<bool>{false};
     Gate slow, asking;
-    std::atomic<bool> isSlowGone{false}, isAskingGone{false};
     std::unique_ptr<Window> outlived;
+    std::weak_ptr<int> sources[3]; // live as long as they
     std::thread opener;
     {
         const Application application(3, commandLine);
-        const auto setUp = [](Gate& gate, std::function<bool()> work, std::atomic<bool>& isGone) {
-            (new WindowQt(ScopedAcquisitionInterface(new BusySource(std::move(work), isGone))))->setConfigured();
+        const auto setUp = [&sources](int number, Gate& gate, const std::function<void()>& work) {
+            const auto life = std::make_shared<int>();
+            sources[number] = life;
+            (new WindowQt(ScopedAcquisitionInterface(new BusySource([life, work] { return work(), true; }))))
+                ->setConfigured();
             while (gate.arrived() == 0) // no box without events
                 std::this_thread::yield();
         };
-        setUp(
-            slow, [&] { return slow.pass(), true; }, isSlowGone);
-        setUp(
-            never, [&never] { return never.pass(), true; }, isNeverGone);
+        setUp(0, slow, [&] { slow.pass(); });
+        setUp(1, never, [&never] { never.pass(); });
         outlived = std::make_unique<Window>(ScopedAcquisitionInterface());
         asking.open();
-        const auto ask = [&] {
+        setUp(2, asking, [&] {
             asking.pass();
-            return MessageBoxDialog::question(nullptr, "", "", DialogButton::Yes, DialogButton::Yes) ==
-                   DialogButton::Yes;
-        };
-        setUp(asking, ask, isAskingGone);
+            MessageBoxDialog::question(nullptr, "", "", DialogButton::Yes, DialogButton::Yes);
+        });
         opener = std::thread([&] {
             while (Application::global())
                 std::this_thread::yield();
@@ -237,12 +207,17 @@ void ApplicationTest::endTakesTheWindowsAlong()
         });
     }
     opener.join();
-    QVERIFY(isSlowGone && isAskingGone && !isNeverGone && !outlived->good());
+    QVERIFY(sources[0].expired() && !sources[1].expired() && sources[2].expired() && !outlived->good());
 #if defined(NDEBUG)
     outlived->setApplicationAbout("a", "b");
 #endif
     QCOMPARE(lines,
              QStringList(QStringLiteral("Vistrel::Application: A source whose call has not returned is left alone.")));
+}
+
+void ApplicationTest::nothingIsThrownIntoC()
+{
+    QCOMPARE(guarded([]() -> std::int32_t { throw 1; }), VT_ERROR_EXCEPTION + 0);
 }
 
 QTEST_APPLESS_MAIN(ApplicationTest)
