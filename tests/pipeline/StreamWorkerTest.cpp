@@ -13,13 +13,59 @@
 
 using namespace Vistrel;
 
+namespace {
+
+/// A worker that stands in its first fetch. Every fetch waits at the gate.
+struct GatedWorker
+{
+    GatedWorker()
+    {
+        worker.start();
+        worker.request();
+        while (gate.arrived() == 0)
+            std::this_thread::yield();
+    }
+    ~GatedWorker() { gate.openForGood(); }
+
+    const TestFrame frame{4, 4, Mono8};
+    Gate gate;
+    PullSource source{[this](RawImage* image, ScopedLock*) {
+        gate.pass();
+        *image = frame.raw;
+        return true;
+    }};
+    std::atomic<int> announced{0};
+    StreamWorker worker{&source, [this] { ++announced; }};
+};
+
+/// Keeps the pool busy, so that a worker stands in the middle of its conversion.
+class BusyPool
+{
+public:
+    BusyPool()
+    {
+        while (m_gate.arrived() == 0)
+            std::this_thread::yield();
+    }
+    ~BusyPool()
+    {
+        m_gate.openForGood();
+        m_occupant.join();
+    }
+
+private:
+    Gate m_gate;
+    std::thread m_occupant{[this] { CopyPool::shared()->run([this](std::size_t, std::size_t) { m_gate.pass(); }); }};
+};
+
+} // namespace
+
 class StreamWorkerTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void requestsDuringAFetchAreServedByOneMore();
-    void waitingRequestSeesAFetchThatBeganAfterIt();
     void clearDropsFramesUntilTheyAreAccepted();
     void changeDuringAConversionIsLeftToItsEnd();
     void frameWithoutALockIsConvertedAgainBetweenFetches();
@@ -29,125 +75,82 @@ private Q_SLOTS:
 
 void StreamWorkerTest::requestsDuringAFetchAreServedByOneMore()
 {
-    Gate gate;
-    PullSource source([&](RawImage*, ScopedLock*) {
-        gate.pass();
-        return false;
-    });
-    StreamWorker worker(&source, [] {});
-    worker.start();
-    worker.request();
-    QTRY_COMPARE(gate.arrived(), 1);
-    for (int i = 0; i < 5; ++i)
-        worker.request();
-    gate.open();
-    QTRY_COMPARE(gate.arrived(), 2);
-    gate.openForGood();
-    worker.requestAndWait();
-    QCOMPARE(source.fetches.load(), 3);
-}
-
-void StreamWorkerTest::waitingRequestSeesAFetchThatBeganAfterIt()
-{
-    Gate gate;
-    TestFrame frame(4, 4, Mono8);
-    PullSource source([&](RawImage* image, ScopedLock*) {
-        gate.pass();
-        *image = frame.raw;
-        return true;
-    });
-    StreamWorker worker(&source, [] {});
-    worker.start();
-    worker.request();
-    QTRY_COMPARE(gate.arrived(), 1);
+    GatedWorker one;
+    one.worker.request();
+    one.worker.request();
+    one.gate.open();
+    QTRY_COMPARE(one.gate.arrived(), 2);
     auto waiting = std::async(std::launch::async, [&] {
-        worker.requestAndWait();
-        return worker.framesConverted();
+        one.worker.requestAndWait();
+        return one.worker.framesConverted();
     });
-    gate.open(); // the fetch that was under way is not the one asked for
-    QTRY_COMPARE(gate.arrived(), 2);
+    one.gate.open(); // the fetch that was under way is not the one asked for
+    QTRY_COMPARE(one.gate.arrived(), 3);
     QVERIFY(waiting.wait_for(std::chrono::seconds(0)) == std::future_status::timeout);
-    gate.open();
-    QCOMPARE(waiting.get(), std::uint64_t{2});
+    one.gate.openForGood();
+    QCOMPARE(waiting.get(), std::uint64_t{3});
+    QCOMPARE(one.gate.arrived(), 3);
 }
 
 void StreamWorkerTest::clearDropsFramesUntilTheyAreAccepted()
 {
-    Gate gate;
-    TestFrame frame(4, 4, Mono8);
-    PullSource source([&](RawImage* image, ScopedLock*) {
-        gate.pass();
-        *image = frame.raw;
-        return true;
-    });
-    StreamWorker worker(&source, [] {});
-    worker.start();
-    worker.request();
-    QTRY_COMPARE(gate.arrived(), 1);
-    worker.clear();
-    gate.open();
-    worker.requestAndWait(); // asks the source for nothing
-    QCOMPARE(gate.arrived(), 1);
-    QVERIFY(!worker.front());
-    worker.acceptFrames();
-    worker.request();
-    QTRY_COMPARE(gate.arrived(), 2);
-    worker.clear();
-    worker.acceptFrames();
-    gate.open(); // which has waited for its first frame since
-    QTRY_VERIFY(worker.front());
+    GatedWorker one;
+    one.worker.clear();
+    one.gate.open();
+    one.worker.requestAndWait(); // asks the source for nothing
+    QCOMPARE(one.gate.arrived(), 1);
+    QVERIFY(!one.worker.front());
+    one.worker.acceptFrames();
+    one.worker.request();
+    QTRY_COMPARE(one.gate.arrived(), 2);
+    one.worker.clear();
+    one.worker.acceptFrames();
+    one.gate.open(); // which has waited for its first frame since
+    QTRY_VERIFY(one.worker.front());
 }
 
-// The pool is kept busy, so that the worker stands in the middle of its conversion while the settings change.
 void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
 {
+    using Renewal = StreamWorker::Renewal;
     const TestFrame small(64, 64, BayerRG8, 9);
     const TestFrame large(2048, 2048, BayerRG8, 9); // for which the pool is needed
     PushSource source;
     StreamWorker worker(&source, [] {});
     worker.start();
-    source.setNextFrame(small.raw);
-    worker.requestAndWait();
-    Gate busy;
-    std::thread occupant([&] { CopyPool::shared()->run([&](std::size_t, std::size_t) { busy.pass(); }); });
-    QTRY_VERIFY(busy.arrived() > 0);
-    source.setNextFrame(large.raw);
-    worker.request();
     QVector<unsigned int> palette = grayRamp();
     const auto dragPalette = [&] {
         palette[9] += 0x10000;
         return worker.setStage(std::make_shared<const ColorPalette>(palette));
     };
-    const auto demosaic = [&](bool isOn) { return worker.setStage(std::make_shared<const MosaicFilter>(isOn)); };
-    QTRY_COMPARE(dragPalette(), StreamWorker::Renewal::None);
-    QCOMPARE(demosaic(true), StreamWorker::Renewal::None);
-    QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::None);
-    busy.openForGood();
-    occupant.join();
-    QTRY_COMPARE(worker.framesConverted(), std::uint64_t{2});
-    QCOMPARE(worker.front()->rendered.pixel(0, 0), palette[9]); // chosen before it was applied
-    QCOMPARE(worker.front()->image.format(), QImage::Format_Indexed8);
-    QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::Converted);
-    QCOMPARE(worker.front()->image.format(), QImage::Format_RGBX8888);
-    QCOMPARE(worker.renewIfOwed(), StreamWorker::Renewal::None);
-    const int locks = source.frameLocks; // for two frames and one change
-    QCOMPARE(locks, 3);
+    std::unique_ptr<BusyPool> pool;
+    const auto beginConversion = [&] {
+        source.setNextFrame(small.raw);
+        worker.requestAndWait();
+        pool = std::make_unique<BusyPool>();
+        source.setNextFrame(large.raw);
+        worker.request();
+        QTRY_COMPARE(dragPalette(), Renewal::None);
+    };
 
-    demosaic(false);
-    source.setNextFrame(small.raw);
-    worker.requestAndWait();
-    Gate again;
-    occupant = std::thread([&] { CopyPool::shared()->run([&](std::size_t, std::size_t) { again.pass(); }); });
-    QTRY_VERIFY(again.arrived() > 0);
-    source.setNextFrame(large.raw);
-    worker.request();
-    QTRY_COMPARE(dragPalette(), StreamWorker::Renewal::None);
+    beginConversion();
     worker.clear();
     worker.acceptFrames();
-    again.openForGood();
-    occupant.join();
+    pool.reset();
     worker.requestAndWait();
     QVERIFY(!worker.front()); // it was fetched before
+
+    beginConversion();
+    const int locks = source.frameLocks;
+    QCOMPARE(worker.setStage(std::make_shared<const MosaicFilter>(true)), Renewal::None);
+    QCOMPARE(worker.renewIfOwed(), Renewal::None);
+    pool.reset();
+    QTRY_COMPARE(worker.front()->image.width(), 2048);
+    QCOMPARE(worker.front()->rendered.pixel(0, 0), palette[9]); // chosen before it was applied
+    QCOMPARE(worker.front()->image.format(), QImage::Format_Indexed8);
+    QCOMPARE(worker.renewIfOwed(), Renewal::Converted);
+    QCOMPARE(worker.front()->image.format(), QImage::Format_RGBX8888);
+    QCOMPARE(worker.renewIfOwed(), Renewal::None);
+    QCOMPARE(source.frameLocks.load(), locks + 1); // for the one change
 }
 
 // Without a lock, a frame can be read until the next one is asked for.
@@ -183,23 +186,14 @@ void StreamWorkerTest::frameWithoutALockIsConvertedAgainBetweenFetches()
 
 void StreamWorkerTest::stopDropsTheFrameBeingFetched()
 {
-    Gate gate;
-    TestFrame frame(4, 4, Mono8);
-    PullSource source([&](RawImage* image, ScopedLock*) {
-        gate.pass();
-        *image = frame.raw;
-        return true;
-    });
-    StreamWorker worker(&source, [] { qFatal("a stopped stream has nothing to announce"); });
-    worker.start();
-    worker.request();
-    QTRY_COMPARE(gate.arrived(), 1);
-    std::thread stopping([&] { worker.stop(); });
-    std::thread waiting([&] { worker.requestAndWait(); }); // does not wait for ever
+    GatedWorker one;
+    std::thread stopping([&] { one.worker.stop(); });
+    std::thread waiting([&] { one.worker.requestAndWait(); }); // does not wait for ever
     waiting.join();
-    gate.openForGood();
+    one.gate.openForGood();
     stopping.join();
-    QVERIFY(!worker.front());
+    QVERIFY(!one.worker.front());
+    QCOMPARE(one.announced.load(), 0);
 }
 
 void StreamWorkerTest::leavingDoesNotWait()
