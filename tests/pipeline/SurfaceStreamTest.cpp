@@ -152,6 +152,11 @@ void SurfaceStreamTest::sourceNotSetUpShowsNothing()
     QTRY_VERIFY(display.surface.pixmap().isNull());
     QVERIFY(!display.stream.refreshEnabled() && !display.reads(0, 0));
     QVERIFY(display.stream.cloneLatestImage().isNull());
+
+    for (const bool isSetup : {true, false, true}) { // so soon that it is looked at later
+        display.source.setSetup(isSetup);
+        QTRY_COMPARE(display.stream.refreshEnabled(), isSetup);
+    }
 }
 
 void SurfaceStreamTest::refreshRate()
@@ -317,7 +322,7 @@ void SurfaceStreamTest::sourceOfUnreadableBuffers()
 // Connected directly, every slot runs in the middle of what announces it.
 void SurfaceStreamTest::slotsMayCallBack()
 {
-    std::vector<std::unique_ptr<TestFrame>> frames; // kept as long as they may be read
+    const TestFrame frames[] = {{40, 100, BayerGB8}, {60, 100, RGB8}};
     PushDisplay display;
     SurfaceStream& stream = display.stream;
     Surface& surface = display.surface;
@@ -346,9 +351,8 @@ void SurfaceStreamTest::slotsMayCallBack()
     connect(&stream, &SurfaceStream::bitmapLockChanged, this, callBack);
     connect(display.source.signalHandler(), SIGNAL(getFrameNow()), &stream, SIGNAL(imageUpdated()),
             Qt::DirectConnection);
-    for (std::size_t i = 1; i < 10; ++i) {
-        frames.push_back(std::make_unique<TestFrame>(20 * i, 100, i % 2 == 0 ? BayerGB8 : RGB8));
-        display.show(frames.back()->raw);
+    for (int i = 0; i < 10; ++i) {
+        display.show(frames[i % 2].raw);
         stream.setBitmapLocked(10, 10, Mono8);
         stream.unlockBitmap();
     }
