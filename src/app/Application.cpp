@@ -78,7 +78,7 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
 
     if (QCoreApplication::instance())
         refuse("The toolkit application exists already.");
-    addToolkitPluginPath();
+    addQtPluginPath();
     const DisplayCheck display = checkDisplay(arguments);
     if (!display.refusal.empty())
         refuse(display.refusal);

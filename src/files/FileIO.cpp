@@ -4,7 +4,7 @@
 
 #include "base/Log.h"
 #include "files/FrameImage.h"
-#include "files/PictureFile.h"
+#include "files/ImageFile.h"
 #include "pipeline/frames/Conversion.h"
 #include "pipeline/pixels/ColorTables.h"
 #include "pipeline/pixels/PixelFormats.h"
@@ -32,18 +32,18 @@ bool saveConverted(RawImage raw, const QString& fileName)
     image = image.copy(); // Qt's BMP writer reads rows up to a multiple of four bytes
     if (image.format() == QImage::Format_Indexed8)
         image.setColorTable(grayRamp());
-    PictureOptions options;
+    ImageOptions options;
     options.quality = jpegQuality;
-    return writePicture(std::move(image), fileName, options);
+    return writeImage(std::move(image), fileName, options);
 }
 
 // The low bits of deep samples are noise, which a slower compression hardly makes smaller.
 bool saveWhole(const RawImage& raw, const QString& fileName)
 {
-    PictureOptions options;
+    ImageOptions options;
     options.compression = fastest;
     QImage image = imageFromFrame(raw, options.extras);
-    return writePicture(std::move(image), fileName, options);
+    return writeImage(std::move(image), fileName, options);
 }
 
 QString wideName(std::wstring_view fileName)
@@ -66,7 +66,7 @@ struct FileIO::PrivateData
 
     bool load(const QString& fileName)
     {
-        PictureReader file;
+        ImageFileReader file;
         PixelBuffer newPixels;
         RawImage newFrame;
         const auto applyExtras = [&file](PixelBuffer& bytes) { return file.applyExtras(bytes); };
@@ -78,10 +78,10 @@ struct FileIO::PrivateData
 
     bool save(const QString& fileName) const
     {
-        const PictureType type = pictureType(fileName);
-        if (!frame.data || type == PictureType::Unknown)
+        const ImageType type = imageType(fileName);
+        if (!frame.data || type == ImageType::Unknown)
             return false;
-        return type == PictureType::Png ? saveWhole(frame, fileName) : saveConverted(frame, fileName);
+        return type == ImageType::Png ? saveWhole(frame, fileName) : saveConverted(frame, fileName);
     }
 
     PixelBuffer pixels; // a complete frame, also after the last packed pixel

@@ -2,7 +2,7 @@
 // A file interface that saves frames at full depth.
 #include <Vistrel/PngFileInterface.h>
 
-#include "files/PictureFile.h"
+#include "files/ImageFile.h"
 
 #include <Vistrel/FileIO.h>
 
@@ -17,12 +17,12 @@ PngFileInterface::~PngFileInterface() = default;
 
 bool PngFileInterface::load(const char* const fileName, FileIO* const image)
 {
-    return image && pictureType(decodedName(fileName)) == PictureType::Png && image->load(fileName);
+    return image && imageType(decodedName(fileName)) == ImageType::Png && image->load(fileName);
 }
 
 bool PngFileInterface::save(const RawImage& image, const char* const fileName)
 {
-    return pictureType(decodedName(fileName)) == PictureType::Png && FileIO(image).save(fileName);
+    return imageType(decodedName(fileName)) == ImageType::Png && FileIO(image).save(fileName);
 }
 
 bool PngFileInterface::savesOnThread() const
@@ -32,7 +32,7 @@ bool PngFileInterface::savesOnThread() const
 
 bool PngFileInterface::saveWide(const RawImage& image, const wchar_t* const fileName)
 {
-    return pictureType(QString::fromWCharArray(fileName)) == PictureType::Png && FileIO(image).save(fileName);
+    return imageType(QString::fromWCharArray(fileName)) == ImageType::Png && FileIO(image).save(fileName);
 }
 
 } // namespace Vistrel

@@ -103,7 +103,7 @@ QString pluginOf(const QString& platform, const QString& folder)
 // Empty when a plug-in is loaded.
 QString whyNoPlugin(const QString& platform, const Choice& choice)
 {
-    QStringList folders = toolkitPluginPaths();
+    QStringList folders = qtPluginPaths();
     if (!choice.pluginFolder.isEmpty())
         folders.prepend(choice.pluginFolder);
     QString reason = QStringLiteral("There is no platform plug-in \"%1\".").arg(platform);

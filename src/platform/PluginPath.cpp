@@ -45,7 +45,7 @@ QString programFolder()
 
 } // namespace
 
-void addToolkitPluginPath()
+void addQtPluginPath()
 {
 #if defined(_WIN32)
     const HMODULE module = GetModuleHandleW(L"Qt5Core.dll");
@@ -55,7 +55,7 @@ void addToolkitPluginPath()
 #endif
 }
 
-QStringList toolkitPluginPaths()
+QStringList qtPluginPaths()
 {
     QStringList paths = QCoreApplication::libraryPaths();
     const QDir program(programFolder());

@@ -57,7 +57,7 @@ class MiniMap::PrivateData
 public:
     explicit PrivateData(MiniMap* owner) : map(owner) {}
 
-    QRect pictureRect(const QSize& imageSize) const;
+    QRect imageRect(const QSize& imageSize) const;
     void refresh(const QPixmap& pixmap, const QSize& size);
     void centreOn(const QPoint& position);
 
@@ -118,11 +118,11 @@ void MiniMap::updateView()
 
 // The image -----------------------------------------------------------------------------------------------------------
 
-QRect MiniMap::PrivateData::pictureRect(const QSize& imageSize) const
+QRect MiniMap::PrivateData::imageRect(const QSize& imageSize) const
 {
-    QRect picture(QPoint(0, 0), imageSize.scaled(map->size(), Qt::KeepAspectRatio).expandedTo({1, 1}));
-    picture.moveCenter(map->rect().center());
-    return picture;
+    QRect whole(QPoint(0, 0), imageSize.scaled(map->size(), Qt::KeepAspectRatio).expandedTo({1, 1}));
+    whole.moveCenter(map->rect().center());
+    return whole;
 }
 
 void MiniMap::PrivateData::refresh(const QPixmap& pixmap, const QSize& size)
@@ -149,19 +149,19 @@ void MiniMap::paintEvent(QPaintEvent*)
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, tr("No image"));
         return;
     }
-    const QRect picture = m_data->pictureRect(pixmap.size());
-    const QSize size = (QSizeF(picture.size()) * devicePixelRatioF()).toSize();
+    const QRect whole = m_data->imageRect(pixmap.size());
+    const QSize size = (QSizeF(whole.size()) * devicePixelRatioF()).toSize();
     if (pixmap.width() < size.width() && pixmap.height() < size.height()) {
-        painter.drawPixmap(picture, pixmap); // enlarged, without smoothing
+        painter.drawPixmap(whole, pixmap); // enlarged, without smoothing
     } else {
         m_data->refresh(pixmap, size);
-        painter.drawImage(picture, m_data->small);
+        painter.drawImage(whole, m_data->small);
     }
 
-    const QRectF seen = stretched(m_data->area->surface()->visibleImageRectF(), pixmap.rect(), picture);
+    const QRectF seen = stretched(m_data->area->surface()->visibleImageRectF(), pixmap.rect(), whole);
     constexpr int inset = haloWidth / 2;
     // On whole pixels the lines are sharp.
-    const QRect frame = enlarged(seen, picture).toAlignedRect().intersected(picture);
+    const QRect frame = enlarged(seen, whole).toAlignedRect().intersected(whole);
     painter.setRenderHint(QPainter::Antialiasing);
     for (const auto& [color, width] : {std::pair(haloColor, haloWidth), std::pair(frameColor, frameWidth)}) {
         painter.setPen(QPen(QColor::fromRgba(color), width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
@@ -178,7 +178,7 @@ void MiniMap::PrivateData::centreOn(const QPoint& position)
     const SurfaceGeometry geometry = area->surface()->viewGeometry();
     if (geometry.imageSize().isEmpty())
         return;
-    const QRectF pixel = stretched(QRect(position, QSize(1, 1)), pictureRect(geometry.imageSize()),
+    const QRectF pixel = stretched(QRect(position, QSize(1, 1)), imageRect(geometry.imageSize()),
                                    QRectF(QPointF(0, 0), geometry.scaledSize()));
     area->setImageOffset(geometry.offsetCentred(pixel.center()));
     map->update();

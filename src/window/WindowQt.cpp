@@ -3,7 +3,7 @@
 #include "window/WindowQt_p.h"
 
 #include "base/HostCall.h"
-#include "platform/WindowHints.h"
+#include "platform/CloseButton.h"
 #include "window/SourceKeeper.h"
 #include "window/panels/Panels.h"
 

@@ -5,7 +5,7 @@
 #include "base/FrameLocking.h"
 #include "base/HostCall.h"
 #include "base/UserInterfaceCall.h"
-#include "files/PictureFile.h"
+#include "files/ImageFile.h"
 #include "platform/LocalFileName.h"
 #include "window/Form.h"
 #include "window/HostText.h"
@@ -160,7 +160,7 @@ QString Saving::askPath()
         delete dialog;
         if (path.isEmpty())
             return path;
-        const auto isWritable = [&] { return claims(suffixOf(path)) || pictureType(path) != PictureType::Unknown; };
+        const auto isWritable = [&] { return claims(suffixOf(path)) || imageType(path) != ImageType::Unknown; };
         if (!isWritable() && !namesOtherPicture(path)) {
             if (path.endsWith(QLatin1Char('.')))
                 path.chop(1);
@@ -221,7 +221,7 @@ QString Saving::saveImage(const QString& path)
     const QImage image = m_stream->cloneLatestImageForRender();
     if (image.isNull())
         return tr("The display image cannot be accessed at this time.");
-    return writeBeside([&] { return writePicture(image, path, PictureOptions()); })
+    return writeBeside([&] { return writeImage(image, path, ImageOptions()); })
                ? QString()
                : tr("File save of a display image failed. Please verify that the current user has "
                     "access to the selected location.");

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the frame of a window offers.
-#include "platform/WindowHints.h"
+// The close button of a window's frame.
+#include "platform/CloseButton.h"
 
 #include <QtGui/QWindow>
 #include <QtWidgets/QWidget>
@@ -26,19 +26,19 @@ Qt::WindowFlags hints(const QWidget& window, bool hasButton)
 
 #if defined(_WIN32)
 
-// The toolkit's ways make the native window's style anew, without its state, or hide the window. The button follows the
-// entry of the system's menu, as it does where the toolkit makes a native window of these flags.
+// Qt's functions reset the native window's style without its state, or hide the window. The button follows the entry of
+// the system menu, as in a native window that Qt creates with these flags.
 void setCloseButton(QWidget& window, bool hasButton)
 {
     window.overrideWindowFlags(hints(window, hasButton));
-    const auto handle = reinterpret_cast<HWND>(window.effectiveWinId()); // null before there is one
+    const auto handle = reinterpret_cast<HWND>(window.effectiveWinId()); // null before it is created
     EnableMenuItem(GetSystemMenu(handle, FALSE), SC_CLOSE, MF_BYCOMMAND | (hasButton ? MF_ENABLED : MF_GRAYED));
-    DrawMenuBar(handle); // the frame, too
+    DrawMenuBar(handle); // also draws the frame
 }
 
 #else
 
-// The toolkit's own way hides the window for a moment. The window manager withdraws it then, which loses its state.
+// Qt's function hides the window for a moment. The window manager then withdraws it, and its state is lost.
 void setCloseButton(QWidget& window, bool hasButton)
 {
     window.overrideWindowFlags(hints(window, hasButton));

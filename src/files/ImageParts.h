@@ -10,11 +10,11 @@ class QFile;
 
 namespace Vistrel {
 
-enum class PictureType { Unknown, Png, Jpeg, Bmp };
+enum class ImageType { Unknown, Png, Jpeg, Bmp };
 
 /// Reads a file without the parts that Qt would keep in memory besides the pixels: texts, profiles, previews. Of PNG
 /// texts it keeps the first that names the frame's format. Takes the same memory for any file.
-class PictureParts : public QIODevice
+class ImageParts : public QIODevice
 {
     Q_OBJECT
 
@@ -27,11 +27,11 @@ public:
     };
 
     /// The file must be open and outlive this object.
-    explicit PictureParts(QFile& file);
+    explicit ImageParts(QFile& file);
 
     /// Finds the parts and opens this device. Returns false when the file is incomplete, is not of this type, states
     /// more pixels than its bytes can hold, has a wrong checksum, or has more pieces or scans than any writer makes.
-    bool find(PictureType type);
+    bool find(ImageType type);
 
     /// The data of the PNG chunks `extraChunk`.
     const std::vector<Part>& extras() const { return m_extras; }

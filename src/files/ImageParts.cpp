@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The parts of an image file that are needed for its pixels.
-#include "files/PictureParts.h"
+#include "files/ImageParts.h"
 
 #include <QtCore/QFile>
 
@@ -28,19 +28,19 @@ constexpr qint64 chunkType(const char (&text)[5])
 
 } // namespace
 
-PictureParts::PictureParts(QFile& file) : m_file(file) {}
+ImageParts::ImageParts(QFile& file) : m_file(file) {}
 
-bool PictureParts::find(PictureType type)
+bool ImageParts::find(ImageType type)
 {
-    const bool isFound = type == PictureType::Png    ? findInPng()
-                         : type == PictureType::Jpeg ? findInJpeg()
-                                                     : type == PictureType::Bmp && findInBmp();
+    const bool isFound = type == ImageType::Png    ? findInPng()
+                         : type == ImageType::Jpeg ? findInJpeg()
+                                                   : type == ImageType::Bmp && findInBmp();
     return isFound && std::max(m_parts.size(), m_extras.size()) <= mostParts && open(ReadOnly | Unbuffered);
 }
 
 // The file ------------------------------------------------------------------------------------------------------------
 
-void PictureParts::add(qint64 at, qint64 size)
+void ImageParts::add(qint64 at, qint64 size)
 {
     if (size == 0)
         return;
@@ -51,7 +51,7 @@ void PictureParts::add(qint64 at, qint64 size)
 }
 
 // Negative at the end of the file.
-int PictureParts::byteAt(qint64 at)
+int ImageParts::byteAt(qint64 at)
 {
     if (at < m_blockAt || at >= m_blockAt + m_block.size()) {
         m_block = at >= 0 && m_file.seek(at) ? m_file.read(blockSize) : QByteArray();
@@ -61,7 +61,7 @@ int PictureParts::byteAt(qint64 at)
 }
 
 // Unsigned; negative when a byte is missing.
-qint64 PictureParts::numberAt(qint64 at, int bytes, bool isBigEndian)
+qint64 ImageParts::numberAt(qint64 at, int bytes, bool isBigEndian)
 {
     qint64 number = 0;
     for (int i = 0; i < bytes; ++i) {
@@ -74,7 +74,7 @@ qint64 PictureParts::numberAt(qint64 at, int bytes, bool isBigEndian)
 }
 
 // Negative when there is none.
-qint64 PictureParts::find(char byte, qint64 from)
+qint64 ImageParts::find(char byte, qint64 from)
 {
     while (byteAt(from) >= 0) {
         const int found = m_block.indexOf(byte, static_cast<int>(from - m_blockAt));
@@ -90,7 +90,7 @@ qint64 PictureParts::find(char byte, qint64 from)
 // the length that the chunk states.
 
 // Checks the chunk at `at`. The checksum covers its type and data.
-bool PictureParts::hasTrueChecksum(qint64 at, qint64 length)
+bool ImageParts::hasTrueChecksum(qint64 at, qint64 length)
 {
     boost::crc_32_type sum;
     if (!m_file.seek(at + 4))
@@ -107,7 +107,7 @@ bool PictureParts::hasTrueChecksum(qint64 at, qint64 length)
 
 // Follows the chunks, which consist of length, type, data and checksum. Qt's decoder would print a warning for a
 // damaged or illegal chunk.
-bool PictureParts::findInPng()
+bool ImageParts::findInPng()
 {
     const QByteArray head("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
     if (!m_file.seek(0) || m_file.read(head.size()) != head)
@@ -151,7 +151,7 @@ bool PictureParts::findInPng()
 }
 
 // Follows the markers to the end-of-image marker, whose code never follows 0xFF within compressed data.
-bool PictureParts::findInJpeg()
+bool ImageParts::findInJpeg()
 {
     int scans = 0;
     qint64 from = 0;
@@ -178,7 +178,7 @@ bool PictureParts::findInJpeg()
     return false;
 }
 
-bool PictureParts::findInBmp()
+bool ImageParts::findInBmp()
 {
     const auto number = [this](qint64 at) { return qint64{static_cast<qint32>(numberAt(at, 4, false))}; };
     const auto word = [this](qint64 at) { return numberAt(at, 2, false); };
@@ -197,7 +197,7 @@ bool PictureParts::findInBmp()
 }
 
 // Whether the run lengths reach their end marker or the last pixel.
-bool PictureParts::hasWholeRuns(qint64 at, qint64 width, qint64 height, bool isHalfBytes)
+bool ImageParts::hasWholeRuns(qint64 at, qint64 width, qint64 height, bool isHalfBytes)
 {
     qint64 x = 0;
     for (qint64 y = 0; y < height && (y < height - 1 || x < width);) {
@@ -229,7 +229,7 @@ bool PictureParts::hasWholeRuns(qint64 at, qint64 width, qint64 height, bool isH
 
 // The device ----------------------------------------------------------------------------------------------------------
 
-qint64 PictureParts::size() const
+qint64 ImageParts::size() const
 {
     qint64 sum = 0;
     for (const Part& part : m_parts)
@@ -237,13 +237,13 @@ qint64 PictureParts::size() const
     return sum;
 }
 
-bool PictureParts::seek(qint64 position)
+bool ImageParts::seek(qint64 position)
 {
     m_position = position;
     return QIODevice::seek(position);
 }
 
-qint64 PictureParts::readData(char* data, qint64 maxSize)
+qint64 ImageParts::readData(char* data, qint64 maxSize)
 {
     qint64 done = 0;
     qint64 skipped = 0; // bytes of the parts passed
@@ -262,7 +262,7 @@ qint64 PictureParts::readData(char* data, qint64 maxSize)
     return done;
 }
 
-qint64 PictureParts::writeData(const char*, qint64)
+qint64 ImageParts::writeData(const char*, qint64)
 {
     return -1;
 }

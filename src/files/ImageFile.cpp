@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Reads images from files that may be malformed, and writes them completely or not at all.
-#include "files/PictureFile.h"
+#include "files/ImageFile.h"
 
 #include "platform/DiskWriting.h"
 #include "platform/LocalFileName.h"
@@ -27,16 +27,16 @@ constexpr qint64 mostPixelsPerByte = 8 * 1032; // PNG's limit: deflate's, at one
 constexpr int extraPiece = 1 << 20;            // bytes of a frame in one chunk
 constexpr int pngEnd = 12;                     // bytes of the last chunk
 
-QByteArray toolkitName(PictureType type)
+QByteArray qtFormatName(ImageType type)
 {
-    return type == PictureType::Png ? "png" : type == PictureType::Jpeg ? "jpg" : "bmp";
+    return type == ImageType::Png ? "png" : type == ImageType::Jpeg ? "jpg" : "bmp";
 }
 
-bool isSane(PictureType type, const QSize& size)
+bool isSane(ImageType type, const QSize& size)
 {
-    const int longestSide = type == PictureType::Png    ? PictureParts::longestPngSide
-                            : type == PictureType::Jpeg ? longestJpegSide
-                                                        : std::numeric_limits<int>::max();
+    const int longestSide = type == ImageType::Png    ? ImageParts::longestPngSide
+                            : type == ImageType::Jpeg ? longestJpegSide
+                                                      : std::numeric_limits<int>::max();
     return !size.isEmpty() && qint64{size.width()} * size.height() <= mostPixels &&
            std::max(size.width(), size.height()) <= longestSide;
 }
@@ -67,7 +67,7 @@ bool appendExtras(QIODevice& file, const PixelBuffer& extras)
         const auto end = begin + std::min<std::ptrdiff_t>(extraPiece, extras.end() - begin);
         if (std::all_of(begin, end, [](std::uint8_t byte) { return byte == 0; }))
             continue;
-        QByteArray chunk = PictureParts::extraChunk + bigEndian(static_cast<quint32>(from / extraPiece));
+        QByteArray chunk = ImageParts::extraChunk + bigEndian(static_cast<quint32>(from / extraPiece));
         chunk.append(reinterpret_cast<const char*>(&*begin), static_cast<int>(end - begin));
         if (!putChunk(chunk))
             return false;
@@ -77,12 +77,12 @@ bool appendExtras(QIODevice& file, const PixelBuffer& extras)
 
 // Writing -------------------------------------------------------------------------------------------------------------
 
-bool encode(const QImage& image, PictureType type, const PictureOptions& options, QIODevice& file)
+bool encode(const QImage& image, ImageType type, const ImageOptions& options, QIODevice& file)
 {
-    QImageWriter writer(&file, toolkitName(type));
-    if (type == PictureType::Jpeg) // for PNG, Qt takes the quality as the compression
+    QImageWriter writer(&file, qtFormatName(type));
+    if (type == ImageType::Jpeg) // for PNG, Qt takes the quality as the compression
         writer.setQuality(options.quality);
-    if (type == PictureType::Png && options.compression >= 0)
+    if (type == ImageType::Png && options.compression >= 0)
         writer.setCompression(options.compression);
     return writer.write(image) && (options.extras.empty() || appendExtras(file, options.extras));
 }
@@ -118,44 +118,44 @@ QString decodedName(const char* fileName)
     return QFile::encodeName(name) == fileName ? name : QString();
 }
 
-PictureType pictureType(const QString& fileName)
+ImageType imageType(const QString& fileName)
 {
     const QString suffix = QFileInfo(fileName).suffix().toLower();
     if (suffix == QLatin1String("png"))
-        return PictureType::Png;
+        return ImageType::Png;
     if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg"))
-        return PictureType::Jpeg;
-    return suffix == QLatin1String("bmp") ? PictureType::Bmp : PictureType::Unknown;
+        return ImageType::Jpeg;
+    return suffix == QLatin1String("bmp") ? ImageType::Bmp : ImageType::Unknown;
 }
 
-QImage PictureReader::read(const QString& fileName)
+QImage ImageFileReader::read(const QString& fileName)
 {
-    const PictureType type = pictureType(fileName);
-    if (type == PictureType::Unknown || !isFileName(fileName) || !QFileInfo(fileName).isFile())
+    const ImageType type = imageType(fileName);
+    if (type == ImageType::Unknown || !isFileName(fileName) || !QFileInfo(fileName).isFile())
         return {};
     m_file.setFileName(fileName);
     if (!m_file.open(QIODevice::ReadOnly))
         return {};
-    PictureParts parts(m_file);
+    ImageParts parts(m_file);
     if (!parts.find(type))
         return {};
     m_extras = parts.extras();
-    QImageReader reader(&parts, toolkitName(type));
+    QImageReader reader(&parts, qtFormatName(type));
     reader.setAutoDetectImageFormat(false);
     const QSize size = reader.size();
     if (!isSane(type, size) || qint64{size.width()} * size.height() / mostPixelsPerByte > m_file.size())
         return {};
     QImage image;
-    if (type == PictureType::Bmp) { // run lengths may skip pixels
+    if (type == ImageType::Bmp) { // run lengths may skip pixels
         image = QImage(size, reader.imageFormat());
         image.fill(0);
     }
     return reader.read(&image) ? image : QImage();
 }
 
-bool PictureReader::applyExtras(PixelBuffer& frame)
+bool ImageFileReader::applyExtras(PixelBuffer& frame)
 {
-    for (const PictureParts::Part& part : m_extras) {
+    for (const ImageParts::Part& part : m_extras) {
         if (part.size < 4 || part.size > extraPiece + 4 || !m_file.seek(part.at))
             return false;
         const QByteArray piece = m_file.read(part.size);
@@ -171,12 +171,12 @@ bool PictureReader::applyExtras(PixelBuffer& frame)
     return true;
 }
 
-bool writePicture(QImage image, const QString& fileName, const PictureOptions& options)
+bool writeImage(QImage image, const QString& fileName, const ImageOptions& options)
 {
-    const PictureType type = pictureType(fileName);
-    if (type == PictureType::Unknown || !isFileName(fileName) || !isSane(type, image.size()))
+    const ImageType type = imageType(fileName);
+    if (type == ImageType::Unknown || !isFileName(fileName) || !isSane(type, image.size()))
         return false;
-    if (type == PictureType::Png) { // Qt writes a positive size; a camera's pixels have none
+    if (type == ImageType::Png) { // Qt writes a positive size; a camera's pixels have none
         image.setDotsPerMeterX(-1);
         image.setDotsPerMeterY(-1);
     }

@@ -2,7 +2,7 @@
 // Reads images from files that may be malformed, and writes them completely or not at all.
 #pragma once
 
-#include "files/PictureParts.h"
+#include "files/ImageParts.h"
 #include "pipeline/frames/PixelBlocks.h"
 
 #include <QtCore/QFile>
@@ -16,11 +16,11 @@ namespace Vistrel {
 QString decodedName(const char* fileName);
 
 /// The type that the name's suffix stands for.
-PictureType pictureType(const QString& fileName);
+ImageType imageType(const QString& fileName);
 
 /// Reads one image file. Checks the sizes that it states before it allocates memory. Throws `std::bad_alloc`, as do all
 /// functions here.
-class PictureReader
+class ImageFileReader
 {
 public:
     /// Returns the image in the file; null when the file is incomplete, is not of its suffix's type, or states more
@@ -32,10 +32,10 @@ public:
 
 private:
     QFile m_file;
-    std::vector<PictureParts::Part> m_extras;
+    std::vector<ImageParts::Part> m_extras;
 };
 
-struct PictureOptions
+struct ImageOptions
 {
     int quality = -1;     ///< of JPEG, 0 to 100; -1 is Qt's default, here and below
     int compression = -1; ///< of PNG, 0 (none) to 100
@@ -43,6 +43,6 @@ struct PictureOptions
 };
 
 /// Writes the image, and its text fields if the type has them. Returns false and keeps an older file on failure.
-bool writePicture(QImage image, const QString& fileName, const PictureOptions& options);
+bool writeImage(QImage image, const QString& fileName, const ImageOptions& options);
 
 } // namespace Vistrel
