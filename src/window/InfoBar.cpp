@@ -65,11 +65,6 @@ InfoBar::~InfoBar()
     }
 }
 
-bool InfoBar::isItemShown(InfoItem item) const
-{
-    return at(item).isShown;
-}
-
 void InfoBar::setItemShown(InfoItem item, bool shown)
 {
     if (at(item).isShown == shown)
@@ -102,7 +97,7 @@ QString InfoBar::report() const
     QString lines;
     for (std::size_t i = 0; i < infoItemCount; ++i) {
         const auto item = static_cast<InfoItem>(i);
-        if (!m_items[i].value.isNull())
+        if (!m_items[i].value.isEmpty())
             lines +=
                 QStringLiteral("%1: ").arg(infoName(item)) + infoWithUnit(item, m_items[i].value) + QLatin1Char('\n');
     }
@@ -114,11 +109,11 @@ QString InfoBar::report() const
 void InfoBar::setValue(InfoItem item, const QString& value)
 {
     Item& entry = at(item);
-    const bool isDropping = item == InfoItem::Dropped && !entry.value.isNull() && !value.isNull() &&
+    const bool isDropping = item == InfoItem::Dropped && !entry.value.isEmpty() && !value.isEmpty() &&
                             value.toULongLong() > entry.value.toULongLong();
     if (item == InfoItem::Dropped && std::exchange(m_isDropping, isDropping) != isDropping)
         showAlarm();
-    if (entry.value == value && entry.value.isNull() == value.isNull())
+    if (entry.value == value)
         return;
     entry.value = value;
     const QString text = infoText(item, value);

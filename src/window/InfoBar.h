@@ -37,7 +37,6 @@ public:
     explicit InfoBar(QStatusBar* statusBar);
     ~InfoBar() override;
 
-    bool isItemShown(InfoItem item) const; ///< whether it is switched on
     void setItemShown(InfoItem item, bool shown);
 
     /// A null value is shown as a dash. The item that counts dropped frames is amber when the number is greater than

@@ -62,13 +62,7 @@ struct InfoRow
 
 const InfoRow& infoRow(InfoItem item);
 
-// The values as text; null without a value.
-QString modeText(const QByteArray& name);
-QString frameRateText(const std::optional<double>& rate);
-QString countText(const std::optional<std::size_t>& count);
-QString dimensionsText(const RawImage& image);
-QString formatText(const RawImage& image);
-QString zoomText(const std::optional<double>& scaling);
+/// The values of a pixel as text; null without a pixel.
 QString pixelText(const PixPos& position, const std::optional<PixVal>& value);
 QString widestPixelText(const RawImage& image); ///< of the pixels that such an image may have
 

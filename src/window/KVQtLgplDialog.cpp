@@ -10,6 +10,8 @@
 #include <QtWidgets/QScrollBar>
 #include <QtWidgets/QTabBar>
 
+#include <utility>
+
 namespace Vistrel {
 
 namespace {
@@ -32,15 +34,11 @@ KVQtLgplDialog::KVQtLgplDialog(QWidget* parent) : QDialog(parent)
     form.setupUi(this);
     setAttribute(Qt::WA_QuitOnClose, false);
 
-    const struct
-    {
-        QLabel* label;
-        const char* name;
-    } licenses[] = {
+    const std::pair<QLabel*, const char*> licenses[] = {
         {form.lgpl21Label, "LGPL-2.1"}, {form.lgpl30Label, "LGPL-3.0"}, {form.exceptionLabel, "Qt-LGPL-exception-1.1"}};
-    for (const auto& license : licenses) {
-        license.label->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-        license.label->setText(licenseText(license.name));
+    for (const auto& [label, name] : licenses) {
+        label->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        label->setText(licenseText(name));
     }
 
     form.sourceCodeLabel->setText(

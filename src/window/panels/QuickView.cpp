@@ -9,15 +9,12 @@ namespace Vistrel {
 
 namespace {
 
-QWidget* makeQuickView(const PanelContext& context)
-{
+const PanelRegistration registration(&Ui_WindowQt::actionQuick_View, [](const PanelContext& context) -> QWidget* {
     auto* const miniMap = new MiniMap;
     miniMap->setScrollArea(context.form.scrollArea);
     QObject::connect(context.stream, SIGNAL(imageUpdated()), miniMap, SLOT(updateView()), Qt::QueuedConnection);
     return miniMap;
-}
-
-const PanelRegistration registration(&Ui_WindowQt::actionQuick_View, makeQuickView);
+});
 
 } // namespace
 

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Sets what the rainbow palette is computed from.
-#include "window/panels/RainbowDock.h"
+#include "window/panels/Panels.h"
 
 #include "widgets/PlainKey.h"
 #include "window/controllers/Palettes.h"
 #include "window/controllers/ViewModes.h"
-#include "window/panels/Panels.h"
 
 #include <QtGui/QKeyEvent>
 
@@ -13,15 +12,35 @@ namespace Vistrel {
 
 namespace {
 
-QWidget* makeRainbowDock(const PanelContext& context)
+/// Shows the form's dock from the choice of the rainbow on, while the bars are in view.
+class RainbowDock : public QObject
 {
+    Q_OBJECT
+
+public:
+    explicit RainbowDock(const PanelContext& context); ///< a child of the palettes
+
+public Q_SLOTS:
+    void follow(Vistrel::ColorTable table);
+    void setImageAlone(bool isAlone);
+    void updateRainbow();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void show();
+
+    const Form& m_form;
+    Palettes* const m_palettes;
+    bool m_isWanted = false;
+    bool m_isImageAlone = false;
+};
+
+const PanelRegistration registration(nullptr, [](const PanelContext& context) -> QWidget* {
     new RainbowDock(context);
     return nullptr;
-}
-
-const PanelRegistration registration(nullptr, makeRainbowDock);
-
-} // namespace
+});
 
 RainbowDock::RainbowDock(const PanelContext& context)
     : QObject(context.palettes), m_form(context.form), m_palettes(context.palettes)
@@ -77,4 +96,8 @@ bool RainbowDock::eventFilter(QObject*, QEvent* event)
     return isEscape;
 }
 
+} // namespace
+
 } // namespace Vistrel
+
+#include "RainbowDock.moc"

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Asks for how many frames an acquisition is to run, and starts it.
-#include "window/panels/StartFixedEditor.h"
+// Asks for how many frames an acquisition runs, and starts it.
+#include "window/panels/Panels.h"
 
 #include "window/controllers/Commands.h"
 #include "window/controllers/Features.h"
-#include "window/panels/Panels.h"
 
 #include <QtCore/QSignalBlocker>
 #include <QtGui/QKeyEvent>
@@ -19,36 +18,51 @@ namespace Vistrel {
 
 namespace {
 
-QWidget* makeStartFixedEditor(const PanelContext& context)
+/// A number and a button. Enter starts, too. The editor keeps the count that was entered last, and shows the nearest
+/// one within the source's bounds.
+class StartFixedEditor : public QWidget
 {
-    auto* const editor = new StartFixedEditor;
-    const QAction* const action = context.form.actionStart_Fixed;
-    QObject::connect(action, &QAction::changed, editor, [=] { editor->setStartEnabled(action->isEnabled()); });
-    if (const AbstractAcquisitionInterface* const source = context.source)
-        QObject::connect(context.features, &Features::updated, editor, [=] {
-            editor->setBounds(source->startFixedMin(), source->startFixedMax(), source->startFixedInc());
-        });
-    Commands* const commands = context.commands;
-    QObject::connect(editor, &StartFixedEditor::started, commands, [=](int count) {
-        editor->window()->close();
-        if (action->isEnabled() && count > 0)
-            commands->startFixedAsync(static_cast<std::size_t>(count));
-    });
-    return editor;
-}
+    Q_OBJECT
 
-const PanelRegistration registration(&Ui_WindowQt::actionStart_Fixed, makeStartFixedEditor);
+public:
+    explicit StartFixedEditor(const PanelContext& context);
 
-} // namespace
+public Q_SLOTS:
+    void updateState();
+    void updateBounds();
+    void keepCount(int count) { m_wanted = count; }
+    void start();
 
-StartFixedEditor::StartFixedEditor(QWidget* parent)
-    : QWidget(parent), m_spinBox(new QSpinBox(this)), m_button(new QPushButton(tr("&Start"), this))
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    const QAction* const m_action;
+    const AbstractAcquisitionInterface* const m_source;
+    Commands* const m_commands;
+    QSpinBox* const m_spinBox;
+    QPushButton* const m_button;
+    int m_wanted = 1; // not limited by the bounds
+};
+
+const PanelRegistration registration(&Ui_WindowQt::actionStart_Fixed, [](const PanelContext& context) -> QWidget* {
+    return new StartFixedEditor(context);
+});
+
+StartFixedEditor::StartFixedEditor(const PanelContext& context)
+    : m_action(context.form.actionStart_Fixed),
+      m_source(context.source),
+      m_commands(context.commands),
+      m_spinBox(new QSpinBox(this)),
+      m_button(new QPushButton(tr("&Start"), this))
 {
     setAccessibleName(tr("Start of a fixed number of frames"));
     auto* const label = new QLabel(tr("&Frames:"), this);
     label->setBuddy(m_spinBox);
     m_spinBox->setAccessibleName(tr("Number of frames"));
     m_spinBox->setAlignment(Qt::AlignRight);
+    m_spinBox->setRange(1, 65536);
     m_button->setToolTip(tr("Start acquisition of this number of frames."));
 
     auto* const layout = new QHBoxLayout(this);
@@ -58,23 +72,25 @@ StartFixedEditor::StartFixedEditor(QWidget* parent)
     layout->addWidget(m_button);
     setFocusProxy(m_spinBox);
 
-    setBounds(1, 65536, 1);
-    connect(m_spinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int value) { m_wanted = value; });
-    connect(m_button, &QPushButton::clicked, this, &StartFixedEditor::start);
+    connect(m_action, SIGNAL(changed()), this, SLOT(updateState()));
+    connect(m_spinBox, SIGNAL(valueChanged(int)), this, SLOT(keepCount(int)));
+    connect(m_button, SIGNAL(clicked()), this, SLOT(start()));
+    if (m_source)
+        connect(context.features, SIGNAL(updated()), this, SLOT(updateBounds()));
 }
 
-// The box may take in what was typed when it loses the focus, which is when the widget under this one goes.
-StartFixedEditor::~StartFixedEditor()
+void StartFixedEditor::updateState()
 {
-    m_spinBox->disconnect(this);
+    m_button->setEnabled(m_action->isEnabled());
 }
 
-void StartFixedEditor::setBounds(int min, int max, int step)
+// Bounds below zero count as zero, an upper bound below the lower one as that one, and a step below one as one.
+void StartFixedEditor::updateBounds()
 {
-    min = std::max(min, 0);
-    max = std::max(max, min);
-    m_spinBox->setSingleStep(std::max(step, 1));
-    // The same again must not disturb who types.
+    const int min = std::max(m_source->startFixedMin(), 0);
+    const int max = std::max(m_source->startFixedMax(), min);
+    m_spinBox->setSingleStep(std::max(m_source->startFixedInc(), 1));
+    // Setting the same range again would replace what is being typed.
     if (min == m_spinBox->minimum() && max == m_spinBox->maximum())
         return;
     const QSignalBlocker blocker(m_spinBox);
@@ -82,24 +98,18 @@ void StartFixedEditor::setBounds(int min, int max, int step)
     m_spinBox->setValue(m_wanted);
 }
 
-int StartFixedEditor::count() const
-{
-    return m_spinBox->value();
-}
-
-void StartFixedEditor::setStartEnabled(bool isEnabled)
-{
-    m_button->setEnabled(isEnabled);
-}
-
 void StartFixedEditor::start()
 {
     m_spinBox->interpretText();
-    if (m_button->isEnabled())
-        Q_EMIT started(count());
+    if (!m_button->isEnabled())
+        return;
+    const int count = m_spinBox->value();
+    window()->close();
+    if (m_action->isEnabled() && count > 0)
+        m_commands->startFixedAsync(static_cast<std::size_t>(count));
 }
 
-// Enter comes here from the number and from the button. A key that is held starts once.
+// The number and the button pass Enter on to here. A key that is held starts once.
 void StartFixedEditor::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
@@ -114,4 +124,8 @@ void StartFixedEditor::showEvent(QShowEvent* event)
     m_spinBox->selectAll();
 }
 
+} // namespace
+
 } // namespace Vistrel
+
+#include "StartFixedEditor.moc"

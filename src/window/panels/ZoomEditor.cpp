@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Sets the zoom of a picture by slider, number and presets.
-#include "window/panels/ZoomEditor.h"
-
+// Sets the zoom of the image by slider, number and presets.
 #include "window/panels/Panels.h"
 
 #include "widgets/SurfaceGeometry.h"
 
 #include <Vistrel/Surface.h>
-#include <Vistrel/SurfaceScrollArea.h>
 
+#include <QtCore/QPointer>
 #include <QtCore/QSignalBlocker>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QGridLayout>
@@ -24,7 +22,7 @@ constexpr int presets[] = {25, 50, 100, 200, 400, 800}; // percent
 constexpr int sliderWidth = 180;                        // pixels
 constexpr int levelsPerPage = 6;                        // about a doubling
 
-// Its arrows go from one zoom level to the next.
+// Its arrows step from one zoom level to the next.
 class PercentBox : public QDoubleSpinBox
 {
 public:
@@ -40,82 +38,90 @@ public:
     void setTyped() { lineEdit()->setModified(false); }
 };
 
-QWidget* makeZoomEditor(const PanelContext& context)
+/// Shows the zoom of an area while it changes, and changes it about the view's centre. Without an image it shows the
+/// old zoom again. A number takes effect when it is complete, not digit by digit.
+class ZoomEditor : public QWidget
 {
-    auto* const editor = new ZoomEditor(context.form.scrollArea);
-    QObject::connect(context.form.actionZoom_Fit, SIGNAL(triggered()), editor, SLOT(updateView()));
-    return editor;
+    Q_OBJECT
+
+public:
+    explicit ZoomEditor(const PanelContext& context);
+
+public Q_SLOTS:
+    void zoomToLevel(int level) { zoomTo(SurfaceGeometry::scalingOf(level)); }
+    void zoomToPercent(double percent) { zoomTo(percent / 100); }
+    void setFit(bool isFit);
+    void endTyping();
+    void updateView();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void zoomTo(double scaling);
+    template <typename Control>
+    Control* named(Control* control, const QString& name);
+
+    const QPointer<SurfaceScrollArea> m_area; // null while the window is being deleted
+    QSlider* const m_slider;                  // in zoom levels: powers of the scaling ratio
+    PercentBox* const m_percent;
+    QToolButton* const m_fit;
+};
+
+const PanelRegistration registration(&Ui_WindowQt::actionZoom_Editor,
+                                     [](const PanelContext& context) -> QWidget* { return new ZoomEditor(context); });
+
+template <typename Control>
+Control* ZoomEditor::named(Control* control, const QString& name)
+{
+    control->setAccessibleName(name);
+    control->setToolTip(name);
+    return control;
 }
 
-const PanelRegistration registration(&Ui_WindowQt::actionZoom_Editor, makeZoomEditor);
-
-} // namespace
-
-ZoomEditor::ZoomEditor(SurfaceScrollArea* area, QWidget* parent) : QWidget(parent), m_area(area)
+ZoomEditor::ZoomEditor(const PanelContext& context)
+    : m_area(context.form.scrollArea),
+      m_slider(named(new QSlider(Qt::Horizontal, this), tr("Zoom level"))),
+      m_percent(named(new PercentBox(this), tr("Zoom in percent"))),
+      m_fit(named(new QToolButton(this), tr("Fit the image to the view")))
 {
     setAccessibleName(tr("Zoom editor"));
-
-    m_slider = new QSlider(Qt::Horizontal, this);
     m_slider->setRange(SurfaceGeometry::levelOf(Surface::scalingMin()),
                        SurfaceGeometry::levelOf(Surface::scalingMax()));
     m_slider->setPageStep(levelsPerPage);
     m_slider->setMinimumWidth(sliderWidth);
-    m_slider->setAccessibleName(tr("Zoom level"));
-    m_slider->setToolTip(m_slider->accessibleName());
-
-    auto* const percent = new PercentBox(this);
-    percent->setDecimals(1);
-    percent->setRange(100 * Surface::scalingMin(), 100 * Surface::scalingMax());
-    percent->setSuffix(QStringLiteral(" %"));
-    percent->setAlignment(Qt::AlignRight);
-    percent->setKeyboardTracking(false);
-    percent->setAccessibleName(tr("Zoom in percent"));
-    percent->setToolTip(percent->accessibleName());
-    m_percent = percent;
-
-    auto* const fit = new QToolButton(this);
-    fit->setText(tr("Fit"));
-    fit->setCheckable(true);
-    fit->setAccessibleName(tr("Fit the image to the view"));
-    fit->setToolTip(fit->accessibleName());
-    fit->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    m_fit = fit;
+    m_percent->setDecimals(1);
+    m_percent->setRange(100 * Surface::scalingMin(), 100 * Surface::scalingMax());
+    m_percent->setSuffix(QStringLiteral(" %"));
+    m_percent->setAlignment(Qt::AlignRight);
+    m_percent->setKeyboardTracking(false);
+    m_fit->setText(tr("Fit"));
+    m_fit->setCheckable(true);
+    m_fit->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 
     auto* const layout = new QGridLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     int column = 0;
     for (const int preset : presets) {
-        auto* const button = new QToolButton(this);
+        auto* const button = named(new QToolButton(this), tr("Zoom to %1 %").arg(preset));
         button->setText(tr("%1 %").arg(preset));
-        button->setAccessibleName(tr("Zoom to %1 %").arg(preset));
-        button->setToolTip(button->accessibleName());
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         layout->addWidget(button, 1, column++);
-        connect(button, &QAbstractButton::clicked, this, [this, preset] { zoomTo(preset / 100.0); });
+        connect(button, &QAbstractButton::clicked, this, [this, preset] { zoomToPercent(preset); });
     }
-    layout->addWidget(fit, 1, column++);
+    layout->addWidget(m_fit, 1, column++);
     layout->addWidget(m_slider, 0, 0, 1, column - 2);
     layout->addWidget(m_percent, 0, column - 2, 1, 2);
     setTabOrder(m_slider, m_percent);
     setFocusProxy(m_percent);
 
-    connect(m_slider, &QSlider::valueChanged, this, [this](int level) { zoomTo(SurfaceGeometry::scalingOf(level)); });
-    connect(m_percent, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this,
-            [this](double value) { zoomTo(value / 100); });
-    connect(m_percent, &QDoubleSpinBox::editingFinished, this, [percent, this] {
-        percent->setTyped();
-        updateView();
-    });
-    connect(m_fit, &QAbstractButton::clicked, this, &ZoomEditor::setFit);
-    if (area)
-        connect(area->surface(), SIGNAL(scalingChanged(bool, double)), this, SLOT(updateView()), Qt::QueuedConnection);
+    connect(m_slider, SIGNAL(valueChanged(int)), this, SLOT(zoomToLevel(int)));
+    connect(m_percent, SIGNAL(valueChanged(double)), this, SLOT(zoomToPercent(double)));
+    connect(m_percent, SIGNAL(editingFinished()), this, SLOT(endTyping()));
+    connect(m_fit, SIGNAL(clicked(bool)), this, SLOT(setFit(bool)));
+    connect(m_area->surface(), SIGNAL(scalingChanged(bool, double)), this, SLOT(updateView()), Qt::QueuedConnection);
+    connect(context.form.actionZoom_Fit, SIGNAL(triggered()), this, SLOT(updateView()));
     updateView();
-}
-
-// The box ends its editing when it loses the focus, which is when the widget under this one goes.
-ZoomEditor::~ZoomEditor()
-{
-    m_percent->disconnect(this);
 }
 
 void ZoomEditor::zoomTo(double scaling)
@@ -125,7 +131,7 @@ void ZoomEditor::zoomTo(double scaling)
     updateView();
 }
 
-// Letting go of the fitting keeps the zoom. It is done by setting that zoom, which the surface announces.
+// Switching off keeps the zoom. Setting the zoom switches off, and the surface announces it.
 void ZoomEditor::setFit(bool isFit)
 {
     if (m_area && isFit)
@@ -135,14 +141,22 @@ void ZoomEditor::setFit(bool isFit)
     updateView();
 }
 
+void ZoomEditor::endTyping()
+{
+    m_percent->setTyped();
+    updateView();
+}
+
 void ZoomEditor::updateView()
 {
-    const double scaling = m_area ? m_area->zoomScaling() : 1.0;
+    if (!m_area)
+        return;
+    const double scaling = m_area->zoomScaling();
     const QSignalBlocker blockSlider(m_slider);
     const QSignalBlocker blockPercent(m_percent);
     m_slider->setValue(SurfaceGeometry::levelOf(scaling));
-    m_fit->setChecked(m_area && m_area->zoomToFit());
-    if (!static_cast<PercentBox*>(m_percent)->isBeingTyped())
+    m_fit->setChecked(m_area->zoomToFit());
+    if (!m_percent->isBeingTyped())
         m_percent->setValue(100 * scaling);
 }
 
@@ -153,4 +167,8 @@ void ZoomEditor::showEvent(QShowEvent* event)
     m_percent->selectAll();
 }
 
+} // namespace
+
 } // namespace Vistrel
+
+#include "ZoomEditor.moc"
