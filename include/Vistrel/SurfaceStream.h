@@ -69,7 +69,7 @@ public:
     QImage cloneLatestImage() const;
     /// Returns a deep copy of the newest image as it is shown, with palette and channel order applied.
     QImage cloneLatestImageForRender() const;
-    /// Returns the newest picture, which shares its pixels; later frames do not change it.
+    /// Returns the newest picture without copying its pixels; later frames do not change it.
     QPixmap peekPixmap() const;
     QSize latestImageSize() const;    ///< (0, 0) without a frame
     Format latestImageFormat() const; ///< as converted: without pattern bits when not demosaiced; 0 without a frame
@@ -92,10 +92,10 @@ public:
     QString refusal() const;
 
     quint64 framesConverted() const; ///< frames converted since construction, also those never shown
-    quint64 framesPublished() const; ///< frames handed to the surface since construction
+    quint64 framesPublished() const; ///< frames passed to the surface since construction
 
 public Q_SLOTS:
-    /// When disabled, a change of the source's state does not enable it.
+    /// A change of the source's state does not enable it again.
     void setRefreshEnabled(bool enabled);
     /// Turns the automatic rate off. Zero or less changes nothing else.
     void setRefreshRate(int hz);
