@@ -179,7 +179,6 @@ void SurfaceStreamTest::refreshRate()
     const auto* const timer = stream.findChild<QTimer*>();
     stream.setRefreshRate(50);
     QTRY_COMPARE(timer->interval(), 100);
-    QCOMPARE(stream.refreshRate(), 50);
     display.source.push(frame.raw);
     QTRY_COMPARE(timer->interval(), 20);
     QTRY_COMPARE(timer->interval(), 100);
@@ -474,14 +473,11 @@ void SurfaceStreamTest::bitmapLock()
     stream.setBayerDemosaicEnabled(true); // to no effect on a locked bitmap
     QSignalSpy changed(&stream, &SurfaceStream::bitmapLockChanged);
     RawImage bitmap;
-    QVERIFY(!stream.getBitmap(&bitmap));
-    QVERIFY(!stream.setBitmapLocked(12, 10, Mono16) && !stream.setBitmapLocked(12, 10, BGR8));
-    QCOMPARE(changed.count(), 0);
-    QVERIFY(!stream.setBitmapLocked(0, 10, Mono8));
-    QCOMPARE(changed.takeFirst().at(0).toBool(), false);
+    QVERIFY(!stream.setBitmapLocked(12, 10, Mono16) && !stream.setBitmapLocked(12, 10, BGR8) && changed.isEmpty());
+    QVERIFY(!stream.setBitmapLocked(0, 10, Mono8) && !changed.takeFirst().at(0).toBool());
+    QVERIFY(!stream.bitmapLocked() && !stream.getBitmap(&bitmap));
 
-    QVERIFY(stream.setBitmapLocked(12, 10, Mono8));
-    QCOMPARE(changed.takeFirst().at(0).toBool(), true);
+    QVERIFY(stream.setBitmapLocked(12, 10, Mono8) && changed.takeFirst().at(0).toBool());
     QVERIFY(stream.bitmapLocked() && stream.getBitmap(&bitmap));
     QVERIFY(std::all_of(bitmap.data, bitmap.data + 120, [](std::uint8_t byte) { return byte == 0; }));
 
@@ -492,8 +488,7 @@ void SurfaceStreamTest::bitmapLock()
         display.refuse(refused);
     QCOMPARE(int(bitmap.data[0]), 0x33);
     stream.unlockBitmap();
-    QCOMPARE(changed.takeFirst().at(0).toBool(), false);
-    QVERIFY(!stream.getBitmap(&bitmap));
+    QVERIFY(!changed.takeFirst().at(0).toBool());
     display.show(wider.raw);
     QCOMPARE(display.surface.pixmap().size(), QSize(13, 10));
 
