@@ -133,8 +133,10 @@ void ConversionTest::check(Format format, std::size_t width, std::size_t height,
 void ConversionTest::everyWidth_data()
 {
     QTest::addColumn<unsigned>("format");
-    for (const NamedFormat& named : namedFormats())
+    for (const NamedFormat& named : namedFormats()) {
+        QCOMPARE(QByteArray(formatName(named.format)), named.name);
         QTest::newRow(named.name.constData()) << unsigned{named.format};
+    }
     // Fields that mean nothing: both packing bits, packing of 12 bits and of colour, order of monochrome, orders 1 and
     // 3, pattern of colour.
     for (const unsigned code : {0xC00Au, 0xC10Au, 0x400Cu, 0x801Eu, 0x2008u, 0x1018u, 0x301Eu, 0x2330u})

@@ -53,22 +53,11 @@ struct Layout
 
 inline Layout layoutOf(Format format)
 {
-    switch (format & 0xFF) {
-    case 8:
-        return {1, 8, 1};
-    case 24:
-        return {3, 8, 3};
-    case 30:
-        return {3, 10, 4};
-    case 32:
-        return {3, 8, 4};
-    case 36:
-    case 42:
-    case 48:
-        return {3, (format & 0xFF) / 3, 6};
-    default:
-        return {1, format & 0xFF, 2};
-    }
+    const unsigned depth = format & 0xFF;
+    const unsigned channels = depth < 24 ? 1 : 3;
+    const unsigned bits = depth == 32 ? 8 : depth / channels;
+    const bool isOneWord = depth == 30 || depth == 32;
+    return {channels, bits, isOneWord ? 4 : channels * (bits == 8 ? 1u : 2u)};
 }
 
 /// 0x4000 most significant bit first, 0x8000 not swapped; anything else is not packed.
