@@ -80,18 +80,18 @@ void InfoBarTest::imageAndSourceAreToldOf()
     };
     QTRY_VERIFY(pointAtLastPixel()); // the bars may still be taking their places
     QTest::keyClick(shown.window, Qt::Key_P, Qt::ControlModifier);
-    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("(3, 2) 2570"));
+    QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("(3, 2) 3417"));
     QTest::keyClick(shown.window, Qt::Key_I, Qt::ControlModifier);
     QCOMPARE(QGuiApplication::clipboard()->text(),
              QStringLiteral("Playback Mode: Slow & <b>\nFrame Rate: 25.00 fps\nFrames Dropped: 1\n"
                             "Dimensions: 4 x 3 x 12 bit\nImage Format: Mono12\nZoom Level: 100.0 %\n"
-                            "Pixel Value: (3, 2) 2570\n"));
+                            "Pixel Value: (3, 2) 3417\n"));
     QVERIFY(shown.action("actionBuffers_Dropped")->isVisible() && !shown.action("actionBuffers_Queued")->isVisible());
 
     shown.push(Mono14); // of the same size
     QTRY_VERIFY(shown.report().contains(QLatin1String("4 x 3 x 14 bit\nImage Format: Mono14\n")));
     shown.push(RGB8);
-    QTRY_COMPARE(shown.label("Pixel Value")->text(), QStringLiteral("(3, 2) R: 10 G: 10 B: 10"));
+    QTRY_COMPARE(shown.label("Pixel Value")->text(), QStringLiteral("(3, 2) R: 141 G: 137 B: 133"));
     shown.camera->rate = std::nan("");
     shown.camera->push({}); // clears
     QTRY_COMPARE(shown.label("Frame Rate")->text(), QStringLiteral("\u2013 fps"));

@@ -4,6 +4,7 @@
 
 #include <Vistrel/PopoverWindow.h>
 #include <Vistrel/SurfaceStream.h>
+#include <Vistrel/Window.h>
 #include <Vistrel/WindowQt.h>
 
 #include "support/FakeSources.h"
@@ -47,11 +48,16 @@ inline unsigned bit(const char* call)
     return 1u << i;
 }
 
-inline std::atomic<const char*> thrower{nullptr}; // the query or command that throws
-inline std::atomic<int> thrown{0};
-inline std::atomic<int> asked{0}; // on the user-interface thread
-inline std::atomic<int> reported{0};
-inline std::atomic<int> reportedOther{0};
+inline std::atomic<const char*> moment{nullptr}; // the call of the host's in which it acts
+inline std::function<void()> act;
+inline std::atomic<int> asked{0}; // queries on the user-interface thread
+
+inline void enter(const std::string& call)
+{
+    const char* const at = moment;
+    if (at && call == at)
+        act();
+}
 
 // What a source and its test share; the source may go first.
 struct Log
@@ -85,6 +91,12 @@ public:
     }
     ~Camera() override { m_log->add("gone"); }
 
+    ScopedLock getFrameLock(const RawImage& frame) override
+    {
+        if (QThread::currentThread() == qApp->thread())
+            answer("getFrameLock", 0);
+        return lends ? PushSource::getFrameLock(frame) : ScopedLock();
+    }
     void offer(bool all)
     {
         using Source = AbstractAcquisitionInterface;
@@ -133,6 +145,7 @@ public:
     double frameRate() const override { return answer("frameRate", rate.load()); }
     std::size_t framesDropped() const override { return answer("framesDropped", dropped.load()); }
 
+    std::atomic<bool> lends{true};
     std::atomic<bool> running{false};
     std::atomic<double> rate{25};
     std::atomic<std::size_t> dropped{1};
@@ -143,10 +156,7 @@ private:
     static Value answer(const char* query, Value value)
     {
         asked += QThread::currentThread() == qApp->thread() ? 1 : 0;
-        if (thrower && std::strcmp(thrower, query) == 0) {
-            ++thrown;
-            throw std::runtime_error("no camera");
-        }
+        enter(query);
         return value;
     }
     bool can(const char* query) const { return answer(query, (able & bit(query + 3)) != 0); }
@@ -161,33 +171,34 @@ private:
 
 struct ShownWindow
 {
-    explicit ShownWindow(bool all = true, unsigned able = anyCommand)
+    explicit ShownWindow(bool all = true, unsigned able = anyCommand, AbstractFileInterface* files = nullptr)
     {
-        offer(all, able);
+        camera->offer(all);
+        camera->able = able;
+        host = std::make_unique<Window>(camera, files);
+        window = static_cast<WindowQt*>(host->qt_handle());
         window->resize(1200, 600); // room for the whole tool bar
         window->show();
         QVERIFY(QTest::qWaitForWindowActive(window));
     }
     ~ShownWindow()
     {
-        delete window;
+        host.reset();
         log->gate.openForGood();
         QTRY_VERIFY(log->seen().endsWith("gone"));
     }
 
-    void offer(bool all, unsigned able)
+    void offer(bool all, unsigned able) const
     {
         camera->offer(all);
         camera->able = able;
-        if (!window)
-            window = new WindowQt(ScopedAcquisitionInterface(camera));
         window->updateFeatureSet();
     }
     QAction* action(const char* name) const { return window->findChild<QAction*>(QLatin1String(name)); }
     QMenu* modes() const { return action("actionSetup_Mode")->menu(); }
     QWidget* button(const char* name) const { return window->findChild<QToolBar*>()->widgetForAction(action(name)); }
     // What is not offered has no button, and a mode no entry; then nothing happens.
-    void act(const Command& command, bool isByButton = false) const
+    void choose(const Command& command, bool isByButton = false) const
     {
         QAction* const chosen = action(command.action);
         QWidget* const pressed = isByButton && command.button ? button(command.button) : nullptr;
@@ -212,15 +223,19 @@ struct ShownWindow
         }
         return nullptr;
     }
+    // Of the bytes 1, 5, 9 and so on.
     void push(Format format, std::size_t width = 4, std::size_t height = 3)
     {
-        frames.emplace_back(width, height, format, std::uint8_t(10));
+        frames.emplace_back(width, height, format);
+        for (std::size_t i = 0; i < frames.back().pixels.size(); ++i)
+            frames.back().pixels[i] = static_cast<std::uint8_t>(4 * i + 1);
         camera->push(frames.back().raw);
         QTRY_VERIFY(window->surfaceStream()->latestImageFormat() == format && action("actionSave_Image")->isEnabled());
     }
 
     const std::shared_ptr<Log> log = std::make_shared<Log>();
     Camera* camera = new Camera(log);
+    std::unique_ptr<Window> host;
     QPointer<WindowQt> window;
     std::deque<TestFrame> frames;
 };

@@ -10,7 +10,7 @@
 #include <Vistrel/WindowQt.h>
 
 #include "base/Log.h"
-#include "support/FakeSources.h"
+#include "window/OfferingCamera.h"
 
 #include <QtGui/QClipboard>
 #include <QtGui/QImageReader>
@@ -23,8 +23,6 @@
 #include <QtWidgets/QPushButton>
 
 #include <deque>
-
-using namespace Vistrel;
 
 namespace {
 
@@ -50,17 +48,14 @@ private:
             m_answered = dialog;
             const auto* const box = qobject_cast<QMessageBox*>(dialog);
             const bool isQuestion = box && box->buttons().size() == 2;
-            asked += (!box         ? "files"
-                      : isQuestion ? "replace?"
-                                   : box->text().section(QLatin1Char('.'), 0, 0).toStdString()) +
-                     "|";
+            const QString text = box ? box->text().section(QLatin1Char('.'), 0, 0) : QStringLiteral("files");
+            asked += isQuestion ? "replace?|" : text.toStdString() + "|";
+            Answer answer = [=](QDialog&) { box ? box->buttons().constFirst()->click() : dialog->reject(); };
             if (!answers.empty()) {
-                const Answer answer = answers.front();
+                answer = answers.front();
                 answers.pop_front();
-                answer(*dialog);
-            } else {
-                box ? box->button(isQuestion ? QMessageBox::Yes : QMessageBox::Ok)->click() : dialog->reject();
             }
+            answer(*dialog);
         });
     }
 
@@ -79,19 +74,6 @@ Answer name(const QString& path, const char* filter = "")
     };
 }
 
-/// Lends its frames only as long as the test wants.
-class LendingSource : public PushSource
-{
-public:
-    ScopedLock getFrameLock(const RawImage& frame) override
-    {
-        return lends ? PushSource::getFrameLock(frame) : ScopedLock();
-    }
-    bool cleanup() override { return gate.pass(), true; }
-    std::atomic<bool> lends{true};
-    Gate gate;
-};
-
 class HostFiles : public AbstractFileInterface
 {
 public:
@@ -102,6 +84,7 @@ public:
         return onSave(image);
     }
     bool savesOnThread() const override { return isThreaded; }
+
     bool isThreaded = false;
     QByteArray named;
     std::function<bool(const RawImage&)> onSave = [](const RawImage&) { return false; };
@@ -110,52 +93,25 @@ public:
 const char* const bitmaps = "Bitmap Image (*.bmp)";
 const char* const photographs = "Joint Photographic Expert Group Image (*.jpg *.jpeg)";
 
-} // namespace
-
-class SavingTest : public QObject
+struct Shown : ShownWindow
 {
-    Q_OBJECT
-
-private Q_SLOTS:
-    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
-    void init()
+    explicit Shown(AbstractFileInterface* files = nullptr, bool hasImage = true) : ShownWindow(true, anyCommand, files)
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_user = std::make_unique<User>();
-        m_frame = TestFrame(16, 4, Mono8);
-        for (std::size_t i = 0; i < m_frame.pixels.size(); ++i)
-            m_frame.pixels[i] = static_cast<std::uint8_t>(i * 4 + 1);
-    }
-    void cleanup() { m_window.reset(), m_user.reset(); }
-    void filtersFollowTheHost();
-    void writesWhatIsShownOrAcquired();
-    void errorsAreTold();
-    void namesAreCompletedAndRemembered();
-    void windowGoesMeanwhile();
-    void hostsSaveHasTheLockAlone();
-    void threadWritesWhileTheWindowGoesOn();
-
-private:
-    void open(AbstractFileInterface* files = nullptr, bool hasImage = true)
-    {
-        m_source = new LendingSource;
-        m_window = std::make_unique<Window>(ScopedAcquisitionInterface(m_source), ScopedFileInterface(files));
-        m_window->show();
         if (hasImage)
-            m_source->push(m_frame.raw);
-        QTRY_COMPARE(shown()->findChild<QAction*>(QStringLiteral("actionSave_Image"))->isEnabled(), hasImage);
+            push(Mono8, 16, 4);
     }
     // As an action does it: in an event loop.
     std::string save(const std::deque<Answer>& answers)
     {
-        m_user->asked.clear();
-        m_user->answers = answers;
+        user.asked.clear();
+        user.answers = answers;
         QEventLoop loop;
-        QTimer::singleShot(0, &loop, [&] { shown()->saveCurrentImage(), loop.quit(); });
+        QTimer::singleShot(0, &loop, [&] { window->saveCurrentImage(), loop.quit(); });
         loop.exec();
-        return m_user->asked;
+        return user.asked;
     }
-    QString path(const char* file) const { return m_folder->filePath(QLatin1String(file)); }
+    QString path(const char* file) const { return folder.filePath(QLatin1String(file)); }
+    QStringList written() const { return QDir(folder.path()).entryList(QDir::Files); }
     QByteArray contents(const char* file) const
     {
         QFile one(path(file));
@@ -166,121 +122,105 @@ private:
         QFile one(path(file));
         QVERIFY(one.open(QIODevice::WriteOnly) && one.write("old") == 3);
     }
-    WindowQt* shown() { return static_cast<WindowQt*>(m_window->qt_handle()); }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<User> m_user;
-    std::unique_ptr<Window> m_window;
-    TestFrame m_frame{16, 4, Mono8};
-    LendingSource* m_source = nullptr;
+    QTemporaryDir folder;
+    User user;
 };
 
-void SavingTest::filtersFollowTheHost()
+} // namespace
+
+class SavingTest : public QObject
 {
-    auto* const files = new HostFiles;
-    open(files);
-    files->addFormat(".png", ".tif", "Deep Image");
-    files->addFormat(".jpeg", nullptr, "Lossy");
-    QStringList filters;
-    QString marked;
-    save({[&](QDialog& dialog) {
-        filters = dynamic_cast<QFileDialog&>(dialog).nameFilters();
-        marked = dynamic_cast<QFileDialog&>(dialog).selectedNameFilter();
-        dialog.reject();
-    }});
-    QCOMPARE(filters.join(QLatin1String(";;")),
-             QLatin1String(bitmaps) +
-                 QStringLiteral(";;.host image file (*.host);;Lossy (*.jpeg);;Deep Image (*.png *.tif)"));
-    QCOMPARE(marked, filters[1]); // a host's
-}
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs); }
+    void writesWhatIsShownOrAcquired();
+    void errorsAreTold();
+    void namesAreCompletedAndRemembered();
+    void windowGoesMeanwhile();
+    void hostsSaveHasTheLockAlone();
+    void threadWritesWhileTheWindowGoesOn();
+};
 
 void SavingTest::writesWhatIsShownOrAcquired()
 {
-    open(new PngFileInterface);
-    shown()->setColorTableGrayInverse();
-    QCOMPARE(save({name(path("a.bmp"))}), std::string("files|"));
-    shown()->copyCurrentImage();
-    for (const QImage& image : {QImage(path("a.bmp")), QGuiApplication::clipboard()->image()}) {
+    Shown shown(new PngFileInterface);
+    shown.window->setColorTableGrayInverse();
+    QCOMPARE(shown.save({name(shown.path("a.bmp"))}), std::string("files|"));
+    shown.window->copyCurrentImage();
+    for (const QImage& image : {QImage(shown.path("a.bmp")), QGuiApplication::clipboard()->image()}) {
         QCOMPARE(image.size(), QSize(16, 4));
         for (int i = 0; i < 64; ++i)
             QCOMPARE(image.pixel(i % 16, i / 16), qRgb(254 - i * 4, 254 - i * 4, 254 - i * 4));
     }
-    m_frame.raw.format = Mono16;
-    m_frame.raw.width = 8;
-    m_source->push(m_frame.raw);
-    QTRY_COMPARE(shown()->surfaceStream()->latestImageSize(), QSize(8, 4));
-    QCOMPARE(save({name(path("a.PNG"))}), std::string("files|"));
-    const QImage deep(path("a.PNG"));
+    shown.push(Mono16, 8, 4);
+    QCOMPARE(shown.save({name(shown.path("a.PNG"))}), std::string("files|"));
+    const QImage deep(shown.path("a.PNG"));
     QCOMPARE(deep.size(), QSize(8, 4));
-    QCOMPARE(std::memcmp(deep.constScanLine(3), m_frame.pixels.data() + 48, 16), 0);
+    QCOMPARE(std::memcmp(deep.constScanLine(3), shown.frames.back().pixels.data() + 48, 16), 0);
 }
 
 void SavingTest::errorsAreTold()
 {
-    const std::string buffer = "The image data buffer cannot be accessed at this time|";
-    const std::string bufferSave = "File save of an image data buffer failed|";
-    const std::string display = "The display image cannot be accessed at this time|";
-    const std::string displaySave = "File save of a display image failed|";
     const struct
     {
         const char* file;
         char fault; // n: no image, l: no lock, c: a command, t: thrown, w: too wide for the format
-        const std::string error;
-    } rows[] = {{"old.host", 'n', buffer},     {"old.HOST", 'l', buffer},       {"old.host", 'c', buffer},
-                {"old.host", ' ', bufferSave}, {"old.host", 't', bufferSave},   {"old.bmp", 'n', display},
-                {"old.jpg", 'w', displaySave}, {"none/a.bmp", ' ', displaySave}};
+        const char* error;
+    } rows[] = {{"old.host", 'n', "The image data buffer cannot be accessed at this time"},
+                {"old.HOST", 'l', "The image data buffer cannot be accessed at this time"},
+                {"old.host", 'c', "The image data buffer cannot be accessed at this time"},
+                {"old.host", ' ', "File save of an image data buffer failed"},
+                {"old.host", 't', "File save of an image data buffer failed"},
+                {"old.bmp", 'n', "The display image cannot be accessed at this time"},
+                {"old.jpg", 'w', "File save of a display image failed"}};
     setReportSink([](const std::string&) {});
     const auto reset = qScopeGuard([] { setReportSink(nullptr); });
     for (const auto& row : rows) {
-        init();
-        if (row.fault == 'w')
-            m_frame = TestFrame(70000, 1, Mono8);
         auto* const files = new HostFiles;
         files->onSave = [&](const RawImage&) { return row.fault == 't' ? throw 3 : false; };
-        open(files, row.fault != 'n');
-        m_source->lends = row.fault != 'l';
+        Shown shown(files, row.fault != 'n');
+        if (row.fault == 'w')
+            shown.push(Mono8, 70000, 1);
+        shown.camera->lends = row.fault != 'l';
+        shown.log->gate.close();
         if (row.fault == 'c')
-            shown()->setUnconfigured();
-        const bool isOld = row.file[0] == 'o';
-        if (isOld)
-            make(row.file);
-        const QStringList before = QDir(m_folder->path()).entryList();
-        QCOMPARE(save({name(path(row.file))}), (isOld ? "files|replace?|" : "files|") + row.error);
-        QCOMPARE(QDir(m_folder->path()).entryList(), before); // nothing half written
-        QVERIFY(!isOld || contents(row.file) == "old");
-        m_source->gate.openForGood();
+            shown.window->setUnconfigured();
+        shown.make(row.file);
+        QCOMPARE(shown.save({name(shown.path(row.file))}), "files|replace?|" + std::string(row.error) + "|");
+        QCOMPARE(shown.written(), QStringList(QLatin1String(row.file)));
+        QCOMPARE(shown.contents(row.file), QByteArray("old"));
     }
 }
 
 void SavingTest::namesAreCompletedAndRemembered()
 {
-    open();
-    make("a.jpg");
+    Shown shown;
+    shown.make("a.jpg");
     // No leads back.
-    const Answer no = [](QDialog& box) { dynamic_cast<QMessageBox&>(box).button(QMessageBox::No)->click(); };
-    QCOMPARE(save({name(path("a"), photographs), no}), std::string("files|replace?|files|"));
-    QCOMPARE(contents("a.jpg"), QByteArray("old"));
-    QCOMPARE(save({name(path("a"), photographs)}), std::string("files|replace?|"));
-    QCOMPARE(QImageReader::imageFormat(path("a.jpg")), QByteArray("jpeg"));
-    save({name(path("my.cat"), bitmaps)});
-    QCOMPARE(QImageReader::imageFormat(path("my.cat.bmp")), QByteArray("bmp"));
+    const Answer no = [](QDialog& box) { QTest::keyClick(&box, Qt::Key_Escape); };
+    QCOMPARE(shown.save({name(shown.path("a"), photographs), no}), std::string("files|replace?|files|"));
+    QCOMPARE(shown.contents("a.jpg"), QByteArray("old"));
+    QCOMPARE(shown.save({name(shown.path("a"), photographs)}), std::string("files|replace?|"));
+    QCOMPARE(QImageReader::imageFormat(shown.path("a.jpg")), QByteArray("jpeg"));
+    shown.save({name(shown.path("my.cat"), bitmaps)});
+    QCOMPARE(QImageReader::imageFormat(shown.path("my.cat.bmp")), QByteArray("bmp"));
     QString kept;
-    QString filter;
     const Answer ok = [](QDialog& box) { box.accept(); };
     const Answer look = [&](QDialog& dialog) {
-        auto& files = dynamic_cast<QFileDialog&>(dialog);
-        kept = files.directory().filePath(files.findChild<QLineEdit*>()->text());
-        filter = files.selectedNameFilter();
-        files.reject();
+        const auto& asking = dynamic_cast<QFileDialog&>(dialog);
+        kept = asking.selectedNameFilter() + asking.directory().filePath(asking.findChild<QLineEdit*>()->text());
+        dialog.reject();
     };
-    QCOMPARE(save({name(path("b.TIF"), photographs), ok, look}),
+    QCOMPARE(shown.save({name(shown.path("b.TIF"), photographs), ok, look}),
              std::string("files|Files of the type \"TIF\" cannot be written|files|"));
-    QCOMPARE(kept, path("b.TIF"));
-    QVERIFY(!QFile::exists(path("b.TIF")) && !QFile::exists(path("b.TIF.jpg")));
-    save({name(path("none/c.jpg"), bitmaps)});
-    save({look});
-    QCOMPARE(kept, path("my.cat.bmp")); // the last that was written
-    QCOMPARE(filter, QLatin1String(bitmaps));
+    QCOMPARE(kept, QLatin1String(photographs) + shown.path("b.TIF"));
+    QCOMPARE(shown.save({name(shown.path("none/c.jpg"), bitmaps)}),
+             std::string("files|File save of a display image failed|"));
+    shown.save({look});
+    QCOMPARE(kept, QLatin1String(bitmaps) + shown.path("my.cat.bmp")); // the last that was written
+    QCOMPARE(shown.written().join(QLatin1Char(' ')), QStringLiteral("a.jpg my.cat.bmp"));
 }
 
 // The host deletes its window while a dialog is open, in its own part of the saving, or both.
@@ -297,25 +237,26 @@ void SavingTest::windowGoesMeanwhile()
                 {"a.host", 'd', "files|"},
                 {"a.host", 'f', "files|"},
                 {"a.host", 'b', "files|Wait|"}};
-    const Answer go = [this](QDialog&) { m_window.reset(); };
     for (const auto& row : rows) {
         auto* const files = new HostFiles;
+        Shown shown(files);
         int saves = 0;
         files->onSave = [&, files](const RawImage& image) {
             if (row.inSave == 'b')
-                MessageBoxDialog::warning(m_window.get(), "", "Wait", DialogButton::Ok, DialogButton::Ok);
+                MessageBoxDialog::warning(shown.host.get(), "", "Wait", DialogButton::Ok, DialogButton::Ok);
             else
-                m_window.reset();
+                shown.host.reset();
             saves += files->hasFormat(".host") && image.data[0] == 1; // both are still there
             return row.inSave == 'd';
         };
-        open(files);
-        const QPointer<QWidget> window = shown();
-        make("old.bmp");
-        QCOMPARE(save(*row.file ? std::deque<Answer>{name(path(row.file)), go} : std::deque<Answer>{go}), row.asked);
-        QTRY_VERIFY(!window);
+        shown.make("old.bmp");
+        std::deque<Answer> answers{[&](QDialog&) { shown.host.reset(); }};
+        if (*row.file)
+            answers.push_front(name(shown.path(row.file)));
+        QCOMPARE(shown.save(answers), row.asked);
+        QTRY_VERIFY(!shown.window);
         QCOMPARE(saves, row.inSave == ' ' ? 0 : 1);
-        QCOMPARE(contents("old.bmp"), QByteArray("old"));
+        QCOMPARE(shown.contents("old.bmp"), QByteArray("old"));
     }
 }
 
@@ -323,62 +264,48 @@ void SavingTest::windowGoesMeanwhile()
 void SavingTest::hostsSaveHasTheLockAlone()
 {
     auto* const files = new HostFiles;
-    open(files);
-    Surface* const surface = shown()->surfaceScrollArea()->surface();
-    int asked = -1;
+    Shown shown(files);
+    Surface* const surface = shown.window->surfaceScrollArea()->surface();
     PixVal value;
-    bool isRead = true;
     files->onSave = [&](const RawImage&) {
-        const int own = m_source->frameLocks;
+        asked = 0;
         RawImage raw;
         ScopedLock lock;
-        isRead = surface->imageSrcPixVal({0, 0}, value) || shown()->surfaceStream()->latestImage(&raw, &lock);
-        asked = m_source->frameLocks - own;
-        return true;
+        return !surface->imageSrcPixVal({0, 0}, value) && !shown.window->surfaceStream()->latestImage(&raw, &lock) &&
+               asked == 0;
     };
-    QCOMPARE(save({name(path("a.host"))}), std::string("files|"));
-    QVERIFY(asked == 0 && !isRead);
-    QCOMPARE(files->named, QFile::encodeName(path("a.host")));
+    QCOMPARE(shown.save({name(shown.path("a.host"))}), std::string("files|"));
+    QCOMPARE(files->named, QFile::encodeName(shown.path("a.host")));
     QVERIFY(surface->imageSrcPixVal({0, 0}, value)); // again
 }
 
 void SavingTest::threadWritesWhileTheWindowGoesOn()
 {
-    for (const char end :
-         {' ', 'c', 'd', 'q'}) { // meanwhile the window is closed or deleted, or the loop is told to end
+    for (const char end : {' ', 'c', 'd', 'q'}) { // meanwhile: closed, deleted, or the loop is told to end
         auto* const files = new HostFiles;
-        QSemaphore begun;
-        QSemaphore go;
-        files->isThreaded = true;
-        files->onSave = [&](const RawImage& image) {
-            begun.release();
-            go.acquire();
-            QFile file(path("a.host"));
-            const QByteArray bytes(1 << 25, static_cast<char>(image.data[63]));
-            return image.data != m_frame.raw.data && QThread::currentThread() != thread() &&
-                   file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-        };
-        open(files);
-        const QPointer<WindowQt> window = shown();
-        const auto* const action = window->findChild<QAction*>(QStringLiteral("actionSave_Image"));
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [&] {
-            if (!begun.tryAcquire())
-                return;
-            QVERIFY(!action->isEnabled());
-            QVERIFY(m_source->getFrameLock(m_frame.raw).good()); // nobody holds it
+        Shown shown(files);
+        const auto meanwhile = [&] {
+            QVERIFY(!shown.action("actionSave_Image")->isEnabled());
+            QVERIFY(shown.camera->getFrameLock(shown.frames.back().raw).good()); // nobody holds it
             if (end == 'c')
-                window->close();
+                shown.window->close();
             else if (end == 'd')
-                m_window.reset();
+                shown.host.reset();
             else if (end == 'q')
                 QCoreApplication::exit();
-            go.release();
-        });
-        timer.start(1);
-        QCOMPARE(save({name(path("a.host"))}), std::string("files|"));
-        const QByteArray written = contents("a.host");
-        QVERIFY(written.size() == 1 << 25 && written.back() == '\xFD' && QFile::remove(path("a.host")));
+        };
+        files->isThreaded = true;
+        files->onSave = [&](const RawImage& image) {
+            if (QThread::currentThread() == thread() || image.data == shown.frames.back().raw.data)
+                return false;
+            QMetaObject::invokeMethod(this, meanwhile, Qt::BlockingQueuedConnection);
+            QFile file(shown.path("a.host"));
+            const QByteArray bytes(1 << 25, static_cast<char>(image.data[63]));
+            return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+        };
+        QCOMPARE(shown.save({name(shown.path("a.host"))}), std::string("files|"));
+        const QByteArray written = shown.contents("a.host");
+        QVERIFY(written.size() == 1 << 25 && written.back() == '\xFD');
     }
 }
 

@@ -1,34 +1,39 @@
 // SPDX-License-Identifier: MIT
-// Tests the display window as hosts without the toolkit use it.
+// Tests the display window as its host and its user have it: place, states in words, palettes, view modes, closing.
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
-#include <Vistrel/SurfaceStream.h>
-#include <Vistrel/Window.h>
 
 #include "base/Log.h"
-#include "support/FakeSources.h"
+#include "window/OfferingCamera.h"
 
 #include <QtGui/QScreen>
-#include <QtTest/QtTest>
-#include <QtWidgets/QAction>
-#include <QtWidgets/QDialog>
+#include <QtWidgets/QDockWidget>
+#include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QLabel>
+#include <QtWidgets/QStatusBar>
 
 #include <algorithm>
 #include <limits>
-#include <mutex>
-
-using namespace Vistrel;
 
 namespace {
 
-std::mutex reportedMutex;
-QString reported;
-
-void keep(const std::string& line)
+// What is written into the empty view.
+QString hint(const ShownWindow& shown)
 {
-    const std::lock_guard<std::mutex> guard(reportedMutex);
-    reported += QString::fromStdString(line);
+    Surface* const surface = shown.window->surfaceScrollArea()->surface();
+    const QImage view = surface->grab().toImage();
+    for (int x = 0; x < view.width(); ++x) {
+        if (view.pixel(x, view.height() / 2) == 0xFFF0F0F0)
+            return surface->accessibleDescription();
+    }
+    return {};
+}
+
+bool isState(const ShownWindow& shown, const char* state)
+{
+    const QList<QLabel*> labels = shown.window->findChildren<QLabel*>();
+    return std::any_of(labels.begin(), labels.end(),
+                       [=](const QLabel* one) { return one->isVisible() && one->text() == QLatin1String(state); });
 }
 
 } // namespace
@@ -38,27 +43,28 @@ class WindowTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { setReportSink(keep); }
     void geometryComesBack();
     void geometryIsBoundedToTheScreens();
     void viewIsPlaced();
-    void bayerFilterOverride();
-    void applicationAbout();
-    void closedWindowIsHarmless();
+    void stateIsToldInWords();
     void whyNoFrameIsShown();
+    void sharedKeyPauses();
+    void palettes();
+    void mosaicFilters();
+    void imageIsAloneInViewModes();
+    void closeableIsObeyed();
 };
 
 void WindowTest::geometryComesBack()
 {
-    Window window{ScopedAcquisitionInterface()};
-    window.show();
-    window.setFrameGeometry(30, 20, 450, 380);
+    const ShownWindow shown;
+    shown.host->setFrameGeometry(30, 20, 450, 380);
     std::size_t size = 0;
-    QVERIFY(window.saveGeometry(nullptr, &size));
+    QVERIFY(shown.host->saveGeometry(nullptr, &size));
     QByteArray saved(int(size), '\0');
-    QVERIFY(window.saveGeometry(saved.data(), &size));
+    QVERIFY(shown.host->saveGeometry(saved.data(), &size));
     saved.chop(1); // its end
-    window.setGeometry(40, 50, 500, 400);
+    shown.host->setGeometry(40, 50, 500, 400);
     const auto with = [&saved](int number, quint32 value) { // in place of one of the text's numbers
         return saved.left(8 * number) + QByteArray::number(value, 16).rightJustified(8, '0') +
                saved.mid(8 * number + 8);
@@ -67,18 +73,16 @@ void WindowTest::geometryComesBack()
          {saved.left(saved.size() - 2), saved.left(9), saved + "zz", saved + "00", QByteArray("rubbish"),
           QByteArray(""), "00" + saved.mid(2), with(4, 50000) /* right edge of the frame */,
           with(9, 50000) /* bottom of the normal place */, with(4, 0x80000000)})
-        QVERIFY2(!window.restoreGeometry(text.constData()), text.constData());
-    QVERIFY(!window.restoreGeometry(nullptr));
-    QCOMPARE(window.qt_handle()->geometry(), QRect(40, 50, 500, 400));
-    QVERIFY(window.restoreGeometry(saved.constData()));
-    int x = 0, y = 0, width = 0, height = 0;
-    window.getFrameGeometry(x, y, width, height);
-    QCOMPARE(QRect(x, y, width, height), QRect(30, 20, 450, 380));
+        QVERIFY2(!shown.host->restoreGeometry(text.constData()), text.constData());
+    QVERIFY(!shown.host->restoreGeometry(nullptr));
+    QCOMPARE(shown.window->geometry(), QRect(40, 50, 500, 400));
+    QVERIFY(shown.host->restoreGeometry(saved.constData()));
+    QCOMPARE(shown.window->frameGeometry(), QRect(30, 20, 450, 380));
 }
 
 void WindowTest::geometryIsBoundedToTheScreens()
 {
-    Window window{ScopedAcquisitionInterface()};
+    Window window{nullptr};
     const QRect screen = QGuiApplication::primaryScreen()->geometry();
     constexpr int least = std::numeric_limits<int>::min();
     constexpr int most = std::numeric_limits<int>::max();
@@ -94,104 +98,191 @@ void WindowTest::geometryIsBoundedToTheScreens()
 
 void WindowTest::viewIsPlaced()
 {
-    auto* const source = new PushSource;
-    Window window{ScopedAcquisitionInterface(source)};
-    const TestFrame frame(900, 900, Mono8, 10);
-    source->push(frame.raw);
-    window.setZoomLevel(3); // before there is an image
-    QTRY_VERIFY(!window.surfaceScrollArea()->surface()->pixmap().isNull());
-    QCOMPARE(window.zoomLevel(), 3.0);
-    window.resize(400, 300);
-    window.setImageOffset(120, 70);
-    QVERIFY(window.imageOffsetX() == 120 && window.imageOffsetY() == 70);
+    ShownWindow shown;
+    shown.host->setZoomLevel(3); // before there is an image
+    shown.push(Mono8, 900, 900);
+    QCOMPARE(shown.host->zoomLevel(), 3.0);
+    shown.host->setImageOffset(120, 70);
+    QVERIFY(shown.host->imageOffsetX() == 120 && shown.host->imageOffsetY() == 70);
 }
 
-void WindowTest::bayerFilterOverride()
+void WindowTest::stateIsToldInWords()
 {
-    Window window{ScopedAcquisitionInterface()};
-    int value = 0x100;
-    for (const char* const name :
-         {"actionBayerGB_Filter", "actionBayerGR_Filter", "actionBayerRG_Filter", "actionBayerBG_Filter"}) {
-        window.setBayerFilterOverride(Format(value));
-        QCOMPARE(int(window.bayerFilterOverride()), value);
-        QVERIFY2(window.qt_handle()->findChild<QAction*>(QLatin1String(name))->isChecked(), name);
-        value += 0x100;
+    ShownWindow shown;
+    shown.action("actionStart")->setShortcut({});
+    const struct
+    {
+        bool isSetUp, isRunning;
+        unsigned able;
+        const char *state, *hint;
+    } rows[] = {{false, false, anyCommand, "Not set up", "Set up: F5"},
+                {true, false, bit("startSingle"), "Stopped", "Take one image: +"},
+                {true, true, anyCommand, "Running", "Trigger: F10"}};
+    for (const auto& row : rows) {
+        shown.camera->setUp = row.isSetUp;
+        shown.camera->running = row.isRunning;
+        shown.camera->able = row.able;
+        shown.camera->signalAcquisitionStateChange();
+        QTRY_VERIFY2(isState(shown, row.state) && hint(shown) == QLatin1String(row.hint), row.state);
     }
-    window.setBayerFilterOverride(Format(value));
-    QCOMPARE(int(window.bayerFilterOverride()), 0x400); // refused
-}
-
-void WindowTest::applicationAbout()
-{
-    Window window{ScopedAcquisitionInterface()};
-    window.show();
-    auto* const action = window.qt_handle()->findChild<QAction*>(QStringLiteral("actionAbout_Application"));
-    QVERIFY(!action->isVisible());
-    window.setApplicationAbout("Mill <3>", "Version 2");
-    QString shown;
-    QTimer::singleShot(0, this, [&] {
-        for (const QLabel* const label : QApplication::activeModalWidget()->findChildren<QLabel*>())
-            shown += label->text();
-        QApplication::activeModalWidget()->close();
-    });
-    action->trigger();
-    QVERIFY2(shown.contains(QLatin1String("Mill &lt;3&gt;")), qPrintable(shown));
-    window.setApplicationAbout(nullptr, nullptr);
-    QVERIFY(!action->isVisible());
-}
-
-void WindowTest::closedWindowIsHarmless()
-{
-    Window window{ScopedAcquisitionInterface(new PushSource)};
-    window.show();
-    window.qt_handle()->close();
-    QTRY_VERIFY(!window.good());
-#if defined(NDEBUG)
-    std::size_t size = 3;
-    QVERIFY(!window.qt_handle() && !window.native_handle() && !window.surfaceStream() && !window.isVisible());
-    QVERIFY(window.width() == 0 && window.zoomLevel() == 0 && !window.title(nullptr, &size));
-    window.setRunning();
-    window.setApplicationAbout("a", "b");
-    QVERIFY(!window.addToolBarAction(ScopedActionInterface(), "no"));
-#endif
+    shown.push(Mono8);
+    QTRY_VERIFY(hint(shown).isNull() && isState(shown, "Running"));
 }
 
 void WindowTest::whyNoFrameIsShown()
 {
+    static std::atomic<const char*> why{""};
+    static std::atomic<int> reported;
+    setReportSink([](const std::string& line) { reported += line.find(why) != std::string::npos; });
     const struct
     {
-        bool isLocked;
-        bool isSetUp;
-        unsigned format;
-        std::size_t width;
+        bool isLocked, isSetUp;
+        RawImage frame;
         const char* why;
-    } rows[] = {{false, true, Mono8, 4, "setFramesLocked(true)"},
-                {true, false, Mono8, 4, "isSetup() is false"},
-                {true, true, 0x77, 4, "unknown format 0x77"},
-                {true, true, Mono8, 0, "0 x 3 pixels"}};
+    } rows[] = {{false, true, {nullptr, 4, 3, Mono8, nullptr}, "setFramesLocked(true)"},
+                {true, false, {nullptr, 4, 3, Mono8, nullptr}, "isSetup() is false"},
+                {true, true, {nullptr, 4, 3, Format(0x77), nullptr}, "unknown format 0x77"},
+                {true, true, {nullptr, 0, 3, Mono8, nullptr}, "0 x 3 pixels"}};
     for (const auto& row : rows) {
-        auto* const source = new PushSource;
-        source->setFramesLocked(row.isLocked);
-        source->setUp = row.isSetUp;
-        Window window{ScopedAcquisitionInterface(source)};
-        window.show();
-        const TestFrame frame(4, 3, Mono8);
-        const QString why = QString::fromLatin1(row.why);
-        const auto isShown = [&](const QString& text) {
-            const QString hint = window.surfaceStream()->surface()->accessibleDescription();
-            return hint.contains(why) && hint.contains(text);
-        };
-        const auto push = [&] { source->push({frame.pixels.data(), row.width, 3, Format(row.format), nullptr}); };
-        push();
-        QTRY_VERIFY(isShown({}));
-        push();
-        QTRY_VERIFY(!row.isSetUp || isShown(QStringLiteral("(2 times)")));
-        source->clearNextFrame();
-        source->setSetup(true);
-        QTRY_VERIFY(row.isSetUp || !isShown({}));
-        const std::lock_guard<std::mutex> guard(reportedMutex);
-        QCOMPARE(reported.count(why), 1);
+        ShownWindow shown(false);
+        shown.camera->setFramesLocked(row.isLocked);
+        shown.camera->setSetup(row.isSetUp);
+        QTRY_VERIFY(row.isSetUp || isState(shown, "Not set up"));
+        reported = 0;
+        why = row.why;
+        const TestFrame pixels(4, 3, Mono8);
+        RawImage frame = row.frame;
+        frame.data = pixels.raw.data;
+        shown.camera->push(frame);
+        QTRY_VERIFY2(hint(shown).contains(QLatin1String(row.why)), row.why);
+        shown.camera->push(frame);
+        QTRY_VERIFY2(!row.isSetUp || hint(shown).contains(QLatin1String("(2 times)")), row.why);
+        shown.camera->clearNextFrame();
+        shown.camera->setSetup(true);
+        QTRY_VERIFY(row.isSetUp || !hint(shown).contains(QLatin1String(row.why)));
+        QCOMPARE(reported.load(), 1);
     }
+    setReportSink(nullptr);
+}
+
+void WindowTest::sharedKeyPauses()
+{
+    const ShownWindow shown(true, bit("start") | bit("pause"));
+    QTest::keyClick(shown.window, Qt::Key_Space);
+    QTRY_COMPARE(shown.log->seen(), QByteArray("pause"));
+}
+
+void WindowTest::palettes()
+{
+    ShownWindow shown;
+    const auto* const menu = shown.window->findChild<QMenu*>(QStringLiteral("menuColor_Palette"));
+    QVERIFY(!menu->isEnabled());
+    shown.push(Mono8);
+    QTRY_VERIFY(menu->isEnabled());
+    const auto palette = [&] { return shown.window->surfaceStream()->colorPalette(); };
+    shown.action("actionColor_Palette_Gray_Inverse")->trigger();
+    QCOMPARE(palette()[10], 0xFFF5F5F5);
+    QVERIFY(!shown.action("actionColor_Palette_Gray")->isChecked());
+    shown.window->setColorTableRainbow();
+    const auto box = [&](const char* name) { return shown.window->findChild<QDoubleSpinBox*>(QLatin1String(name)); };
+    for (const auto& [name, bits] :
+         {std::pair("rainbow_rPhaseSpinBox", 0xFF0000u), std::pair("rainbow_gPhaseSpinBox", 0xFF00u),
+          std::pair("rainbow_bPhaseSpinBox", 0xFFu)}) {
+        const QVector<unsigned int> before = palette();
+        box(name)->setValue(box(name)->value() + 20);
+        unsigned changed = 0;
+        for (int i = 0; i < 256; ++i)
+            changed |= before[i] ^ palette()[i];
+        QVERIFY2(changed && !(changed & ~bits), name);
+    }
+    QDoubleSpinBox* const center = box("rainbow_centerSpinBox");
+    shown.window->setColorTableGray();
+    QVERIFY(!center->isVisible());
+    shown.window->setColorTableRainbow();
+    center->setFocus();
+    QTest::keyClick(center, Qt::Key_Plus); // for the box, which keeps what is typed in it
+    QTest::keyClick(center, Qt::Key_Escape);
+    QVERIFY(!center->hasFocus());
+    QTest::keyClick(shown.window, Qt::Key_F10);
+    QTRY_COMPARE(shown.log->seen(), QByteArray("trigger"));
+    shown.push(RGB8);
+    QTRY_VERIFY(!menu->isEnabled());
+}
+
+void WindowTest::mosaicFilters()
+{
+    const ShownWindow shown;
+    int value = 0;
+    for (const char* const name : {"actionBayer_Filter_Auto", "actionBayerGB_Filter", "actionBayerGR_Filter",
+                                   "actionBayerRG_Filter", "actionBayerBG_Filter"}) {
+        shown.host->setBayerFilterOverride(Format(value));
+        QVERIFY2(shown.action(name)->isChecked(), name);
+        shown.host->setBayerFilterOverride(Format(0x200));
+        shown.action(name)->trigger();
+        QCOMPARE(int(shown.host->bayerFilterOverride()), value);
+        value += 0x100;
+    }
+}
+
+void WindowTest::imageIsAloneInViewModes()
+{
+    ShownWindow shown;
+    shown.push(Mono8);
+    const auto* const bar = shown.window->findChild<QToolBar*>();
+    const Surface* const surface = shown.window->surfaceScrollArea()->surface();
+    const QSize before = surface->size();
+    QCursor::setPos(shown.window->geometry().center()); // away from the bars
+    QTest::keyClick(shown.window, Qt::Key_F11, Qt::ControlModifier);
+    QVERIFY(shown.window->exhibitView() && !bar->isVisible() && !shown.window->statusBar()->isVisible());
+    QCOMPARE(surface->size(), shown.window->size());
+    auto* const dock = shown.window->findChild<QDockWidget*>();
+    shown.window->setColorTableRainbow(); // the dock waits
+    QVERIFY(!dock->isVisible());
+    // Keys live while the bars are hidden; the bars come over the image.
+    QTest::keyClick(shown.window, Qt::Key_X);
+    QVERIFY(shown.window->pixelCrosshairVisible());
+    QMenu* const menu = shown.window->findChild<QMenu*>(QStringLiteral("menuImage"));
+    Q_EMIT menu->aboutToShow();
+    QVERIFY(bar->isVisible());
+    QCOMPARE(surface->size(), shown.window->size());
+    Q_EMIT menu->aboutToHide();
+    QTRY_VERIFY(!bar->isVisible());
+    QTest::keyClick(shown.window, Qt::Key_K, Qt::ControlModifier);
+    QVERIFY(shown.window->statusBar()->isVisible() && !bar->isVisible());
+
+    QTest::keyClick(shown.window, Qt::Key_F11);
+    QTRY_VERIFY(shown.window->fullScreen() && shown.action("actionFull_Screen")->isChecked());
+    QTest::keyClick(shown.window, Qt::Key_Escape);
+    QTRY_VERIFY(!shown.window->fullScreen() && shown.window->exhibitView());
+    QTest::keyClick(shown.window, Qt::Key_Escape);
+    QVERIFY(!shown.window->exhibitView() && bar->isVisible() && dock->isVisible());
+    dock->close(); // by the user, so it stays away
+    shown.window->setExhibitView(true);
+    shown.window->setExhibitView(false);
+    QVERIFY(!dock->isVisible());
+    QTRY_COMPARE(surface->size(), before);
+}
+
+void WindowTest::closeableIsObeyed()
+{
+    const ShownWindow shown;
+    shown.window->setCloseable(false);
+    QVERIFY(shown.window->isVisible() && !(shown.window->windowFlags() & Qt::WindowCloseButtonHint));
+    QCOMPARE(shown.window->size(), QSize(1200, 600));
+    QVERIFY(!shown.window->close() && shown.window->isVisible());
+    shown.window->setCloseable(true);
+    QVERIFY(shown.window->isVisible() && QTest::qWaitForWindowActive(shown.window));
+    QTest::keyClick(shown.window, Qt::Key_W, Qt::ControlModifier);
+    QTRY_VERIFY(!shown.window);
+    QTRY_COMPARE(shown.log->seen(), QByteArray("closed gone"));
+    QVERIFY(!shown.host->good());
+#if defined(NDEBUG)
+    std::size_t size = 3;
+    QVERIFY(!shown.host->qt_handle() && !shown.host->native_handle() && !shown.host->surfaceStream());
+    QVERIFY(shown.host->width() == 0 && shown.host->zoomLevel() == 0 && !shown.host->title(nullptr, &size));
+    shown.host->setRunning();
+    QVERIFY(!shown.host->addToolBarAction(nullptr, "no"));
+#endif
 }
 
 QTEST_MAIN(WindowTest)
