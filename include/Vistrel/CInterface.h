@@ -129,8 +129,8 @@ VISTREL_EXPORT const char* VTResultText(int32_t result);
  * screen. A line on the standard error stream says which. */
 VISTREL_EXPORT int32_t VTAppCreate(int argc, const char* const* argv, VTAppHandle* result);
 
-/* Ends the application with all its windows and handles. Waits three seconds for running host functions; those that
- * have not returned by then keep what they use, and a line on the standard error stream reports them. Meanwhile every
+/* Ends the application with all its windows and handles. Waits three seconds for running host functions. A line on the
+ * standard error stream reports those that have not returned by then; what they use must stay valid. Meanwhile every
  * call from a host function returns NO_APPLICATION. When this returns, every VT_FEATURE_FINISHED has been called,
  * except for windows whose functions did not return. APPLICATION_BUSY (inside VTAppExec or a callback). */
 VISTREL_EXPORT int32_t VTAppDestroy(VTAppHandle app);

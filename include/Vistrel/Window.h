@@ -38,9 +38,10 @@ public:
     explicit Window(ScopedAcquisitionInterface&& acquisitionInterface);
     /// Also takes ownership of the interface that saves the host's own image files.
     Window(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFileInterface&& fileInterface);
-    /// Closes the window without asking, and without `uxClosed()` on the source. Destroys the source, or leaves that to
-    /// the last running call to it. A window that is deleted inside a host function that it has called stops at once,
-    /// and its parts are destroyed after that function has returned. The source's destructor marks the end.
+    /// Closes the window without asking, and without `uxClosed()` on the source. Destroys the source, at once or after
+    /// the last running call to it has returned. A window that is deleted inside a host function that it has called
+    /// stops at once, and its parts are destroyed after that function has returned. The source's destructor marks the
+    /// end.
     ~Window() override;
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
