@@ -41,7 +41,7 @@ void DetachableThread::start(std::function<void()> work)
     isBegun.wait();
 }
 
-void DetachableThread::leave(Needs needs) noexcept
+void DetachableThread::detach(Needs needs) noexcept
 {
     const std::shared_ptr<State> state = std::move(m_state);
     if (!state)

@@ -28,7 +28,7 @@ public:
     void start(std::function<void()> work);
 
     /// Detaches the thread, which releases `needs` when its work has returned. If it has already, this releases them.
-    void leave(Needs needs) noexcept;
+    void detach(Needs needs) noexcept;
 
 private:
     struct State;

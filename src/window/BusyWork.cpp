@@ -66,7 +66,7 @@ BusyWork::~BusyWork()
         m_worker->wake.notify_one();
     }
     if (isRunning)
-        m_thread.leave({std::move(m_keptAlive), m_worker});
+        m_thread.detach({std::move(m_keptAlive), m_worker});
 }
 
 void BusyWork::start(const char* operation, Message message, Command command)

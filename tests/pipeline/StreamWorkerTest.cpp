@@ -209,7 +209,7 @@ void StreamWorkerTest::leavingDoesNotWait()
             worker->request();
         QTRY_COMPARE(gate->arrived(), isFetching ? 1 : 0);
         const std::weak_ptr<StreamWorker> workerAlive = worker;
-        StreamWorker::leave(std::move(worker), std::move(blocked));
+        StreamWorker::detach(std::move(worker), std::move(blocked));
         QCOMPARE(alive.expired(), !isFetching);
         if (isFetching)
             gate->openForGood();

@@ -56,12 +56,12 @@ bool StreamWorker::end(DetachableThread& thread)
     return m_isServing;
 }
 
-void StreamWorker::leave(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive)
+void StreamWorker::detach(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive)
 {
     DetachableThread thread;
     // The worker goes before the source, which may be the end of what the frames belong to.
     if (worker->end(thread))
-        thread.leave({std::move(keptAlive), worker});
+        thread.detach({std::move(keptAlive), worker});
 }
 
 void StreamWorker::request()

@@ -41,7 +41,7 @@ public:
     void stop();
     /// Stops without waiting: when the source is being asked for a frame, or the frame converted, the worker and
     /// `keptAlive` live on until that is over, and are let go on the thread that is done last.
-    static void leave(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive);
+    static void detach(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive);
 
     /// Asks for one fetch. Requests that come while a fetch is under way are served together by one more.
     void request();

@@ -62,7 +62,7 @@ SurfaceStream::~SurfaceStream()
     if (m_data->surface)
         m_data->surface->clearImageSrc();
     if (m_data->shared)
-        StreamWorker::leave(m_data->worker, std::move(m_data->shared));
+        StreamWorker::detach(m_data->worker, std::move(m_data->shared));
     else
         m_data->worker->stop();
 }
