@@ -237,14 +237,15 @@ void CallbacksTest::workerAsks()
         });
         watch.start();
         std::uint32_t pressed = 5;
+        std::int32_t code = 1;
         std::thread worker([&] {
-            camera.code = VTMessageBoxDialogShow(camera.window, VT_MESSAGE_QUESTION, "T", "t",
-                                                 VT_BUTTON_RETRY | VT_BUTTON_ABORT, VT_BUTTON_ABORT, &pressed);
+            code = VTMessageBoxDialogShow(camera.window, VT_MESSAGE_QUESTION, "T", "t",
+                                          VT_BUTTON_RETRY | VT_BUTTON_ABORT, VT_BUTTON_ABORT, &pressed);
             VTAppExit(app, 0);
         });
         VTAppExec(app, nullptr);
         worker.join();
-        QCOMPARE(camera.code, story == 'a' ? VT_OK : VT_ERROR_NO_ANSWER);
+        QCOMPARE(code, story == 'a' ? VT_OK : VT_ERROR_NO_ANSWER);
         QCOMPARE(pressed, story == 'a' ? std::uint32_t{VT_BUTTON_RETRY} : 5u);
     }
 }

@@ -60,11 +60,9 @@ std::vector<Row> allRows()
         {OfWindow, 0, VT_OK, CALL(VTWindowAddSetupMode(h, "New", ""))},
         {OfWindow, 0, E(SETUP_MODE), CALL(VTWindowAddSetupMode(h, "Twice", ""))},
         {OfWindow, 0, E(SETUP_MODE), CALL(VTWindowAddSetupMode(h, nullptr, ""))},
-        {OfWindow, 0, E(SETUP_MODE), CALL(VTWindowAddSetupMode(h, "Other", nullptr))},
         {OfWindow, 0, VT_OK, CALL(VTWindowClearSetupModes(h))},
         {OfWindow, 0, VT_OK, CALL(VTWindowAddFileFormat(h, "new", nullptr, nullptr))},
         {OfWindow, 0, E(FILE_FORMAT), CALL(VTWindowAddFileFormat(h, nullptr, nullptr, nullptr))},
-        {OfWindow, 0, E(FILE_FORMAT), CALL(VTWindowAddFileFormat(h, "ok", "a-b", nullptr))},
         {OfWindow, 0, VT_OK, CALL(VTWindowClearFileFormats(h))},
         {OfWindow, 0, VT_OK, CALL(addAction(h, VT_PLACE_MENU, "Menu", "Text"))},
         {OfWindow, 0, VT_OK, CALL(addAction(h, VT_PLACE_INFORMATION, nullptr, "Text"))},
@@ -252,13 +250,13 @@ void CallsTest::applicationFaults()
     QTimer::singleShot(0, qApp, [&] { VTAppExit(app, isBusy() ? 7 : 0); });
     int exitCode = 0;
     QVERIFY(VTAppExec(app, &exitCode) == VT_OK && exitCode == 7 && busyCalls == 2);
+    std::int32_t code = 1;
     camera.add<VT_FEATURE_CLOSED>(VTSetFeatureNotify, [&] {
-        camera.code = addAction(Handle{camera.window}, VT_PLACE_TOOL_BAR, nullptr, "Late");
+        code = addAction(Handle{camera.window}, VT_PLACE_TOOL_BAR, nullptr, "Late");
         return isBusy();
     });
     camera.view->close();
-    QCOMPARE(camera.code, VT_ERROR_ACTION_REFUSED + 0);
-    QCOMPARE(busyCalls, 4);
+    QVERIFY(code == VT_ERROR_ACTION_REFUSED && busyCalls == 4);
 }
 
 QTEST_APPLESS_MAIN(CallsTest)

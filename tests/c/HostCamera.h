@@ -52,7 +52,6 @@ struct Camera
     Camera()
     {
         VTAppCreate(1, commandLine, &app); // unless there is one
-        itsApp = app;
         VTWindowCreate(app, &window, this);
         void* native = nullptr;
         VTWindowGetNativeHandle(window, &native);
@@ -64,6 +63,8 @@ struct Camera
     {
         gate.openForGood();
         VTAppDestroy(app);
+        if (host.joinable())
+            host.join();
     }
     template <std::int32_t feature, typename Callback>
     void add(std::int32_t (*set)(VTWindowHandle, std::int32_t, Callback), Act act = nullptr)
@@ -180,12 +181,11 @@ struct Camera
         int returned = 0;
     };
 
-    VTAppHandle itsApp = nullptr;
     VTWindowHandle window = nullptr;
     QPointer<WindowQt> view;
     std::set<std::int32_t> added; // features
     Gate gate;
-    std::atomic<std::int32_t> code{1}; // of the call that a callback makes
+    std::thread host; // another one of its threads
 
     std::mutex mutex; // guards all below
     std::condition_variable freed;
@@ -217,11 +217,5 @@ struct Call<feature, Result (*)(Arguments...)>
 };
 
 using Story = void (*)(Camera&);
-
-/// An act that destroys the camera's window.
-inline Camera::Act destroys(Camera& camera)
-{
-    return [&camera] { return VTWindowDestroy(camera.window) == VT_OK; };
-}
 
 Q_DECLARE_METATYPE(Story)
