@@ -79,6 +79,8 @@ public:
     /// `format` is `Mono8`, `RGB8` or `RGBa8`; any other returns false and changes nothing. While it is locked, frames
     /// of another size or kind are refused.
     bool setBitmapLocked(int width, int height, Format format);
+    /// Whether such a bitmap can be made now. Allocates its memory and frees it; changes nothing.
+    static bool canLockBitmap(int width, int height, Format format);
     bool bitmapLocked() const;
     /// Later frames are converted as usual.
     void unlockBitmap();

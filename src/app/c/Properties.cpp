@@ -5,9 +5,9 @@
 #include "app/c/CallbackAcquisition.h"
 #include "app/c/WindowWrapper.h"
 #include "base/HostCall.h"
-#include "pipeline/frames/Conversion.h"
 
 #include <Vistrel/Surface.h>
+#include <Vistrel/SurfaceStream.h>
 
 #include <cstring>
 #include <iterator>
@@ -196,20 +196,17 @@ bool readBitmapLock(const Owner& owner, void* data)
 bool writeBitmapLock(const Owner& owner, const void* data)
 {
     const auto lock = data ? fromData<BitmapLock>(data) : BitmapLock();
-    if (data) { // check first: an existing lock must survive a refusal
-        QImage target;
-        PixelBuffer memory;
-        if (!prepareTarget(target, memory, lock.width, lock.height,
-                           static_cast<int>(formatDepth(static_cast<Format>(lock.format)))))
-            return false;
-    }
+    const auto width = static_cast<int>(lock.width);
+    const auto height = static_cast<int>(lock.height);
+    const auto format = static_cast<Format>(lock.format);
+    if (data && !SurfaceStream::canLockBitmap(width, height, format))
+        return false; // an existing lock survives a refusal
     RawImage before;
     if (owner.window->getBitmap(&before))
         owner.parts->acquisition->takeAway(before.data); // its pixels are about to be freed
     if (!data)
         return owner.window->unlockBitmap(), true;
-    return owner.window->setBitmapLocked(static_cast<int>(lock.width), static_cast<int>(lock.height),
-                                         static_cast<Format>(lock.format));
+    return owner.window->setBitmapLocked(width, height, format);
 }
 
 // The tables ----------------------------------------------------------------------------------------------------------

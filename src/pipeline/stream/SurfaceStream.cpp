@@ -3,6 +3,7 @@
 #include "pipeline/stream/SurfaceStream_p.h"
 
 #include "base/FrameLocking.h"
+#include "base/Log.h"
 #include "pipeline/frames/ChannelOrder.h"
 #include "pipeline/frames/ColorPalette.h"
 #include "pipeline/frames/Conversion.h"
@@ -32,6 +33,11 @@ private:
     const DisplayFramePtr m_picture;
     const ScopedLock m_frameLock;
 };
+
+bool isBitmapFormat(Format format)
+{
+    return format == Mono8 || format == RGB8 || format == RGBa8;
+}
 
 // A host that draws into a locked bitmap may leave the fourth byte as it is. An image needs it.
 QImage opaqueCopy(QImage image, const DisplayFrame& frame)
@@ -286,9 +292,19 @@ QImage::Format SurfaceStream::latestQImageFormat() const
 
 // Bitmap lock --------------------------------------------------------------------------------------------------------
 
+bool SurfaceStream::canLockBitmap(int width, int height, Format format)
+{
+    QImage target;
+    PixelBuffer memory;
+    return isBitmapFormat(format) && width > 0 && height > 0 && attempt("canLockBitmap", false, [&] {
+               return prepareTarget(target, memory, static_cast<std::size_t>(width), static_cast<std::size_t>(height),
+                                    static_cast<int>(formatDepth(format)));
+           });
+}
+
 bool SurfaceStream::setBitmapLocked(int width, int height, Format format)
 {
-    if (format != Mono8 && format != RGB8 && format != RGBa8)
+    if (!isBitmapFormat(format))
         return false;
     const bool isLocked = m_data->worker->lockBitmap(width, height, format);
     Q_EMIT bitmapLockChanged(isLocked);
