@@ -82,7 +82,7 @@ void StreamWorkerTest::requestsDuringAFetchAreServedByOneMore()
     QTRY_COMPARE(one.gate.arrived(), 2);
     auto waiting = std::async(std::launch::async, [&] {
         one.worker.requestAndWait();
-        return one.worker.framesConverted();
+        return one.worker.pictures().framesConverted();
     });
     one.gate.open(); // the fetch that was under way is not the one asked for
     QTRY_COMPARE(one.gate.arrived(), 3);
@@ -95,18 +95,18 @@ void StreamWorkerTest::requestsDuringAFetchAreServedByOneMore()
 void StreamWorkerTest::clearDropsFramesUntilTheyAreAccepted()
 {
     GatedWorker one;
-    one.worker.clear();
+    one.worker.pictures().clear();
     one.gate.open();
     one.worker.requestAndWait(); // asks the source for nothing
     QCOMPARE(one.gate.arrived(), 1);
-    QVERIFY(!one.worker.front());
-    one.worker.acceptFrames();
+    QVERIFY(!one.worker.pictures().front());
+    one.worker.pictures().acceptFrames();
     one.worker.request();
     QTRY_COMPARE(one.gate.arrived(), 2);
-    one.worker.clear();
-    one.worker.acceptFrames();
+    one.worker.pictures().clear();
+    one.worker.pictures().acceptFrames();
     one.gate.open(); // which has waited for its first frame since
-    QTRY_VERIFY(one.worker.front());
+    QTRY_VERIFY(one.worker.pictures().front());
 }
 
 void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
@@ -133,22 +133,22 @@ void StreamWorkerTest::changeDuringAConversionIsLeftToItsEnd()
     };
 
     beginConversion();
-    worker.clear();
-    worker.acceptFrames();
+    worker.pictures().clear();
+    worker.pictures().acceptFrames();
     pool.reset();
     worker.requestAndWait();
-    QVERIFY(!worker.front()); // it was fetched before
+    QVERIFY(!worker.pictures().front()); // it was fetched before
 
     beginConversion();
     const int locks = source.frameLocks;
     QCOMPARE(worker.setStage(std::make_shared<const MosaicFilter>(true)), Renewal::None);
     QCOMPARE(worker.renewIfOwed(), Renewal::None);
     pool.reset();
-    QTRY_COMPARE(worker.front()->image.width(), 2048);
-    QCOMPARE(worker.front()->rendered.pixel(0, 0), palette[9]); // chosen before it was applied
-    QCOMPARE(worker.front()->image.format(), QImage::Format_Indexed8);
+    QTRY_COMPARE(worker.pictures().front()->image.width(), 2048);
+    QCOMPARE(worker.pictures().front()->rendered.pixel(0, 0), palette[9]); // chosen before it was applied
+    QCOMPARE(worker.pictures().front()->image.format(), QImage::Format_Indexed8);
     QCOMPARE(worker.renewIfOwed(), Renewal::Converted);
-    QCOMPARE(worker.front()->image.format(), QImage::Format_RGBX8888);
+    QCOMPARE(worker.pictures().front()->image.format(), QImage::Format_RGBX8888);
     QCOMPARE(worker.renewIfOwed(), Renewal::None);
     QCOMPARE(source.frameLocks.load(), locks + 1); // for the one change
 }
@@ -192,7 +192,7 @@ void StreamWorkerTest::stopDropsTheFrameBeingFetched()
     waiting.join();
     one.gate.openForGood();
     stopping.join();
-    QVERIFY(!one.worker.front());
+    QVERIFY(!one.worker.pictures().front());
     QCOMPARE(one.announced.load(), 0);
 }
 

@@ -151,7 +151,7 @@ void SurfaceStream::setSourceAskable(bool askable)
 
 QString SurfaceStream::refusal() const
 {
-    Refusals& refusals = m_data->worker->refusals();
+    Refusals& refusals = m_data->pictures.refusals();
     if (m_data->isSetUpKnown && !m_data->isSourceSetUp && m_data->readout.isAskable &&
         (m_data->isFrameAnnounced || m_data->worker->framesPushed() != m_data->framesPushedBefore))
         refusals.add("Frames come, but are not shown, because the source is not set up: isSetup() is false.", 0);
@@ -168,7 +168,7 @@ void SurfaceStream::updateAcquisitionState()
 
 quint64 SurfaceStream::framesConverted() const
 {
-    return m_data->worker->framesConverted();
+    return m_data->pictures.framesConverted();
 }
 
 quint64 SurfaceStream::framesPublished() const
@@ -180,7 +180,7 @@ quint64 SurfaceStream::framesPublished() const
 
 bool SurfaceStream::bayerDemosaicEnabled() const
 {
-    return m_data->worker->stage<MosaicFilter>()->isEnabled;
+    return m_data->pictures.stage<MosaicFilter>()->isEnabled;
 }
 
 void SurfaceStream::setBayerDemosaicEnabled(bool enabled)
@@ -191,7 +191,7 @@ void SurfaceStream::setBayerDemosaicEnabled(bool enabled)
 
 Format SurfaceStream::bayerDemosaicFilter() const
 {
-    return m_data->worker->stage<MosaicFilter>()->pattern;
+    return m_data->pictures.stage<MosaicFilter>()->pattern;
 }
 
 void SurfaceStream::setBayerDemosaicFilter(Format filter)
@@ -203,7 +203,7 @@ void SurfaceStream::setBayerDemosaicFilter(Format filter)
 
 bool SurfaceStream::rgbOrderReversed() const
 {
-    return m_data->worker->stage<ChannelOrder>()->isReversed;
+    return m_data->pictures.stage<ChannelOrder>()->isReversed;
 }
 
 void SurfaceStream::setRgbOrderReversed(bool reversed)
@@ -214,7 +214,7 @@ void SurfaceStream::setRgbOrderReversed(bool reversed)
 
 QVector<unsigned int> SurfaceStream::colorPalette() const
 {
-    return m_data->worker->stage<ColorPalette>()->entries;
+    return m_data->pictures.stage<ColorPalette>()->entries;
 }
 
 void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
@@ -229,7 +229,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
 {
     if (lock)
         lock->reset(nullptr); // the source may have but one lock for all its frames
-    for (DisplayFramePtr front = m_data->worker->front(); image && front && front->delivered.data;) {
+    for (DisplayFramePtr front = m_data->pictures.front(); image && front && front->delivered.data;) {
         *image = front->delivered;
         if (!lock)
             return true;
@@ -238,7 +238,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
             return false;
         lock->reset(new PictureLock(std::move(frameLock), front));
         // While this thread waited for the lock, another frame may have been delivered.
-        const DisplayFramePtr newest = m_data->worker->front();
+        const DisplayFramePtr newest = m_data->pictures.front();
         if (newest == front)
             return true;
         lock->reset(nullptr);
@@ -249,7 +249,7 @@ bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) c
 
 QImage SurfaceStream::cloneLatestImage() const
 {
-    const DisplayFramePtr front = m_data->worker->front();
+    const DisplayFramePtr front = m_data->pictures.front();
     if (!front)
         return QImage();
     const auto pixels = lockPixels(front->lockedBitmap);
@@ -258,7 +258,7 @@ QImage SurfaceStream::cloneLatestImage() const
 
 QImage SurfaceStream::cloneLatestImageForRender() const
 {
-    const DisplayFramePtr front = m_data->worker->front();
+    const DisplayFramePtr front = m_data->pictures.front();
     if (!front)
         return QImage();
     const QVector<unsigned int> palette = colorPalette();
@@ -268,25 +268,25 @@ QImage SurfaceStream::cloneLatestImageForRender() const
 
 QPixmap SurfaceStream::peekPixmap() const
 {
-    const DisplayFramePtr front = m_data->worker->front();
+    const DisplayFramePtr front = m_data->pictures.front();
     return front ? pixmapOf(*front) : QPixmap();
 }
 
 QSize SurfaceStream::latestImageSize() const
 {
-    const DisplayFramePtr front = m_data->worker->front();
+    const DisplayFramePtr front = m_data->pictures.front();
     return front ? front->image.size() : QSize(0, 0);
 }
 
 Format SurfaceStream::latestImageFormat() const
 {
-    const DisplayFramePtr front = m_data->worker->front();
+    const DisplayFramePtr front = m_data->pictures.front();
     return front && !front->image.isNull() ? front->effective.format : Format(0);
 }
 
 QImage::Format SurfaceStream::latestQImageFormat() const
 {
-    const DisplayFramePtr front = m_data->worker->front();
+    const DisplayFramePtr front = m_data->pictures.front();
     return front ? front->image.format() : QImage::Format_Invalid;
 }
 
@@ -306,27 +306,27 @@ bool SurfaceStream::setBitmapLocked(int width, int height, Format format)
 {
     if (!isBitmapFormat(format))
         return false;
-    const bool isLocked = m_data->worker->lockBitmap(width, height, format);
+    const bool isLocked = m_data->pictures.lockBitmap(width, height, format);
     Q_EMIT bitmapLockChanged(isLocked);
     return isLocked;
 }
 
 bool SurfaceStream::bitmapLocked() const
 {
-    return m_data->worker->settings().lockedBitmap != nullptr;
+    return m_data->pictures.settings().lockedBitmap != nullptr;
 }
 
 void SurfaceStream::unlockBitmap()
 {
     if (!bitmapLocked())
         return;
-    m_data->worker->unlockBitmap();
+    m_data->pictures.unlockBitmap();
     Q_EMIT bitmapLockChanged(false);
 }
 
 bool SurfaceStream::getBitmap(RawImage* const image) const
 {
-    const std::shared_ptr<LockedBitmap> bitmap = m_data->worker->settings().lockedBitmap;
+    const std::shared_ptr<LockedBitmap> bitmap = m_data->pictures.settings().lockedBitmap;
     if (!image || !bitmap)
         return false;
     *image = bitmap->description;

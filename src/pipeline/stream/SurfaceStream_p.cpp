@@ -36,6 +36,7 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       clock(new RefreshClock(owner)),
       readout(acquisitionInterface),
       worker(std::make_shared<StreamWorker>(acquisitionInterface, [this] { frameConverted.request(); })),
+      pictures(worker->pictures()),
       shared(std::move(owned))
 {
     frameWanted.follow(clock, &RefreshClock::ticked);
@@ -84,15 +85,15 @@ void SurfaceStream::PrivateData::updateStreamStates()
         frameWanted.drop(); // what the clock has asked for is no frame that comes
     }
     clock->setRunning(false);
-    worker->clear();
+    pictures.clear();
     updateImage();
 }
 
 void SurfaceStream::PrivateData::showSetUp()
 {
     if (!std::exchange(isSourceSetUp, true))
-        worker->refusals().clear(); // which told that it is not
-    worker->acceptFrames();
+        pictures.refusals().clear(); // which told that it is not
+    pictures.acceptFrames();
     clock->expectFrame();
     if (isRefreshWanted)
         clock->setRunning(true);
@@ -120,7 +121,7 @@ void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 void SurfaceStream::PrivateData::publishNew()
 {
     const StreamWorker::Renewal renewal = worker->renewIfOwed();
-    DisplayFramePtr front = worker->front();
+    DisplayFramePtr front = pictures.front();
     if (front && front->sequence > publishedSequence) {
         front.reset(); // its source waits for it while a newer one is published
         clock->expectFrame();
@@ -134,7 +135,7 @@ void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
 {
     if (renewal == StreamWorker::Renewal::None)
         return;
-    DisplayFramePtr front = worker->front();
+    DisplayFramePtr front = pictures.front();
     // In another palette alone, a picture has the same pixel values. One that is new comes with its own.
     const bool isSame = front && front->sequence <= publishedSequence && front->isDrawn;
     if (renewal == StreamWorker::Renewal::Converted || !isSame) {
@@ -147,7 +148,7 @@ void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
 
 void SurfaceStream::PrivateData::updateImage()
 {
-    const DisplayFramePtr front = worker->front();
+    const DisplayFramePtr front = pictures.front();
     if (front && front->sequence > publishedSequence) {
         publishedSequence = front->sequence;
         ++framesPublished;

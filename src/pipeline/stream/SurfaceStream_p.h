@@ -82,7 +82,8 @@ public:
     ReadoutSource readout;
     bool hasNewState = false; // announced while the source must not be asked
 
-    std::shared_ptr<StreamWorker> worker;
+    const std::shared_ptr<StreamWorker> worker;
+    PictureStore& pictures;                               // the worker's
     std::shared_ptr<AbstractAcquisitionInterface> shared; // the source, when its ownership is shared
 
 public Q_SLOTS:
