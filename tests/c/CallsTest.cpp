@@ -4,6 +4,7 @@
 #include "c/HostCamera.h"
 
 #include <array>
+#include <cmath>
 
 namespace {
 
@@ -97,7 +98,7 @@ std::vector<Row> allRows()
         {OfWindow, 0, VT_OK, CALL(VTGetPropBool(h, VT_WINDOW_ZOOM_TO_FIT, out))},
         {OfWindow, 0, VT_OK, CALL(VTGetPropCStr(h, VT_WINDOW_TITLE, out, &(outSize = 99)))},
         {OfWindow, 0, VT_OK, CALL(VTGetPropData(h, VT_WINDOW_GEOMETRY, out, &(outSize = 99)))},
-        {OfWindow, 0, VT_OK, CALL(VTSetPropInt32(h, VT_WINDOW_REFRESH_RATE, 1))},
+        {OfWindow, 0, VT_OK, CALL(VTSetPropInt32(h, VT_WINDOW_COLOR_TABLE, VT_COLOR_TABLE_CONTOURS))},
         {OfWindow, 0, VT_OK, CALL(VTSetPropDouble(h, VT_WINDOW_ZOOM, 1))},
         {OfWindow, 0, VT_OK, CALL(VTSetPropBool(h, VT_WINDOW_ZOOM_TO_FIT, true))},
         {OfWindow, 0, VT_OK, CALL(VTSetPropCStr(h, VT_WINDOW_TITLE, ""))},
@@ -116,6 +117,14 @@ std::vector<Row> allRows()
         {OfWindow, 0, E(READ_ONLY), CALL(VTSetPropData(h, VT_WINDOW_BITMAP, out, 1))},
         {OfWindow, 0, E(WRITE_ONLY), CALL(VTGetPropBool(h, VT_WINDOW_RAISE, out))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_REFRESH_RATE, 0))},
+        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_COLOR_TABLE, VT_COLOR_TABLE_CONTOURS + 1))},
+        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_BAYER_FILTER_OVERRIDE, 1))},
+        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_SHOW_STATE, -1))},
+        {OfWindow, 0, E(OUT_OF_RANGE),
+         CALL(VTSetPropInt32(h, VT_WINDOW_ACQUISITION_STATE, VT_ACQUISITION_RUNNING + 1))},
+        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_SOURCE_START_FIXED_MAX, 0))},
+        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropDouble(h, VT_WINDOW_ZOOM, 0))},
+        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropDouble(h, VT_WINDOW_ZOOM, std::nan("")))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropData(h, VT_WINDOW_BITMAP_LOCK, out, 1))},
         {OfWindow, 0, E(PROPERTY_REFUSED), CALL(VTSetPropCStr(h, VT_WINDOW_GEOMETRY_TEXT, "zz"))},
         {OfWindow, 0, E(BUFFER_TOO_SMALL), CALL(VTGetPropData(h, VT_WINDOW_GEOMETRY, out, &(outSize = 15)))},

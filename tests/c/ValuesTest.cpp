@@ -2,8 +2,6 @@
 // Tests all properties of the C interface by tables: what each takes and gives, and what it refuses.
 #include "c/HostCamera.h"
 
-#include <cmath>
-
 namespace {
 
 enum Type { Int32, Double, Bool, CStr, Data }; // as the numbers name it
@@ -27,7 +25,6 @@ private Q_SLOTS:
     void init();
     void cleanup() { m_camera.reset(); }
     void everyProperty();
-    void ranges();
     void textsAreCut();
     void dataFitWhole();
     void bitmapLock();
@@ -76,36 +73,6 @@ void ValuesTest::everyProperty()
         }
     }
     QCOMPARE(count, 63);
-}
-
-// What is refused leaves what there is.
-void ValuesTest::ranges()
-{
-    const struct
-    {
-        std::int32_t number, least, most;
-        std::vector<std::int32_t> wrong;
-    } rows[] = {{VT_WINDOW_COLOR_TABLE, 0, VT_COLOR_TABLE_CONTOURS, {-1, VT_COLOR_TABLE_CONTOURS + 1}},
-                {VT_WINDOW_BAYER_FILTER_OVERRIDE, 0, VT_FORMAT_BAYER_BG, {-1, 1, 5 * VT_FORMAT_BAYER_GB}},
-                {VT_WINDOW_SHOW_STATE, 0, VT_SHOW_MAXIMIZED, {-1, VT_SHOW_MAXIMIZED + 1}},
-                {VT_WINDOW_ACQUISITION_STATE, 2, VT_ACQUISITION_RUNNING, {-1, VT_ACQUISITION_RUNNING + 1}},
-                {VT_SOURCE_START_FIXED_MIN, 1, INT32_MAX, {0, INT32_MIN}},
-                {VT_SOURCE_START_FIXED_MAX, 1, INT32_MAX, {0, INT32_MIN}},
-                {VT_SOURCE_START_FIXED_INC, 1, INT32_MAX, {0, INT32_MIN}}};
-    for (const auto& row : rows) {
-        for (const std::int32_t wanted : {row.most, row.least}) {
-            std::int32_t value = -1;
-            QCOMPARE(VTSetPropInt32(m_window, row.number, wanted), VT_OK + 0);
-            for (const std::int32_t wrong : row.wrong)
-                QCOMPARE(VTSetPropInt32(m_window, row.number, wrong), VT_ERROR_OUT_OF_RANGE + 0);
-            QVERIFY(VTGetPropInt32(m_window, row.number, &value) == VT_OK && value == wanted);
-        }
-    }
-    const double most = std::pow(1.125, 40);
-    for (const double zoom : {0.999 / most, 1.001 * most, -1.0, double(NAN)})
-        QCOMPARE(VTSetPropDouble(m_window, VT_WINDOW_ZOOM, zoom), VT_ERROR_OUT_OF_RANGE + 0);
-    for (const double zoom : {1.001 / most, 0.999 * most})
-        QCOMPARE(VTSetPropDouble(m_window, VT_WINDOW_ZOOM, zoom), VT_OK + 0);
 }
 
 // Nothing is written behind a text, and none in place of another.
