@@ -283,20 +283,12 @@ bool InfoBar::eventFilter(QObject* watched, QEvent* event)
 void InfoBar::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
-    switch (event->type()) {
-    case QEvent::FontChange:
-    case QEvent::StyleChange:
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         measure();
-        break;
-    case QEvent::LayoutDirectionChange:
+    else if (event->type() == QEvent::LayoutDirectionChange)
         arrange();
-        break;
-    case QEvent::PaletteChange:
+    else if (event->type() == QEvent::PaletteChange)
         showAlarm();
-        break;
-    default:
-        break;
-    }
 }
 
 void InfoBar::resizeEvent(QResizeEvent* event)

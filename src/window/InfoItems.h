@@ -36,9 +36,9 @@ constexpr std::size_t infoItemCount = 10;
 /// What the items are read from.
 struct InfoState
 {
-    AbstractAcquisitionInterface* source = nullptr; // or null
-    QByteArray setupMode;                           // null when none is active
-    RawImage image;                                 // the pixels are not read
+    const AbstractAcquisitionInterface* source = nullptr; // or null
+    QByteArray setupMode;                                 // null when none is active
+    RawImage image;                                       // the pixels are not read
     double scaling = 0;
     PixPos pixel{-1, -1};        // negative: there is no such pixel
     std::optional<PixVal> value; // none: it could not be read

@@ -21,28 +21,20 @@ struct State
     const char* words;
 };
 
+// clang-format off
 // The first state that holds is shown.
 constexpr State states[] = {
     {{"isStopped", &Source::isStopped}, "Stop", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Stopped")},
     {{"isPaused", &Source::isPaused}, "Pause", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Paused")},
-    {{"isRunningSingle", &Source::isRunningSingle},
-     "PlayOne",
-     QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running, one image")},
-    {{"isRunningSingleReverse", &Source::isRunningSingleReverse},
-     "PlayOneReverse",
-     QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running backwards, one image")},
-    {{"isRunningReverse", &Source::isRunningReverse},
-     "PlayReverse",
-     QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running backwards")},
-    {{"isRunningFixed", &Source::isRunningFixed},
-     "PlayFixed",
-     QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running, counted")},
+    {{"isRunningSingle", &Source::isRunningSingle}, "PlayOne", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running, one image")},
+    {{"isRunningSingleReverse", &Source::isRunningSingleReverse}, "PlayOneReverse", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running backwards, one image")},
+    {{"isRunningReverse", &Source::isRunningReverse}, "PlayReverse", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running backwards")},
+    {{"isRunningFixed", &Source::isRunningFixed}, "PlayFixed", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running, counted")},
     {{"isRunning", &Source::isRunning}, "Play", QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Running")},
 };
 
 } // namespace
 
-// clang-format off
 #define VISTREL_COMMAND(action, slot, Name)                                                                            \
     {&Ui_WindowQt::action, slot, &Source::has##Name, {"can" #Name, &Source::can##Name}}
 
@@ -66,16 +58,18 @@ const std::array<CommandRow, 10>& commandRows()
 #undef VISTREL_COMMAND
 // clang-format on
 
+bool askSource(const Source* source, const SourceQuery& query)
+{
+    return source && hostCall(query.name, false, [&] { return (source->*query.question)(); });
+}
+
 SourceAnswers askSource(const Source* source, bool hasModes)
 {
-    const auto ask = [source](const SourceQuery& query) {
-        return source && hostCall(query.name, false, [&] { return (source->*query.question)(); });
-    };
     SourceAnswers answers;
     for (std::size_t i = 0; i < answers.can.size(); ++i)
-        answers.can[i] = ask(commandRows()[i].can);
-    answers.canSetupMode = ask({"canSetupMode", &Source::canSetupMode});
-    answers.isRunning = ask({"isRunning", &Source::isRunning});
+        answers.can[i] = askSource(source, commandRows()[i].can);
+    answers.canSetupMode = askSource(source, {"canSetupMode", &Source::canSetupMode});
+    answers.isRunning = askSource(source, {"isRunning", &Source::isRunning});
     if (hasModes)
         answers.activeMode = hostText("activeSetupMode", [source](char* text, std::size_t* length) {
             return source->activeSetupMode(text, length);
@@ -83,12 +77,12 @@ SourceAnswers askSource(const Source* source, bool hasModes)
 
     const char* words = QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Not set up");
     answers.statePicture = QStringLiteral("Cleanup");
-    answers.isSetUp = ask({"isSetup", &Source::isSetup});
+    answers.isSetUp = askSource(source, {"isSetup", &Source::isSetup});
     if (answers.isSetUp) {
         words = QT_TRANSLATE_NOOP("Vistrel::WindowQt", "Unknown state");
         answers.statePicture = QStringLiteral("AmbiguousState");
         for (const State& state : states) {
-            if (!ask(state.query))
+            if (!askSource(source, state.query))
                 continue;
             words = state.words;
             answers.statePicture = QLatin1String(state.picture);

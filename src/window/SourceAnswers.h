@@ -22,6 +22,9 @@ struct SourceQuery
     bool (AbstractAcquisitionInterface::*question)() const;
 };
 
+/// False without a source, and when the query throws.
+bool askSource(const AbstractAcquisitionInterface* source, const SourceQuery& query);
+
 struct CommandRow
 {
     QAction* Ui_WindowQt::*action;
@@ -47,7 +50,7 @@ struct SourceAnswers
     QString stateWords;    // empty without a source
 };
 
-/// Asks what can be done and what state the source, which may be null, is in. A query that throws counts as false.
+/// Asks which commands are possible, and for the state. The source may be null.
 SourceAnswers askSource(const AbstractAcquisitionInterface* source, bool hasModes);
 
 } // namespace Vistrel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a host without the toolkit has the window tell of its application.
+// The about box of a host that does not use Qt.
 #include "base/TextOut.h"
 #include "platform/IconHandle.h"
 #include "window/AboutDialog.h"
@@ -10,21 +10,12 @@
 
 namespace Vistrel {
 
-namespace {
-
-QPixmap pixmapFromXpm(const char* const* xpm)
-{
-    return xpm ? QPixmap(xpm) : QPixmap();
-}
-
-} // namespace
-
 void Window::setApplicationAbout(const char* const title, const char* const description, const char* const* const icon1,
                                  const char* const* const icon2, const char* const* const icon3)
 {
     m_data->tell("setApplicationAbout", [&](WindowQt&) {
-        m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), pixmapFromXpm(icon1),
-                                    pixmapFromXpm(icon2), pixmapFromXpm(icon3));
+        m_data->setApplicationAbout(QString::fromLatin1(title), QString::fromLatin1(description), QPixmap(icon1),
+                                    QPixmap(icon2), QPixmap(icon3));
     });
 }
 

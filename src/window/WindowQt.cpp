@@ -52,7 +52,7 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
       commands(form, &stream, source),
       viewModes(form),
       palettes(form, &stream),
-      information(form, &stream, source, commands, &viewModes),
+      information(form, &stream, source.get(), commands, &viewModes),
       saving(form, commands, &stream, source, files),
       userActions(form, &viewModes),
       features(form, source, &commands, userActions),
@@ -66,9 +66,6 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
     connectActions();
     connectParts();
 }
-
-// A call that is under way keeps the source; nothing here waits for it.
-WindowQt::PrivateData::~PrivateData() = default;
 
 void WindowQt::PrivateData::connectActions()
 {

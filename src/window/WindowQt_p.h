@@ -28,7 +28,6 @@ class WindowQt::PrivateData : public QObject
 public:
     PrivateData(WindowQt* owner, ScopedAcquisitionInterface&& acquisitionInterface,
                 ScopedFileInterface&& fileInterface);
-    ~PrivateData() override;
 
     void connectActions();
     void connectParts();

@@ -23,11 +23,6 @@ using Source = AbstractAcquisitionInterface;
 
 constexpr int messageMs = 2000;
 
-bool isTrue(const char* query, const Source& source, bool (Source::*question)() const)
-{
-    return hostCall(query, false, [&] { return (source.*question)(); });
-}
-
 } // namespace
 
 Commands::Commands(const Form& form, SurfaceStream* stream, const std::shared_ptr<Source>& source)
@@ -143,7 +138,7 @@ void Commands::setupStartAsync()
 {
     const bool needsSetup = m_source && m_source->hasSetup();
     run("setup and start", tr("Acquisition setup and start ongoing"), [s = m_source.get(), needsSetup] {
-        return isTrue("isRunning", *s, &Source::isRunning) || ((s->setup() || !needsSetup) && s->start());
+        return askSource(s, {"isRunning", &Source::isRunning}) || ((s->setup() || !needsSetup) && s->start());
     });
 }
 
@@ -155,15 +150,16 @@ void Commands::setConfigured()
             return *isStopping ? tr("Acquisition stop ongoing") : tr("Acquisition setup ongoing");
         }),
         [s = m_source.get(), needsSetup, isStopping] {
-            *isStopping = isTrue("isRunning", *s, &Source::isRunning);
+            *isStopping = askSource(s, {"isRunning", &Source::isRunning});
             return *isStopping ? hostCall("stop", false, [&] { return s->stop(); }) : s->setup() || !needsSetup;
         });
 }
 
 void Commands::setUnconfigured()
 {
-    run("cleanup", tr("Acquisition cleanup ongoing"),
-        [s = m_source.get()] { return !isTrue("isSetup", *s, &Source::isSetup) || s->cleanup(); });
+    run("cleanup", tr("Acquisition cleanup ongoing"), [s = m_source.get()] {
+        return !askSource(s, {"isSetup", &Source::isSetup}) || s->cleanup();
+    });
 }
 
 } // namespace Vistrel

@@ -24,17 +24,11 @@ constexpr int statisticsMs = 250;
 
 } // namespace
 
-Information::Information(const Form& form, SurfaceStream* stream,
-                         const std::shared_ptr<AbstractAcquisitionInterface>& source, const Commands& commands,
-                         ViewModes* viewModes)
-    : m_form(form),
-      m_stream(stream),
-      m_source(source),
-      m_commands(commands),
-      m_viewModes(viewModes),
-      m_bar(new InfoBar(form.statusBar))
+Information::Information(const Form& form, SurfaceStream* stream, const AbstractAcquisitionInterface* source,
+                         const Commands& commands, ViewModes* viewModes)
+    : m_form(form), m_stream(stream), m_commands(commands), m_viewModes(viewModes), m_bar(new InfoBar(form.statusBar))
 {
-    m_state.source = source.get();
+    m_state.source = source;
     form.statusBar->addPermanentWidget(m_bar);
     m_statisticsTimer.setInterval(statisticsMs);
     m_statisticsTimer.start();
@@ -96,7 +90,7 @@ void Information::show(InfoMoment moment)
         const InfoRow& row = infoRow(InfoItem(i));
         if (row.moment != moment)
             continue;
-        const bool isOffered = !row.has || (m_source && (m_source.get()->*row.has)());
+        const bool isOffered = !row.has || (m_state.source && (m_state.source->*row.has)());
         m_bar->setValue(InfoItem(i), isOffered ? row.value(m_state) : QString());
     }
 }

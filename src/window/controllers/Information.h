@@ -7,8 +7,6 @@
 #include <QtCore/QObject>
 #include <QtCore/QTimer>
 
-#include <memory>
-
 class QMenu;
 class QPoint;
 
@@ -28,7 +26,7 @@ class Information : public QObject
 
 public:
     /// The source may be null. The others outlive this object.
-    Information(const Form& form, SurfaceStream* stream, const std::shared_ptr<AbstractAcquisitionInterface>& source,
+    Information(const Form& form, SurfaceStream* stream, const AbstractAcquisitionInterface* source,
                 const Commands& commands, ViewModes* viewModes);
 
     bool isSwitchedOn(InfoItem item) const;
@@ -61,7 +59,6 @@ private:
 
     const Form& m_form;
     SurfaceStream* const m_stream;
-    const std::shared_ptr<AbstractAcquisitionInterface> m_source;
     const Commands& m_commands;
     ViewModes* const m_viewModes;
     InfoBar* const m_bar;

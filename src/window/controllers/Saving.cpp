@@ -39,16 +39,10 @@ namespace {
 
 constexpr int messageMs = 5000;
 
-struct BuiltInFormat
-{
-    const char* filter;
-    const char* suffixes[2];
-};
-
-constexpr BuiltInFormat builtInFormats[] = {
-    {QT_TRANSLATE_NOOP("Vistrel::Saving", "Portable Network Graphics Image (*.png)"), {".png", nullptr}},
-    {QT_TRANSLATE_NOOP("Vistrel::Saving", "Joint Photographic Expert Group Image (*.jpg *.jpeg)"), {".jpg", ".jpeg"}},
-    {QT_TRANSLATE_NOOP("Vistrel::Saving", "Bitmap Image (*.bmp)"), {".bmp", nullptr}},
+constexpr const char* builtInFilters[] = {
+    QT_TRANSLATE_NOOP("Vistrel::Saving", "Portable Network Graphics Image (*.png)"),
+    QT_TRANSLATE_NOOP("Vistrel::Saving", "Joint Photographic Expert Group Image (*.jpg *.jpeg)"),
+    QT_TRANSLATE_NOOP("Vistrel::Saving", "Bitmap Image (*.bmp)"),
 };
 
 // With its dot, as file interfaces take it; empty without one.
@@ -58,12 +52,12 @@ QByteArray suffixOf(const QString& path)
     return suffix.isEmpty() ? QByteArray() : '.' + suffix.toLocal8Bit();
 }
 
-// The first suffix in a filter's pattern, such as ".jpg" in "Photographs (*.jpg *.jpeg)".
-QString firstSuffix(const QString& filter)
+// Those in a filter's pattern, such as ".jpg" and ".jpeg" in "Photographs (*.jpg *.jpeg)".
+QStringList suffixesOf(const QString& filter)
 {
-    const int begin = filter.lastIndexOf(QLatin1String("(*")) + 2;
-    const int end = filter.indexOf(QRegularExpression(QStringLiteral("[ )]")), begin);
-    return begin > 1 && end > begin ? filter.mid(begin, end - begin) : QString();
+    const int begin = filter.lastIndexOf(QLatin1String("(*"));
+    const QString pattern = begin < 0 ? QString() : filter.mid(begin + 2).section(QLatin1Char(')'), 0, 0);
+    return pattern.split(QRegularExpression(QStringLiteral("[ *]+")));
 }
 
 // Who writes "shot.tif" wants that very type; "my.cat", "lens 2.8" and "v1.final" are names without one.
@@ -108,10 +102,10 @@ bool Saving::claims(const QByteArray& suffix) const
 QStringList Saving::filters() const
 {
     QStringList all;
-    for (const BuiltInFormat& format : builtInFormats) {
-        const bool isReplaced = claims(format.suffixes[0]) || (format.suffixes[1] && claims(format.suffixes[1]));
-        if (!isReplaced)
-            all += tr(format.filter);
+    for (const char* const filter : builtInFilters) {
+        const QStringList suffixes = suffixesOf(QLatin1String(filter));
+        if (std::none_of(suffixes.begin(), suffixes.end(), [this](const QString& s) { return claims(s.toLatin1()); }))
+            all += tr(filter);
     }
     return all + hostFilters();
 }
@@ -164,7 +158,7 @@ QString Saving::askPath()
         if (!isWritable() && !namesOtherPicture(path)) {
             if (path.endsWith(QLatin1Char('.')))
                 path.chop(1);
-            path += firstSuffix(m_savedFilter);
+            path += suffixesOf(m_savedFilter).value(0);
         }
         int answer = QMessageBox::Yes;
         if (!isWritable())
