@@ -49,7 +49,7 @@ private:
     int m_callDepth = 0; // calls of the command that have not returned
 };
 
-// The command stays for as long as one of its own operations runs.
+// The command lives until its own operations have returned.
 void Action::PrivateData::letGo()
 {
     owner = nullptr;
@@ -79,7 +79,7 @@ void Action::PrivateData::actionQtDestroyed()
 {
     callCommand("uxDestroyed", [](AbstractActionInterface& one) { one.uxDestroyed(); });
     if (owner)
-        delete owner; // lets this object go
+        delete owner; // calls letGo()
     else if (m_callDepth == 0)
         delete this;
 }
@@ -134,7 +134,7 @@ const AbstractActionInterface* Action::actionInterface() const
 
 // What the entry shows ------------------------------------------------------------------------------------------------
 
-// The entry is missing while the command is told that it has gone.
+// There is no entry while uxDestroyed() runs.
 
 bool Action::isCheckable() const
 {

@@ -49,14 +49,14 @@ public:
 
     int argc;
     std::vector<std::string> arguments;
-    std::vector<char*> argumentPointers; // one for each argument, and the null that ends a command line
+    std::vector<char*> argumentPointers; // one for each argument, then null
     std::unique_ptr<QApplication> toolkit;
     std::vector<std::pair<void (*)(void*), void*>> idleMethods;
-    QTimer* idleTimer = nullptr; // the toolkit application's child
+    QTimer* idleTimer = nullptr; // a child of `toolkit`
     bool isRunning = false;      // inside exec(); user-interface thread only
 
     std::mutex exitMutex;
-    std::optional<int> keptExit; // guarded by exitMutex: asked for and not yet given to the loop
+    std::optional<int> keptExit; // guarded by exitMutex: requested, but not passed to the loop yet
 
 public Q_SLOTS:
     void runIdlePass();
@@ -82,9 +82,9 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
     const DisplayCheck display = checkDisplay(arguments);
     if (!display.refusal.empty())
         refuse(display.refusal);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // icons in the screen's own pixels
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // sharp icons
     if (!display.platforms.empty())
-        qputenv("QT_QPA_PLATFORM", display.platforms.c_str()); // not another, which would end the process
+        qputenv("QT_QPA_PLATFORM", display.platforms.c_str()); // another one would end the process
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());
     if (!display.platforms.empty())
         qunsetenv("QT_QPA_PLATFORM");
@@ -92,7 +92,7 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
         refuse("The platform \"" + QGuiApplication::platformName().toStdString() + "\" has no screen.");
 }
 
-// The windows go first, then their hooks, and then the toolkit: what is left of its objects may still call on the rest.
+// Windows are deleted first, then their hooks, then the toolkit, whose remaining objects may still use the rest.
 Application::PrivateData::~PrivateData()
 {
     QList<QPointer<WindowQt>> windows; // one may be another's child
@@ -108,13 +108,13 @@ Application::PrivateData::~PrivateData()
     toolkit.reset();
 }
 
-// An idle method may add others; those take part from the next pass on.
+// An idle method may add others. They are first called in the next pass.
 void Application::PrivateData::runIdlePass()
 {
     const std::size_t count = idleMethods.size();
     for (std::size_t i = 0; i < count; ++i) {
         const auto [method, userData] = idleMethods[i];
-        // No window has made this call, so a host may delete one here, at once.
+        // Not by `hostCall`: no window makes this call, so the host may delete one here at once.
         if (method)
             attempt("idle method", [method = method, userData = userData] { method(userData); });
     }
@@ -130,7 +130,7 @@ void Application::PrivateData::applyKeptExit()
             keptExit.reset();
     }
     if (!isRunning && QThread::currentThread()->loopLevel() == 0)
-        return; // otherwise the loop is a message box's
+        return; // otherwise a message box runs the loop
     if (code)
         QCoreApplication::exit(*code);
 }
@@ -161,7 +161,7 @@ Application* Application::global()
 int Application::exec()
 {
     const bool wasRunning = std::exchange(m_data->isRunning, true);
-    // Runs as the loop's first event: an exit that was asked for before the loop is up would be forgotten by it.
+    // Posted, because the loop forgets an exit that was requested before it runs.
     QMetaObject::invokeMethod(m_data.get(), "applyKeptExit", Qt::QueuedConnection);
     if (m_data->idleTimer)
         m_data->idleTimer->start();
@@ -178,7 +178,7 @@ void Application::exit(int returnCode)
     {
         const std::lock_guard<std::mutex> guard(m_data->exitMutex);
         m_data->keptExit = returnCode;
-        // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
+        // Posted under the mutex. The receiver takes it too, so it runs after the post is complete.
         if (!isHere)
             QMetaObject::invokeMethod(m_data.get(), "applyKeptExit", Qt::QueuedConnection);
     }

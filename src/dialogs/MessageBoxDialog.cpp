@@ -49,7 +49,7 @@ DialogButton ask(QMessageBox::Icon icon, Window* window, const char* title, cons
     callOnUserInterface(window, [&](QWidget* parent) {
         const QPointer<QMessageBox> box = new QMessageBox(icon, QString::fromLocal8Bit(title),
                                                           QString::fromLocal8Bit(text), toToolkit(buttons), parent);
-        // Several flags are no button of the box, so they set no default.
+        // Several flags name no button, so they set no default.
         box->setDefaultButton(QMessageBox::StandardButton(int(toToolkit(defaultButton))));
         box->setAttribute(Qt::WA_QuitOnClose, false); // a box is not the host's last window
         box->exec();

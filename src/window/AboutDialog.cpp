@@ -32,7 +32,7 @@ QString known(const QString& version)
     return version.isEmpty() ? AboutDialog::tr("Unknown") : version;
 }
 
-// Of captions and what belongs to each: version, SDK, driver, copyright.
+// Returns a table of captions and these texts.
 QString table(const QString& version, const QString& sdk, const QString& driver, const QString& copyright)
 {
     const QString row = QStringLiteral("<tr><td align=\"right\"><b>%1</b></td><td>%2</td></tr>");
@@ -42,7 +42,7 @@ QString table(const QString& version, const QString& sdk, const QString& driver,
            QStringLiteral("</table>");
 }
 
-// As rich text, so that a label can show it above other text.
+// Returns rich text, so that a label can show the picture above other text.
 QString imageHtml(const QPixmap& picture)
 {
     QByteArray bytes;
@@ -124,9 +124,9 @@ void AboutDialog::fixSize()
 {
     setMinimumSize(0, 0);
     setMaximumSize(QWIDGETSIZE_MAX, QWIDGETSIZE_MAX);
-    layout()->activate(); // or the inner layout would not know yet that a label changed
+    layout()->activate(); // updates the inner layout first
     adjustSize();
-    // On a small screen it stays below what wrapped text needs.
+    // On a small screen adjustSize() gives less than wrapped text needs.
     setFixedSize(width(), std::max(height(), heightForWidth(width())));
 }
 

@@ -23,14 +23,14 @@ public:
     explicit AboutDialog(QWidget* parent = nullptr);
     ~AboutDialog() override;
 
-    /// Fills the box with what is to be said of this library, and fixes its size.
+    /// Describes this library, and fixes the size.
     void describeLibrary();
 
-    /// Shows the icon, scaled to 128 pixels, and below it the title, which is plain text. Either may be missing.
+    /// Shows the icon, scaled to 128 pixels, above the title, which is plain text. Either may be empty.
     void setHeader(const QString& title, const QPixmap& icon);
     void setDetails(const QString& text); ///< plain or rich; long lines are wrapped
     QString details() const;
-    void fixSize(); ///< to what the contents need now
+    void fixSize(); ///< to what the contents need
 
 private:
     const std::unique_ptr<Ui::AboutDialog> m_form;

@@ -17,7 +17,7 @@ struct BusyWork::Worker
 
     std::mutex mutex; // guards all below
     std::condition_variable wake;
-    BusyWork* owner = nullptr; // null when it has gone
+    BusyWork* owner = nullptr; // null when it has been deleted
     const char* operation = nullptr;
     Command command; // the next one to run, or none
     bool isRunning = false;
@@ -38,7 +38,7 @@ void BusyWork::Worker::work()
         guard.lock();
         success = result;
         isRunning = false;
-        // Under the mutex, so that the owner cannot go meanwhile.
+        // Under the mutex, so that the owner is not deleted meanwhile.
         if (owner)
             QMetaObject::invokeMethod(owner, "finish", Qt::QueuedConnection);
     }
@@ -105,7 +105,7 @@ void BusyWork::finish()
     }
     m_grace.stop();
     m_isRunning = false;
-    // Queued, for a slot may delete this object.
+    // Queued, because a slot may delete this object.
     if (!m_waiting.empty())
         QMetaObject::invokeMethod(this, "runNext", Qt::QueuedConnection);
     Q_EMIT busyWorkComplete(success ? BusyWorkResult::Succeeded : BusyWorkResult::Failed);

@@ -17,12 +17,12 @@ namespace Vistrel {
 /// What became of a command.
 enum class BusyWorkResult {
     Succeeded = 0,
-    Failed = 1,  ///< it said so, or threw
+    Failed = 1,  ///< it returned false or threw
     Aborted = 2, ///< it was dropped before it began
 };
 
-/// A queue of commands into the host's code, which may block for as long as they like: nothing here waits for them, the
-/// destructor neither. Bound to the user-interface thread.
+/// A queue of commands that call the host's code and may block for ever. Nothing here waits for them, nor does the
+/// destructor. Bound to the user-interface thread.
 class BusyWork : public QObject
 {
     Q_OBJECT
@@ -31,30 +31,30 @@ public:
     using Command = std::function<bool()>;
     using Message = std::function<QString()>;
 
-    /// How long a command may take before anything is shown of it, in milliseconds.
+    /// The time that a command may take before it is shown, in milliseconds.
     static constexpr int graceMs = 16;
 
-    /// `keptAlive` is what the commands call. It is let go when this object is gone and the last command has returned,
-    /// on the thread on which that happens last.
+    /// `keptAlive` is what the commands call. It is released when this object has been deleted and the last command has
+    /// returned, on the thread on which the later of the two happens.
     explicit BusyWork(std::shared_ptr<void> keptAlive);
-    /// Commands that wait are dropped; one that runs goes on by itself.
+    /// Drops the commands that wait. A command that runs continues.
     ~BusyWork() override;
 
-    /// Runs the command when all before it have been completed. `operation` names it where its exception is reported
-    /// and must be a literal. `message` is asked for when the grace is over. Throws the thread library's error, with
-    /// nothing queued, when there can be no thread.
+    /// Runs the command after all earlier ones. An exception of the command is reported with the name `operation`,
+    /// which must be a literal. `message` is called when the grace is over. Throws the thread library's error and
+    /// queues nothing when no thread can be started.
     void start(const char* operation, Message message, Command command);
 
-    /// Whether a command runs or waits, or has returned and its completion was not announced yet.
+    /// Whether a command runs or waits, or has returned but `busyWorkComplete` has not been emitted yet.
     bool isBusy() const { return m_isRunning || !m_waiting.empty(); }
 
-    /// Drops the commands that wait, and announces each as aborted.
+    /// Drops the commands that wait, and emits `busyWorkComplete` for each of them.
     void abortWaiting();
 
 Q_SIGNALS:
     /// A command has been running for longer than the grace.
     void delayed(const QString& message);
-    /// One command is over; `isBusy()` tells whether others wait. The next one begins after the slots have run.
+    /// A command is over. The next one begins after the slots have run.
     void busyWorkComplete(Vistrel::BusyWorkResult result);
 
 private Q_SLOTS:

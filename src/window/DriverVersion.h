@@ -8,15 +8,15 @@
 
 namespace Vistrel {
 
-/// Asks the driver's library, which the system finds by its name and which is loaded for the query alone. False when it
-/// or its export is missing: then nothing is written.
+/// Loads the driver's library by its name, asks it, and unloads it. False, and nothing written, when the library or its
+/// export is missing.
 bool driverVersion(std::uint32_t* majorVersion, std::uint32_t* minorVersion, bool* isDebug);
 
-/// The same as text, such as "6.1f [debug]": the major version in decimal, the minor one in hexadecimal. Empty when
+/// Returns the same as text, such as "6.1f [debug]": major version in decimal, minor version in hexadecimal. Empty when
 /// the library or its export is missing.
 QString driverVersionText();
 
-/// The version of the SDK that this library was built with, written in the same way.
+/// Returns the version of the SDK that this library was built with, in the same form.
 QString sdkVersionText();
 
 } // namespace Vistrel

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reads a text that the host hands out by the protocol of buffer and size.
+// Reads a text that the host writes into a buffer.
 #include "window/HostText.h"
 
 #include "base/HostCall.h"
@@ -8,7 +8,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr std::size_t longestText = 1 << 16; // bytes; what a source says of itself is not longer
+constexpr std::size_t longestText = 1 << 16; // bytes
 
 } // namespace
 
@@ -19,7 +19,7 @@ QByteArray hostText(const char* query, const std::function<bool(char* buffer, st
         if (!question(nullptr, &size) || size == 0 || size > longestText)
             return QByteArray();
         QByteArray text(static_cast<int>(size), '\0');
-        // It may have changed meanwhile: what was cut is cut.
+        // A text that has grown since the first call stays cut.
         if (!question(text.data(), &size))
             return QByteArray();
         return QByteArray(text.constData());

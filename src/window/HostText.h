@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Reads a text that the host hands out by the protocol of buffer and size.
+// Reads a text that the host writes into a buffer.
 #pragma once
 
 #include <QtCore/QByteArray>
@@ -9,7 +9,8 @@
 
 namespace Vistrel {
 
-/// Null when the host has none, or throws, which is reported with the query's name.
+/// Calls `question` for the size, then for the text. Null when the host has none or throws; an exception is reported
+/// with the name `query`.
 QByteArray hostText(const char* query, const std::function<bool(char* buffer, std::size_t* size)>& question);
 
 } // namespace Vistrel

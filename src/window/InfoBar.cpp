@@ -41,7 +41,7 @@ InfoBar::InfoBar(QStatusBar* statusBar) : QWidget(statusBar), m_statusBar(status
         const auto item = static_cast<InfoItem>(i);
         const bool hasUnitOnly = infoRow(item).caption[0] == '%' && infoRow(item).unit[2] != '\0';
         auto* const label = new QLabel(this);
-        label->setTextFormat(Qt::PlainText); // a mode's name is the source's
+        label->setTextFormat(Qt::PlainText); // the source may put anything into a mode's name
         label->setAlignment((hasUnitOnly ? Qt::AlignTrailing : Qt::AlignLeading) | Qt::AlignVCenter);
         label->setAccessibleName(infoName(item));
         label->setToolTip(infoName(item));
@@ -58,7 +58,7 @@ InfoBar::InfoBar(QStatusBar* statusBar) : QWidget(statusBar), m_statusBar(status
 
 InfoBar::~InfoBar()
 {
-    // An action may be a child, too, and go when there is no list of buttons any more.
+    // An action may be a child of this widget and be deleted after the list of buttons.
     for (const QToolButton* const button : m_buttons) {
         if (QAction* const action = button->defaultAction())
             action->disconnect(this);
@@ -82,7 +82,7 @@ void InfoBar::addUserAction(QAction* action)
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_buttons.push_back(button);
     connect(action, SIGNAL(changed()), this, SLOT(arrangeAnew()));
-    // Its own click may be what ends the action. The button itself forgets what it is connected to before that.
+    // The action may be deleted by its own click, so the button is deleted later.
     connect(action, &QObject::destroyed, this, [this, button] {
         m_buttons.erase(std::find(m_buttons.begin(), m_buttons.end(), button));
         button->hide();
@@ -131,7 +131,7 @@ void InfoBar::makeRoom(InfoItem item, const QString& value)
 
 void InfoBar::showAlarm()
 {
-    QPalette alarm; // everything else stays inherited
+    QPalette alarm; // all other colours stay inherited
     if (m_isDropping)
         alarm.setColor(QPalette::WindowText, alarmColor(palette()));
     at(InfoItem::Dropped).label->setPalette(alarm);
@@ -141,7 +141,7 @@ void InfoBar::showAlarm()
 
 bool InfoBar::widen(Item& item, QString text)
 {
-    // Fonts whose digits differ in width are not to move anything either.
+    // In some fonts the digits differ in width. All are measured as the widest one.
     for (QChar& character : text) {
         if (character.isDigit())
             character = m_widestDigit;
@@ -149,7 +149,7 @@ bool InfoBar::widen(Item& item, QString text)
     if (text == item.measured)
         return false;
     item.measured = text;
-    const int width = item.label->fontMetrics().horizontalAdvance(text) + 2; // for what leans over its advance
+    const int width = item.label->fontMetrics().horizontalAdvance(text) + 2; // for glyphs wider than their advance
     if (width <= item.width)
         return false;
     item.width = width;
@@ -207,7 +207,7 @@ QSize InfoBar::minimumSizeHint() const
     return {0, height};
 }
 
-// The status bar lays out the bar, which places its labels itself: a number that changes lays out nothing.
+// Places the labels without a layout, so that a new number causes no layout of the status bar.
 void InfoBar::arrange()
 {
     std::vector<Place> ranked = places();
@@ -218,7 +218,7 @@ void InfoBar::arrange()
     for (const Place& place : ranked) {
         if (used + place.width + gap() > width()) {
             if (place.importance == infoRow(InfoItem::PixelValue).importance)
-                continue; // colours of many bits may be too wide on their own
+                continue; // the values of deep colour may be wider than the bar
             break;
         }
         used += place.width + gap();
@@ -254,7 +254,7 @@ void InfoBar::arrangeAnew()
     updateGeometry();
 }
 
-// A message stands where the permanent widgets leave it room.
+// Leaves room for the message of the status bar.
 void InfoBar::makeWay()
 {
     const QString message = m_statusBar->currentMessage();

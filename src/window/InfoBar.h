@@ -20,39 +20,36 @@ class QToolButton;
 
 namespace Vistrel {
 
-/// Amber that can be read on the palette's window colour.
+/// Amber that is readable on the palette's window colour.
 QColor alarmColor(const QPalette& palette);
 
-/// One label for each item that is switched on, then a button for each action of the host. An item keeps the width of
-/// the widest text it has had, so that nothing moves while numbers change. What has no room is left out, the least
-/// important first, and the bar makes way for a message of the status bar.
-///
-/// Setters are cheap when nothing has changed.
+/// Shows a label for each item that is switched on, then a button for each action of the host. An item keeps the width
+/// of its widest text, so nothing moves while numbers change. A narrow bar leaves out the least important items. The
+/// bar leaves room for a message of the status bar. Setters are cheap when nothing has changed.
 class InfoBar : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// To be added to `statusBar` as a permanent widget. All items are switched off at first, and have no value.
+    /// The caller adds it to `statusBar` as a permanent widget. At first all items are switched off and have no value.
     explicit InfoBar(QStatusBar* statusBar);
     ~InfoBar() override;
 
     void setItemShown(InfoItem item, bool shown);
 
-    /// A null value is shown as a dash. The item that counts dropped frames is amber when the number is greater than
-    /// the one before it.
+    /// An empty value is shown as a dash. The number of dropped frames is amber when it is greater than the last one.
     void setValue(InfoItem item, const QString& value);
-    /// Makes the item wide enough for a value that it may get.
+    /// Makes the item wide enough for `value`.
     void makeRoom(InfoItem item, const QString& value);
 
-    /// The action stays its owner's; its button goes with it.
+    /// Does not own the action. The button is deleted with it.
     void addUserAction(QAction* action);
 
-    /// One line "Name: value" for each item that has a value, whether it is switched on or not.
+    /// Returns a line "Name: value" for each item that has a value, also for items that are switched off.
     QString report() const;
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override; ///< of no width: everything can be left out
+    QSize minimumSizeHint() const override; ///< without width: every item can be left out
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -71,7 +68,7 @@ private:
         bool isShown = false;
         QString value;
         QString widest;   // the text that its width is for, each digit the widest one
-        QString measured; // the last text that its width was taken of
+        QString measured; // the text that was measured last
         int width = 0;
     };
     struct Place
@@ -96,7 +93,7 @@ private:
     std::vector<QToolButton*> m_buttons;
     QChar m_widestDigit = QLatin1Char('0');
     bool m_isDropping = false;
-    std::vector<int> m_dividers; // between what is in view; from the bar's leading edge
+    std::vector<int> m_dividers; // positions from the bar's leading edge
 };
 
 } // namespace Vistrel

@@ -41,7 +41,7 @@ struct InfoState
     RawImage image;                                       // the pixels are not read
     double scaling = 0;
     PixPos pixel{-1, -1};        // negative: there is no such pixel
-    std::optional<PixVal> value; // none: it could not be read
+    std::optional<PixVal> value; // none when it could not be read
 };
 
 /// When an item may have changed.
@@ -68,7 +68,7 @@ QString widestPixelText(const RawImage& image); ///< of the pixels that such an 
 
 QString infoName(InfoItem item);
 QString infoWithUnit(InfoItem item, const QString& value);
-/// What the bar shows for a value; a dash stands for one that is null.
+/// Returns what the bar shows for a value: a dash for an empty one.
 QString infoText(InfoItem item, const QString& value);
 
 } // namespace Vistrel

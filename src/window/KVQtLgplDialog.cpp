@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The licences under which the toolkit is used.
+// The licences of Qt.
 #include "window/KVQtLgplDialog.h"
 
 #include "ui_KVQtLgplDialog.h"
@@ -23,7 +23,7 @@ QString licenseText(const char* name)
     QFile file(QStringLiteral(":/licenses/%1.txt").arg(QLatin1String(name)));
     if (!file.open(QIODevice::ReadOnly))
         return QString();
-    return QString::fromUtf8(file.readAll()).remove(QLatin1Char('\f')); // page breaks, for printers alone
+    return QString::fromUtf8(file.readAll()).remove(QLatin1Char('\f')); // page breaks
 }
 
 } // namespace
@@ -46,7 +46,7 @@ KVQtLgplDialog::KVQtLgplDialog(QWidget* parent) : QDialog(parent)
            "archive that is distributed beside this library's package and made by the same script.")
             .arg(QLatin1String(qVersion())));
 
-    // The text's whole width and a page of it, as far as the screen has room.
+    // As wide as the text and a page high, within the screen.
     const int lineHeight = form.lgpl21Label->fontMetrics().lineSpacing();
     const int textWidth =
         form.lgpl21Label->sizeHint().width() + form.lgpl21Area->verticalScrollBar()->sizeHint().width();

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// The licences under which the toolkit is used.
+// The licences of Qt.
 #pragma once
 
 #include <QtWidgets/QDialog>
 
 namespace Vistrel {
 
-/// Shows the texts of the toolkit's licences, and says where its source code is to be had.
+/// Shows the texts of Qt's licences, and says where to get its source code.
 class KVQtLgplDialog : public QDialog
 {
     Q_OBJECT

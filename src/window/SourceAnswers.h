@@ -33,7 +33,7 @@ struct CommandRow
     SourceQuery can;
 };
 
-// Set-up and clean-up come first, then trigger, then what the source plays.
+// In the order of the table; trigger stands between these and the commands of the Playback menu.
 constexpr std::size_t setupRow = 0;
 constexpr std::size_t cleanupRow = 1;
 constexpr std::size_t firstPlaybackRow = 3;

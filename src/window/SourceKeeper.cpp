@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Keeps the sources that windows have been given for as long as anything calls them.
+// Keeps the sources of windows alive while anything calls them.
 #include "window/SourceKeeper.h"
 
 #include "base/Log.h"
@@ -18,7 +18,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr std::chrono::seconds patience{3}; // a camera may wait as long for its next frame
+constexpr std::chrono::seconds patience{3}; // a camera may wait that long for its next frame
 
 class SourceKeeper : public QObject
 {
@@ -44,12 +44,12 @@ struct KeeperList
 {
     std::mutex mutex; // guards all below
     std::condition_variable returned;
-    std::set<SourceKeeper*> keepers; // of the sources that are alive and have not been left alone
+    std::set<SourceKeeper*> keepers; // of the sources that are still to be deleted
 };
 
 KeeperList& keeperList()
 {
-    static KeeperList& list = *new KeeperList; // never freed: threads may still let go while the process ends
+    static KeeperList& list = *new KeeperList; // never freed: threads may still use it while the process ends
     return list;
 }
 
@@ -79,7 +79,7 @@ void SourceKeeper::letGo()
         return;
     isReturned = true;
     list.returned.notify_all();
-    // Under the mutex, so that the receiver, which takes it too, is seen to come after the whole of the post.
+    // Posted under the mutex. The receiver takes it too, so it runs after the post is complete.
     QMetaObject::invokeMethod(this, "end", Qt::QueuedConnection);
 }
 

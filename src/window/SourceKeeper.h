@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Keeps the sources that windows have been given for as long as anything calls them.
+// Keeps the sources of windows alive while anything calls them.
 #pragma once
 
 #include <Vistrel/ScopedAcquisitionInterface.h>
@@ -8,12 +8,12 @@
 
 namespace Vistrel {
 
-/// The source, for everyone who calls it. It is deleted on the user-interface thread, where its signal handler lives,
-/// whoever lets it go last. Bound to the user-interface thread; the pointer may go on any.
+/// Returns a pointer that shares the source. The source is deleted on the user-interface thread, where its signal
+/// handler lives, on whatever thread the last copy of the pointer is destroyed. Bound to the user-interface thread.
 std::shared_ptr<AbstractAcquisitionInterface> keepSource(ScopedAcquisitionInterface&& source);
 
-/// Waits a moment for the calls to sources that windows have let go, and leaves alone, with a line for each, those that
-/// still do not return. For the end of the application: from then on no source is deleted.
+/// Waits up to three seconds for the calls to sources that have not returned, and deletes those sources. Reports each
+/// source whose call still runs, and never deletes it. For the end of the application.
 void leaveSources();
 
 } // namespace Vistrel

@@ -22,7 +22,7 @@ TransientLink::~TransientLink()
 void TransientLink::setParent(HWND parent)
 {
     const auto child = reinterpret_cast<HWND>(m_window->winId());
-    const bool isKept = parent && addTransientChild(parent, child); // which ends an earlier one of the child's
+    const bool isKept = parent && addTransientChild(parent, child); // replaces an earlier registration
     if (parent && !isKept && parent != m_parent)
         return;
     if (!isKept || m_child != child)
@@ -46,8 +46,9 @@ void TransientLink::forget()
     m_parent = nullptr;
 }
 
-// Qt takes the parent from a native window that it makes anew, which is there after the event, and from one that it
-// shows on X11. ShowToParent comes right after that, so a host that raises the parent next finds the window registered.
+// Qt clears the parent of a native window that it makes anew, and on X11 of one that it shows. A new window is ready
+// only after its event. ShowToParent follows the showing at once, so the window is registered before the host raises
+// the parent.
 bool TransientLink::eventFilter(QObject*, QEvent* event)
 {
     if (m_parent && event->type() == QEvent::WinIdChange)

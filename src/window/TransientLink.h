@@ -10,7 +10,7 @@ class QWidget;
 
 namespace Vistrel {
 
-/// The window is registered anew when its native window is another one. Registered no more with the end of this object.
+/// Registers the window again when its native window changes. The destructor ends the registration.
 class TransientLink : public QObject
 {
     Q_OBJECT
@@ -19,8 +19,8 @@ public:
     explicit TransientLink(QWidget* window); ///< which outlives this object
     ~TransientLink() override;
 
-    void setParent(HWND parent); ///< null ends it; without effect for what is no top-level window
-    HWND parentHandle() const;   ///< null from the moment that it has gone
+    void setParent(HWND parent); ///< null ends it; does nothing for a handle that is no top-level window
+    HWND parentHandle() const;   ///< null from the moment that the parent is destroyed
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -32,7 +32,7 @@ private:
     void forget();
 
     QWidget* const m_window;
-    HWND m_child = nullptr; // this window, as it was registered
+    HWND m_child = nullptr; // this window's handle in the registry
     HWND m_parent = nullptr;
 };
 

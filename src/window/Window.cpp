@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A display window, for hosts that do not use the toolkit.
+// A display window, for hosts that do not use Qt.
 #include "window/Window_p.h"
 
 #include "base/Log.h"
@@ -188,7 +188,7 @@ void Window::setZoomLevel(double zoom)
     m_data->tell("setZoomLevel", [=](WindowQt& w) {
         SurfaceScrollArea& area = *w.surfaceScrollArea();
         if (area.surface()->pixmap().isNull())
-            area.surface()->setScaling(zoom); // for the images to come; there is no centre to keep
+            area.surface()->setScaling(zoom); // for later images; there is no centre to keep
         else
             area.setZoomTo(zoom, QPoint(-1, -1));
     });

@@ -30,7 +30,7 @@ void Window::setApplicationAbout(const char* const title, const char* const desc
 }
 #endif
 
-// The window is there.
+// Needs the window.
 void Window::PrivateData::setApplicationAbout(const QString& title, const QString& description, const QPixmap& icon1,
                                               const QPixmap& icon2, const QPixmap& icon3)
 {
@@ -38,7 +38,7 @@ void Window::PrivateData::setApplicationAbout(const QString& title, const QStrin
         aboutDialog = new AboutDialog(windowQt);
     aboutDialog->setWindowTitle(title);
     aboutDialog->setHeader(title, icon1);
-    QIcon icon; // the window's own without the third
+    QIcon icon; // empty without the third picture: the dialog has the window's icon
     for (const QPixmap& picture : {icon3, icon2, icon1}) {
         if (!icon3.isNull() && !picture.isNull())
             icon.addPixmap(picture);

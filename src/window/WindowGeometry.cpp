@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Place and size of a display window. What a host asks for, or has stored, is never more than a screen system can draw.
+// Place and size of a display window, bounded to what a screen system can draw.
 #include "window/Window_p.h"
 
 #include "base/TextOut.h"
@@ -28,7 +28,7 @@ QSize boundedSize(std::int64_t width, std::int64_t height)
     return {bounded(width), bounded(height)};
 }
 
-// Moved by as little as makes it meet a screen, in 64 bits because it may lie at the end of the numbers.
+// Moves the place to the nearest one that meets a screen. 64 bits hold every distance.
 QRect boundedPlace(int x, int y, const QSize& size)
 {
     QPoint nearest(0, 0);
@@ -57,7 +57,7 @@ bool canBeShown(const QRect& rectangle)
                        [&](const QScreen* screen) { return screen->geometry().intersects(rectangle); });
 }
 
-// The toolkit looks at its own mark and version alone, and takes what is missing for zeros.
+// Qt itself checks only the magic number and the version, and reads missing bytes as zeros.
 bool isUsable(const QByteArray& geometry)
 {
     constexpr int sizes[] = {0, 46, 50, 66}; // bytes, by major version

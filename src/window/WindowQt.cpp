@@ -22,14 +22,14 @@ namespace Vistrel {
 
 namespace {
 
-// Shared with what is being saved, which may see the window go.
+// Shared with saving, which may outlive the window.
 std::shared_ptr<AbstractFileInterface> keepFiles(ScopedFileInterface&& given)
 {
     const auto owner = std::make_shared<ScopedFileInterface>(std::move(given));
     return {owner, owner->get()};
 }
 
-// The toolkit would end the process.
+// Refuses what would make Qt end the process.
 QWidget* checkedParent(QWidget* parent)
 {
     const auto* const application = qobject_cast<QApplication*>(QCoreApplication::instance());
@@ -121,7 +121,7 @@ void WindowQt::PrivateData::updateAtRest()
     information.updatePixelValue();
 }
 
-// What can be done with the image, and with the pixel that was clicked.
+// Offers the actions for the image and for the clicked pixel.
 void WindowQt::PrivateData::showSurfaceContextMenu(const QPoint& position)
 {
     auto* const menu = new QMenu(window);
@@ -162,7 +162,7 @@ WindowQt::~WindowQt()
     Q_EMIT partsGoing();
 }
 
-// The system may leave full screen, too, and change its colours.
+// The system, too, may leave full screen or change the colours.
 void WindowQt::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
@@ -200,7 +200,7 @@ void WindowQt::closeEvent(QCloseEvent* event)
     m_data->endWork();
     deleteLater();
     if (m_data->commands.isBusy())
-        hide(); // the command may hold up what comes next
+        hide(); // the command may block what follows
     if (m_data->source)
         hostCall("uxClosed", [this] { m_data->source->uxClosed(); });
 }
@@ -210,7 +210,7 @@ void WindowQt::PrivateData::endWork()
     information.end();
     commands.end();
     stream.setRefreshEnabled(false);
-    // What the source announces from now on leads to no call of it.
+    // The source is not called for what it announces from now on.
     stream.ignoreAnnouncements();
     featuresAnnounced.stop();
     stateAnnounced.stop();
@@ -219,8 +219,8 @@ void WindowQt::PrivateData::endWork()
     stream.disconnect(&states);
 }
 
-// A host that deletes its window in one of its own functions, which this window has called, gets that function's caller
-// back first.
+// A host may delete its window in a function that this window has called. Then the window is deleted after that
+// function has returned.
 void WindowQt::discard()
 {
     if (!isInHostCall()) {
@@ -230,7 +230,7 @@ void WindowQt::discard()
     Q_EMIT partsGoing();
     m_data->endWork();
     if (isVisible())
-        close(); // hiding alone would not be the last window's closing
+        close(); // only closing counts as the last window's end
     hide();
     deleteLater();
 }

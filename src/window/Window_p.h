@@ -24,7 +24,8 @@ class Window::PrivateData : public QObject
 public:
     PrivateData(Window* owner, WindowQt* newWindow);
 
-    /// What `question` finds out of the window; nothing (false, zero, null) when it is gone, which is the host's fault.
+    /// Returns the answer of `question`. Without a window it reports the host's mistake and returns false, zero or
+    /// null.
     template <typename Question>
     auto ask(const char* member, Question&& question)
     {
@@ -48,9 +49,9 @@ public:
                              const QPixmap& icon2, const QPixmap& icon3);
 
     Window* const window;
-    WindowQt* windowQt; // null once it has begun to go
+    WindowQt* windowQt; // null from the beginning of its destruction
     AboutDialog* aboutDialog = nullptr;
-    std::unique_ptr<TransientLink> transientLink; // null as the window
+    std::unique_ptr<TransientLink> transientLink; // null when the window is
 
 public Q_SLOTS:
     void windowQtDestroyed();

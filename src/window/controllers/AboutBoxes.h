@@ -19,7 +19,7 @@ class AboutBoxes : public QObject
 public:
     explicit AboutBoxes(const Form& form); ///< which outlives this object
 
-    void setApplicationAbout(QDialog* dialog); ///< not owned; null takes the entry away
+    void setApplicationAbout(QDialog* dialog); ///< not owned; null hides the entry
 
 public Q_SLOTS:
     void showApplicationAbout();

@@ -66,7 +66,7 @@ void Commands::run(const char* operation, BusyWork::Message message, BusyWork::C
     try {
         m_busyWork.start(operation, std::move(message), std::move(command));
         m_stream->setSourceAskable(false);
-    } catch (...) { // there may be no thread for it
+    } catch (...) { // the thread could not be started
         reportException(operation);
         cleanupBusyWork(BusyWorkResult::Failed);
     }
@@ -121,7 +121,7 @@ void Commands::setupModeAsync()
         m_statusBar->showMessage(tr("Setup mode unidentified!"), messageMs);
         return;
     }
-    const QByteArray bytes = action->data().toByteArray(); // as the source gave it
+    const QByteArray bytes = action->data().toByteArray(); // the source's own bytes
     const std::string name = (bytes.isNull() ? action->whatsThis().toLocal8Bit() : bytes).toStdString();
     run("setupMode", tr("Acquisition setup (%1) ongoing").arg(action->whatsThis()),
         [s = m_source.get(), name] { return s->setupMode(name.c_str()); });

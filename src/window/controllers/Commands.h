@@ -79,8 +79,7 @@ private:
     const std::shared_ptr<Source> m_source;
     QProgressBar* const m_progress;
     BusyWork m_busyWork;
-    BusyWorkResult m_outcome =
-        BusyWorkResult::Succeeded; // of the last command since the last rest that did not succeed
+    BusyWorkResult m_outcome = BusyWorkResult::Succeeded; // the last failure since the last rest
     bool m_hasEnded = false;
 };
 

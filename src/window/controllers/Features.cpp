@@ -75,7 +75,7 @@ void Features::update()
 void Features::layOutToolBar()
 {
     QToolBar* const bar = m_form.acquisitionToolBar;
-    QList<QAction*> wanted; // null for a separator of the bar's own
+    QList<QAction*> wanted; // null: a separator of the bar
     const auto addGroup = [&wanted](std::initializer_list<QAction*> group) {
         const int before = wanted.size();
         std::copy_if(group.begin(), group.end(), std::back_inserter(wanted),
@@ -99,7 +99,7 @@ void Features::layOutToolBar()
     if (present != wanted) {
         for (QAction* const entry : bar->actions()) {
             if (entry->isSeparator() && entry->parent() == bar)
-                delete entry; // clearing would leave it to the bar
+                delete entry; // clear() does not delete it
         }
         bar->clear();
         for (QAction* const entry : qAsConst(wanted))
@@ -112,7 +112,7 @@ void Features::layOutToolBar()
     }
 }
 
-// Modes that are the same keep their entries because the menu may be open.
+// The same modes keep their entries, because the menu may be open.
 void Features::showSetupModes()
 {
     const bool hasSetupMode = m_source && m_source->hasSetupMode();

@@ -24,7 +24,7 @@ class Palettes : public QObject
     Q_OBJECT
 
 public:
-    /// All outlive this object. Nothing is chosen yet.
+    /// Both outlive this object. No palette is chosen yet.
     Palettes(const Form& form, SurfaceStream* stream);
 
     ColorTable colorTable() const { return m_colorTable; }

@@ -45,14 +45,14 @@ constexpr const char* builtInFilters[] = {
     QT_TRANSLATE_NOOP("Vistrel::Saving", "Bitmap Image (*.bmp)"),
 };
 
-// With its dot, as file interfaces take it; empty without one.
+// With its dot, as file interfaces take it. Empty for a name without a suffix.
 QByteArray suffixOf(const QString& path)
 {
     const QString suffix = QFileInfo(path).suffix();
     return suffix.isEmpty() ? QByteArray() : '.' + suffix.toLocal8Bit();
 }
 
-// Those in a filter's pattern, such as ".jpg" and ".jpeg" in "Photographs (*.jpg *.jpeg)".
+// The suffixes in a filter's pattern, such as ".jpg" and ".jpeg" in "Photographs (*.jpg *.jpeg)".
 QStringList suffixesOf(const QString& filter)
 {
     const int begin = filter.lastIndexOf(QLatin1String("(*"));
@@ -60,7 +60,7 @@ QStringList suffixesOf(const QString& filter)
     return pattern.split(QRegularExpression(QStringLiteral("[ *]+")));
 }
 
-// Who writes "shot.tif" wants that very type; "my.cat", "lens 2.8" and "v1.final" are names without one.
+// "shot.tif" asks for that type. "my.cat", "lens 2.8" and "v1.final" are names without a type.
 bool namesOtherPicture(const QString& path)
 {
     constexpr const char* types[] = {"avif", "dib", "dng",  "exr", "fit", "fits", "gif",  "hdr", "heic", "heif",
@@ -71,7 +71,7 @@ bool namesOtherPicture(const QString& path)
                        [&suffix](const char* type) { return suffix == QLatin1String(type); });
 }
 
-// The button that was pressed; none when the window went meanwhile.
+// Returns the button that was pressed, or none when the window was deleted meanwhile.
 int showBox(QWidget* window, QMessageBox::Icon icon, const QString& title, const QString& text,
             QMessageBox::StandardButtons buttons)
 {
@@ -127,8 +127,8 @@ QStringList Saving::hostFilters() const
     return filters;
 }
 
-// The path that the user names, of a type that can be written, or nothing. A name without a type gets the chosen
-// filter's first suffix.
+// Returns the path that the user chose, of a type that can be written, or nothing. A name without a type gets the first
+// suffix of the chosen filter.
 QString Saving::askPath()
 {
     const QStringList choices = filters();
@@ -139,7 +139,7 @@ QString Saving::askPath()
         dialog->setAttribute(Qt::WA_QuitOnClose, false);
         dialog->setAcceptMode(QFileDialog::AcceptSave);
         dialog->setFileMode(QFileDialog::AnyFile);
-        dialog->setOption(QFileDialog::DontConfirmOverwrite); // its question would be on the stack; asked below
+        dialog->setOption(QFileDialog::DontConfirmOverwrite); // Qt keeps its own question on the stack
         dialog->setNameFilters(choices);
         dialog->selectNameFilter(choices.contains(m_savedFilter) ? m_savedFilter : hostFilters().value(0));
         if (!start.isEmpty()) {
@@ -147,7 +147,7 @@ QString Saving::askPath()
             dialog->selectFile(QFileInfo(start).fileName());
         }
         const bool isAccepted = dialog->exec() == QDialog::Accepted;
-        if (!alive || !dialog) // it went with the window
+        if (!alive || !dialog) // deleted with the window
             return QString();
         QString path = isAccepted ? dialog->selectedFiles().value(0) : QString();
         m_savedFilter = dialog->selectedNameFilter();
@@ -178,8 +178,8 @@ QString Saving::askPath()
     }
 }
 
-// Writes on a thread while the events of this one go on, and returns when the file is there. The window may go
-// meanwhile; an application that ends waits here. What begins meanwhile in the same way returns first.
+// Writes on a thread while this one handles events, and returns when the file is written. The window may be deleted
+// meanwhile. An application that ends waits here. Calls are nested: one that began later returns first.
 bool Saving::writeBeside(const std::function<bool()>& write)
 {
     m_isWriting = true;
@@ -200,14 +200,14 @@ bool Saving::writeBeside(const std::function<bool()>& write)
         const boost::strict_scoped_thread<> thread(work); // joined in any case
         loop.exec();
         if (!isDone)
-            endUserInterfaceCalls(); // the application ends, and a host's box would wait for it
+            endUserInterfaceCalls(); // the application ends; a message box of the writer would wait for ever
     } catch (const boost::thread_resource_error&) {
         work();
     }
     return isWritten;
 }
 
-// What went wrong, or nothing.
+// Returns the error, or nothing.
 QString Saving::saveImage(const QString& path)
 {
     if (claims(suffixOf(path)))
@@ -221,15 +221,15 @@ QString Saving::saveImage(const QString& path)
                     "access to the selected location.");
 }
 
-// By the host's interface, which gets the frame itself unless it may be called on a thread.
+// The host's interface gets the frame itself, or a copy when it may be called on a thread.
 QString Saving::saveFrame(const QString& path)
 {
-    // The host may let the window go meanwhile.
+    // The host may delete the window meanwhile.
     const std::shared_ptr<AbstractAcquisitionInterface> keptSource = m_source;
     const std::shared_ptr<AbstractFileInterface> keptFiles = m_files;
     RawImage raw;
     ScopedLock lock;
-    // A command of the source's may hold up whoever asks for the lock.
+    // While a command runs, asking for the lock could block.
     if (m_commands.isBusy() || !m_stream->latestImage(&raw, &lock))
         return tr("The image data buffer cannot be accessed at this time.");
 
@@ -249,7 +249,7 @@ QString Saving::saveFrame(const QString& path)
         }
         lock.reset(nullptr);
         if (surface)
-            surface->update(); // with the values that it could not ask for
+            surface->update(); // with the pixel values that it could not read
     }
     if (isSaved)
         return QString();
@@ -279,7 +279,7 @@ void Saving::save()
         m_savedPath = path;
         m_form.statusBar->showMessage(tr("Saved %1").arg(QFileInfo(path).fileName()), messageMs);
     } else {
-        m_form.statusBar->clearMessage(); // "Saved" of an earlier image
+        m_form.statusBar->clearMessage(); // the message about an earlier image
         showBox(m_form.window, QMessageBox::Critical, tr("File Save Error"), error, QMessageBox::Ok);
         if (!alive)
             return;

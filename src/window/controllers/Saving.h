@@ -19,8 +19,8 @@ class Commands;
 class SurfaceStream;
 struct Form;
 
-/// Asks for a file's name and writes it beside the user interface: by the host's file interface where that claims the
-/// type, else as the picture that is shown.
+/// Asks for a file's name and writes the file beside the user interface. The host's file interface writes the types
+/// that it claims; the others hold the picture as it is shown.
 class Saving : public QObject
 {
     Q_OBJECT
@@ -32,11 +32,11 @@ public:
            const std::shared_ptr<AbstractFileInterface>& files);
 
     bool isWriting() const { return m_isWriting; }
-    void save(); ///< returns when the file is there; this object may be gone then
+    void save(); ///< returns when the file is written; this object may be deleted by then
     void copy(); ///< to the clipboard
 
 Q_SIGNALS:
-    void stateChanged(); ///< whether it writes, or whether there is an image
+    void stateChanged(); ///< `isWriting` has changed, or there may be another image
 
 private:
     bool claims(const QByteArray& suffix) const; ///< whether the host's file interface does
@@ -53,7 +53,7 @@ private:
     const std::shared_ptr<AbstractAcquisitionInterface> m_source;
     const std::shared_ptr<AbstractFileInterface> m_files;
     QString m_savedPath;   // of the image saved last
-    QString m_savedFilter; // that was chosen last
+    QString m_savedFilter; // of the last dialog
     bool m_isWriting = false;
 };
 

@@ -31,7 +31,7 @@ QPixmap iconPicture(const QString& name, const QSize& size)
 QPixmap withBadge(const QPixmap& icon, const QString& state)
 {
     QPixmap badged = icon;
-    badged.setDevicePixelRatio(1); // all below is in its own pixels
+    badged.setDevicePixelRatio(1); // the numbers below are its own pixels
     const int side = badged.width() * 9 / 16;
     const QRectF frame(badged.width() - side + 0.5, badged.height() - side + 0.5, side - 1, side - 1);
     const double inset = side / 8.0;
@@ -101,7 +101,7 @@ void States::updateActionStates()
 
     if (m_commands->isAskable())
         m_known = askSource(m_source, !m_features.setupModes()->isEmpty());
-    // A command that returns within its grace changes nothing in view.
+    // A command that returns within its grace changes no action.
     if (m_commands->isAskable() || m_commands->hasEnded() || m_commands->isShown())
         showCommands();
     showBadge(m_known.statePicture == QLatin1String("Stop") && !hasImage ? QStringLiteral("Setup")
@@ -147,7 +147,7 @@ void States::showSetupToggle(bool canSetup, bool canCleanup)
     if (!canSetup && !canCleanup)
         return;
     const QAction* const other = canCleanup ? m_form.actionCleanup : m_form.actionSetup;
-    toggle->setChecked(canCleanup); // a click has turned it already
+    toggle->setChecked(canCleanup); // the click itself has toggled it
     const QString toolTip = (canCleanup ? tr("Depress to %1") : tr("Press to %1")).arg(other->toolTip());
     if (toggle->toolTip() == toolTip)
         return;

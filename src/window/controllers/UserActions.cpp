@@ -55,7 +55,7 @@ void UserActions::userMenuActionDestroyed()
 {
     for (QMenu* const menu : m_form.menuBar->findChildren<QMenu*>(QString(), Qt::FindDirectChildrenOnly)) {
         if (!menu->objectName().startsWith(userMenuPrefix) || !menu->actions().isEmpty())
-            continue; // hidden actions count, too
+            continue; // a hidden action keeps its menu
         menu->setObjectName(QString());
         m_form.menuBar->removeAction(menu->menuAction());
         menu->deleteLater();

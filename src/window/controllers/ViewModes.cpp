@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Full screen and exhibit view: the image takes the whole window, and the bars come over it at the window's edges.
+// Full screen and exhibit view: the image fills the window, and the bars appear over it at the window's edges.
 #include "window/controllers/ViewModes.h"
 
 #include "window/Form.h"
@@ -82,7 +82,7 @@ void ViewModes::followMenu(const QMenu* menu)
     connect(menu, SIGNAL(aboutToHide()), &m_barsTimer, SLOT(start()));
 }
 
-// The image covers the whole window and lies under the bars, so it stays in place when they come.
+// The image fills the window under the bars, so it stays in place when they appear.
 void ViewModes::apply()
 {
     const bool isAlone = m_form.window->isFullScreen() || m_isExhibited;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Full screen and exhibit view: the image takes the whole window, and the bars come over it at the window's edges.
+// Full screen and exhibit view: the image fills the window, and the bars appear over it at the window's edges.
 #pragma once
 
 #include <QtCore/QObject>
@@ -46,7 +46,7 @@ private:
 
     const Form& m_form;
     QAction* const m_leaveAction;
-    QTimer m_barsTimer; // of bars that come over the image
+    QTimer m_barsTimer; // hides the bars over the image
     bool m_isExhibited = false;
     bool m_isImageAlone = false; // full screen or exhibited
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole image small, with the visible part framed.
+// Shows the whole image small, with a frame around the visible part.
 #include "window/panels/Panels.h"
 
 #include <Vistrel/MiniMap.h>
