@@ -2,8 +2,9 @@
 // Tests what a source gets without overriding anything: setup modes, texts, the relay of commands.
 #include "base/Log.h"
 
-#include <Vistrel/AbstractAcquisitionInterface.h>
 #include <Vistrel/AcquisitionSignalHandler.h>
+
+#include "support/FakeSources.h"
 
 #include <QtTest/QtTest>
 
@@ -15,19 +16,11 @@ using namespace Vistrel;
 
 namespace {
 
-class BareSource : public AbstractAcquisitionInterface
+/// Has nothing but commands; notes which came, and fails.
+class FailingSource : public PullSource
 {
 public:
-    bool isSetup() const override { return false; }
-    bool isRunning() const override { return false; }
-    bool getNextFrame(RawImage* const, ScopedLock* const) override { return false; }
-    ScopedLock getFrameLock(const RawImage&) override { return {}; }
-};
-
-/// Notes which command came, and fails.
-class FailingSource : public BareSource
-{
-public:
+    FailingSource() : PullSource(nullptr) {}
     bool setup() override { return note("setup"); }
     bool cleanup() override { return note("cleanup"); }
     bool startSingleReverse() override { return note("startSingleReverse"); }
@@ -64,7 +57,7 @@ private Q_SLOTS:
 
 void AcquisitionInterfaceTest::setupModesAreNamedOnce()
 {
-    BareSource source;
+    FailingSource source;
     QVERIFY(!source.addSetupMode(nullptr) && !source.addSetupMode("Full", nullptr));
     QVERIFY(source.addSetupMode("Full") && !source.addSetupMode("Full", "all pixels") && source.addSetupMode("full"));
     QCOMPARE(source.setupModeCount(), std::size_t{2});
@@ -75,7 +68,7 @@ void AcquisitionInterfaceTest::setupModesAreNamedOnce()
 
 void AcquisitionInterfaceTest::textOut()
 {
-    BareSource source;
+    FailingSource source;
     source.addSetupMode("Full");
     source.addSetupMode("Binning", "two by two");
     const std::pair<std::size_t, QByteArray> rows[] = {// of a buffer of twelve '#', with '0' for a zero

@@ -118,10 +118,7 @@ void FileIOTest::framesSurvivePng()
             RawImage raw;
             QVERIFY(saved.getData(raw) && std::equal(memory.data(), memory.data() + memory.size(), raw.data));
             const QImage image(pathOf("a.png"));
-            QCOMPARE(image.format(),
-                     layout.channels == 1 ? (layout.bits > 8 ? QImage::Format_Grayscale16 : QImage::Format_Grayscale8)
-                     : layout.bits > 8    ? QImage::Format_RGBX64
-                                          : (layout.bytes == 4 ? QImage::Format_ARGB32 : QImage::Format_RGB32));
+            QCOMPARE(image.depth() / (layout.channels == 1 ? 1 : 4), layout.bits > 8 ? 16 : 8);
             for (unsigned i = 0; i < w * h * layout.channels; ++i) {
                 const unsigned pixel = i / layout.channels;
                 const unsigned color = i % layout.channels;
