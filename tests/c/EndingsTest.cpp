@@ -40,6 +40,11 @@ void EndingsTest::framesComeBackOnce_data()
         c.frames.back().image.data = nothing.data = nullptr;
         c.push(nothing);
     });
+    row("converted again", "0", [](Camera& c) {
+        c.show();
+        VTSetPropBool(c.window, VT_WINDOW_BAYER_DEMOSAIC_ENABLED, true);
+        VTSetPropInt32(c.window, VT_WINDOW_BAYER_FILTER_OVERRIDE, VT_FORMAT_BAYER_BG);
+    });
     row("pulled", "10", [](Camera& c) {
         c.add<VT_FEATURE_NEXT_FRAME>(VTSetFeatureNextFrame, [&c] { return c.calls(VT_FEATURE_NEXT_FRAME) <= 2; });
         QTRY_COMPARE(c.shown(), 2);

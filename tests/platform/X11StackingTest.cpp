@@ -123,6 +123,10 @@ void X11StackingTest::staysAboveTheParent()
         raiseParent();
         QTRY_VERIFY(isAbove());
     }
+    other.setTransientParent(child.native_handle());
+    child.setTransientParent(other.native_handle()); // each would be above the other
+    QVERIFY(child.transientParent() != other.native_handle());
+    other.setTransientParent(nullptr);
     child.setTransientParent(nullptr);
     raiseOther();
     raiseParent();
