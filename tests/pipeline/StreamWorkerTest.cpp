@@ -70,7 +70,6 @@ private Q_SLOTS:
     void changeDuringAConversionIsLeftToItsEnd();
     void frameWithoutALockIsConvertedAgainBetweenFetches();
     void stopDropsTheFrameBeingFetched();
-    void leavingDoesNotWait();
 };
 
 void StreamWorkerTest::requestsDuringAFetchAreServedByOneMore()
@@ -194,28 +193,6 @@ void StreamWorkerTest::stopDropsTheFrameBeingFetched()
     stopping.join();
     QVERIFY(!one.worker.pictures().front());
     QCOMPARE(one.announced.load(), 0);
-}
-
-void StreamWorkerTest::leavingDoesNotWait()
-{
-    for (const bool isFetching : {true, false}) {
-        const auto gate = std::make_shared<Gate>();
-        auto blocked = std::make_shared<PullSource>([gate](RawImage*, ScopedLock*) { return gate->pass(), true; });
-        const std::weak_ptr<PullSource> alive = blocked;
-        auto announced = std::make_shared<std::atomic<int>>(0);
-        auto worker = std::make_shared<StreamWorker>(blocked.get(), [announced] { ++*announced; });
-        worker->start();
-        if (isFetching)
-            worker->request();
-        QTRY_COMPARE(gate->arrived(), isFetching ? 1 : 0);
-        const std::weak_ptr<StreamWorker> workerAlive = worker;
-        StreamWorker::detach(std::move(worker), std::move(blocked));
-        QCOMPARE(alive.expired(), !isFetching);
-        if (isFetching)
-            gate->openForGood();
-        QTRY_VERIFY(alive.expired() && workerAlive.expired());
-        QCOMPARE(announced->load(), 0);
-    }
 }
 
 QTEST_GUILESS_MAIN(StreamWorkerTest) // there may be no screens any more when a frame comes
