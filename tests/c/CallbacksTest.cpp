@@ -206,7 +206,7 @@ void CallbacksTest::drawnFrameEndsWithItsBitmap()
 
 // Message boxes -------------------------------------------------------------------------------------------------------
 
-// It is answered, or its window is destroyed while it is there, or before.
+// It is answered, or its window is destroyed before it is there.
 void CallbacksTest::workerAsks()
 {
     // Destroys the window between the call's post and the box.
@@ -220,19 +220,15 @@ void CallbacksTest::workerAsks()
         }
         VTWindowHandle window;
     } before;
-    for (const char story : {'a', 'd', 'b'}) {
+    for (const bool isAnswered : {true, false}) {
         Camera camera;
         VTSetPropBool(camera.window, VT_WINDOW_VISIBLE, true);
         VTSetPropBool(app, VT_APP_QUIT_ON_LAST_WINDOW_CLOSED, false);
-        before.window = camera.window;
-        if (story == 'b')
-            qApp->installEventFilter(&before);
+        before.window = isAnswered ? nullptr : camera.window;
+        qApp->installEventFilter(&before);
         QTimer watch;
         watch.callOnTimeout([&] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (box && story == 'd')
-                VTWindowDestroy(camera.window);
-            else if (box)
+            if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
                 box->button(QMessageBox::Retry)->click();
         });
         watch.start();
@@ -245,8 +241,8 @@ void CallbacksTest::workerAsks()
         });
         VTAppExec(app, nullptr);
         worker.join();
-        QCOMPARE(code, story == 'a' ? VT_OK : VT_ERROR_NO_ANSWER);
-        QCOMPARE(pressed, story == 'a' ? std::uint32_t{VT_BUTTON_RETRY} : 5u);
+        QCOMPARE(code, isAnswered ? VT_OK : VT_ERROR_NO_ANSWER);
+        QCOMPARE(pressed, isAnswered ? std::uint32_t{VT_BUTTON_RETRY} : 5u);
     }
 }
 
