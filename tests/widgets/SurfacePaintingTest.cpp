@@ -71,7 +71,6 @@ private Q_SLOTS:
     void imageIsPlacedExactly();
     void fullSizeShowsWhatIsRead();
     void printsEveryPixel();
-    void bandsMeetWithoutASeam();
     void crosshair();
 };
 
@@ -133,23 +132,6 @@ void SurfacePaintingTest::printsEveryPixel()
     shown.host.render(&painter);
     painter.end();
     QVERIFY(print == image.convertToFormat(QImage::Format_RGB32));
-}
-
-void SurfacePaintingTest::bandsMeetWithoutASeam()
-{
-    const QRect part(16300, 16300, 168, 168);
-    const QImage image = noise({16800, 16600}, QImage::Format_Grayscale8, part);
-    ShownSurface whole({203, 150});
-    ShownSurface cropped({203, 150});
-    for (const double zoom : {1.3, 1.7, 6.25, 55.5}) {
-        const QPointF middle = QPointF(84, 84) * zoom - QPointF(101, 75);
-        whole.show(image, zoom, QPointF(part.topLeft()) * zoom + middle);
-        const QImage picture = whole.picture();
-        const QByteArray wrong = fault(picture, image, whole.surface);
-        QVERIFY2(wrong.isEmpty(), wrong);
-        cropped.show(image.copy(part), zoom, middle);
-        QCOMPARE(picture, cropped.picture());
-    }
 }
 
 void SurfacePaintingTest::crosshair()

@@ -65,7 +65,6 @@ class SurfaceScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void zoomKeepsThePointUnderTheReference();
     void wheelZoomsAStepAnEvent();
     void doubleClickShowsTheWholeOrItsPixels();
     void dragBeginsAtThreePixels();
@@ -74,20 +73,6 @@ private Q_SLOTS:
     void barsAndKeysMoveTheView();
     void cornerWidgetIsOwned();
 };
-
-void SurfaceScrollAreaTest::zoomKeepsThePointUnderTheReference()
-{
-    ShownArea shown; // fitted, so the bars come with the zoom
-    const QPoint reference(120, 90);
-    const QPointF point = shown.imagePoint(reference);
-    shown.area.setZoomTo(2, reference);
-    for (int i = 0; i < 3; ++i) {
-        QVERIFY2(isNear(shown.imagePoint(reference), point), QByteArray::number(i));
-        shown.settle(); // the bars follow, and leave it there
-    }
-    QCOMPARE(shown.area.zoomScaling(), 2.0);
-    QVERIFY(!shown.area.zoomToFit() && shown.area.hBarScrollable() && shown.area.vBarScrollable());
-}
 
 void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
 {
@@ -120,7 +105,11 @@ void SurfaceScrollAreaTest::doubleClickShowsTheWholeOrItsPixels()
     const QPointF point = shown.imagePoint(position);
     QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, position);
     QCOMPARE(shown.area.zoomScaling(), 1.0);
-    QVERIFY(!shown.area.zoomToFit() && isNear(shown.imagePoint(position), point));
+    for (int i = 0; i < 3; ++i) {
+        QVERIFY2(isNear(shown.imagePoint(position), point), QByteArray::number(i));
+        shown.settle(); // the bars come, and leave it there
+    }
+    QVERIFY(!shown.area.zoomToFit() && shown.area.hBarScrollable() && shown.area.vBarScrollable());
     QTest::mouseDClick(shown.surface, Qt::RightButton, {}, position);
     QVERIFY(!shown.area.zoomToFit());
     QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, position);
@@ -239,15 +228,11 @@ void SurfaceScrollAreaTest::cornerWidgetIsOwned()
     shown.area.setCornerWidget(first); // again: it stays
     QVERIFY(first);
     shown.area.setCornerWidget(second);
-    QVERIFY(!first && shown.area.cornerWidget() == second && second->isVisible());
+    QVERIFY(!first && second->isVisible());
     delete second;
     shown.area.doZoomTo200();
     shown.settle();
     QVERIFY(!shown.area.cornerWidget());
-    shown.area.setCornerWidget(new QWidget);
-    const QPointer<QWidget> given = shown.area.cornerWidget();
-    shown.area.setCornerWidget(nullptr);
-    QVERIFY(!given && !shown.area.cornerWidget());
 }
 
 QTEST_MAIN(SurfaceScrollAreaTest)

@@ -10,10 +10,9 @@
 
 using namespace Vistrel;
 
-using Operation = std::function<void(Surface&)>;
-Q_DECLARE_METATYPE(Operation)
-
 namespace {
+
+using Operation = std::function<void(Surface&)>;
 
 QPixmap pixmapOf(int width, int height, QRgb color = 0xFF808080)
 {
@@ -29,92 +28,68 @@ class SurfaceTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void announcements_data();
     void announcements();
     void slotsMayDeleteTheSurface();
     void feedingFromAnotherThread();
 };
 
-void SurfaceTest::announcements_data()
+void SurfaceTest::announcements()
 {
-    QTest::addColumn<Operation>("prepare");
-    QTest::addColumn<Operation>("operation");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char* name, const Operation& prepare, const Operation& operation, const char* expected) {
-        QTest::newRow(name) << prepare << operation << QString::fromLatin1(expected);
-    };
-    // The view has 400 x 300 pixels.
-    const Operation empty = [](Surface&) {};
-    const Operation fitted = [](Surface& s) { s.setPixmap(pixmapOf(1000, 800)); };
-    const auto scrolled = [](double x, double y) {
+    const auto picture = [](int w, int h) -> Operation { return [=](Surface& s) { s.setPixmap(pixmapOf(w, h)); }; };
+    const auto scaling = [](double value) -> Operation { return [=](Surface& s) { s.setScaling(value); }; };
+    const auto resize = [](int w, int h) -> Operation { return [=](Surface& s) { s.resize(w, h); }; };
+    const Operation fit = [](Surface& s) { s.setScaleToFit(true); };
+    const Operation fitted = picture(1000, 800);
+    const auto scrolled = [=](double x, double y) -> Operation {
         return [=](Surface& s) {
-            s.setPixmap(pixmapOf(1000, 800));
+            fitted(s);
             s.setScaling(2);
             s.setScaledOffset({x, y});
         };
     };
-    const auto picture = [](int w, int h) { return [=](Surface& s) { s.setPixmap(pixmapOf(w, h)); }; };
-    const auto scaling = [](double value) { return [=](Surface& s) { s.setScaling(value); }; };
-    const auto fit = [](Surface& s) { s.setScaleToFit(true); };
-    const auto resize = [](int w, int h) { return [=](Surface& s) { s.resize(w, h); }; };
-    const auto move = [](double x, double y) { return [=](Surface& s) { s.setScaledOffset({x, y}); }; };
-
-    row("large image", empty, picture(1000, 800), "range; scaling fit 0.375; ");
-    row("small image", empty, picture(100, 50), "range; ");
-    row("image of the same size", scrolled(9, 9), picture(1000, 800), "");
-    row("smaller image", scrolled(1600, 1300), picture(500, 800), "offset 600 1300; range; ");
-    row("larger image", scrolled(1600, 1300), picture(2000, 1600), "range; ");
-
-    row("zoom of the fitting", fitted, scaling(0.375), "scaling free 0.375; ");
-    row("zoom", scrolled(300, 200), scaling(3), "offset 450 300; range; scaling free 3; ");
-    row("same zoom", scrolled(300, 200), scaling(2), "");
-    row("fit", scrolled(300, 200), fit, "offset 0 0; range; scaling fit 0.375; ");
-    row("fit twice", fitted, fit, "scaling fit 0.375; ");
-    row("fit nothing", empty, fit, "");
-
-    row("same offset", scrolled(300, 200), move(300, 200), "");
-    const auto moveEach = [](Surface& s) {
-        s.setScaledOffsetX(7);
-        s.setScaledOffsetY(8);
+    const struct
+    {
+        Operation prepare; // a view of 400 x 300 pixels
+        Operation operation;
+        const char* heard;
+    } rows[] = {
+        {[](Surface&) {}, fitted, "range; scaling fit 0.375; "},
+        {scrolled(9, 9), fitted, ""},
+        {scrolled(1600, 1300), picture(500, 800), "offset 600 1300; range; "},
+        {scrolled(1600, 1300), picture(2000, 1600), "range; "},
+        {scrolled(300, 200), scaling(3), "offset 450 300; range; scaling free 3; "},
+        {scrolled(300, 200), scaling(2), ""},
+        {scrolled(300, 200), fit, "offset 0 0; range; scaling fit 0.375; "},
+        {fitted, scaling(0.375), "scaling free 0.375; "},
+        {fitted, fit, "scaling fit 0.375; "},
+        {fitted, resize(200, 300), "range; scaling fit 0.2; "},
+        {picture(100, 50), resize(500, 400), "range; "},
+        {scrolled(300, 200), resize(500, 250), "range; offset 250 225; "}, // keeps the centre
+        {scrolled(1600, 1300), resize(500, 300), "range; offset 1500 1300; "},
     };
-    row("whole offsets", scrolled(300, 200), moveEach, "offset 7 200; offset 7 8; ");
-
-    row("resize, fitted", fitted, resize(200, 300), "range; scaling fit 0.2; ");
-    row("resize, small image", picture(100, 50), resize(500, 400), "range; ");
-    row("resize keeps the centre", scrolled(300, 200), resize(500, 250), "range; offset 250 225; ");
-    row("resize at the end", scrolled(1600, 1300), resize(500, 300), "range; offset 1500 1300; ");
-}
-
-void SurfaceTest::announcements()
-{
-    QFETCH(Operation, prepare);
-    QFETCH(Operation, operation);
-    ShownSurface shown({400, 300});
-    Surface& surface = shown.surface;
-    prepare(surface);
-
-    QString heard;
-    connect(&surface, &Surface::pixelOffsetChanged,
-            [&](const QPointF& offset) { heard += QStringLiteral("offset %1 %2; ").arg(offset.x()).arg(offset.y()); });
-    connect(&surface, &Surface::pixelRangeChanged, [&] { heard += QStringLiteral("range; "); });
-    connect(&surface, &Surface::scalingChanged, [&](bool autoFit, double scaling) {
-        heard += QStringLiteral("scaling %1 %2; ").arg(QLatin1String(autoFit ? "fit" : "free")).arg(scaling);
-        QVERIFY(surface.scaling() == scaling && surface.scaleToFit() == autoFit);
-    });
-    operation(surface);
-    QTEST(heard, "expected");
+    for (const auto& row : rows) {
+        ShownSurface shown({400, 300});
+        Surface& surface = shown.surface;
+        row.prepare(surface);
+        QString heard;
+        connect(&surface, &Surface::pixelOffsetChanged, [&](const QPointF& offset) {
+            heard += QStringLiteral("offset %1 %2; ").arg(offset.x()).arg(offset.y());
+        });
+        connect(&surface, &Surface::pixelRangeChanged, [&] { heard += QStringLiteral("range; "); });
+        connect(&surface, &Surface::scalingChanged, [&](bool autoFit, double value) {
+            heard += QStringLiteral("scaling %1 %2; ").arg(QLatin1String(autoFit ? "fit" : "free")).arg(value);
+            QVERIFY(surface.scaling() == value && surface.scaleToFit() == autoFit);
+        });
+        row.operation(surface);
+        QCOMPARE(heard, QLatin1String(row.heard));
+    }
 }
 
 void SurfaceTest::slotsMayDeleteTheSurface()
 {
     const Operation operations[] = {
-        [](Surface& s) { s.setPixmap(pixmapOf(100, 100)); },
-        [](Surface& s) { s.setScaling(1); },
-        [](Surface& s) {
-            s.setScaledOffset({1, 1});
-        },
-        [](Surface& s) { s.setScaleToFit(true); },
-    };
+        [](Surface& s) { s.setPixmap(pixmapOf(100, 100)); }, [](Surface& s) { s.setScaling(1); },
+        [](Surface& s) { s.setScaledOffset(QPointF(1, 1)); }, [](Surface& s) { s.setScaleToFit(true); }};
     for (const Operation& operation : operations) {
         const QPointer<Surface> surface = new Surface;
         surface->resize(40, 40);
