@@ -114,8 +114,6 @@ class ProtectedPixels
 {
 public:
     explicit ProtectedPixels(std::size_t size) : m_pages(size) {}
-    ProtectedPixels(const ProtectedPixels&) = delete;
-    ProtectedPixels& operator=(const ProtectedPixels&) = delete;
 
     std::uint8_t* data() const { return m_pages.data(); }
 

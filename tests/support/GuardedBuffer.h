@@ -28,8 +28,6 @@ public:
         std::fill(m_first, m_last, guardByte);
         m_data = placement == AtBack ? m_last - bytes : placement == AtFront ? m_first : m_first + 1;
     }
-    GuardedBuffer(const GuardedBuffer&) = delete;
-    GuardedBuffer& operator=(const GuardedBuffer&) = delete;
 
     std::uint8_t* data() const { return m_data; }
     std::size_t size() const { return m_size; }
