@@ -104,20 +104,16 @@ void SurfacePaintingTest::fullSizeShowsWhatIsRead()
 {
     ShownSurface shown({203, 150});
     const QImage image = noise({40, 301}, QImage::Format_RGBX8888, QRect(0, 0, 40, 301));
-    for (const auto format : {QImage::Format_RGBX8888, QImage::Format_RGB32, QImage::Format_RGB888}) {
-        for (const double offset : {0.0, 3.5, 7.25}) {
-            shown.show(image.convertToFormat(format), 1.0, {0, offset});
-            const QImage picture = shown.picture();
-            const QPointF origin = shown.surface.scaledRect().topLeft();
-            QCOMPARE(origin, QPointF(81.5, -offset));
-            for (const QPoint& position : {QPoint(82, 0), QPoint(82, 149), QPoint(121, 3)}) {
-                const QPointF place = position - origin; // where the pointer has it
-                QCOMPARE(picture.pixel(position),
-                         image.pixel(static_cast<int>(place.x()), static_cast<int>(place.y())));
-            }
-            QCOMPARE(picture.pixel(81, 0), backdrop);
-            QCOMPARE(picture.pixel(122, 0), backdrop);
+    for (const double offset : {0.0, 3.5, 7.25}) {
+        shown.show(image, 1.0, {0, offset});
+        const QImage picture = shown.picture();
+        const QPointF origin = shown.surface.scaledRect().topLeft();
+        QCOMPARE(origin, QPointF(81.5, -offset));
+        for (const QPoint& position : {QPoint(82, 0), QPoint(82, 149), QPoint(121, 3)}) {
+            const QPointF place = position - origin; // where the pointer has it
+            QCOMPARE(picture.pixel(position), image.pixel(static_cast<int>(place.x()), static_cast<int>(place.y())));
         }
+        QVERIFY(picture.pixel(81, 0) == backdrop && picture.pixel(122, 0) == backdrop);
     }
 }
 

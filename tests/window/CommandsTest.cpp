@@ -40,7 +40,6 @@ void CommandsTest::commandsRunOnceWhenTheyCan()
                 continue;
             ShownWindow shown;
             QAction* const action = shown.action(command.action);
-            QVERIFY(shown.window->findChild<QMenu*>(QStringLiteral("menuAcquisition"))->actions().contains(action));
             shown.offer(false, bit(command.call)); // hidden
             QVERIFY(shown.action("actionNo_Controls_Available")->isVisible());
             shown.choose(command, isByButton);
@@ -183,6 +182,7 @@ void CommandsTest::sourceWithoutSetupIsStarted()
 
 void CommandsTest::windowGoesWhileACommandRuns()
 {
+    act = [] { throw 3; };
     for (const Command& command : commands) {
         for (const bool isDeleted : {false, true}) {
             ShownWindow shown;

@@ -90,8 +90,6 @@ void WindowTest::geometryIsBoundedToTheScreens()
     QCOMPARE(window.qt_handle()->size(), QSize(32767, 32767));
     window.setGeometry(most, least, 600, 500);
     QCOMPARE(window.qt_handle()->geometry(), QRect(screen.right(), screen.top() - 499, 600, 500));
-    window.setFrameGeometry(least, 30, 600, most);
-    QCOMPARE(window.qt_handle()->frameGeometry(), QRect(screen.left() - 599, 30, 600, 32767));
     window.move(most, most);
     QCOMPARE(window.qt_handle()->frameGeometry().topLeft(), screen.bottomRight());
 }
@@ -176,7 +174,6 @@ void WindowTest::palettes()
 {
     ShownWindow shown;
     const auto* const menu = shown.window->findChild<QMenu*>(QStringLiteral("menuColor_Palette"));
-    QVERIFY(!menu->isEnabled());
     shown.push(Mono8);
     QTRY_VERIFY(menu->isEnabled());
     const auto palette = [&] { return shown.window->surfaceStream()->colorPalette(); };
@@ -212,14 +209,13 @@ void WindowTest::palettes()
 void WindowTest::mosaicFilters()
 {
     const ShownWindow shown;
-    int value = 0;
-    for (const char* const name : {"actionBayer_Filter_Auto", "actionBayerGB_Filter", "actionBayerGR_Filter",
-                                   "actionBayerRG_Filter", "actionBayerBG_Filter"}) {
-        shown.host->setBayerFilterOverride(Format(value));
-        QVERIFY2(shown.action(name)->isChecked(), name);
-        shown.host->setBayerFilterOverride(Format(0x200));
+    int value = 0x100;
+    for (const char* const name :
+         {"actionBayerGB_Filter", "actionBayerGR_Filter", "actionBayerRG_Filter", "actionBayerBG_Filter"}) {
         shown.action(name)->trigger();
         QCOMPARE(int(shown.host->bayerFilterOverride()), value);
+        shown.host->setBayerFilterOverride(Format(0x100));
+        QCOMPARE(shown.action(name)->isChecked(), value == 0x100);
         value += 0x100;
     }
 }
