@@ -22,8 +22,6 @@ using namespace Vistrel;
 
 namespace {
 
-std::atomic<int> reportedLines{0};
-
 QVector<unsigned int> redPalette()
 {
     QVector<unsigned int> palette(256);
@@ -33,9 +31,9 @@ QVector<unsigned int> redPalette()
 }
 
 // Bright in the first channel alone: blue, in the RGB order.
-TestFrame blueFrame(std::size_t width, std::size_t height)
+TestFrame blueFrame()
 {
-    TestFrame frame(width, height, RGB8);
+    TestFrame frame(4, 4, RGB8);
     for (std::size_t i = 0; i < frame.pixels.size(); i += 3)
         frame.pixels[i] = 200;
     return frame;
@@ -99,8 +97,7 @@ private Q_SLOTS:
     void sourceOfUnreadableBuffers();
     void slotsMayCallBack();
     void paletteAppliesToThePictureInView();
-    void mosaicSettings();
-    void channelOrderNeedsALock();
+    void mosaicAndChannelOrder();
     void picturesThatLeaveTheStreamStay();
     void bitmapLock();
     void hostDrawsIntoTheBitmap();
@@ -211,6 +208,7 @@ void SurfaceStreamTest::badFrameKeepsThePicture()
 
 void SurfaceStreamTest::throwingSourceIsReported()
 {
+    static std::atomic<int> reportedLines{0};
     setReportSink([](const std::string& line) { reportedLines += line.find("getNextFrame") != std::string::npos; });
     const auto reset = qScopeGuard([] { setReportSink(nullptr); });
     const TestFrame frame(6, 6, Mono8);
@@ -386,7 +384,7 @@ void SurfaceStreamTest::paletteAppliesToThePictureInView()
     QVERIFY(display.reads(15, 15));
 }
 
-void SurfaceStreamTest::mosaicSettings()
+void SurfaceStreamTest::mosaicAndChannelOrder()
 {
     PushDisplay display;
     SurfaceStream& stream = display.stream;
@@ -416,23 +414,17 @@ void SurfaceStreamTest::mosaicSettings()
     QCOMPARE(display.source.frameLocks.load(), locks); // nothing to convert again
     stream.setBayerDemosaicFilter(BayerBG);
     QCOMPARE(stream.latestImageFormat(), BayerBG8);
-    const TestFrame color(8, 8, RGB8);
+
+    const TestFrame color = blueFrame();
     display.show(color.raw);
     QCOMPARE(stream.latestImageFormat(), RGB8); // an override makes no mosaic of colour
-}
-
-void SurfaceStreamTest::channelOrderNeedsALock()
-{
-    PushDisplay display;
-    const TestFrame frame = blueFrame(4, 4);
-    display.show(frame.raw);
     QCOMPARE(display.shown(), QColor(0, 0, 200));
-    display.stream.setRgbOrderReversed(true);
+    stream.setRgbOrderReversed(true);
     QCOMPARE(display.shown(), QColor(200, 0, 0));
-    QCOMPARE(display.stream.cloneLatestImageForRender().pixelColor(1, 1), QColor(200, 0, 0));
+    QCOMPARE(stream.cloneLatestImageForRender().pixelColor(1, 1), QColor(200, 0, 0));
     QVERIFY(display.reads(1, 1) && display.value.r == 200 && display.value.b == 0);
     display.source.setFramesLocked(false);
-    display.stream.setRgbOrderReversed(false);
+    stream.setRgbOrderReversed(false);
     QCOMPARE(display.shown(), QColor(200, 0, 0)); // the next frame shows it
 }
 
@@ -506,7 +498,7 @@ void SurfaceStreamTest::hostDrawsIntoTheBitmap()
     RawImage bitmap;
     QVERIFY(stream.setBitmapLocked(4, 4, RGB8) && stream.getBitmap(&bitmap));
     const auto draw = [&](std::uint8_t value) { std::fill_n(const_cast<std::uint8_t*>(bitmap.data), 64, value); };
-    const TestFrame blue = blueFrame(4, 4);
+    const TestFrame blue = blueFrame();
     std::copy(blue.pixels.begin(), blue.pixels.end(), const_cast<std::uint8_t*>(bitmap.data));
     display.show(bitmap);
     const QImage shown = display.surface.pixmap().toImage();
