@@ -200,16 +200,14 @@ struct ShownWindow
     // What is not offered has no button, and a mode no entry; then nothing happens.
     void choose(const Command& command, bool isByButton = false) const
     {
-        QAction* const chosen = action(command.action);
-        QWidget* const pressed = isByButton && command.button ? button(command.button) : nullptr;
-        if (pressed) {
+        QAction* const entry = modes()->actions().value(0); // of the one command without a key
+        if (QWidget* const pressed = isByButton ? button(command.button) : nullptr) {
             QTRY_VERIFY(pressed->isVisible());
             QTest::mouseClick(pressed, Qt::LeftButton, {}, {8, pressed->height() / 2});
         } else if (!isByButton && *command.key) {
             QTest::keySequence(window, QKeySequence(QLatin1String(command.key)));
-        } else if (!isByButton) {
-            QAction* const entry = chosen->menu() ? modes()->actions().value(0) : chosen;
-            entry && entry->isEnabled() ? entry->trigger() : void();
+        } else if (!isByButton && entry && entry->isEnabled()) {
+            entry->trigger();
         }
         if (const PopoverWindow* const asking = panel())
             asking->findChild<QPushButton*>()->click();

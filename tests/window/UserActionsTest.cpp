@@ -78,15 +78,13 @@ void UserActionsTest::entriesComeAndGo()
     QVERIFY(!entries(bar).contains(QLatin1String("Mill")));
 
     const auto* const tools = shown.window->findChild<QToolBar*>();
-    Action* const separator = shown.host->addToolBarAction(new HostCommand("s"), "S");
-    separator->qt_handle()->setSeparator(true);
-    const Action* const third = shown.host->addToolBarAction(new HostCommand("t"), "T");
-    QVERIFY(entries(tools).endsWith(QLatin1String(" | B | T")));
-    delete separator;
-    delete third;
     QVERIFY(entries(tools).endsWith(QLatin1String(" | B")));
+    Action* const third = shown.host->addToolBarAction(new HostCommand("t"), "T");
+    third->qt_handle()->setSeparator(true);
+    QVERIFY(entries(tools).endsWith(QLatin1String(" | B |")));
     delete shown.b;
-    QVERIFY(!entries(tools).endsWith(QLatin1String(" |")));
+    delete third;
+    QVERIFY(!entries(tools).endsWith(QLatin1Char('|')));
 
     QPointer<QToolButton> button;
     for (auto* const one : shown.window->statusBar()->findChildren<QToolButton*>()) {
