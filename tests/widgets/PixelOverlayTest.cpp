@@ -7,6 +7,8 @@
 
 #include <QtCore/QScopeGuard>
 
+#include <algorithm>
+
 using namespace Vistrel;
 
 namespace {
@@ -41,24 +43,10 @@ QImage colorImage(const QSize& size, QRgb color)
     return image;
 }
 
-QImage indexedImage(const QSize& size, uchar value)
-{
-    QImage image(size, QImage::Format_Indexed8);
-    for (int i = 0; i < 256; ++i)
-        image.setColor(i, qRgb(i, i, i));
-    image.fill(value);
-    return image;
-}
-
 bool isLabelled(const QImage& picture)
 {
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            if (picture.pixel(x, y) == white)
-                return true;
-        }
-    }
-    return false;
+    const auto* const pixels = reinterpret_cast<const QRgb*>(picture.constBits());
+    return std::count(pixels, pixels + picture.sizeInBytes() / 4, white) > 0;
 }
 
 } // namespace
@@ -76,7 +64,10 @@ private Q_SLOTS:
 void PixelOverlayTest::everyVisibleCellIsLabelled()
 {
     constexpr int zoom = 96;
-    QImage values = indexedImage({5, 4}, 111);
+    QImage values(5, 4, QImage::Format_Indexed8);
+    for (int i = 0; i < 256; ++i)
+        values.setColor(i, qRgb(i, i, i));
+    values.fill(111);
     values.setPixel(2, 1, 112);
     ShownSurface shown({4 * zoom + 20, 300});
     shown.show(colorImage({5, 4}, gray), zoom, {40, 30});

@@ -34,10 +34,8 @@ class SurfaceGeometryTest : public QObject
 
 private Q_SLOTS:
     void levelsMakeOneGrid();
-    void fitting();
     void offsetIsClamped();
     void visiblePart();
-    void zoomKeepsThePointUnderTheReference();
     void pixelsOfTheView();
 };
 
@@ -56,24 +54,6 @@ void SurfaceGeometryTest::levelsMakeOneGrid()
             QVERIFY2(near == level, QByteArray::number(k + part));
         }
     }
-}
-
-void SurfaceGeometryTest::fitting()
-{
-    const auto check = [](const QSize& image, const QSize& view, double scaling, const QPointF& offset) {
-        SurfaceGeometry geometry;
-        geometry.setImageSize(image);
-        geometry.setViewSize(view);
-        QVERIFY(!geometry.fit());
-        QCOMPARE(geometry.scaling(), scaling);
-        QCOMPARE(geometry.scaledOffset(), offset);
-    };
-    constexpr int most = std::numeric_limits<int>::max();
-    check({100, 50}, {400, 400}, 1, {-150, -175});
-    check({400, 1600}, {400, 400}, 0.25, {-150, 0});
-    check({1000000, 1}, {400, 400}, smallest, {0, -199.99550355685432});
-    check({most, most}, {400, 400}, smallest, {0, 0});
-    check({800, 400}, {0, 400}, 1, {0, 0});
 }
 
 void SurfaceGeometryTest::offsetIsClamped()
@@ -106,19 +86,6 @@ void SurfaceGeometryTest::visiblePart()
 
     QVERIFY(placed({}, {80, 60}, 4).visibleImageRectF().isEmpty());
     QVERIFY(placed({100, 50}, {0, 0}, 4).visibleImageRectF().isEmpty());
-}
-
-void SurfaceGeometryTest::zoomKeepsThePointUnderTheReference()
-{
-    const QPoint centre(150, 100);
-    for (const auto& [reference, kept] :
-         {std::pair(QPoint(40, 150), QPoint(40, 150)), {{300, 0}, {300, 0}}, {{-1, -1}, centre}, {{301, 10}, centre}}) {
-        const SurfaceGeometry before = placed({6000, 5000}, {300, 200}, 2.5, {400, 320});
-        SurfaceGeometry after = before;
-        after.setScaling(1.25);
-        after.setOffset(before.offsetZoomed(1.25, reference));
-        QCOMPARE((after.scaledOffset() + kept) / 1.25, (before.scaledOffset() + kept) / 2.5);
-    }
 }
 
 void SurfaceGeometryTest::pixelsOfTheView()

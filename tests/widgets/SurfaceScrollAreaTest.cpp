@@ -89,6 +89,12 @@ void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
     shown.wheel(position, {120, 0});
     QCOMPARE(shown.area.zoomScaling(), 1.0);
     QVERIFY(!shown.isConsumed);
+    shown.area.setImageOffset({100, 120});
+    const QPointF centre = shown.surface->visibleImageRectF().center();
+    for (const QPoint& outside : {QPoint(-1, -1), QPoint(301, 10)}) {
+        shown.area.setZoomTo(shown.area.zoomScaling() * 2, outside);
+        QVERIFY(isNear(shown.surface->visibleImageRectF().center(), centre));
+    }
 
     ShownArea empty{QSize()};
     empty.wheel(position, {0, 120});
