@@ -119,158 +119,11 @@ void CallbackAcquisition::send(VTSignal signal)
 
 // Functions -----------------------------------------------------------------------------------------------------------
 
-template <typename Callback, typename Result, typename... Arguments>
-Result CallbackAcquisition::call(std::int32_t feature, Result otherwise, Arguments... arguments) const
-{
-    const auto function = m_functions->get<Callback>(feature);
-    return function ? function(arguments..., m_functions->userData) : otherwise;
-}
-
-bool CallbackAcquisition::command(std::int32_t feature) const
-{
-    return call<VTCommandCallback>(feature, false);
-}
-
-bool CallbackAcquisition::query(std::int32_t feature, bool otherwise) const
-{
-    return call<VTQueryCallback>(feature, otherwise);
-}
-
-std::size_t CallbackAcquisition::count(std::int32_t feature) const
-{
-    return call<VTSizeCallback>(feature, std::size_t{0});
-}
-
 void CallbackAcquisition::uxClosed()
 {
     m_isClosed = true;
     if (const auto closed = m_functions->get<VTNotifyCallback>(VT_FEATURE_CLOSED))
         closed(m_functions->userData);
-}
-
-bool CallbackAcquisition::setup()
-{
-    return call<VTCommandCallback>(VT_FEATURE_SETUP, true); // without the command, nothing needs to be set up
-}
-
-bool CallbackAcquisition::setupMode(const char* const name)
-{
-    return call<VTNameCallback>(VT_FEATURE_SETUP_MODE, false, name);
-}
-
-bool CallbackAcquisition::cleanup()
-{
-    return command(VT_FEATURE_CLEANUP);
-}
-
-bool CallbackAcquisition::trigger()
-{
-    return command(VT_FEATURE_TRIGGER);
-}
-
-bool CallbackAcquisition::startSingleReverse()
-{
-    return command(VT_FEATURE_START_SINGLE_REVERSE);
-}
-
-bool CallbackAcquisition::startReverse()
-{
-    return command(VT_FEATURE_START_REVERSE);
-}
-
-bool CallbackAcquisition::start()
-{
-    return command(VT_FEATURE_START);
-}
-
-bool CallbackAcquisition::startFixed(std::size_t frames)
-{
-    return call<VTCountCallback>(VT_FEATURE_START_FIXED, false, frames);
-}
-
-bool CallbackAcquisition::startSingle()
-{
-    return command(VT_FEATURE_START_SINGLE);
-}
-
-bool CallbackAcquisition::pause()
-{
-    return command(VT_FEATURE_PAUSE);
-}
-
-bool CallbackAcquisition::stop()
-{
-    return command(VT_FEATURE_STOP);
-}
-
-bool CallbackAcquisition::canSetup() const
-{
-    return query(VT_FEATURE_CAN_SETUP, hasSetup());
-}
-
-bool CallbackAcquisition::canSetupMode() const
-{
-    return query(VT_FEATURE_CAN_SETUP_MODE, hasSetupMode());
-}
-
-bool CallbackAcquisition::canCleanup() const
-{
-    return query(VT_FEATURE_CAN_CLEANUP, hasCleanup());
-}
-
-bool CallbackAcquisition::canTrigger() const
-{
-    return query(VT_FEATURE_CAN_TRIGGER, hasTrigger());
-}
-
-bool CallbackAcquisition::canStartSingleReverse() const
-{
-    return query(VT_FEATURE_CAN_START_SINGLE_REVERSE, hasStartSingleReverse());
-}
-
-bool CallbackAcquisition::canStartReverse() const
-{
-    return query(VT_FEATURE_CAN_START_REVERSE, hasStartReverse());
-}
-
-bool CallbackAcquisition::canStart() const
-{
-    return query(VT_FEATURE_CAN_START, hasStart());
-}
-
-bool CallbackAcquisition::canStartFixed() const
-{
-    return query(VT_FEATURE_CAN_START_FIXED, hasStartFixed());
-}
-
-bool CallbackAcquisition::canStartSingle() const
-{
-    return query(VT_FEATURE_CAN_START_SINGLE, hasStartSingle());
-}
-
-bool CallbackAcquisition::canPause() const
-{
-    return query(VT_FEATURE_CAN_PAUSE, hasPause());
-}
-
-bool CallbackAcquisition::canStop() const
-{
-    return query(VT_FEATURE_CAN_STOP, hasStop());
-}
-
-bool CallbackAcquisition::isSetup() const
-{
-    return query(VT_FEATURE_IS_SETUP, true);
-}
-
-bool CallbackAcquisition::isRunningSingleReverse() const
-{
-    return query(VT_FEATURE_IS_RUNNING_SINGLE_REVERSE, false);
-}
-
-bool CallbackAcquisition::isRunningReverse() const
-{
-    return query(VT_FEATURE_IS_RUNNING_REVERSE, false);
 }
 
 bool CallbackAcquisition::isRunning() const
@@ -280,55 +133,10 @@ bool CallbackAcquisition::isRunning() const
     return query(VT_FEATURE_IS_RUNNING, !canBeStarted);
 }
 
-bool CallbackAcquisition::isRunningFixed() const
-{
-    return query(VT_FEATURE_IS_RUNNING_FIXED, false);
-}
-
-bool CallbackAcquisition::isRunningSingle() const
-{
-    return query(VT_FEATURE_IS_RUNNING_SINGLE, false);
-}
-
-bool CallbackAcquisition::isPaused() const
-{
-    return query(VT_FEATURE_IS_PAUSED, false);
-}
-
 bool CallbackAcquisition::isStopped() const
 {
     const auto stopped = m_functions->get<VTQueryCallback>(VT_FEATURE_IS_STOPPED);
     return stopped ? stopped(m_functions->userData) : !isRunning();
-}
-
-bool CallbackAcquisition::activeSetupMode(char* const buffer, std::size_t* const size) const
-{
-    return call<VTTextCallback>(VT_FEATURE_ACTIVE_SETUP_MODE, false, buffer, size);
-}
-
-double CallbackAcquisition::frameRate() const
-{
-    return call<VTDoubleCallback>(VT_FEATURE_FRAME_RATE, 0.0);
-}
-
-std::size_t CallbackAcquisition::framesQueued() const
-{
-    return count(VT_FEATURE_FRAMES_QUEUED);
-}
-
-std::size_t CallbackAcquisition::framesFilled() const
-{
-    return count(VT_FEATURE_FRAMES_FILLED);
-}
-
-std::size_t CallbackAcquisition::framesDropped() const
-{
-    return count(VT_FEATURE_FRAMES_DROPPED);
-}
-
-std::size_t CallbackAcquisition::framesDelivered() const
-{
-    return count(VT_FEATURE_FRAMES_DELIVERED);
 }
 
 } // namespace Vistrel
