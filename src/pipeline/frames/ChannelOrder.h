@@ -6,7 +6,7 @@
 
 namespace Vistrel {
 
-/// Converts frames as if their channels lay in the opposite order, if it is reversed.
+/// If reversed, converts frames as if their channels had the opposite order.
 class ChannelOrder final : public Stage
 {
 public:

@@ -18,12 +18,12 @@ class ColorPalette final : public Stage
 public:
     static constexpr Place place = Palette;
 
-    /// Anything but 256 entries shows grey.
+    /// Shows grey for any other number than 256 entries.
     explicit ColorPalette(const QVector<unsigned int>& colors = {});
 
-    /// Whether the colours are those of the levels themselves.
+    /// Whether the palette is the grey ramp.
     bool isGray() const { return m_isGray; }
-    /// The colours of an image of 8-bit levels, 32 opaque bits a pixel, in a block of that size.
+    /// Writes the colours of an image of 8-bit levels, 32 opaque bits a pixel, to a block of that size.
     void lookUp(CopyPool& pool, const QImage& levels, PixelBuffer& shown) const;
 
     const QVector<unsigned int> entries; // as they were given

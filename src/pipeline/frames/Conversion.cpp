@@ -39,7 +39,7 @@ QImage imageOver(uchar* bytes, std::size_t width, std::size_t height, const Targ
                   static_cast<int>(width * layout.bytesPerPixel), layout.format);
 }
 
-// Makes the image over four bytes and touches none of them: a size that Qt cannot hold must cost no memory.
+// Makes the image over four bytes and accesses none of them: the check of a size must not allocate memory.
 bool hasTarget(std::size_t width, std::size_t height, const TargetLayout& layout)
 {
     static uchar nothing[4] = {};
@@ -68,7 +68,7 @@ bool prepareTarget(QImage& target, PixelBuffer& buffer, std::size_t width, std::
         return false;
     const std::size_t size = width * layout.bytesPerPixel * height;
     if (buffer.size() != size) {
-        target = QImage(); // its pixels are about to go
+        target = QImage(); // its pixels are about to be freed
         buffer.clear();
         buffer.shrink_to_fit();
         buffer.resize(size);
@@ -93,7 +93,7 @@ void fillTarget(CopyPool& pool, QImage& target, const RawImage& raw, const Stage
     const PixelFormat& format = *findFormat(raw.format);
     const PictureConversion& conversion = format.conversion;
     const std::size_t pixelBytes = static_cast<std::size_t>(target.depth()) / 8;
-    // Streamed pixels would have to be fetched again.
+    // Streamed pixels would have to be fetched back into the cache.
     const Kernels::Stores stores =
         stages.changesRows() ? Kernels::Stores::Cached : Kernels::storesFor(raw.width * raw.height * pixelBytes);
     const PictureTarget picture = {target.bits(), pixelBytes, stores};
@@ -130,7 +130,7 @@ bool rawFromImage(CopyPool& pool, const QImage& source, PixelBuffer& buffer, QIm
     QImage work = source;
     if (work.format() != QImage::Format_Indexed8 && work.format() != QImage::Format_RGB888 &&
         work.format() != QImage::Format_RGBX8888) {
-        // By way of grey levels: the toolkit would otherwise number the levels in the order in which it meets them.
+        // By grey levels: without that step, Qt numbers the levels in the order in which it finds them.
         work = work.isGrayscale()
                    ? work.convertToFormat(QImage::Format_Grayscale8).convertToFormat(QImage::Format_Indexed8)
                    : work.convertToFormat(QImage::Format_RGBX8888);

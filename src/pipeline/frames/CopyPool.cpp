@@ -28,7 +28,7 @@ CopyPool::~CopyPool()
 
 std::shared_ptr<CopyPool> CopyPool::shared()
 {
-    // Never destroyed: a stream may still end while the process does.
+    // Never destroyed: a stream may end while the process ends.
     struct Shared
     {
         std::mutex mutex;
@@ -74,7 +74,7 @@ void CopyPool::run(const Job& job, bool byEveryWorker)
     {
         std::unique_lock<std::mutex> state(m_stateMutex);
         if (!byEveryWorker)
-            m_job = nullptr; // nobody begins any more
+            m_job = nullptr; // no worker begins after this
         m_allDone.wait(state, [this] { return m_awaited == 0 && m_inside == 0; });
         m_job = nullptr;
         if (!exception)
@@ -85,12 +85,12 @@ void CopyPool::run(const Job& job, bool byEveryWorker)
         std::rethrow_exception(exception);
 }
 
-// A thread that cannot be had is done without: the conversion is slower, not wrong.
+// If a thread cannot be started, conversions run on fewer threads.
 void CopyPool::startWorkers()
 {
     if (!m_workers.empty())
         return;
-    m_workers.reserve(m_participants); // a thread that has been started is kept
+    m_workers.reserve(m_participants); // so that adding a started thread cannot fail
     for (std::size_t number = 1; number < m_participants; ++number) {
         try {
             m_workers.push_back(std::make_unique<boost::thread>([this, number] { work(number); }));

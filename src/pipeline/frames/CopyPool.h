@@ -21,7 +21,7 @@ class thread;
 
 namespace Vistrel {
 
-/// A pool of threads that splits conversions by rows. Runs are serialised: streams that share a pool queue up.
+/// A pool of threads that splits conversions by rows. Runs are serialised between the streams that share a pool.
 /// Thread-safe.
 class CopyPool
 {
@@ -36,7 +36,7 @@ public:
     CopyPool(const CopyPool&) = delete;
     CopyPool& operator=(const CopyPool&) = delete;
 
-    /// The pool of the process: made for the first user, gone with the last.
+    /// The pool of the process: created for the first user, destroyed with the last.
     static std::shared_ptr<CopyPool> shared();
 
     std::size_t participants() const { return m_participants; }
@@ -45,10 +45,10 @@ public:
     /// exception thrown by any of them is rethrown here, after all have returned.
     void run(const Job& job);
 
-    /// Calls `rows(first, end)` until all rows below `height` are done, each once: whoever is ready takes the next few,
-    /// `fewest` or more. `bytesPerRow` counts the bytes read and written, or those that a plain copy would move in the
-    /// time that a row takes. Small frames are done by the calling thread alone, and a worker that wakes when no row is
-    /// left is not waited for. Whoever sees this return sees what was streamed.
+    /// Calls `rows(first, end)` until all rows below `height` are done, each once: a participant that is ready takes
+    /// the next rows, at least `fewest`. `bytesPerRow` counts the bytes read and written, or those that a plain copy
+    /// would move in the time that a row takes. The calling thread does small frames alone, and does not wait for a
+    /// worker that wakes when no row is left. Streamed stores are visible after the return.
     template <typename Rows>
     void runRows(std::size_t height, std::size_t bytesPerRow, Rows&& rows, std::size_t fewest = 1)
     {
@@ -62,16 +62,16 @@ public:
         if (height * bytesPerRow < smallestShared)
             job(0, 1);
         else
-            run(std::cref(job), false); // which needs no memory
+            run(std::cref(job), false); // allocates no memory
     }
 
 private:
-    // Measured on two processors: to wake a worker costs the caller 15 to 20 us, and that one comes 20 us later, or
-    // much later on a busy machine. Frames of 640 x 480, up to 3 MB, take 10 to 200 us alone, and hardly less together.
+    // Measured on two processors: waking a worker costs the caller 15 to 20 us, and the worker starts 20 us later, or
+    // much later on a busy machine. Frames of 640 x 480, up to 3 MB, take 10 to 200 us on one thread, hardly less on
+    // two.
     static constexpr std::size_t smallestShared = std::size_t{4} << 20;
-    // Measured at 1280 x 960 in colour: twice as fast as single rows, whose neighbours' cache lines and pages the
-    // participants then take from each other. From 64 KiB to 1 MiB on there is little difference, but large pieces
-    // waste less of what is fetched ahead.
+    // Measured at 1280 x 960 in colour: twice as fast as single rows, with which the participants compete for cache
+    // lines and pages. From 64 KiB to 1 MiB there is little difference, but large pieces waste fewer prefetched bytes.
     static constexpr std::size_t piece = std::size_t{512} << 10;
 
     void run(const Job& job, bool byEveryWorker);
@@ -85,7 +85,7 @@ private:
     std::condition_variable m_jobPosted;
     std::condition_variable m_allDone;
     const Job* m_job = nullptr;
-    std::uint64_t m_runNumber = 0; // a worker does each run once
+    std::uint64_t m_runNumber = 0; // a worker takes part in each run at most once
     std::size_t m_awaited = 0;     // workers that have not begun the current run but must
     std::size_t m_inside = 0;      // workers that have begun it and not returned
     std::exception_ptr m_exception;

@@ -18,7 +18,7 @@ std::size_t imageBytes(const QImage& image)
     return static_cast<std::size_t>(image.bytesPerLine()) * static_cast<std::size_t>(image.height());
 }
 
-// A locked bitmap takes a mosaic as it is.
+// Mosaics are not demosaiced into a locked bitmap.
 Stages stagesInto(const std::shared_ptr<LockedBitmap>& bitmap, Stages stages)
 {
     if (bitmap)
@@ -93,7 +93,7 @@ bool FrameConverter::convertLocked(DisplayFrame& frame, const Stages& stages,
     LockedBitmap& bitmap = *locked;
     const RawImage& raw = frame.effective;
     if (raw.data == bitmap.description.data) {
-        // The host drew into the bitmap itself: only the description can be wrong.
+        // The host drew into the bitmap: only the description can be wrong.
         if (raw.width != bitmap.description.width || raw.height != bitmap.description.height ||
             formatDepth(raw.format) != formatDepth(bitmap.description.format))
             return false;
@@ -113,7 +113,7 @@ std::shared_ptr<DisplayFrame> FrameConverter::renderAgain(const DisplayFrame& fr
 {
     auto again = std::make_shared<DisplayFrame>(frame);
     if (!again->isDrawn)
-        again->effective = again->lockedBitmap->description; // what is seen from here on
+        again->effective = again->lockedBitmap->description; // the bitmap is seen from now on
     return render(*again, settings) ? again : nullptr;
 }
 
@@ -149,8 +149,8 @@ std::shared_ptr<LockedBitmap> FrameConverter::makeLockedBitmap(int width, int he
     return bitmap;
 }
 
-// A picture of a locked bitmap is a copy, because the bitmap goes on changing; any other is a view of the converted
-// pixels wherever the paint engine takes them as they are.
+// The picture of a locked bitmap is a copy, because the bitmap changes. Any other picture is a view of the converted
+// pixels if Qt's paint engine takes them without a conversion.
 bool FrameConverter::render(DisplayFrame& frame, const ConversionSettings& settings)
 {
     const auto palette = settings.stages.get<ColorPalette>();
@@ -171,7 +171,7 @@ bool FrameConverter::render(DisplayFrame& frame, const ConversionSettings& setti
     return image.isNull() == frame.rendered.isNull();
 }
 
-// Opaque, whatever the host has drawn.
+// The copy is opaque, whatever the host has drawn.
 PixelBlock FrameConverter::copyOfLocked(const QImage& image, bool swapped)
 {
     const PixelBlock copy = m_blocks.take(imageBytes(image));

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Chooses the pattern by which a mosaic becomes colour.
+// Chooses the pattern by which a mosaic is demosaiced.
 #pragma once
 
 #include "pipeline/frames/Stages.h"
 
 namespace Vistrel {
 
-/// Converts monochrome frames as mosaics of the pattern that is set, or else of their own.
+/// Demosaics one-channel frames by the pattern that is set, or else by their own.
 class MosaicFilter final : public Stage
 {
 public:
@@ -24,7 +24,7 @@ public:
         return static_cast<Format>(chosen | (pattern != 0 ? pattern : delivered & formatPatternMask));
     }
 
-    const bool isEnabled; // a filter that is not keeps its pattern
+    const bool isEnabled; // a disabled filter keeps its pattern
     const Format pattern; // 0 for that of the frame
 };
 

@@ -10,7 +10,7 @@ namespace Vistrel {
 
 struct PixelBlocks::FreeList
 {
-    // What is being written, what is shown and what was shown last, each converted and rendered.
+    // The picture being made, the one shown and the one shown before, each converted and rendered.
     static constexpr std::size_t capacity = 6;
 
     std::unique_ptr<PixelBuffer> take(std::size_t bytes, std::uint64_t& handedOutIn)
@@ -21,7 +21,7 @@ struct PixelBlocks::FreeList
         const auto found = std::find_if(buffers.rbegin(), buffers.rend(),
                                         [bytes](const auto& buffer) { return buffer->size() == bytes; });
         if (found == buffers.rend()) {
-            // Another size is in use now: what was used before goes block by block.
+            // Another size is in use now: the old blocks are freed one by one.
             if (!buffers.empty()) {
                 oldest = std::move(buffers.front());
                 buffers.erase(buffers.begin());
@@ -73,7 +73,7 @@ PixelBlock PixelBlocks::take(std::size_t bytes)
     if (!buffer)
         buffer = std::make_unique<PixelBuffer>(bytes);
     const std::weak_ptr<FreeList> freeList = m_free;
-    // Deleting through a weak reference: once the list is gone, blocks are simply freed.
+    // The deleter has a weak reference: after the list is destroyed, it frees the block.
     return PixelBlock(buffer.release(), [freeList, generation](PixelBuffer* returned) {
         std::unique_ptr<PixelBuffer> owned(returned);
         if (const std::shared_ptr<FreeList> list = freeList.lock())

@@ -14,27 +14,26 @@
 
 namespace Vistrel {
 
-/// Starts at a cache line. Growing leaves new bytes uninitialised: they are about to be overwritten, and a page that
-/// nobody writes to costs nothing.
+/// Starts at a cache line. New bytes are not initialised: they are about to be overwritten, and a page that is not
+/// written to costs nothing.
 using PixelBuffer =
     std::vector<std::uint8_t, boost::noinit_adaptor<boost::alignment::aligned_allocator<std::uint8_t, 64>>>;
 
-/// Shared by everything that shows or reads the pixels; free for another frame when nobody refers to it.
+/// Shared by everything that shows or reads the pixels; free for another frame when nothing refers to it.
 using PixelBlock = std::shared_ptr<PixelBuffer>;
 
-/// Hands out blocks and takes them back when their last reference goes, on whatever thread. Blocks outlive the list.
-/// Thread-safe.
+/// Gives out blocks. The last reference to a block returns it, on any thread. Blocks may outlive the list. Thread-safe.
 class PixelBlocks
 {
 public:
     PixelBlocks();
     ~PixelBlocks();
 
-    /// A block of `bytes` bytes that nobody else refers to; recycled when one of that size is free, else new and
-    /// uninitialised. Throws `std::bad_alloc`.
+    /// Returns a block of `bytes` bytes that nothing else refers to: a free one of that size, else a new, uninitialised
+    /// one. Throws `std::bad_alloc`.
     PixelBlock take(std::size_t bytes);
 
-    /// Frees what is free, and what is not as soon as nobody refers to it.
+    /// Frees the free blocks, and the others as soon as nothing refers to them.
     void release();
 
 private:
@@ -42,8 +41,8 @@ private:
     std::shared_ptr<FreeList> m_free;
 };
 
-/// An image over the block's bytes, not copied, whose rows follow each other without gaps. The block stays referred to
-/// while the image or any copy of it lives. Read only: whoever writes to the image, or paints on it, gets a copy.
+/// Returns an image over the block's bytes, without a copy or padding between rows. The image and its copies keep a
+/// reference to the block. Read only: writing to the image, or painting on it, makes a copy.
 QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format);
 
 } // namespace Vistrel

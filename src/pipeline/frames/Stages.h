@@ -11,8 +11,8 @@
 
 namespace Vistrel {
 
-/// A step from a delivered frame to its picture, with its settings. A stage is immutable: other settings are another
-/// object, so that the object is its own version. Thread-safe.
+/// A step from a delivered frame to its picture, with its settings. A stage is immutable: other settings make another
+/// object, so that the object identifies its version. Thread-safe.
 class Stage
 {
 public:
@@ -24,7 +24,7 @@ public:
     Stage& operator=(const Stage&) = delete;
     virtual ~Stage() = default;
 
-    /// The format in which a frame of format `delivered` is converted. The stages before have chosen `chosen`.
+    /// The format in which a frame of format `delivered` is converted; the stages before this one chose `chosen`.
     virtual Format format(Format delivered, Format chosen) const;
 
     /// Whether `changeRows` does anything.
@@ -50,7 +50,7 @@ public:
     bool changesRows() const;
     void changeRows(const RawImage& raw, const PictureTarget& picture, std::size_t row, std::size_t end) const;
 
-    /// Whether a stage that is not that of `other` makes other pixels of a frame of this format.
+    /// Whether a stage that differs from that of `other` makes other pixels of a frame of this format.
     bool convertOtherwise(const Stages& other, Format delivered) const;
 
 private:

@@ -34,7 +34,7 @@ bool PictureStore::beginFetch(Delivery& delivery)
     return m_isAccepting;
 }
 
-// A frame that the source was waiting for while it was cleaned up and set up again is shown.
+// A fetch may have begun before the source was cleaned up and set up again. Its frame is shown.
 bool PictureStore::endFetch(Delivery& delivery)
 {
     const std::lock_guard<std::mutex> guard(m_imageMutex);
@@ -45,11 +45,12 @@ bool PictureStore::endFetch(Delivery& delivery)
 bool PictureStore::convert(const Delivery& delivery)
 {
     Outcome outcome = tryDelivered(delivery);
-    // A bitmap that was locked meanwhile gets the frame, too. Once: a host that locks without pause stops no source.
+    // A bitmap that was locked meanwhile also gets the frame. Only once, so that a host that locks continuously does
+    // not stop the source.
     if (outcome == Outcome::OtherTarget)
         outcome = tryDelivered(delivery);
     if (outcome == Outcome::Cleared)
-        m_converter.releaseMemory(); // taken after everything had been freed
+        m_converter.releaseMemory(); // this conversion has allocated since `clear`
     const std::lock_guard<std::mutex> guard(m_imageMutex);
     m_isConverting = false;
     return outcome == Outcome::Front || m_isChangeOwed;
@@ -63,7 +64,7 @@ PictureStore::Outcome PictureStore::tryDelivered(const Delivery& delivery)
         m_isConverting = true;
         before = m_settings;
     }
-    // Held until the front tells what the bitmap holds.
+    // Held until the front describes the bitmap's pixels.
     const std::unique_lock<std::mutex> pixels = lockPixels(before.lockedBitmap);
     std::shared_ptr<DisplayFrame> frame = tryConvert(delivery.raw, delivery.underLock, before);
     return frame ? makeFront(std::move(frame), delivery) : Outcome::Dropped;
@@ -73,7 +74,7 @@ PictureStore::Outcome PictureStore::makeFront(std::shared_ptr<DisplayFrame> fram
 {
     frame->lent = delivery.lent;
     frame->fetch = delivery.fetch;
-    DisplayFramePtr previous; // its memory is given back with no lock held
+    DisplayFramePtr previous; // released without a lock held
     const std::lock_guard<std::mutex> guard(m_imageMutex);
     if (delivery.clearCount != m_clearCount)
         return Outcome::Cleared;
@@ -85,7 +86,7 @@ PictureStore::Outcome PictureStore::makeFront(std::shared_ptr<DisplayFrame> fram
     return Outcome::Front;
 }
 
-// The palette is read when it is applied: one that is set during the conversion is in the picture.
+// The palette is read when it is applied, so that one set during the conversion is in the picture.
 std::shared_ptr<DisplayFrame> PictureStore::tryConvert(const RawImage& delivered, bool underLock,
                                                        const ConversionSettings& before)
 {
@@ -107,7 +108,7 @@ bool PictureStore::replaceFront(const DisplayFramePtr& before, DisplayFramePtr f
     const std::lock_guard<std::mutex> guard(m_imageMutex);
     if (m_front != before)
         return false;
-    m_front.swap(frame); // `before` still holds the old one: nothing is freed under the lock
+    m_front.swap(frame); // `before` keeps the old one, so that nothing is freed under the lock
     return true;
 }
 
@@ -143,8 +144,8 @@ bool PictureStore::convertAgain(const DisplayFramePtr& shown)
 {
     const ConversionSettings now = settings();
     const std::unique_lock<std::mutex> pixels = lockPixels(now.lockedBitmap);
-    // Another frame may have been delivered while the caller waited. It is shown with the new settings anyway, and the
-    // pixels of this one may be gone.
+    // Another frame may have been delivered while the caller waited. It is shown with the new settings, and the pixels
+    // of this one may be freed.
     if (front() != shown)
         return false;
     const std::shared_ptr<DisplayFrame> frame = tryConvert(shown->delivered, shown->underLock, now);
@@ -183,9 +184,9 @@ bool PictureStore::lockBitmap(int width, int height, Format format)
             break;
         const std::lock_guard<std::mutex> guard(m_imageMutex);
         if (m_front != before)
-            continue; // a newer frame has come, which must not be lost
+            continue; // a newer frame has arrived and must not be lost
         m_front.swap(shown);
-        exchangeBitmap(bitmap); // which is then the one that is freed, with no lock held
+        exchangeBitmap(bitmap); // `bitmap` is then the one to free, without a lock held
         return true;
     }
     unlockBitmap();
@@ -194,12 +195,12 @@ bool PictureStore::lockBitmap(int width, int height, Format format)
 
 void PictureStore::unlockBitmap()
 {
-    std::shared_ptr<LockedBitmap> bitmap; // freed with no lock held
+    std::shared_ptr<LockedBitmap> bitmap; // freed without a lock held
     const std::lock_guard<std::mutex> guard(m_imageMutex);
     exchangeBitmap(bitmap);
 }
 
-// Under the image mutex. Takes the bitmap to be locked, and returns one that is kept no longer.
+// Under the image mutex. Takes the bitmap to be locked, and returns one that is no longer kept.
 void PictureStore::exchangeBitmap(std::shared_ptr<LockedBitmap>& bitmap)
 {
     m_settings.lockedBitmap.swap(bitmap);

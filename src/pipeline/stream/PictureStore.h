@@ -19,8 +19,8 @@ struct Delivery
     RawImage raw;
     bool underLock = false;
     std::shared_ptr<const void> lent;
-    std::array<std::shared_ptr<LockedBitmap>, 2> bitmaps; // into which the source may have drawn it meanwhile
-    std::shared_ptr<const void> memory;                   // the library's own that it lies in, if any
+    std::array<std::shared_ptr<LockedBitmap>, 2> bitmaps; // into which the source may have drawn it
+    std::shared_ptr<const void> memory;                   // the library's memory that it lies in, or null
     std::uint64_t fetch = 0;
     std::uint64_t clearCount = 0;
 };
@@ -43,40 +43,40 @@ public:
     std::uint64_t framesConverted() const;
     Refusals& refusals() { return m_refusals; } ///< why frames are not shown
 
-    // A frame, on the thread that fetches.
-    /// Names the bitmaps into which the source may draw. False while no frame is accepted.
+    // For a frame, on the thread that fetches.
+    /// Stores the bitmaps into which the source may draw. Returns false while no frame is accepted.
     bool beginFetch(Delivery& delivery);
-    /// To be called when the source has delivered. What is cleared from then on drops the frame. False while no frame
-    /// is accepted.
+    /// Call it when the source has delivered. A later `clear` drops the frame. Returns false while no frame is
+    /// accepted.
     bool endFetch(Delivery& delivery);
     /// Converts the frame and makes it the front, unless it was cleared or cannot be converted. Returns whether there
-    /// is another front, or a change of settings was left to be done.
+    /// is another front or a change of settings is owed.
     bool convert(const Delivery& delivery);
 
-    // A change of settings, on the thread that shows pictures.
-    /// Sets a stage. False when a newer frame is being converted: the change is then owed.
+    // For a change of settings, on the thread that shows pictures.
+    /// Sets a stage. Returns false when a newer frame is being converted: the change is then owed.
     bool setStage(Stage::Place place, std::shared_ptr<const Stage> stage);
     void oweChange();
-    /// Whether a change is owed and no frame is being converted. It is not owed any more.
+    /// Returns whether a change is owed and no frame is being converted; then it is no longer owed.
     bool takeOwedChange();
-    /// The front, if its frame would be converted otherwise with the settings as they are; else null.
+    /// Returns the front if the present settings convert its frame differently, else null.
     DisplayFramePtr outdated() const;
-    /// Converts the front's frame again. The caller keeps the source from changing its pixels. False when there is
-    /// another front by now, or the conversion fails.
+    /// Converts the front's frame again. The caller keeps the source from changing its pixels. Returns false when there
+    /// is another front, or the conversion fails.
     bool convertAgain(const DisplayFramePtr& shown);
-    /// Shows the front in the palette that is set. False when nothing changes.
+    /// Applies the palette to the front. Returns false when nothing changes.
     bool renderAgain();
 
-    /// Locks a new, zeroed bitmap, which the front then shows. False, and none is locked, when it cannot be made.
+    /// Locks a new, zeroed bitmap, which the front then shows. Returns false and locks none when it cannot be made.
     bool lockBitmap(int width, int height, Format format);
-    /// Locks none; the front stays.
+    /// Unlocks the bitmap; the front stays.
     void unlockBitmap();
 
-    /// Drops the front, and every frame that is delivered until frames are accepted again. Frees the memory of all
-    /// pictures as soon as nothing refers to it.
+    /// Drops the front, and every frame delivered until frames are accepted again. Frees the memory of all pictures as
+    /// soon as nothing refers to it.
     void clear();
     void acceptFrames();
-    /// Drops every frame from here on; the front stays.
+    /// Drops every frame from now on; the front stays.
     void refuseFrames();
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The beat at which a stream asks its source for frames.
+// The timer by which a stream fetches frames.
 #include "pipeline/stream/RefreshClock.h"
 
 #include <QtGui/QGuiApplication>
@@ -12,8 +12,8 @@ namespace Vistrel {
 
 namespace {
 
-// A source that had no frame for the first of these is asked at the second of these intervals: waking two threads at
-// the screen's rate for nothing would cost half a percent of a processor.
+// After the first time without a frame, the source is asked at the second interval: waking two threads at the screen's
+// rate costs half a percent of a processor.
 constexpr int restAfterMs = 1000;
 constexpr int restIntervalMs = 100;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The beat at which a stream asks its source for frames.
+// The timer by which a stream fetches frames.
 #pragma once
 
 #include <QtCore/QElapsedTimer>
@@ -9,8 +9,8 @@
 
 namespace Vistrel {
 
-/// Ticks at a refresh rate, that of the primary screen if wanted, and less often while the source is at rest. Bound to
-/// its thread.
+/// Ticks at a refresh rate, or at that of the primary screen, and less often while the source delivers no frames. Bound
+/// to its thread.
 class RefreshClock : public QObject
 {
     Q_OBJECT
@@ -21,9 +21,9 @@ public:
     bool isRunning() const { return m_timer.isActive(); }
     void setRunning(bool running);
 
-    int intervalMs() const { return m_intervalMs; } ///< of a source that is not at rest
+    int intervalMs() const { return m_intervalMs; } ///< while frames are expected
     bool isAutomatic() const { return m_isAutomatic; }
-    void setAutomatic(bool automatic); ///< the primary screen's rate, whatever screen that becomes
+    void setAutomatic(bool automatic); ///< the rate of the present primary screen
 
     void expectFrame(); ///< ticks at the full rate again
     void pace();        ///< ticks less often when no frame has been expected for a second

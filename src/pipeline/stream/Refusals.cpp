@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tells why frames are not shown.
+// Reports why frames are not shown.
 #include "pipeline/stream/Refusals.h"
 
 #include "base/Log.h"
@@ -12,7 +12,7 @@ namespace Vistrel {
 
 namespace {
 
-constexpr std::size_t mostReasons = 32; // sizes that change with each frame make a reason of their own each
+constexpr std::size_t mostReasons = 32; // a size that changes with each frame gives a new reason each time
 
 std::string describe(const RawImage& image)
 {
@@ -36,7 +36,7 @@ void Refusals::add(const std::string& reason, std::size_t frames) noexcept
         const std::lock_guard<std::mutex> guard(m_mutex);
         m_current = reason;
         if (m_counts.size() == mostReasons && m_counts.count(reason) == 0)
-            return; // shown, and not counted
+            return; // returned by `text`, but not counted
         const auto [entry, isNew] = m_counts.emplace(reason, 0);
         entry->second += frames;
         if (isNew)

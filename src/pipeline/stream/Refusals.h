@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tells why frames are not shown.
+// Reports why frames are not shown.
 #pragma once
 
 #include <Vistrel/RawImage.h>
@@ -11,22 +11,22 @@
 
 namespace Vistrel {
 
-/// The reasons for which a stream shows no frame: each is told once on the standard error stream, and counted from then
-/// on. Thread-safe.
+/// The reasons why a stream shows no frame. Each is reported once on the standard error stream; repetitions are
+/// counted. Thread-safe.
 class Refusals
 {
 public:
     Refusals() = default;
-    /// Tells how often each reason came again.
+    /// Reports the number of repetitions of each reason.
     ~Refusals();
     Refusals(const Refusals&) = delete;
     Refusals& operator=(const Refusals&) = delete;
 
-    /// `reason` is a sentence; it holds for so many more frames.
+    /// Adds `frames` frames that are refused for `reason`, a sentence.
     void add(const std::string& reason, std::size_t frames = 1) noexcept;
-    /// A frame is shown: nothing is refused at present.
+    /// Call it when a frame is shown.
     void clear();
-    /// What is refused at present, for an empty view; empty when nothing is.
+    /// The present reason, for an empty view; empty while frames are shown.
     std::string text() const;
 
 private:
@@ -35,7 +35,7 @@ private:
     std::string m_current;                       // reason; empty when nothing is refused
 };
 
-/// Why `frame`, which could not be converted, is refused. `bitmap` describes what is locked, or is null.
+/// Returns why `frame`, which could not be converted, is refused. `bitmap` describes the locked bitmap, or is null.
 std::string refusalOf(const RawImage& frame, const RawImage* bitmap);
 
 } // namespace Vistrel

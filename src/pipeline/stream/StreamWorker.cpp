@@ -42,11 +42,11 @@ void StreamWorker::start()
 
 void StreamWorker::stop()
 {
-    DetachableThread thread; // joined with no lock held
+    DetachableThread thread; // joined without a lock held
     end(thread);
 }
 
-// True when a fetch or conversion is under way.
+// Returns whether a fetch or conversion is running.
 bool StreamWorker::end(DetachableThread& thread)
 {
     m_pictures.refuseFrames();
@@ -60,7 +60,7 @@ bool StreamWorker::end(DetachableThread& thread)
 void StreamWorker::detach(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive)
 {
     DetachableThread thread;
-    // The worker goes before the source, which may be the end of what the frames belong to.
+    // The worker is released before the source, which may own the frames' memory.
     if (worker->end(thread))
         thread.detach({std::move(keptAlive), worker});
 }
@@ -102,7 +102,7 @@ void StreamWorker::work()
 
 void StreamWorker::serve(std::uint64_t fetch)
 {
-    ScopedLock lock; // released after all that the frame keeps
+    ScopedLock lock; // released after everything that the frame refers to
     Delivery delivery;
     delivery.fetch = fetch;
     if (!m_pictures.beginFetch(delivery))
@@ -117,7 +117,7 @@ void StreamWorker::serve(std::uint64_t fetch)
     delivery.memory = lentMemoryAt(delivery.raw.data);
     if (!m_pictures.endFetch(delivery) || !m_pictures.convert(delivery))
         return;
-    // Not once the stream has left: whoever it tells may be gone.
+    // Not after the stream has detached the worker: the receiver may be destroyed.
     const std::lock_guard<std::mutex> handshake(m_handshakeMutex);
     if (m_running.load())
         m_converted();
@@ -128,7 +128,7 @@ std::size_t StreamWorker::framesPushed() const
     return m_pushSource ? m_pushSource->framesPushed() : 0;
 }
 
-// A push source that was given a frame and delivers none may have dropped it.
+// A push source that has a new frame and delivers none may have dropped it.
 void StreamWorker::lookAtPushed()
 {
     if (!m_pushSource)
@@ -139,8 +139,7 @@ void StreamWorker::lookAtPushed()
             "A frame that was pushed is dropped, because frames are not locked: call setFramesLocked(true).");
 }
 
-// Changes of settings
-// --------------------------------------------------------------------------------------------------
+// Changes of settings ------------------------------------------------------------------------------------------------
 
 StreamWorker::Renewal StreamWorker::setStage(Stage::Place place, std::shared_ptr<const Stage> stage)
 {
@@ -173,15 +172,15 @@ bool StreamWorker::convertAgain(const DisplayFramePtr& shown)
         return m_pictures.convertAgain(shown);
     if (shown->underLock || isColor(shown->delivered.format) || HeldFrameLock::isOf(m_source))
         return false;
-    // Without a lock the pixels are the source's again as soon as it is asked for the next frame.
+    // Pixels without a lock may change as soon as the source is asked for the next frame.
     if (!pauseFetching(shown->fetch))
         return false;
     const auto resume = qScopeGuard([this] { resumeFetching(); });
     return m_pictures.convertAgain(shown);
 }
 
-// True when the fetch `sinceFetch` is over, and none has begun since or is asked for; none does until fetching is
-// resumed.
+// Returns whether the fetch `sinceFetch` is the last one, has returned, and no other is requested; then none begins
+// until `resumeFetching`.
 bool StreamWorker::pauseFetching(std::uint64_t sinceFetch)
 {
     const std::lock_guard<std::mutex> handshake(m_handshakeMutex);

@@ -21,44 +21,44 @@ class AbstractAcquisitionInterface;
 class FrameLender;
 class ImperativeAcquisitionInterface;
 
-/// Fetches a source's frames on a thread of its own and makes pictures of them. Calls the source with no mutex held.
+/// Fetches a source's frames on its own thread and makes pictures of them. Calls the source without a mutex held.
 ///
-/// Locks: a frame lock of the source, then those of `PictureStore`. The mutex here is held beside none of them.
+/// Locks: a frame lock of the source, then those of `PictureStore`. The mutex here is held together with none of them.
 class StreamWorker
 {
 public:
     /// `converted` is called on the worker's thread when there is another front, or when a change of settings is owed.
-    /// It must not call back.
+    /// It must not call this object.
     StreamWorker(AbstractAcquisitionInterface* source, std::function<void()> converted);
-    /// Waits for a fetch or conversion that is under way.
+    /// Waits for a running fetch or conversion.
     ~StreamWorker();
 
     /// Starts the thread and returns when it runs; a second start does nothing.
     void start();
     void stop();
-    /// Stops without waiting: when the source is being asked for a frame, or the frame converted, the worker and
-    /// `keptAlive` live on until that is over, and are let go on the thread that is done last.
+    /// Stops without waiting. A running fetch or conversion keeps the worker and `keptAlive` until it has returned; the
+    /// thread that ends last releases them.
     static void detach(std::shared_ptr<StreamWorker> worker, std::shared_ptr<void> keptAlive);
 
-    /// Asks for one fetch. Requests that come while a fetch is under way are served together by one more.
+    /// Requests a fetch. All requests that come during a fetch are served by one more.
     void request();
-    /// Asks for a fetch and waits until one that began after this call has been dealt with.
+    /// Requests a fetch and waits until one that began after this call has been handled.
     void requestAndWait();
 
     PictureStore& pictures() { return m_pictures; }
-    std::size_t framesPushed() const; ///< ever, to the source; 0 when it is no push source
+    std::size_t framesPushed() const; ///< to the source since its construction; 0 for a pull source
 
-    /// What a change of settings has done to the front.
+    /// The effect of a change of settings on the front.
     enum class Renewal { None, Rendered, Converted };
 
-    /// Sets a stage. Of the front, the first stage that the change touches and those after it are repeated; while a
-    /// newer frame is being converted, that is owed.
+    /// Sets a stage, and repeats the first stage of the front that the change affects and those after it. While a newer
+    /// frame is being converted, the change is owed.
     template <typename T>
     Renewal setStage(std::shared_ptr<const T> stage)
     {
         return setStage(T::place, std::move(stage));
     }
-    /// Repeats what is owed, unless a frame is being converted. To be called after every call of `converted`.
+    /// Makes an owed change, unless a frame is being converted. Call it after every call of `converted`.
     Renewal renewIfOwed();
     /// While false, no change asks the source for a lock, and a conversion is owed. Called on the thread that changes
     /// settings.
@@ -79,7 +79,7 @@ private:
     AbstractAcquisitionInterface* const m_source;
     FrameLender* const m_lender;                              // the source, if it is one
     const ImperativeAcquisitionInterface* const m_pushSource; // the source, if it is one
-    std::size_t m_framesPushed = 0;                           // to it, when it was looked at last
+    std::size_t m_framesPushed = 0;                           // to it, at the last fetch
     const std::function<void()> m_converted;
     PictureStore m_pictures;
 
@@ -89,7 +89,7 @@ private:
     std::uint64_t m_served = 0;  // of the requests, all up to this one
     std::uint64_t m_fetches = 0; // begun
     bool m_isServing = false;
-    bool m_isPaused = false; // the front's pixels, which came without a lock, are being read
+    bool m_isPaused = false; // the front's pixels are being read without a lock
     DetachableThread m_thread;
 
     bool m_isSourceAskable = true;

@@ -20,7 +20,7 @@ namespace Vistrel {
 
 namespace {
 
-// A lock on a frame. It also owns the pixels where the library owns them.
+// A lock on a frame. It also keeps pixels that the library owns.
 class PictureLock : public AbstractLock
 {
 public:
@@ -39,7 +39,7 @@ bool isBitmapFormat(Format format)
     return format == Mono8 || format == RGB8 || format == RGBa8;
 }
 
-// A host that draws into a locked bitmap may leave the fourth byte as it is. An image needs it.
+// A host that draws into a locked bitmap need not set the fourth byte. An image needs it.
 QImage opaqueCopy(QImage image, const DisplayFrame& frame)
 {
     if (frame.lockedBitmap && image.format() == QImage::Format_RGBX8888)
@@ -64,7 +64,7 @@ SurfaceStream::SurfaceStream(Surface* const surface, std::shared_ptr<AbstractAcq
 SurfaceStream::~SurfaceStream()
 {
     m_data->clock->setRunning(false);
-    // The source may go below, or any time after this, and the surface would still ask it for pixel values.
+    // The source may be destroyed below, or later, and the surface would still ask it for pixel values.
     if (m_data->surface)
         m_data->surface->clearImageSrc();
     if (m_data->shared)
@@ -140,7 +140,7 @@ void SurfaceStream::setSourceAskable(bool askable)
     m_data->clock->expectFrame();
     if (!askable)
         return;
-    m_data->frameConverted.request(); // a change may have been left to be done
+    m_data->frameConverted.request(); // a change may be owed
     if (std::exchange(m_data->readout.wasRefused, false) && m_data->surface)
         m_data->surface->update();
     if (m_data->hasNewState)
@@ -228,7 +228,7 @@ void SurfaceStream::setColorPalette(const QVector<unsigned int>& palette)
 bool SurfaceStream::latestImage(RawImage* const image, ScopedLock* const lock) const
 {
     if (lock)
-        lock->reset(nullptr); // the source may have but one lock for all its frames
+        lock->reset(nullptr); // the source may have only one lock for all frames
     for (DisplayFramePtr front = m_data->pictures.front(); image && front && front->delivered.data;) {
         *image = front->delivered;
         if (!lock)

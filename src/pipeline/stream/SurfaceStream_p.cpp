@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Asks for frames, and hands pictures to the surface.
+// Requests frames, and passes pictures to the surface.
 #include "pipeline/stream/SurfaceStream_p.h"
 
 #include "base/HostCall.h"
@@ -14,7 +14,7 @@ namespace Vistrel {
 
 namespace {
 
-// Pixel values of a demosaiced frame are read from its colours, all others from the raw frame.
+// Pixel values of a demosaiced frame are read from the picture, all others from the raw frame.
 bool isDemosaiced(const DisplayFrame& frame)
 {
     return (frame.effective.format & formatPatternMask) != 0;
@@ -54,7 +54,7 @@ void SurfaceStream::PrivateData::start()
     if (!source)
         return;
     followSource();
-    // A source that is set up already may never announce it.
+    // A source that was set up before may never announce it.
     QMetaObject::invokeMethod(this, "updateStreamStates", Qt::QueuedConnection);
 }
 
@@ -82,7 +82,7 @@ void SurfaceStream::PrivateData::updateStreamStates()
     }
     if (std::exchange(isSourceSetUp, false)) {
         framesPushedBefore = worker->framesPushed();
-        frameWanted.drop(); // what the clock has asked for is no frame that comes
+        frameWanted.drop(); // a request by the clock announces no frame
     }
     clock->setRunning(false);
     pictures.clear();
@@ -92,7 +92,7 @@ void SurfaceStream::PrivateData::updateStreamStates()
 void SurfaceStream::PrivateData::showSetUp()
 {
     if (!std::exchange(isSourceSetUp, true))
-        pictures.refusals().clear(); // which told that it is not
+        pictures.refusals().clear(); // drops the reason that the source is not set up
     pictures.acceptFrames();
     clock->expectFrame();
     if (isRefreshWanted)
@@ -123,7 +123,7 @@ void SurfaceStream::PrivateData::publishNew()
     const StreamWorker::Renewal renewal = worker->renewIfOwed();
     DisplayFramePtr front = pictures.front();
     if (front && front->sequence > publishedSequence) {
-        front.reset(); // its source waits for it while a newer one is published
+        front.reset(); // a kept frame would block its source while a newer one is published
         clock->expectFrame();
         updateImage();
     } else {
@@ -136,7 +136,7 @@ void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
     if (renewal == StreamWorker::Renewal::None)
         return;
     DisplayFramePtr front = pictures.front();
-    // In another palette alone, a picture has the same pixel values. One that is new comes with its own.
+    // In another palette, a picture has the same pixel values. A new picture has its own.
     const bool isSame = front && front->sequence <= publishedSequence && front->isDrawn;
     if (renewal == StreamWorker::Renewal::Converted || !isSame) {
         front.reset();

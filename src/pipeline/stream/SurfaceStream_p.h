@@ -17,7 +17,7 @@
 
 namespace Vistrel {
 
-/// Stands for the source where the surface reads pixel values. Grants no lock while the source must not be asked.
+/// Replaces the source where the surface reads pixel values. Grants no lock while the source must not be asked.
 class ReadoutSource final : public AbstractAcquisitionInterface
 {
 public:
@@ -40,7 +40,7 @@ private:
     AbstractAcquisitionInterface* const m_source;
 };
 
-/// A pixmap that shares the picture's pixels. Pixmaps are made and destroyed on the user-interface thread alone.
+/// Returns a pixmap that shares the picture's pixels. Pixmaps are made and destroyed only on the user-interface thread.
 QPixmap pixmapOf(const DisplayFrame& frame);
 
 class SurfaceStream::PrivateData : public QObject
@@ -52,13 +52,13 @@ public:
                 std::shared_ptr<AbstractAcquisitionInterface> shared);
 
     void start();
-    void followSource(); ///< listens to what the source announces
+    void followSource(); ///< connects to the source's announcements
     template <typename T>
     void setStage(std::shared_ptr<const T> stage)
     {
         showRenewal(worker->setStage(std::move(stage)));
     }
-    /// Shows what a change of settings has done to the front picture.
+    /// Shows the effect of a change of settings on the front.
     void showRenewal(StreamWorker::Renewal renewal);
 
     SurfaceStream* const stream;
@@ -67,8 +67,8 @@ public:
     RefreshClock* const clock;   // the stream's child
     bool isRefreshWanted = true; // while the source is set up
 
-    // What comes on other threads, or at a rate of its own. A frame is asked for and published at the display's refresh
-    // at most, whether the source announces it or its turn has come.
+    // Requests from other threads, at any rate. Frames are fetched and published at most at the refresh rate, whether
+    // the source announces them or the clock ticks.
     PacedCall frameWanted{[this] { getNextFrame(); }};
     PacedCall stateAnnounced{[this] { stream->updateAcquisitionState(); }};
     PacedCall frameConverted{[this] { publishNew(); }};
@@ -76,7 +76,7 @@ public:
     std::uint64_t publishedSequence = 0; // of the picture that the surface shows
     std::uint64_t framesPublished = 0;
     bool isSetUpKnown = false;          // the source was asked
-    bool isSourceSetUp = false;         // as it was found last
+    bool isSourceSetUp = false;         // by its last answer
     bool isFrameAnnounced = false;      // by a source that was not set up
     std::size_t framesPushedBefore = 0; // until the source was cleaned up
     ReadoutSource readout;
@@ -88,9 +88,9 @@ public:
 
 public Q_SLOTS:
     void updateStreamStates();
-    /// Hands the front picture to the surface, whether it is a new one or not.
+    /// Passes the front to the surface, whether it is new or not.
     void updateImage();
-    /// Asks for a frame and publishes what has been converted; with `getNew` it waits for that frame.
+    /// Requests a frame and publishes the front; with `getNew` it waits for that frame.
     void getNextFrame(bool getNew = false);
 
 private:
