@@ -164,7 +164,7 @@ void EndingsTest::actionIsGoneOnce()
     const VTActionHandle action = camera.addAction();
     std::vector<std::int32_t> codes;
     const Camera::Act destroy = [&] { return codes.push_back(VTActionDestroy(action)), true; };
-    camera.on(Triggered, [&] { return destroy() && destroy(); });
+    camera.on(Triggered, [&] { return destroy(), destroy(); });
     camera.on(Gone, destroy);
     camera.ownAction()->trigger();
     QCOMPARE(codes, std::vector<std::int32_t>({VT_OK, VT_ERROR_WRONG_HANDLE, VT_ERROR_WRONG_HANDLE}));

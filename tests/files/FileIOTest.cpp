@@ -195,7 +195,7 @@ void FileIOTest::foreignPicturesAndFalseFields()
             write("b.png", contentOf("b.png").insert(8 + 25, pngChunk("vsBT" + QByteArray(4, '\0') + row.spare)));
         FileIO file;
         RawImage raw;
-        QVERIFY(file.load(nameOf("b.png")) && file.getData(raw));
+        QVERIFY(file.load(nameOf("b.png")) && file.getData(raw) && raw.data);
         QCOMPARE(formatName(raw.format), row.format.constData());
         const Layout layout = layoutOf(raw.format);
         for (unsigned color = 0; color < layout.channels; ++color)
