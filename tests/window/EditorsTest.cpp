@@ -13,6 +13,10 @@
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QToolButton>
 
+#include <algorithm>
+#include <functional>
+#include <tuple>
+
 namespace {
 
 // A window with a large image in which the keyboard belongs to the view.

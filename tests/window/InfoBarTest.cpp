@@ -118,7 +118,7 @@ void InfoBarTest::roomGoesToTheMostImportant()
 {
     ShownBar shown;
     const auto narrow = [&shown](int count) { // until so many items are left
-        for (int width = shown.window->width(); shown.labels().size() > count; width -= 9)
+        for (int width = shown.window->width(); shown.labels().size() > count && width > 0; width -= 9)
             shown.window->resize(width, 600);
     };
     narrow(6);

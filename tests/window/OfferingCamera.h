@@ -17,6 +17,9 @@
 #include <QtWidgets/QToolBar>
 
 #include <deque>
+#include <functional>
+#include <memory>
+#include <string>
 
 using namespace Vistrel;
 
