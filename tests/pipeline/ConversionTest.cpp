@@ -200,26 +200,26 @@ void ConversionTest::impossibleFramesAreRefused()
     struct Frame
     {
         const char* name;
-        unsigned format;
         quint64 width, height;
+        unsigned format;
         bool isReadable = false; // each pixel by itself
     };
     constexpr quint64 most = SIZE_MAX;
     constexpr quint64 two32 = quint64{1} << 32;
     const Frame frames[] = {
-        {"no width", Mono8, 0, 4},
-        {"no height", RGB8, 4, 0},
-        {"unknown depth", 9, 4, 4},
-        {"unknown pattern", 0x508, 4, 4},
-        {"unknown layout", 0x10008, 4, 4},
-        {"mosaic too narrow", BayerGR8, 3, 100, true},
-        {"mosaic too low", BayerGR10p, 100, 3, true},
-        {"product overflows to 0", Mono8, most / 2 + 1, 2},
-        {"row overflows", RGB16, most / 6 + 2, 1},
-        {"wider than int, lower half fits", Mono8, two32 + 4, 4},
-        {"higher than int, lower half fits", RGB8, 4, two32 + 4},
-        {"target's row longer than int", RGB8, two32 / 8, 1, true},
-        {"mosaic's target row longer than int", BayerRG8, two32 / 8, 4, true},
+        {"no width", 0, 4, Mono8},
+        {"no height", 4, 0, RGB8},
+        {"unknown depth", 4, 4, 9},
+        {"unknown pattern", 4, 4, 0x508},
+        {"unknown layout", 4, 4, 0x10008},
+        {"mosaic too narrow", 3, 100, BayerGR8, true},
+        {"mosaic too low", 100, 3, BayerGR10p, true},
+        {"product overflows to 0", most / 2 + 1, 2, Mono8},
+        {"row overflows", most / 6 + 2, 1, RGB16},
+        {"wider than int, lower half fits", two32 + 4, 4, Mono8},
+        {"higher than int, lower half fits", 4, two32 + 4, RGB8},
+        {"target's row longer than int", two32 / 8, 1, RGB8, true},
+        {"mosaic's target row longer than int", two32 / 8, 4, BayerRG8, true},
     };
     const GuardedBuffer memory(16, GuardedBuffer::AtBack);
     QImage target;
