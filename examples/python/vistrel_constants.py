@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The numbers of Vistrel/CInterface.h, which explains each. They never change."""
+"""The numbers of Vistrel/CConstants.h, which explains each. They never change."""
 
 VT_FORMAT_MONO8 = 8
 VT_FORMAT_MONO10 = 10

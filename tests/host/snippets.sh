@@ -4,7 +4,7 @@
 # A block that begins with # is a complete file; any other is the body of a function after snippet.h.
 set -euo pipefail
 source=$1 work=$2 cc=$3
-header=$source/include/Vistrel/CInterface.h guide=$source/docs/c-interface.md
+header=$source/include/Vistrel/CInterface.h constants=$source/include/Vistrel/CConstants.h guide=$source/docs/c-interface.md
 rm -rf "$work"
 mkdir -p "$work"
 
@@ -29,9 +29,9 @@ for file in "$work"/*; do
 done
 
 # The guide must have every function and every number, and its tables no other numbers.
-wanted=$(tr -d '\n' <"$header" | grep -oE 'VT_[A-Z0-9_]+ = *-?[0-9a-fA-Fx]+' | sed -E 's/ = */ /' | sort)
+wanted=$(tr -d '\n' <"$constants" | grep -oE 'VT_[A-Z0-9_]+ = *-?[0-9a-fA-Fx]+' | sed -E 's/ = */ /' | sort)
 told=$(sed -nE 's/^\| `(VT_[A-Z0-9_]+)` \| (-?[0-9a-fA-Fx]+) \|.*/\1 \2/p' "$guide" | sort)
-[ "$wanted" = "$told" ] || { echo "FAIL: numbers of the header and of $guide:"; diff <(echo "$wanted") <(echo "$told"); exit 1; }
+[ "$wanted" = "$told" ] || { echo "FAIL: numbers of $constants and of $guide:"; diff <(echo "$wanted") <(echo "$told"); exit 1; }
 for function in $(grep -oE '\bVT[A-Z][A-Za-z0-9]+\(' "$header" | tr -d '('); do
     grep -qF "\`$function\`" "$guide" && grep -qE "^[a-z].* \*?$function\(" "$guide" ||
         { echo "FAIL: $guide does not tell of $function"; exit 1; }

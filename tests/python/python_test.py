@@ -112,7 +112,7 @@ class Examples(unittest.TestCase):
 
 class Binding(unittest.TestCase):
     def test_constants(self):
-        with open(os.path.join(ROOT, "include", "Vistrel", "CInterface.h")) as header:
+        with open(os.path.join(ROOT, "include", "Vistrel", "CConstants.h")) as header:
             declared = dict(re.findall(r"(VT_\w+) =\s*(-?\w+)", header.read()))
         held = {name: value for name, value in vars(vistrel_constants).items() if name.startswith("VT_")}
         self.assertEqual(held, {name: int(value, 0) for name, value in declared.items()})
