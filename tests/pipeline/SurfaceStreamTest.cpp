@@ -497,14 +497,16 @@ void SurfaceStreamTest::hostDrawsIntoTheBitmap()
     SurfaceStream& stream = display.stream;
     RawImage bitmap;
     QVERIFY(stream.setBitmapLocked(4, 4, RGB8) && stream.getBitmap(&bitmap));
-    const auto draw = [&](std::uint8_t value) { std::fill_n(const_cast<std::uint8_t*>(bitmap.data), 64, value); };
+    const auto draw = [&](std::uint8_t value, int bytes) {
+        std::fill_n(const_cast<std::uint8_t*>(bitmap.data), bytes, value);
+    };
     const TestFrame blue = blueFrame();
     std::copy(blue.pixels.begin(), blue.pixels.end(), const_cast<std::uint8_t*>(bitmap.data));
     display.show(bitmap);
     const QImage shown = display.surface.pixmap().toImage();
     QCOMPARE(shown.pixelColor(2, 2), QColor(0, 0, 200));
     QCOMPARE(stream.cloneLatestImageForRender().pixelColor(2, 2), QColor(0, 0, 200));
-    const_cast<std::uint8_t*>(bitmap.data)[0] = 1;
+    draw(1, 3);
     QCOMPARE(shown.pixelColor(0, 0), QColor(0, 0, 200)); // the picture is a copy: drawing on does not tear it
 
     display.refuse({bitmap.data, 5, 4, RGB8, nullptr});
@@ -529,7 +531,7 @@ void SurfaceStreamTest::hostDrawsIntoTheBitmap()
     QCOMPARE(redShown(), 200u);
     QVERIFY(stream.setBitmapLocked(4, 4, RGBa8) && stream.getBitmap(&bitmap));
     const QImage clone = stream.cloneLatestImageForRender();
-    draw(70);
+    draw(70, 64);
     display.source.setNextFrame(bitmap);
     for (int i = 0; i < 5; ++i) // before the frame is taken
         QVERIFY(stream.setBitmapLocked(4, 4, RGBa8));
@@ -538,7 +540,7 @@ void SurfaceStreamTest::hostDrawsIntoTheBitmap()
     QVERIFY(stream.getBitmap(&bitmap));
     display.show(bitmap);
     QCOMPARE(qAlpha(stream.cloneLatestImage().pixel(0, 0)), 255);
-    draw(50);
+    draw(50, 64);
     stream.unlockBitmap();
     stream.setRgbOrderReversed(true);
     QCOMPARE(display.shown(), QColor(50, 50, 50));
