@@ -51,7 +51,6 @@ class MessageBoxTest : public QObject
 private Q_SLOTS:
     void boxShowsWhatIsAsked();
     void endsWithoutAnswer();
-    void workerAsksMeanwhile();
     void workerDoesNotHang();
 };
 
@@ -111,27 +110,6 @@ void MessageBoxTest::endsWithoutAnswer()
                 QCOMPARE(ask(isWorker, act, call), DialogButton::Ok);
         }
     }
-}
-
-void MessageBoxTest::workerAsksMeanwhile()
-{
-    const Application application(1, commandLine);
-    const auto call = [] { return MessageBoxDialog::warning(nullptr, "", "", DialogButton::Yes, {}); };
-    DialogButton second = DialogButton::Help;
-    std::thread worker;
-    const auto act = [&](QMessageBox& first) {
-        worker = std::thread([&] { second = call(), QMetaObject::invokeMethod(&first, "reject"); });
-        auto* const watch = new QTimer(&first);
-        watch->callOnTimeout([&] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (box && box != &first)
-                box->button(QMessageBox::Yes)->click();
-        });
-        watch->start();
-    };
-    QCOMPARE(ask(false, act, call), DialogButton::NoButton);
-    worker.join();
-    QCOMPARE(second, DialogButton::Yes);
 }
 
 void MessageBoxTest::workerDoesNotHang()

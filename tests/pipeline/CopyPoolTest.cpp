@@ -16,7 +16,6 @@ class CopyPoolTest : public QObject
 
 private Q_SLOTS:
     void runsDoNotOverlap();
-    void everyRowIsDoneOnce();
     void exceptionsReachTheCaller();
 };
 
@@ -46,40 +45,6 @@ void CopyPoolTest::runsDoNotOverlap()
     first.join();
     second.join();
     QVERIFY(!overlapped);
-}
-
-void CopyPoolTest::everyRowIsDoneOnce()
-{
-    CopyPool pool(3);
-    const auto caller = std::this_thread::get_id();
-    for (const std::size_t height : {1u, 5u, 100u, 1000u}) {
-        for (const std::size_t bytesPerRow : {1u, 100u, 50000u, 20000000u}) {
-            for (const std::size_t fewest : {1u, 16u}) {
-                std::vector<std::atomic<int>> calls(height);
-                std::atomic<bool> alone{true};
-                std::atomic<bool> tooFew{false};
-                const auto rows = [&](std::size_t row, std::size_t end) {
-                    if (end - row < fewest && end != height)
-                        tooFew = true;
-                    if (std::this_thread::get_id() != caller)
-                        alone = false;
-                    for (; row < end; ++row)
-                        ++calls.at(row);
-                };
-                pool.runRows(height, bytesPerRow, rows, fewest);
-                QVERIFY(std::all_of(calls.begin(), calls.end(), [](const auto& called) { return called == 1; }));
-                QVERIFY(!tooFew && (alone || height * bytesPerRow > 1000000));
-
-                // Nobody is left in that run or missing in the next.
-                std::atomic<int> participants{0};
-                pool.run([&](std::size_t, std::size_t) { ++participants; });
-                QCOMPARE(participants.load(), 3);
-            }
-        }
-    }
-    QVERIFY_EXCEPTION_THROWN(
-        pool.runRows(2, 20000000, [](std::size_t, std::size_t) { throw std::runtime_error("no rows today"); }),
-        std::runtime_error);
 }
 
 // Of the calling thread, of a worker, of everybody.

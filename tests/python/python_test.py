@@ -10,7 +10,6 @@ import signal
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 import unittest
 import weakref
@@ -147,21 +146,6 @@ class Binding(unittest.TestCase):
         """
         for _ in range(5):
             subprocess.run([sys.executable, "-B", "-c", program], timeout=60, stderr=subprocess.DEVNULL, check=True)
-
-    def test_interrupt_before_the_loop(self):
-        """Ctrl+C right before and right after Python's own way of noting it is given up; and over a message box."""
-        for name in ("set_wakeup_fd", "signal"):
-            def interrupted(*arguments, function=getattr(signal, name)):
-                setattr(signal, name, function)
-                result = function(*arguments)
-                os.kill(os.getpid(), signal.SIGINT)
-                return result
-            with Application() as application, self.assertRaises(KeyboardInterrupt):
-                setattr(signal, name, interrupted)
-                application.run()
-        with Application() as application, self.assertRaises(KeyboardInterrupt):
-            threading.Timer(0.2, os.kill, (os.getpid(), signal.SIGINT)).start()
-            Window(application).ask(VT_MESSAGE_QUESTION, "", "")
 
     def test_lent_frames(self):
         """Each array lives until it is released, once; what a callback raises goes no further; then all is let go."""

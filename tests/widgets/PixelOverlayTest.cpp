@@ -57,7 +57,6 @@ class PixelOverlayTest : public QObject
 
 private Q_SLOTS:
     void everyVisibleCellIsLabelled();
-    void labelsAreMeasuredForEachSource();
     void nothingIsReadWithoutALock();
 };
 
@@ -85,25 +84,6 @@ void PixelOverlayTest::everyVisibleCellIsLabelled()
     const auto lower = [&](int x, int y) { return picture.copy(cellOf(x, y)).copy(0, 47, zoom, zoom - 47); };
     QVERIFY(upper(1, 1) != upper(3, 1) && upper(1, 1) != upper(1, 2));
     QVERIFY(lower(1, 1) == lower(1, 2) && lower(1, 1) != lower(2, 1));
-}
-
-void PixelOverlayTest::labelsAreMeasuredForEachSource()
-{
-    AskingSource source([] { return ScopedLock(new FreeLock); });
-    const TestFrame frame(10000, 8, RGB16, 0xFF);
-    ShownSurface shown({300, 250});
-    const auto isShown = [&](std::size_t width, Format format, double zoom) {
-        shown.surface.setImageSrc(&source, {frame.pixels.data(), width, 8, format, nullptr});
-        shown.show(colorImage({static_cast<int>(width), 8}, gray), zoom);
-        return isLabelled(shown.picture());
-    };
-    double zoom = 10;
-    while (zoom < Surface::scalingMax() && !isShown(10, Mono8, zoom))
-        ++zoom;
-    QVERIFY(!isShown(10000, RGB16, zoom) && isShown(10, Mono8, zoom));
-    QVERIFY(isShown(10000, RGB16, Surface::scalingMax()));
-    shown.surface.setValueOverlayEnabled(false);
-    QVERIFY(!isShown(10, Mono8, zoom));
 }
 
 void PixelOverlayTest::nothingIsReadWithoutALock()

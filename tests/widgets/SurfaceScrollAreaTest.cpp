@@ -71,7 +71,6 @@ private Q_SLOTS:
     void activePixelIsUnderThePointer();
     void barsComeAndGo();
     void barsAndKeysMoveTheView();
-    void cornerWidgetIsOwned();
 };
 
 void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
@@ -216,24 +215,6 @@ void SurfaceScrollAreaTest::barsAndKeysMoveTheView()
     QTest::keyClick(&shown.area, Qt::Key_Left);
     QTest::keyClick(&shown.area, Qt::Key_Down, Qt::ControlModifier);
     QCOMPARE(shown.surface->scaledOffset(), QPointF(100, 118 + shown.surface->height()));
-}
-
-void SurfaceScrollAreaTest::cornerWidgetIsOwned()
-{
-    ShownArea shown;
-    const QPointer<QWidget> first = new QWidget;
-    const QPointer<QWidget> second = new QWidget;
-    shown.area.setCornerWidget(first);
-    QVERIFY(!first->isVisible());
-    shown.area.setZoomTo(1, {-1, -1});
-    shown.settle();
-    QVERIFY(first->isVisible() && first->width() == first->height());
-    shown.area.setCornerWidget(first); // again: it stays
-    QVERIFY(first);
-    shown.area.setCornerWidget(second);
-    QVERIFY(!first && second->isVisible());
-    delete second;
-    QVERIFY(!shown.area.cornerWidget());
 }
 
 QTEST_MAIN(SurfaceScrollAreaTest)

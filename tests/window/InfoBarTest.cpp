@@ -55,7 +55,6 @@ class InfoBarTest : public QObject
 private Q_SLOTS:
     void imageAndSourceAreToldOf();
     void nothingMovesWhileDigitsChange();
-    void roomGoesToTheMostImportant();
 };
 
 void InfoBarTest::imageAndSourceAreToldOf()
@@ -112,29 +111,6 @@ void InfoBarTest::nothingMovesWhileDigitsChange()
     QTRY_VERIFY(dropped->text().endsWith(QLatin1String(" 1")));
     QCOMPARE(shown.labels(), grown);
     QCOMPARE(dropped->palette(), dropped->parentWidget()->palette());
-}
-
-void InfoBarTest::roomGoesToTheMostImportant()
-{
-    ShownBar shown;
-    const auto narrow = [&shown](int count) { // until so many items are left
-        for (int width = shown.window->width(); shown.labels().size() > count && width > 0; width -= 9)
-            shown.window->resize(width, 600);
-    };
-    narrow(6);
-    shown.window->resize(shown.window->width() + 9, 600);
-    QCOMPARE(shown.labels().size(), 7);
-    const QString message = QStringLiteral("Setting up the camera");
-    const QLabel* const first = shown.label("Playback Mode");
-    shown.window->statusBar()->showMessage(message);
-    QVERIFY(shown.labels().size() < 7);
-    QVERIFY(first->mapTo(shown.window, QPoint(0, 0)).x() > first->fontMetrics().horizontalAdvance(message));
-    shown.window->statusBar()->clearMessage();
-    QCOMPARE(shown.labels().size(), 7);
-    narrow(2);
-    QVERIFY(shown.label("Pixel Value")->isVisible() && shown.label("Zoom Level")->isVisible());
-    for (const QRect& place : shown.labels())
-        QVERIFY(first->parentWidget()->rect().contains(place));
 }
 
 QTEST_MAIN(InfoBarTest)

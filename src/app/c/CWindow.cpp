@@ -147,65 +147,26 @@ std::int32_t VTWindowClearFileFormats(VTWindowHandle window)
 
 // Features and signals ------------------------------------------------------------------------------------------------
 
-std::int32_t VTSetFeatureCommand(VTWindowHandle window, std::int32_t feature, VTCommandCallback callback)
-{
-    return setFeature(window, Command, feature, callback);
-}
+#define VISTREL_SET_FEATURE(kind)                                                                                      \
+    std::int32_t VTSetFeature##kind(VTWindowHandle window, std::int32_t feature, VT##kind##Callback callback)          \
+    {                                                                                                                  \
+        return setFeature(window, kind, feature, callback);                                                            \
+    }
 
-std::int32_t VTSetFeatureCount(VTWindowHandle window, std::int32_t feature, VTCountCallback callback)
-{
-    return setFeature(window, Count, feature, callback);
-}
+VISTREL_SET_FEATURE(Command)
+VISTREL_SET_FEATURE(Count)
+VISTREL_SET_FEATURE(Name)
+VISTREL_SET_FEATURE(Query)
+VISTREL_SET_FEATURE(Text)
+VISTREL_SET_FEATURE(Double)
+VISTREL_SET_FEATURE(Size)
+VISTREL_SET_FEATURE(NextFrame)
+VISTREL_SET_FEATURE(Released)
+VISTREL_SET_FEATURE(Notify)
+VISTREL_SET_FEATURE(Load)
+VISTREL_SET_FEATURE(Save)
 
-std::int32_t VTSetFeatureName(VTWindowHandle window, std::int32_t feature, VTNameCallback callback)
-{
-    return setFeature(window, Name, feature, callback);
-}
-
-std::int32_t VTSetFeatureQuery(VTWindowHandle window, std::int32_t feature, VTQueryCallback callback)
-{
-    return setFeature(window, Query, feature, callback);
-}
-
-std::int32_t VTSetFeatureText(VTWindowHandle window, std::int32_t feature, VTTextCallback callback)
-{
-    return setFeature(window, Text, feature, callback);
-}
-
-std::int32_t VTSetFeatureDouble(VTWindowHandle window, std::int32_t feature, VTDoubleCallback callback)
-{
-    return setFeature(window, Double, feature, callback);
-}
-
-std::int32_t VTSetFeatureSize(VTWindowHandle window, std::int32_t feature, VTSizeCallback callback)
-{
-    return setFeature(window, Size, feature, callback);
-}
-
-std::int32_t VTSetFeatureNextFrame(VTWindowHandle window, std::int32_t feature, VTNextFrameCallback callback)
-{
-    return setFeature(window, NextFrame, feature, callback);
-}
-
-std::int32_t VTSetFeatureReleased(VTWindowHandle window, std::int32_t feature, VTReleasedCallback callback)
-{
-    return setFeature(window, Released, feature, callback);
-}
-
-std::int32_t VTSetFeatureNotify(VTWindowHandle window, std::int32_t feature, VTNotifyCallback callback)
-{
-    return setFeature(window, Notify, feature, callback);
-}
-
-std::int32_t VTSetFeatureLoad(VTWindowHandle window, std::int32_t feature, VTLoadCallback callback)
-{
-    return setFeature(window, Load, feature, callback);
-}
-
-std::int32_t VTSetFeatureSave(VTWindowHandle window, std::int32_t feature, VTSaveCallback callback)
-{
-    return setFeature(window, Save, feature, callback);
-}
+#undef VISTREL_SET_FEATURE
 
 std::int32_t VTIsFeatureSet(VTWindowHandle window, std::int32_t feature, bool* set)
 {
