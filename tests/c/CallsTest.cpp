@@ -259,13 +259,6 @@ void CallsTest::applicationFaults()
     QTimer::singleShot(0, qApp, [&] { VTAppExit(app, isBusy() ? 7 : 0); });
     int exitCode = 0;
     QVERIFY(VTAppExec(app, &exitCode) == VT_OK && exitCode == 7 && busyCalls == 2);
-    std::int32_t code = 1;
-    camera.add<VT_FEATURE_CLOSED>(VTSetFeatureNotify, [&] {
-        code = addAction(Handle{camera.window}, VT_PLACE_TOOL_BAR, nullptr, "Late");
-        return isBusy();
-    });
-    camera.view->close();
-    QVERIFY(code == VT_ERROR_ACTION_REFUSED && busyCalls == 4);
 }
 
 QTEST_APPLESS_MAIN(CallsTest)
