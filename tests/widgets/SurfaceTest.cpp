@@ -59,13 +59,10 @@ void SurfaceTest::announcements()
         {scrolled(9, 9), fitted, ""},
         {scrolled(1600, 1300), picture(500, 800), "offset 600 1300; range; "},
         {scrolled(300, 200), scaling(3), "offset 450 300; range; scaling free 3; "},
-        {scrolled(300, 200), scaling(2), ""},
         {scrolled(300, 200), fit, "offset 0 0; range; scaling fit 0.375; "},
         {fitted, scaling(0.375), "scaling free 0.375; "},
-        {fitted, fit, "scaling fit 0.375; "},
         {fitted, resize(200, 300), "range; scaling fit 0.2; "},
         {scrolled(300, 200), resize(500, 250), "range; offset 250 225; "}, // keeps the centre
-        {scrolled(1600, 1300), resize(500, 300), "range; offset 1500 1300; "},
     };
     for (const auto& row : rows) {
         ShownSurface shown({400, 300});

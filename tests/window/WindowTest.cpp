@@ -45,7 +45,6 @@ class WindowTest : public QObject
 private Q_SLOTS:
     void geometryComesBack();
     void geometryIsBoundedToTheScreens();
-    void viewIsPlaced();
     void stateIsToldInWords();
     void whyNoFrameIsShown();
     void sharedKeyPauses();
@@ -92,16 +91,6 @@ void WindowTest::geometryIsBoundedToTheScreens()
     QCOMPARE(window.qt_handle()->geometry(), QRect(screen.right(), screen.top() - 499, 600, 500));
     window.move(most, most);
     QCOMPARE(window.qt_handle()->frameGeometry().topLeft(), screen.bottomRight());
-}
-
-void WindowTest::viewIsPlaced()
-{
-    ShownWindow shown;
-    shown.host->setZoomLevel(3); // before there is an image
-    shown.push(Mono8, 900, 900);
-    QCOMPARE(shown.host->zoomLevel(), 3.0);
-    shown.host->setImageOffset(120, 70);
-    QVERIFY(shown.host->imageOffsetX() == 120 && shown.host->imageOffsetY() == 70);
 }
 
 void WindowTest::stateIsToldInWords()
