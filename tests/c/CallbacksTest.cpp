@@ -10,7 +10,6 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
 
-#include <utility>
 
 class CallbacksTest : public QObject
 {

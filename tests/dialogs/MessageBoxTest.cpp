@@ -13,7 +13,6 @@
 #include <functional>
 #include <memory>
 #include <thread>
-#include <utility>
 
 using namespace Vistrel;
 

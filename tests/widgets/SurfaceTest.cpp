@@ -2,10 +2,10 @@
 // Tests what a surface announces, and that slots and other threads may call it meanwhile.
 #include "ShownSurface.h"
 
-#include "support/FakeSources.h"
-
 #include <QtCore/QPointer>
 
+#include <atomic>
+#include <functional>
 #include <thread>
 
 using namespace Vistrel;
