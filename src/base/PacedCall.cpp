@@ -15,6 +15,7 @@ struct PacedCall::Gate
     std::mutex mutex;           // guards all below
     PacedCall* owner = nullptr; // null once it is stopped
     bool isPending = false;     // a request has not been served yet
+    bool isFollowed = false;    // a followed signal made it
 };
 
 PacedCall::PacedCall(std::function<void()> call) : m_call(std::move(call)), m_gate(std::make_shared<Gate>())
@@ -32,11 +33,12 @@ PacedCall::~PacedCall()
 }
 
 // A call that is already posted then does nothing.
-void PacedCall::drop()
+bool PacedCall::drop()
 {
     m_timer.stop();
     const std::lock_guard<std::mutex> guard(m_gate->mutex);
     m_gate->isPending = false;
+    return std::exchange(m_gate->isFollowed, false);
 }
 
 void PacedCall::stop()
@@ -49,9 +51,10 @@ void PacedCall::stop()
     m_gate->owner = nullptr;
 }
 
-void PacedCall::request(Gate& gate)
+void PacedCall::request(Gate& gate, bool isFollowed)
 {
     const std::lock_guard<std::mutex> guard(gate.mutex);
+    gate.isFollowed = gate.isFollowed || isFollowed;
     if (!gate.owner || gate.isPending)
         return;
     QMetaObject::invokeMethod(gate.owner, "arrive", Qt::QueuedConnection);
@@ -73,6 +76,7 @@ void PacedCall::make()
         const std::lock_guard<std::mutex> guard(m_gate->mutex);
         if (!m_gate->owner || !std::exchange(m_gate->isPending, false))
             return;
+        m_gate->isFollowed = false;
     }
     // The next tick of a steady clock. Counted from the call, requests at the same rate would be served later and
     // later, and one would be skipped in the end.

@@ -31,7 +31,7 @@ public:
     void setInterval(int milliseconds) { m_intervalMs = milliseconds; }
 
     /// Thread-safe while this object lives.
-    void request() { request(*m_gate); }
+    void request() { request(*m_gate, false); }
 
     /// Requests a call for each emission of `signal`, on any thread.
     template <typename Sender, typename Signal>
@@ -39,11 +39,11 @@ public:
     {
         // A queued connection would post every emission. A direct one to this object could call it while it is
         // destroyed on another thread; the gate outlives every emission.
-        m_followed.push_back(connect(sender, signal, [gate = m_gate] { request(*gate); }));
+        m_followed.push_back(connect(sender, signal, [gate = m_gate] { request(*gate, true); }));
     }
 
-    /// Drops pending requests.
-    void drop();
+    /// Drops pending requests. Returns whether a followed signal made one of them.
+    bool drop();
     /// Disconnects all followed signals and drops pending requests.
     void stop();
 
@@ -53,7 +53,7 @@ private Q_SLOTS:
 
 private:
     struct Gate;
-    static void request(Gate& gate);
+    static void request(Gate& gate, bool isFollowed);
 
     const std::function<void()> m_call;
     const std::shared_ptr<Gate> m_gate;

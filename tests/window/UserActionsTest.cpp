@@ -118,11 +118,13 @@ void UserActionsTest::endings()
         {"uxClosed", all},
         {"canStart", all},
         {"getFrameLock", all},
+        {"imageUpdated", all}, // in the middle of a change of settings
     };
     for (const auto& row : rows) {
         trace.clear();
         Shown shown;
-        shown.push(Mono8);
+        shown.push(RGB8);
+        connect(shown.host->surfaceStream(), &SurfaceStream::imageUpdated, [] { enter("imageUpdated"); });
         const bool isAction = *row.moment == '+';
         const QByteArray at = row.moment + (isAction ? 1 : 0);
         act = [&] {
@@ -136,6 +138,8 @@ void UserActionsTest::endings()
             shown.camera->signalAcquisitionStateChange();
         else if (at == "getFrameLock")
             shown.host->setZoomLevel(1000), shown.window->surfaceScrollArea()->surface()->repaint();
+        else if (at == "imageUpdated")
+            shown.host->setRgbOrderReversed(true);
         else if (at.isEmpty())
             act();
         else

@@ -6,14 +6,12 @@
 #include "base/Log.h"
 #include "window/OfferingCamera.h"
 
-#include <QtGui/QScreen>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QStatusBar>
 
 #include <algorithm>
-#include <limits>
 
 namespace {
 
@@ -44,7 +42,6 @@ class WindowTest : public QObject
 
 private Q_SLOTS:
     void geometryComesBack();
-    void geometryIsBoundedToTheScreens();
     void stateIsToldInWords();
     void whyNoFrameIsShown();
     void sharedKeyPauses();
@@ -77,20 +74,6 @@ void WindowTest::geometryComesBack()
     QCOMPARE(shown.window->geometry(), QRect(40, 50, 500, 400));
     QVERIFY(shown.host->restoreGeometry(saved.constData()));
     QCOMPARE(shown.window->frameGeometry(), QRect(30, 20, 450, 380));
-}
-
-void WindowTest::geometryIsBoundedToTheScreens()
-{
-    Window window{nullptr};
-    const QRect screen = QGuiApplication::primaryScreen()->geometry();
-    constexpr int least = std::numeric_limits<int>::min();
-    constexpr int most = std::numeric_limits<int>::max();
-    window.resize(1 << 30, most);
-    QCOMPARE(window.qt_handle()->size(), QSize(32767, 32767));
-    window.setGeometry(most, least, 600, 500);
-    QCOMPARE(window.qt_handle()->geometry(), QRect(screen.right(), screen.top() - 499, 600, 500));
-    window.move(most, most);
-    QCOMPARE(window.qt_handle()->frameGeometry().topLeft(), screen.bottomRight());
 }
 
 void WindowTest::stateIsToldInWords()

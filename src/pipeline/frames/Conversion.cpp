@@ -106,14 +106,6 @@ void fillTarget(CopyPool& pool, QImage& target, const RawImage& raw, const Stage
         conversion.fewestRows);
 }
 
-bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw)
-{
-    const bool isReady = raw.data && isConvertible(raw) && fitsTarget(target, raw);
-    if (isReady)
-        fillTarget(pool, target, raw);
-    return isReady;
-}
-
 bool convertFrame(CopyPool& pool, QImage& target, PixelBuffer& targetBuffer, const RawImage& raw)
 {
     if (!raw.data || !isConvertible(raw) ||

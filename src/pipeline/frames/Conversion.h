@@ -30,9 +30,6 @@ bool fitsTarget(const QImage& target, const RawImage& raw);
 /// Converts a convertible frame into a target that it fits.
 void fillTarget(CopyPool& pool, QImage& target, const RawImage& raw, const Stages& stages = {});
 
-/// Converts a frame into a given target. Returns false and writes nothing unless the frame is convertible and fits.
-bool copyFrame(CopyPool& pool, QImage& target, const RawImage& raw);
-
 /// Prepares the target for the frame and fills it. Returns false and changes neither if the frame is not convertible.
 bool convertFrame(CopyPool& pool, QImage& target, PixelBuffer& targetBuffer, const RawImage& raw);
 

@@ -39,7 +39,7 @@ SurfaceStream::PrivateData::PrivateData(SurfaceStream* owner, Surface* target,
       pictures(worker->pictures()),
       shared(std::move(owned))
 {
-    frameWanted.follow(clock, &RefreshClock::ticked);
+    connect(clock, &RefreshClock::ticked, this, [this] { frameWanted.request(); });
     // The source announces frames at any rate.
     connect(clock, &RefreshClock::intervalChanged, this, [this](int milliseconds) {
         frameWanted.setInterval(std::min(milliseconds, PacedCall::defaultIntervalMs));
@@ -82,7 +82,7 @@ void SurfaceStream::PrivateData::updateStreamStates()
     }
     if (std::exchange(isSourceSetUp, false)) {
         framesPushedBefore = worker->framesPushed();
-        frameWanted.drop(); // a request by the clock announces no frame
+        isFrameOwed = frameWanted.drop(); // a request by the clock announces no frame
     }
     clock->setRunning(false);
     pictures.clear();
@@ -97,7 +97,8 @@ void SurfaceStream::PrivateData::showSetUp()
     clock->expectFrame();
     if (isRefreshWanted)
         clock->setRunning(true);
-    if (std::exchange(isFrameAnnounced, false))
+    const bool wasAnnounced = std::exchange(isFrameAnnounced, false);
+    if (std::exchange(isFrameOwed, false) || wasAnnounced)
         worker->request();
 }
 

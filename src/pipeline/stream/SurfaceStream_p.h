@@ -78,6 +78,7 @@ public:
     bool isSetUpKnown = false;          // the source was asked
     bool isSourceSetUp = false;         // by its last answer
     bool isFrameAnnounced = false;      // by a source that was not set up
+    bool isFrameOwed = false;           // announced before the clean-up was handled, maybe for the next set-up
     std::size_t framesPushedBefore = 0; // until the source was cleaned up
     ReadoutSource readout;
     bool hasNewState = false; // announced while the source must not be asked

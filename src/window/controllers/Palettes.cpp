@@ -8,6 +8,7 @@
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceStream.h>
 
+#include <QtCore/QPointer>
 #include <QtGui/QPainter>
 #include <QtWidgets/QActionGroup>
 #include <QtWidgets/QToolButton>
@@ -103,11 +104,13 @@ void Palettes::setColorTable(ColorTable table)
         return;
     }
     m_colorTable = table;
-    showColors();
     QAction* const action = actionOf(table);
     action->setChecked(true);
     m_button->setText(tr("Palette: %1").arg(withoutMnemonic(action->text())));
-    Q_EMIT colorTableChosen(table);
+    const QPointer<Palettes> alive(this);
+    showColors();
+    if (alive)
+        Q_EMIT colorTableChosen(table);
 }
 
 void Palettes::setRainbow(const RainbowParameters& rainbow)
@@ -116,7 +119,7 @@ void Palettes::setRainbow(const RainbowParameters& rainbow)
     if (m_colorTable == ColorTable::Rainbow)
         showColors();
     else
-        showRamp(ColorTable::Rainbow);
+        showRamp(ColorTable::Rainbow, colorsOf(ColorTable::Rainbow));
 }
 
 void Palettes::setEnabled(bool isEnabled)
@@ -128,41 +131,43 @@ void Palettes::setEnabled(bool isEnabled)
 
 void Palettes::showColors()
 {
-    m_stream->setColorPalette(colorsOf(m_colorTable));
-    showRamp(m_colorTable);
+    const QVector<unsigned int> colors = colorsOf(m_colorTable);
+    showRamp(m_colorTable, colors);
+    m_stream->setColorPalette(colors); // the host may delete the window in a slot of the stream
 }
 
-// The palette in use keeps its colours. Those of Random cannot be computed again.
-void Palettes::showRamp(ColorTable table)
+void Palettes::showRamp(ColorTable table, const QVector<unsigned int>& colors)
 {
-    const QVector<unsigned int> colors = table == m_colorTable ? m_stream->colorPalette() : colorsOf(table);
     actionOf(table)->setIcon(rampOf(colors, m_button->window()->palette().color(QPalette::Mid)));
 }
 
+// The palette in use keeps its colours. Those of Random cannot be computed again.
 void Palettes::showRamps()
 {
-    for (int table = 0; table < colorTableCount; ++table)
-        showRamp(static_cast<ColorTable>(table));
+    for (int i = 0; i < colorTableCount; ++i) {
+        const auto table = static_cast<ColorTable>(i);
+        showRamp(table, table == m_colorTable ? m_stream->colorPalette() : colorsOf(table));
+    }
 }
 
 // Mosaics and channels ------------------------------------------------------------------------------------------------
 
 void Palettes::setBayerFilter(Format filter)
 {
-    m_stream->setBayerDemosaicFilter(filter);
     (m_form.*bayerActions[filter >> 8])->setChecked(true);
+    m_stream->setBayerDemosaicFilter(filter);
 }
 
 void Palettes::setBayerEnabled(bool enabled)
 {
-    m_stream->setBayerDemosaicEnabled(enabled);
     m_form.actionDecode_Bayer_Images->setChecked(enabled);
+    m_stream->setBayerDemosaicEnabled(enabled);
 }
 
 void Palettes::setRgbOrderReversed(bool reversed)
 {
-    m_stream->setRgbOrderReversed(reversed);
     m_form.actionReverse_RGB_Order->setChecked(reversed);
+    m_stream->setRgbOrderReversed(reversed);
 }
 
 void Palettes::setCrosshairVisible(bool visible)

@@ -48,7 +48,7 @@ private:
     QVector<unsigned int> colorsOf(ColorTable table) const;
     QAction* actionOf(ColorTable table) const;
     void showColors();
-    void showRamp(ColorTable table);
+    void showRamp(ColorTable table, const QVector<unsigned int>& colors);
 
     const Form& m_form;
     SurfaceStream* const m_stream;
