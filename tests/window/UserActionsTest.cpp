@@ -131,7 +131,7 @@ void UserActionsTest::endings()
             moment = nullptr;
             isAction ? delete (at[0] == 'b' ? shown.b : shown.a) : shown.host.reset();
         };
-        moment = at.isEmpty() ? nullptr : at.constData();
+        moment = at.isEmpty() ? nullptr : row.moment + (isAction ? 1 : 0);
         if (at == "triggered")
             shown.a->qt_handle()->trigger();
         else if (at == "canStart")
