@@ -70,6 +70,8 @@ static_assert(offsetof(VTRawImage, width) == offsetof(RawImage, width));
 static_assert(offsetof(VTRawImage, height) == offsetof(RawImage, height));
 static_assert(offsetof(VTRawImage, format) == offsetof(RawImage, format) && sizeof(Format) == sizeof(std::uint32_t));
 static_assert(offsetof(VTRawImage, userData) == offsetof(RawImage, userData));
+static_assert(VT_FORMAT_BAYER_BG + VT_FORMAT_MONO16 == +BayerBG16 && VT_FORMAT_ORDER_BGR + VT_FORMAT_RGB16 == +BGR16);
+static_assert(VT_FORMAT_PACKED + VT_FORMAT_MONO10 == +Mono10p && VT_FORMAT_PACKED_NO_SWAP == +PackedNoSwap);
 
 } // namespace
 

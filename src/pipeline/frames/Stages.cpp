@@ -15,13 +15,6 @@ bool hasRows(const std::shared_ptr<const Stage>& stage)
 
 } // namespace
 
-Format Stage::format(Format, Format chosen) const
-{
-    return chosen;
-}
-
-void Stage::changeRows(const RawImage&, const PictureTarget&, std::size_t, std::size_t) const {}
-
 // Two packings at once mean none.
 Format Stages::format(Format delivered) const
 {

@@ -25,13 +25,13 @@ public:
     virtual ~Stage() = default;
 
     /// The format in which a frame of format `delivered` is converted; the stages before this one chose `chosen`.
-    virtual Format format(Format delivered, Format chosen) const;
+    virtual Format format(Format /*delivered*/, Format chosen) const { return chosen; }
 
     /// Whether `changeRows` does anything.
     virtual bool changesRows() const { return false; }
     /// Changes converted rows below `end` in place, while they are in the cache. Several threads may change rows of one
     /// picture at once.
-    virtual void changeRows(const RawImage& raw, const PictureTarget& picture, std::size_t row, std::size_t end) const;
+    virtual void changeRows(const RawImage&, const PictureTarget&, std::size_t /*row*/, std::size_t /*end*/) const {}
 };
 
 /// The stages of a picture. A place holds null while its stage is off.
