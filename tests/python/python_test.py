@@ -116,25 +116,6 @@ class Binding(unittest.TestCase):
         held = {name: value for name, value in vars(vistrel_constants).items() if name.startswith("VT_")}
         self.assertEqual(held, {name: int(value, 0) for name, value in declared.items()})
 
-    def test_properties(self):
-        with Application() as application:
-            window = Window(application)
-            for number, value in ((VT_WINDOW_REFRESH_RATE, 25), (VT_WINDOW_ZOOM, 1.0), (VT_WINDOW_CLOSEABLE, False),
-                                  (VT_WINDOW_TITLE, "50 \u00b0C"), (VT_WINDOW_IMAGE_OFFSET, bytes(8))):
-                window[number] = value
-                self.assertEqual(window[number], value)
-            with self.assertRaisesRegex(Error, "^VT_WINDOW_ZOOM = 0: The property cannot have this value or size.$"):
-                window[VT_WINDOW_ZOOM] = 0
-            with self.assertRaisesRegex(ctypes.ArgumentError, "4294967321 does not fit into 32 bits"):
-                window[VT_WINDOW_REFRESH_RATE] = 2 ** 32 + 25
-            with self.assertRaisesRegex(TypeError, "not list"):
-                window[VT_WINDOW_GEOMETRY] = [40, 80, 100, 100]
-            with self.assertRaisesRegex(TypeError, "not ndarray"):
-                window.push(np.zeros((4, 4), np.uint8))
-            with self.assertRaises(Error):
-                window.on(155, print)
-            self.assertEqual((window._lent, window._callbacks), ({}, []))  # nothing that was refused is kept
-
     def test_lent_frames(self):
         """Each array lives until it is released, once; what a callback raises goes no further; then all is let go."""
         calls, pushed = [], []
