@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Runs the viewer as a user does: it shows its moving test picture and a folder's pictures, ends, and says why it cannot
-# start: viewer.sh VIEWER CHECKER
+# Runs the viewer as a user does: it shows its moving test picture and a folder's pictures, and ends.
+# Usage: viewer.sh VIEWER CHECKER
 set -euo pipefail
 viewer=$1 checker=$2
 folder=$(mktemp -d)
@@ -13,6 +13,3 @@ for frames in 2 30; do
 done
 "$checker" 320x240 2.png 30.png
 "$viewer" --source files . --frames 3
-
-"$viewer" --source files missing 2>refusal && exit 1
-grep missing refusal

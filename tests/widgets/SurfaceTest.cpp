@@ -56,7 +56,6 @@ void SurfaceTest::announcements()
         {[](Surface&) {}, fitted, "range; scaling fit 0.375; "},
         {[](Surface&) {}, picture(100, 50), "range; "}, // never enlarged
         {[](Surface&) {}, picture(100000, 1), "range; scaling fit 0.00899289; "},
-        {scrolled(9, 9), fitted, ""},
         {scrolled(1600, 1300), picture(500, 800), "offset 600 1300; range; "},
         {scrolled(300, 200), scaling(3), "offset 450 300; range; scaling free 3; "},
         {scrolled(300, 200), fit, "offset 0 0; range; scaling fit 0.375; "},
