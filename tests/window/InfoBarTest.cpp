@@ -19,6 +19,7 @@ struct ShownBar : ShownWindow
 {
     ShownBar()
     {
+        window->resize(2000, 600); // room for all in any font
         camera->addSetupMode("Slow\n& <b>", "");
         push(Mono12);
         for (const char* const name : {"actionBuffers_Dropped", "actionImageDimensions", "actionImage_Format"})

@@ -20,11 +20,9 @@ QString hint(const ShownWindow& shown)
 {
     Surface* const surface = shown.window->surfaceScrollArea()->surface();
     const QImage view = surface->grab().toImage();
-    for (int x = 0; x < view.width(); ++x) {
-        if (view.pixel(x, view.height() / 2) == 0xFFF0F0F0)
-            return surface->accessibleDescription();
-    }
-    return {};
+    const auto* const pixels = reinterpret_cast<const QRgb*>(view.constBits());
+    const bool isWritten = std::count(pixels, pixels + view.sizeInBytes() / 4, 0xFFF0F0F0) > 0;
+    return isWritten ? surface->accessibleDescription() : QString();
 }
 
 bool isState(const ShownWindow& shown, const char* state)
