@@ -10,7 +10,6 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSpinBox>
 
-
 class CallbacksTest : public QObject
 {
     Q_OBJECT
