@@ -231,6 +231,8 @@ struct ShownWindow
         for (std::size_t i = 0; i < frames.back().pixels.size(); ++i)
             frames.back().pixels[i] = static_cast<std::uint8_t>(4 * i + 1);
         camera->push(frames.back().raw);
+        const QSize size(static_cast<int>(width), static_cast<int>(height));
+        QTRY_COMPARE(window->surfaceScrollArea()->surface()->pixmap().size(), size);
         QTRY_VERIFY(window->surfaceStream()->latestImageFormat() == format && action("actionSave_Image")->isEnabled());
     }
 
