@@ -5,6 +5,7 @@
 #include <Vistrel/Export.h>
 #include <Vistrel/PixVal.h>
 #include <Vistrel/RawImage.h>
+#include <Vistrel/ShrinkMode.h>
 
 #include <QtCore/QPointF>
 #include <QtCore/QRectF>
@@ -70,6 +71,7 @@ public:
     bool crosshairVisible() const;
     QPoint activePixel() const;
     bool valueOverlayEnabled() const;
+    ShrinkMode shrinkMode() const;
     QPixmap pixmap() const;
 
     /// Shows a picture, or nothing for a null one. Zoom and offset are fitted or clamped to the new size.
@@ -101,6 +103,10 @@ public Q_SLOTS:
     void setActivePixel(const QPoint& pixPoint);
     void setActivePixel(int x, int y);
     void setValueOverlayEnabled(bool enabled);
+    /// Sets how the picture is shrunk while it has more pixels than the screen has for it. `Sample` at first. `Mean`
+    /// and `Maximum` work on each channel, or on the indices of a picture with a colour table. An unknown mode changes
+    /// nothing and is reported on the standard error stream.
+    void setShrinkMode(Vistrel::ShrinkMode mode);
 
 Q_SIGNALS:
     /// The range of visible image pixels changed: by zoom, another image size, or a resize.

@@ -5,6 +5,8 @@
 #include "widgets/PictureSampler.h"
 #include "widgets/SurfaceLayer.h"
 
+#include <Vistrel/ShrinkMode.h>
+
 #include <QtGui/QBrush>
 #include <QtGui/QPixmap>
 
@@ -17,6 +19,8 @@ public:
     /// `Qt::NoBrush` for none. That call releases the picture.
     void setPicture(const QPixmap& picture, const QBrush& background);
     void paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry) override;
+
+    ShrinkMode shrinkMode = ShrinkMode::Sample;
 
 private:
     QPixmap m_picture;

@@ -2,6 +2,7 @@
 // The widget that paints the current frame.
 #include <Vistrel/Surface.h>
 
+#include "base/Log.h"
 #include "widgets/CrosshairLayer.h"
 #include "widgets/HintLayer.h"
 #include "widgets/ImageLayer.h"
@@ -15,6 +16,7 @@
 
 #include <functional>
 #include <mutex>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -384,6 +386,22 @@ bool Surface::valueOverlayEnabled() const
 void Surface::setValueOverlayEnabled(bool enabled)
 {
     m_data->overlay.valueOverlayEnabled = enabled;
+    update();
+}
+
+ShrinkMode Surface::shrinkMode() const
+{
+    return m_data->image.shrinkMode;
+}
+
+void Surface::setShrinkMode(ShrinkMode mode)
+{
+    if (mode < ShrinkMode::Sample || mode > ShrinkMode::Maximum) {
+        reportLine("Vistrel::Surface::setShrinkMode: Unknown ShrinkMode with index " +
+                   std::to_string(static_cast<std::int32_t>(mode)) + ".");
+        return;
+    }
+    m_data->image.shrinkMode = mode;
     update();
 }
 
