@@ -2,13 +2,34 @@
 // Marks one pixel with lines across the view.
 #include "widgets/CrosshairLayer.h"
 
+#include "widgets/DevicePixels.h"
+
 #include <QtCore/QVector>
+
+#include <algorithm>
 
 namespace Vistrel {
 
 namespace {
 
 constexpr double closedFrom = 1.5; // scaling; below it only two sides of the pixel are drawn
+constexpr int dash = 4;            // logical pixels; white and black dashes alternate
+
+// A line that begins with a white dash at its upper left end, as far as it lies in `needed`.
+void drawDashed(QPainter& painter, const QRect& line, int length, const QRect& needed)
+{
+    const bool isHorizontal = line.width() > line.height();
+    const QPoint step = isHorizontal ? QPoint(2 * length, 0) : QPoint(0, 2 * length);
+    QVector<QRect> dashes;
+    QRect one(line.topLeft(), isHorizontal ? QSize(length, line.height()) : QSize(line.width(), length));
+    for (; one.intersects(line); one.translate(step)) {
+        const QRect shown = one & line & needed;
+        if (!shown.isEmpty())
+            dashes.append(shown);
+    }
+    painter.fillRect(line & needed, Qt::black);
+    painter.drawRects(dashes);
+}
 
 } // namespace
 
@@ -16,22 +37,21 @@ void CrosshairLayer::paint(QPainter& painter, const QRegion& area, const Surface
 {
     if (!crosshairVisible || !geometry.visibleImageRect().contains(activePixel))
         return;
-    const QRectF painted = area.boundingRect();
-    const QPointF corner = geometry.viewPoint(activePixel);
-    QVector<QLineF> lines;
-    lines << QLineF(painted.left(), corner.y(), painted.right(), corner.y())
-          << QLineF(corner.x(), painted.top(), corner.x(), painted.bottom());
+    const QRect cell = geometry.cellOf(activePixel);
+    const QRect view = geometry.devicePixels({QPointF(0, 0), QSizeF(geometry.viewSize())});
+    const QRect needed = geometry.devicePixels(area.boundingRect());
+    const int thickness = std::max(qRound(geometry.deviceRatio()), 1);
+    QVector<QRect> lines{{view.left(), cell.top(), view.width(), thickness},
+                         {cell.left(), view.top(), thickness, view.height()}};
     if (geometry.scaling() >= closedFrom) {
-        const QPointF opposite = corner + QPointF(geometry.scaling(), geometry.scaling());
-        lines << QLineF(corner.x(), opposite.y(), opposite.x(), opposite.y())
-              << QLineF(opposite.x(), corner.y(), opposite.x(), opposite.y());
+        lines << QRect(cell.left(), cell.bottom() + 1, cell.width() + thickness, thickness)
+              << QRect(cell.right() + 1, cell.top(), thickness, cell.height() + thickness);
     }
-    QPen pen(Qt::white);
-    pen.setDashPattern({4, 4});
-    painter.setPen(pen);
-    painter.setBackground(Qt::black);
-    painter.setBackgroundMode(Qt::OpaqueMode);
-    painter.drawLines(lines);
+    const DevicePixels devicePixels(painter, geometry);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::white);
+    for (const QRect& line : qAsConst(lines))
+        drawDashed(painter, line, std::max(qRound(dash * geometry.deviceRatio()), 1), needed);
 }
 
 } // namespace Vistrel

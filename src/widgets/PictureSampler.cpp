@@ -8,7 +8,7 @@
 #include <QtGui/QPainter>
 
 #include <algorithm>
-#include <cmath>
+#include <cstddef>
 #include <cstring>
 
 namespace Vistrel {
@@ -17,74 +17,110 @@ namespace {
 
 constexpr int bandHeight = 16; // lines; few enough to stay in the cache until they are painted
 
-bool isWholeTranslation(const QTransform& transform)
+// The format of the lines into which a picture's pixels are sampled.
+QImage::Format lineFormat(const QImage& picture)
 {
-    return transform.type() <= QTransform::TxTranslate && transform.dx() == std::floor(transform.dx()) &&
-           transform.dy() == std::floor(transform.dy());
+    switch (picture.format()) {
+    case QImage::Format_Grayscale8:
+    case QImage::Format_RGBX8888:
+        return QImage::Format_RGB32;
+    case QImage::Format_Mono:
+    case QImage::Format_MonoLSB:
+    case QImage::Format_Indexed8:
+        return picture.hasAlphaChannel() ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+    default:
+        return picture.format();
+    }
+}
+
+template <std::size_t pixelBytes>
+void samplePixels(const uchar* row, const std::vector<int>& columns, uchar* line)
+{
+    for (const int column : columns) {
+        std::memcpy(line, row + pixelBytes * static_cast<std::size_t>(column), pixelBytes);
+        line += pixelBytes;
+    }
 }
 
 } // namespace
 
-bool PictureSampler::draw(QPainter& painter, const QImage& picture, const SurfaceGeometry& geometry,
-                          const QRect& needed)
+// Writes the pixels of `m_columns` of a row. `next` is the row that is sampled next.
+void PictureSampler::sample(const QImage& picture, int row, int next, uchar* line)
 {
-    const bool isGray = picture.format() == QImage::Format_Grayscale8;
-    const bool isSwapped = picture.format() == QImage::Format_RGBX8888;
-    const bool isFullSize = geometry.isFullSize();
-    if ((!isGray && !isSwapped && !isFullSize && picture.format() != QImage::Format_RGB32) ||
-        painter.device()->devicePixelRatioF() != 1.0 || !isWholeTranslation(painter.deviceTransform()))
-        return false;
-
-    const QRect drawn = geometry.sampledRect() & needed;
-    if (drawn.isEmpty())
-        return true;
-    const int width = drawn.width();
-    const int height = drawn.height();
-    const auto columnAt = [&](int x) { return geometry.sampledColumn(drawn.left() + x); };
-    const auto rowAt = [&](int y) { return geometry.sampledRow(drawn.top() + y); };
-    if (isFullSize && !isSwapped) { // copied
-        painter.drawImage(drawn.topLeft(), picture, QRect(columnAt(0), rowAt(0), width, height));
-        return true;
-    }
-
-    if (m_lines.width() < width) {
-        m_lines = QImage(width, bandHeight, QImage::Format_RGB32);
-        if (m_lines.isNull())
-            return false;
-    }
-
-    const auto pixelCount = static_cast<std::size_t>(width);
-    m_columns.resize(pixelCount);
-    for (int x = 0; x < width; ++x)
-        m_columns[static_cast<std::size_t>(x)] = columnAt(x);
-    m_samples.resize(isSwapped ? pixelCount : 0);
-
-    const auto sample = [&](int row, int next, uchar* line) {
-        const uchar* pixels = picture.constScanLine(row);
-        const uchar* const ahead = picture.constScanLine(next);
-        auto* const shown = reinterpret_cast<std::uint32_t*>(line);
-        const auto sampleColors = [&](std::uint32_t* colors) {
-            Kernels::sampleColor(reinterpret_cast<const std::uint32_t*>(pixels),
-                                 reinterpret_cast<const std::uint32_t*>(ahead), m_columns.data(), pixelCount, colors);
-        };
-        if (isGray)
-            return Kernels::sampleGray(pixels, ahead, m_columns.data(), pixelCount, shown);
-        if (!isSwapped)
-            return sampleColors(shown);
-        if (isFullSize) {
-            pixels += std::size_t{4} * static_cast<std::size_t>(m_columns.front());
-        } else {
-            sampleColors(m_samples.data());
-            pixels = reinterpret_cast<const uchar*>(m_samples.data());
-        }
+    const uchar* const pixels = picture.constScanLine(row);
+    const uchar* const ahead = picture.constScanLine(next);
+    auto* const colors = reinterpret_cast<std::uint32_t*>(line);
+    const std::size_t count = m_columns.size();
+    const auto sampleColors = [&](std::uint32_t* sampled) {
+        Kernels::sampleColor(reinterpret_cast<const std::uint32_t*>(pixels),
+                             reinterpret_cast<const std::uint32_t*>(ahead), m_columns.data(), count, sampled);
+    };
+    switch (picture.format()) {
+    case QImage::Format_Grayscale8:
+        return Kernels::sampleGray(pixels, ahead, m_columns.data(), count, colors);
+    case QImage::Format_RGBX8888: {
+        m_samples.resize(count);
+        sampleColors(m_samples.data());
         Kernels::PixelRun run;
-        run.source = pixels;
+        run.source = reinterpret_cast<const std::uint8_t*>(m_samples.data());
         run.target = line;
-        run.count = pixelCount;
+        run.count = count;
         run.reversed = true;
         run.pixelBytes = 4;
-        Kernels::bytes4ToColor(run);
-    };
+        return Kernels::bytes4ToColor(run);
+    }
+    case QImage::Format_Mono:
+    case QImage::Format_MonoLSB:
+    case QImage::Format_Indexed8:
+        for (std::size_t i = 0; i < count; ++i)
+            colors[i] = picture.pixel(m_columns[i], row);
+        return;
+    default:
+        break;
+    }
+    switch (picture.depth()) {
+    case 8:
+        return samplePixels<1>(pixels, m_columns, line);
+    case 16:
+        return samplePixels<2>(pixels, m_columns, line);
+    case 24:
+        return samplePixels<3>(pixels, m_columns, line);
+    case 32:
+        return sampleColors(colors);
+    default:
+        return samplePixels<8>(pixels, m_columns, line);
+    }
+}
+
+void PictureSampler::draw(QPainter& painter, const QImage& picture, const SurfaceGeometry& geometry, const QRect& drawn)
+{
+    if (drawn.isEmpty())
+        return;
+    const int width = drawn.width();
+    const int height = drawn.height();
+    m_columns.resize(static_cast<std::size_t>(width));
+    for (int x = 0; x < width; ++x)
+        m_columns[static_cast<std::size_t>(x)] = geometry.sampledColumn(drawn.left() + x);
+    const auto rowAt = [&](int y) { return geometry.sampledRow(drawn.top() + y); };
+
+    const QImage::Format format = lineFormat(picture);
+    const bool isFullSize =
+        m_columns.back() - m_columns.front() == width - 1 && rowAt(height - 1) - rowAt(0) == height - 1;
+    if (isFullSize && picture.depth() >= 8 && picture.format() != QImage::Format_RGBX8888) {
+        // Copied. The paint engine is not exact past 65,536 pixels.
+        QImage part(picture.constScanLine(rowAt(0)) + std::ptrdiff_t{m_columns.front()} * picture.depth() / 8, width,
+                    height, picture.bytesPerLine(), picture.format());
+        part.setColorTable(picture.colorTable());
+        painter.drawImage(drawn.topLeft(), part);
+        return;
+    }
+
+    if (m_lines.width() < width || m_lines.format() != format) {
+        m_lines = QImage(width, bandHeight, format);
+        if (m_lines.isNull())
+            return;
+    }
+    const auto lineBytes = static_cast<std::size_t>(width * m_lines.depth() / 8);
     const std::size_t stride = static_cast<std::size_t>(m_lines.bytesPerLine());
     int next = rowAt(0);
     for (int band = 0; band < height; band += bandHeight) {
@@ -95,14 +131,13 @@ bool PictureSampler::draw(QPainter& painter, const QImage& picture, const Surfac
             const int row = next;
             next = rowAt(std::min(y + 1, height - 1));
             if (row == before)
-                std::memcpy(line, line - stride, pixelCount * 4);
+                std::memcpy(line, line - stride, lineBytes);
             else
-                sample(row, next, line);
+                sample(picture, row, next, line);
             before = row;
         }
         painter.drawImage(QPoint(drawn.left(), drawn.top() + band), m_lines, QRect(0, 0, width, lineCount));
     }
-    return true;
 }
 
 } // namespace Vistrel

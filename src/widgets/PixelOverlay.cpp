@@ -83,7 +83,7 @@ void PixelOverlay::paint(QPainter& painter, const QRegion& area, const SurfaceGe
         ScopedLock lock;
         if (!source.lock(lock))
             return;
-        const QRect visible = geometry.pixelsIn(area.boundingRect(), size);
+        const QRect visible = geometry.pixelsIn(area.boundingRect()) & QRect(QPoint(0, 0), size);
         for (int x = visible.left(); x <= visible.right(); ++x) {
             for (int y = visible.top(); y <= visible.bottom(); ++y) {
                 PixVal value;

@@ -4,6 +4,7 @@
 
 #include "base/Log.h"
 #include "widgets/CrosshairLayer.h"
+#include "widgets/DevicePixels.h"
 #include "widgets/HintLayer.h"
 #include "widgets/ImageLayer.h"
 #include "widgets/PixelOverlay.h"
@@ -51,6 +52,7 @@ public:
     void change(const std::function<void(Changes&)>& operation);
     void setSource(PixelSource next);
     void requestUpdate();
+    void paint(QPainter& painter, const QRegion& area);
 
     Surface* const surface;
 
@@ -99,12 +101,15 @@ double Surface::enforceScalingRatio(double scaling)
 
 // The view ------------------------------------------------------------------------------------------------------------
 
-// The widget's size may be read only on its own thread. Other threads see the size that was read there last.
+// The widget's size and place may be read only on its own thread. Other threads see those that were read there last.
 std::unique_lock<std::mutex> Surface::PrivateData::lockView()
 {
     std::unique_lock<std::mutex> view(viewMutex);
-    if (QThread::currentThread() == surface->thread())
+    if (QThread::currentThread() == surface->thread()) {
+        const double ratio = surface->devicePixelRatioF();
         geometry.setViewSize(surface->size());
+        geometry.setGrid(ratio, QPointF(surface->mapTo(surface->window(), QPoint(0, 0))) * ratio);
+    }
     return view;
 }
 
@@ -321,23 +326,39 @@ bool Surface::imageSrcPixVal(const PixPos& position, PixVal& value)
 
 // Painting ------------------------------------------------------------------------------------------------------------
 
-// An opaque surface that fills its background does it here, and only where the image does not cover it.
-void Surface::paintEvent(QPaintEvent* event)
+void Surface::PrivateData::paint(QPainter& painter, const QRegion& area)
 {
-    const bool isFilled = autoFillBackground() && testAttribute(Qt::WA_OpaquePaintEvent);
-    const QBrush background = isFilled ? palette().brush(QPalette::Window) : QBrush(Qt::NoBrush);
-    SurfaceGeometry geometry;
-    {
-        const auto view = m_data->lockView();
-        geometry = m_data->geometry;
-        m_data->image.setPicture(m_data->pixmap, background);
+    const QTransform device = painter.deviceTransform();
+    if (!isGrid(device)) {
+        QImage whole(surface->size(), QImage::Format_ARGB32_Premultiplied);
+        whole.fill(Qt::transparent);
+        QPainter wholePainter(&whole);
+        paint(wholePainter, surface->rect());
+        wholePainter.end();
+        painter.drawImage(0, 0, whole);
+        return;
     }
-    QPainter painter(this);
-    for (SurfaceLayer* const layer : m_data->layers) {
+    // An opaque surface that fills its background does it here, and only where the image does not cover it.
+    const bool isFilled = surface->autoFillBackground() && surface->testAttribute(Qt::WA_OpaquePaintEvent);
+    const QBrush background = isFilled ? surface->palette().brush(QPalette::Window) : QBrush(Qt::NoBrush);
+    SurfaceGeometry painted;
+    {
+        const auto view = lockView();
+        painted = geometry;
+        image.setPicture(pixmap, background);
+    }
+    painted.setGrid(device.m11(), {device.dx(), device.dy()});
+    for (SurfaceLayer* const layer : layers) {
         painter.save();
-        layer->paint(painter, event->region(), geometry);
+        layer->paint(painter, area, painted);
         painter.restore();
     }
+}
+
+void Surface::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(this);
+    m_data->paint(painter, event->region());
 }
 
 // Marks ---------------------------------------------------------------------------------------------------------------

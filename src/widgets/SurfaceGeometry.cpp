@@ -12,8 +12,10 @@ namespace Vistrel {
 namespace {
 
 constexpr double offsetTolerance = 1e-12;
-// A centre on a border belongs to the previous pixel, as in Qt's paint engine, whatever the rounding error.
-constexpr double tie = 1e-6;
+// Larger than any rounding error, and smaller than any distance that matters. A corner on a border belongs to the pixel
+// that begins there.
+constexpr double imageTie = 1e-9;
+constexpr double deviceTie = 1e-4;
 
 double power(double base, int exponent)
 {
@@ -35,16 +37,6 @@ double clampedScaling(double scaling)
 double clampedOffset(double offset, double most)
 {
     return offset > 0 ? std::min(offset, most) : 0;
-}
-
-int firstCentreFrom(double edge)
-{
-    return static_cast<int>(std::ceil(edge - 0.5 + tie));
-}
-
-int sampledAt(double position, int length)
-{
-    return std::clamp(static_cast<int>(std::floor(position - tie)), 0, length - 1);
 }
 
 } // namespace
@@ -102,11 +94,6 @@ QRectF SurfaceGeometry::shownRect() const
     return scaledRect().intersected(QRectF(QPointF(0, 0), QSizeF(m_viewSize)));
 }
 
-bool SurfaceGeometry::isFullSize() const
-{
-    return qFuzzyCompare(m_scaling, 1.0);
-}
-
 QRectF SurfaceGeometry::visibleImageRectF() const
 {
     const QSizeF scaled = scaledSize();
@@ -125,42 +112,82 @@ QRect SurfaceGeometry::visibleImageRect() const
             QPointF(visible.x() + visible.width() + 0.5, visible.y() + visible.height() + 0.5).toPoint()};
 }
 
-QPoint SurfaceGeometry::pixelAt(const QPoint& position) const
+QPoint SurfaceGeometry::pixelAt(const QPointF& position) const
 {
-    if (position.x() < 0 || position.y() < 0)
+    if (!(position.x() >= 0 && position.y() >= 0))
         return {-1, -1};
-    return ((position + scaledOffset()) / m_scaling - QPointF(0.5, 0.5)).toPoint();
+    const QPoint pixel = devicePixels({position, QSizeF(0, 0)}).topLeft();
+    return {sampledColumn(pixel.x()), sampledRow(pixel.y())};
 }
 
-QRect SurfaceGeometry::pixelsIn(const QRectF& area, const QSize& imageSize) const
+void SurfaceGeometry::setGrid(double ratio, const QPointF& corner)
 {
-    const auto range = [this](double from, double length, int size) {
-        const double first = std::floor(from / m_scaling);
-        const double last = std::min<double>(first + std::ceil(length / m_scaling) + 1, size);
-        const double start = std::clamp<double>(first, 0, size);
-        return std::pair<int, int>(static_cast<int>(start), static_cast<int>(std::max(last - start, 0.0)));
+    m_ratio = ratio;
+    m_corner = corner;
+    m_firstPixel = corner.toPoint();
+}
+
+QRect SurfaceGeometry::devicePixels(const QRectF& area) const
+{
+    const auto place = [](double from, double to, double corner, int first) {
+        return std::pair(static_cast<int>(std::floor(from + corner + deviceTie)) - first,
+                         static_cast<int>(std::ceil(to + corner - deviceTie)) - first);
     };
-    const QPointF corner = area.topLeft() + scaledOffset();
-    const auto [x, width] = range(corner.x(), area.width(), imageSize.width());
-    const auto [y, height] = range(corner.y(), area.height(), imageSize.height());
-    return {x, y, width, height};
-}
-
-QRect SurfaceGeometry::sampledRect() const
-{
-    const QRectF shown = shownRect();
-    const QPoint first(firstCentreFrom(shown.left()), firstCentreFrom(shown.top()));
-    return {first, QPoint(firstCentreFrom(shown.right()) - 1, firstCentreFrom(shown.bottom()) - 1)};
+    const auto [left, right] = place(area.left() * m_ratio, area.right() * m_ratio, m_corner.x(), m_firstPixel.x());
+    const auto [top, bottom] = place(area.top() * m_ratio, area.bottom() * m_ratio, m_corner.y(), m_firstPixel.y());
+    return {left, top, right - left, bottom - top};
 }
 
 int SurfaceGeometry::sampledColumn(int x) const
 {
-    return sampledAt((x + 0.5 + scaledOffset().x()) / m_scaling, m_imageSize.width());
+    return sampledAt(x, scaledOffset().x());
 }
 
 int SurfaceGeometry::sampledRow(int y) const
 {
-    return sampledAt((y + 0.5 + scaledOffset().y()) / m_scaling, m_imageSize.height());
+    return sampledAt(y, scaledOffset().y());
+}
+
+int SurfaceGeometry::sampledAt(int devicePixel, double offset) const
+{
+    return static_cast<int>(std::floor((devicePixel / m_ratio + offset) / m_scaling + imageTie));
+}
+
+// The first device pixel that shows this image pixel or a later one: the inverse of `sampledAt`, also where that
+// rounds.
+int SurfaceGeometry::firstShowing(int pixel, double offset) const
+{
+    int first = static_cast<int>(std::ceil((pixel * m_scaling - offset) * m_ratio));
+    while (sampledAt(first, offset) < pixel)
+        ++first;
+    while (sampledAt(first - 1, offset) >= pixel)
+        --first;
+    return first;
+}
+
+QRect SurfaceGeometry::sampledRect() const
+{
+    const QPointF offset = scaledOffset();
+    const QPoint first(firstShowing(0, offset.x()), firstShowing(0, offset.y()));
+    const QPoint end(firstShowing(m_imageSize.width(), offset.x()), firstShowing(m_imageSize.height(), offset.y()));
+    return QRect(first, end - QPoint(1, 1)) & devicePixels({QPointF(0, 0), QSizeF(m_viewSize)});
+}
+
+QRect SurfaceGeometry::pixelsIn(const QRectF& area) const
+{
+    const QRect shown = devicePixels(area) & sampledRect();
+    if (shown.isEmpty())
+        return {};
+    return {QPoint(sampledColumn(shown.left()), sampledRow(shown.top())),
+            QPoint(sampledColumn(shown.right()), sampledRow(shown.bottom()))};
+}
+
+QRect SurfaceGeometry::cellOf(const QPoint& pixel) const
+{
+    const QPointF offset = scaledOffset();
+    const QPoint first(firstShowing(pixel.x(), offset.x()), firstShowing(pixel.y(), offset.y()));
+    const QPoint end(firstShowing(pixel.x() + 1, offset.x()), firstShowing(pixel.y() + 1, offset.y()));
+    return {first, end - QPoint(1, 1)};
 }
 
 QPointF SurfaceGeometry::offsetZoomed(double scaling, const QPoint& reference) const

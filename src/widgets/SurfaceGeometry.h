@@ -12,6 +12,10 @@ namespace Vistrel {
 
 /// A value class that uses no widget. The view's size, points and offsets are in logical pixels; the image's size is in
 /// image pixels, and empty without an image.
+///
+/// Device pixels are those of the screen, or of what is painted on. They are counted from the view's first one, whose
+/// corner is taken for the view's: a view may begin at a fraction of a device pixel, which then shifts the image by
+/// less than one. A device pixel shows the image pixel that contains its upper left corner.
 class SurfaceGeometry
 {
 public:
@@ -40,7 +44,6 @@ public:
     QPointF scaledOffset() const; ///< the stored offset; centres the image along an axis on which it is smaller
     QRectF scaledRect() const;    ///< of the whole image, in view coordinates
     QRectF shownRect() const;     ///< the visible part of `scaledRect()`
-    bool isFullSize() const;      ///< whether an image pixel is as large as a view pixel
 
     // In image coordinates.
     QRectF visibleImageRectF() const; ///< the part of the image that `shownRect()` shows
@@ -48,16 +51,24 @@ public:
 
     // Between the two.
     QPointF viewPoint(const QPointF& imagePoint) const { return imagePoint * m_scaling - scaledOffset(); }
-    /// The image pixel under a point of the view. It may lie outside the image; (-1, -1) for a point left of or above
-    /// the view.
-    QPoint pixelAt(const QPoint& position) const;
-    /// The pixels that `area` of the view touches, in an image of this size at the place of the one in view.
-    QRect pixelsIn(const QRectF& area, const QSize& imageSize) const;
+    /// The image pixel that the device pixel under a point of the view shows. It may lie outside the image; (-1, -1)
+    /// for a point left of or above the view.
+    QPoint pixelAt(const QPointF& position) const;
 
-    // Sampling: a view pixel shows the image pixel that contains its centre; on a border, the left or upper one.
-    QRect sampledRect() const; ///< the view pixels whose centres lie in the image
-    int sampledColumn(int x) const;
+    // Device pixels.
+    /// Sets the number of device pixels a logical pixel, and where the view's corner lies in the device: in device
+    /// pixels, not always whole ones.
+    void setGrid(double ratio, const QPointF& corner);
+    double deviceRatio() const { return m_ratio; }
+    double deviceScaling() const { return m_scaling * m_ratio; } ///< device pixels an image pixel
+    QPoint firstDevicePixel() const { return m_firstPixel; }     ///< of the view, in the device
+    QRect devicePixels(const QRectF& area) const;                ///< all that a part of the view touches
+    QRect sampledRect() const;                                   ///< those in the view that show the image
+    int sampledColumn(int x) const; ///< the image column in the device column `x`; not clamped
     int sampledRow(int y) const;
+    QRect pixelsIn(const QRectF& area) const; ///< the image pixels that are shown in a part of the view
+    /// The device pixels that show an image pixel. When none does, the rectangle is empty and lies where it would be.
+    QRect cellOf(const QPoint& pixel) const;
 
     // Offsets for `setOffset`.
     /// At another zoom, keeps the image point under `reference`; for a point outside the view, the one in its centre.
@@ -77,12 +88,18 @@ public:
 
 private:
     bool hasImage() const { return !m_imageSize.isEmpty(); }
+    int sampledAt(int devicePixel, double offset) const;
+    int firstShowing(int pixel, double offset) const;
 
     QSize m_imageSize;
     QSize m_viewSize;
     double m_scaling = 1.0;
     QPointF m_offset; // scaled pixels, from the image's top-left corner
     bool m_scaleToFit = true;
+
+    double m_ratio = 1.0;
+    QPointF m_corner;
+    QPoint m_firstPixel;
 };
 
 /// Maps a part of the rectangle `from` to `to`.

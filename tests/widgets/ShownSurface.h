@@ -4,6 +4,7 @@
 
 #include <Vistrel/Surface.h>
 
+#include <QtGui/QPainter>
 #include <QtGui/QPalette>
 #include <QtTest/QTest>
 
@@ -28,11 +29,22 @@ struct ShownSurface
         surface.setScaledOffset(offset);
     }
 
-    /// What is painted, or the part of it that lies in `area` from one paint of just that.
-    QImage picture(const QRect& area = QRect(0, 0, -1, -1))
+    /// What is painted on a device of this ratio. With an area, all the rest of a first paint is kept from it, and only
+    /// that part is painted anew over a damaged picture.
+    QImage picture(double ratio, const QRect& area = {})
     {
-        return host.grab(area).toImage().convertToFormat(QImage::Format_RGB32);
+        QImage image((QSizeF(host.size()) * ratio).toSize(), QImage::Format_RGB32);
+        image.setDevicePixelRatio(ratio);
+        host.render(&image);
+        if (area.isValid()) {
+            QPainter painter(&image);
+            painter.fillRect(area, Qt::green);
+            painter.end();
+            host.render(&image, area.topLeft(), area);
+        }
+        return image;
     }
+    QImage picture() { return picture(1); }
 
     QWidget host;
     Vistrel::Surface surface;

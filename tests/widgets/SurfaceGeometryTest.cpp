@@ -37,6 +37,7 @@ private Q_SLOTS:
     void offsetIsClamped();
     void visiblePart();
     void pixelsOfTheView();
+    void oneMapForAll();
 };
 
 void SurfaceGeometryTest::levelsMakeOneGrid()
@@ -89,17 +90,38 @@ void SurfaceGeometryTest::pixelsOfTheView()
     QCOMPARE(scrolled.pixelAt({2, 1}), QPoint(10, 5));
     QCOMPARE(scrolled.pixelAt({3, -1}), QPoint(-1, -1));
     QCOMPARE(scrolled.viewPoint({10, 5}), QPointF(-1, 1));
-    QCOMPARE(scrolled.pixelsIn({0, 2, 4, 3}, {100, 50}), QRect(QPoint(10, 5), QPoint(11, 6)));
-    QCOMPARE(scrolled.pixelsIn({0, 0, 80, 60}, {12, 50}), QRect(QPoint(10, 4), QPoint(11, 19)));
-    QVERIFY(scrolled.pixelsIn({0, 0, 80, 60}, {10, 50}).isEmpty());
-    QCOMPARE(scrolled.sampledRow(0), 4);
-    QCOMPARE(placed({100, 50}, {80, 60}, 1, {10.75, 0}).sampledColumn(0), 11); // its centre, not its edge
-    QCOMPARE(placed({100, 50}, {80, 60}, 1, {10.5, 0}).sampledColumn(0), 10);  // on a border: the former
+    QCOMPARE(scrolled.pixelsIn({0, 2, 4, 3}), QRect(QPoint(10, 5), QPoint(11, 5)));
+    QCOMPARE(scrolled.pixelsIn({0, 0, 80, 60}), QRect(QPoint(10, 4), QPoint(30, 19)));
+    QVERIFY(placed({5, 3}, {20, 20}, 2.5).pixelsIn({0, 0, 3, 20}).isEmpty());
+}
 
-    const SurfaceGeometry centred = placed({5, 3}, {20, 20}, 2.5);
-    QCOMPARE(centred.pixelAt({3, 6}), QPoint(-1, -1));
-    QCOMPARE(centred.sampledRect(), QRect(QPoint(4, 6), QPoint(15, 13)));
-    QCOMPARE(centred.sampledColumn(15), 4);
+// Each device pixel shows, and is read as, the pixel that contains its corner, and belongs to that pixel's cell alone.
+void SurfaceGeometryTest::oneMapForAll()
+{
+    for (const double ratio : {1.0, 1.25, 1.5, 1.75, 2.0, 3.0}) {
+        for (double scaling = smallest; scaling < largest; scaling *= 1.37) {
+            for (const double offset : {0.0, 7.3, 1e9}) {
+                SurfaceGeometry geometry = placed({30001, 9700}, {641, 479}, scaling, {offset, offset / 3});
+                for (const double corner : {0.0, 0.5, 17.25}) {
+                    geometry.setGrid(ratio, {corner * ratio, 0});
+                    const QRect all = geometry.sampledRect();
+                    for (int x = all.left() - 3; x <= all.right() + 3; ++x) {
+                        const int column = geometry.sampledColumn(x);
+                        const QPointF first(geometry.viewPoint({column + 0.0, 0.0}).x() * ratio - 1e-6, 0);
+                        QVERIFY(first.x() <= x && x < first.x() + scaling * ratio + 2e-6);
+                        if (x >= 0 && x < 641 * ratio - 1)
+                            QCOMPARE(all.contains(x, all.top()), column >= 0 && column < 30001);
+                        const QRect cell = geometry.cellOf({column, 0});
+                        QVERIFY(cell.left() <= x && x <= cell.right());
+                        QCOMPARE(geometry.cellOf({column + 1, 0}).left(), cell.right() + 1);
+                        const double position = (x + geometry.firstDevicePixel().x()) / ratio - corner;
+                        if (position >= 0)
+                            QCOMPARE(geometry.pixelAt({position, 0}).x(), column);
+                    }
+                }
+            }
+        }
+    }
 }
 
 QTEST_GUILESS_MAIN(SurfaceGeometryTest)
