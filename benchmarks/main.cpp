@@ -16,6 +16,7 @@ void registerConversions();
 void registerDisplay();
 void registerInteraction();
 void registerMosaics();
+void registerRatios();
 void registerRest();
 void registerScreen();
 void registerWindow();
@@ -29,6 +30,7 @@ int main(int argc, char** argv)
     registerDisplay();
     registerInteraction();
     registerWindow();
+    registerRatios();
     registerRest();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
