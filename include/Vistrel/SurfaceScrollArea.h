@@ -14,12 +14,20 @@ class QScrollBar;
 
 namespace Vistrel {
 
+class Navigator;
 class Surface;
 
 /// Shows a `Surface` with two scroll bars, each shown while the image is larger than the view, and an optional widget
-/// in the corner between them. The wheel zooms about the pointer. The left button drags the image. The arrow keys step
-/// by an image pixel, and by a page with Ctrl. A double click switches between the whole image and 100 % at the
-/// pointer. The pixel under the pointer is the surface's active pixel.
+/// in the corner between them. The wheel zooms about the pointer, and a pinch about the fingers. The left button drags
+/// the image. The middle button draws a rectangle, which then fills the view; Esc or another button cancels it. The
+/// arrow keys step by an image pixel, and by a page with Ctrl. A double click switches between the whole image and
+/// 100 % at the pointer. Backspace goes back to the view before the last jump. The pixel under the pointer is the
+/// surface's active pixel.
+///
+/// A turn of the wheel by a notch or more (120 units) is one step, and so is a smaller one that stands alone. Smaller
+/// ones that follow each other within 200 ms are a step for each notch that they add up to. When the area is resized,
+/// the image point in its centre stays there as far as the image fills the view; also when it was moved meanwhile only
+/// because the image did not.
 ///
 /// Bound to the user-interface thread. Points are in the surface's coordinates, offsets in scaled pixels.
 class VISTREL_EXPORT SurfaceScrollArea : public QWidget
@@ -30,6 +38,7 @@ class VISTREL_EXPORT SurfaceScrollArea : public QWidget
     Q_PROPERTY(QPoint imageOffset READ imageOffset)
     Q_PROPERTY(bool hBarScrollable READ hBarScrollable)
     Q_PROPERTY(bool vBarScrollable READ vBarScrollable)
+    Q_PROPERTY(bool canGoBack READ canGoBack)
 
 public:
     explicit SurfaceScrollArea(QWidget* parent = nullptr);
@@ -54,10 +63,13 @@ public:
     QPoint imageOffset() const; ///< the values of the two bars
     bool hBarScrollable() const;
     bool vBarScrollable() const;
+    bool canGoBack() const;               ///< whether there was a jump
+    VISTREL_LOCAL Navigator& navigator(); ///< for the library's own widgets
 
 public Q_SLOTS:
     /// Zooms so that the image point under `centerRef` stays there; a point outside the view means its centre. Without
-    /// an image nothing happens. A change of less than `Surface::scalingMin()` keeps the top-left corner.
+    /// an image, or for what is not a number, nothing happens. A change of less than `Surface::scalingMin()`, and of
+    /// less than a tenth of the scaling, keeps the top-left corner.
     void setZoomTo(double scale, const QPoint& centerRef);
     void doZoomIn(const QPoint& centerRef = QPoint(-1, -1));  ///< by the factor `Surface::scalingRatio()`
     void doZoomOut(const QPoint& centerRef = QPoint(-1, -1)); ///< by the same factor
@@ -68,6 +80,11 @@ public Q_SLOTS:
     void doZoomTo400();
     void doZoomTo800();
     void setZoomToFit(bool enabled);
+    /// Shows again what was in view, and how large, before the last jump: a change of the zoom or of fitting by these
+    /// slots, a double click, a rectangle, a press in a mini map. Steps in and out, also by the wheel, that follow each
+    /// other within a second are one jump; drags and scrolls are none. The last 100 jumps are kept. Without one, or
+    /// without an image, nothing happens.
+    void goBack();
 
     void stepLeft();
     void stepRight();
@@ -77,7 +94,8 @@ public Q_SLOTS:
     void pageRight();
     void pageUp();
     void pageDown();
-    void setImageOffset(const QPointF& offset); ///< clamped to the image
+    /// Clamped to the image. A coordinate that is not a number is ignored.
+    void setImageOffset(const QPointF& offset);
 
 Q_SIGNALS:
     /// One of the bars was shown or hidden.

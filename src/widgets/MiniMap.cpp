@@ -2,7 +2,10 @@
 // A small view of the whole image, with the visible part framed.
 #include <Vistrel/MiniMap.h>
 
-#include "widgets/SurfaceGeometry.h"
+#include "widgets/DevicePixels.h"
+#include "widgets/Navigator.h"
+#include "widgets/PointerPosition.h"
+#include "widgets/WheelSteps.h"
 
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
@@ -24,9 +27,9 @@ namespace {
 
 constexpr int shrinkMs = 50;     // the least time between two scalings
 constexpr int coarseness = 2;    // samples a pixel of the small image, in each direction
-constexpr double leastFrame = 7; // pixels; a smaller frame is not visible
-constexpr int frameWidth = 2;    // pixels, of the bright line
-constexpr int haloWidth = 4;     // pixels, of the dark line under it
+constexpr double leastFrame = 7; // logical pixels; a smaller frame is not visible
+constexpr double frameWidth = 2; // logical pixels, of the bright line
+constexpr double haloWidth = 1;  // of the dark lines beside it
 constexpr QRgb haloColor = 0xC0000000;
 constexpr QRgb frameColor = 0xFFFFD800;
 
@@ -41,13 +44,31 @@ QImage shrunk(const QPixmap& pixmap, const QSize& size)
 }
 
 // Grows a frame to the least size about its centre, and moves it into `limits` if it fits.
-QRectF enlarged(const QRectF& frame, const QRectF& limits)
+QRectF enlarged(const QRectF& frame, double least, const QRectF& limits)
 {
-    QRectF grown(0, 0, std::max(frame.width(), leastFrame), std::max(frame.height(), leastFrame));
+    QRectF grown(0, 0, std::max(frame.width(), least), std::max(frame.height(), least));
     grown.moveCenter(frame.center());
     grown.moveLeft(std::max(std::min(grown.left(), limits.right() - grown.width()), limits.left()));
     grown.moveTop(std::max(std::min(grown.top(), limits.bottom() - grown.height()), limits.top()));
     return grown;
+}
+
+// The device pixels of a map that show the whole image.
+QRect imageRect(const SurfaceGeometry& grid, const QSize& imageSize)
+{
+    const QRect view = grid.devicePixels({QPointF(0, 0), QSizeF(grid.viewSize())});
+    QRect whole(QPoint(0, 0), imageSize.scaled(view.size(), Qt::KeepAspectRatio).expandedTo({1, 1}));
+    whole.moveCenter(view.center());
+    return whole;
+}
+
+// Draws inside the frame's edge, and returns what the lines enclose.
+QRect drawFrame(QPainter& painter, const QRect& frame, int width, QRgb color)
+{
+    const QRect inside = frame.adjusted(width, width, -width, -width);
+    for (const QRect& side : QRegion(frame) - inside)
+        painter.fillRect(side, QColor::fromRgba(color));
+    return inside;
 }
 
 } // namespace
@@ -55,13 +76,15 @@ QRectF enlarged(const QRectF& frame, const QRectF& limits)
 class MiniMap::PrivateData
 {
 public:
-    explicit PrivateData(MiniMap* owner) : map(owner) {}
+    explicit PrivateData(MiniMap* owner) : map(owner), pointer(*owner) {}
 
-    QRect imageRect(const QSize& imageSize) const;
+    SurfaceGeometry grid() const;
     void refresh(const QPixmap& pixmap, const QSize& size);
-    void centreOn(const QPoint& position);
+    void centreOn(const QPointF& position, bool isJump);
 
     MiniMap* const map;
+    PointerPosition pointer;
+    WheelSteps wheel;
     QPointer<SurfaceScrollArea> area;
     QImage small;         // device pixels
     qint64 cacheKey = 0;  // of the pixmap that `small` was made from
@@ -118,11 +141,14 @@ void MiniMap::updateView()
 
 // The image -----------------------------------------------------------------------------------------------------------
 
-QRect MiniMap::PrivateData::imageRect(const QSize& imageSize) const
+// Of the map itself.
+SurfaceGeometry MiniMap::PrivateData::grid() const
 {
-    QRect whole(QPoint(0, 0), imageSize.scaled(map->size(), Qt::KeepAspectRatio).expandedTo({1, 1}));
-    whole.moveCenter(map->rect().center());
-    return whole;
+    const double ratio = map->devicePixelRatioF();
+    SurfaceGeometry grid;
+    grid.setViewSize(map->size());
+    grid.setGrid(ratio, QPointF(map->mapTo(map->window(), QPoint(0, 0))) * ratio);
+    return grid;
 }
 
 void MiniMap::PrivateData::refresh(const QPixmap& pixmap, const QSize& size)
@@ -149,45 +175,47 @@ void MiniMap::paintEvent(QPaintEvent*)
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap, tr("No image"));
         return;
     }
-    const QRect whole = m_data->imageRect(pixmap.size());
-    const QSize size = (QSizeF(whole.size()) * devicePixelRatioF()).toSize();
-    if (pixmap.width() < size.width() && pixmap.height() < size.height()) {
+    const QTransform device = painter.deviceTransform();
+    SurfaceGeometry grid = m_data->grid();
+    grid.setGrid(device.m11(), {device.dx(), device.dy()});
+    const DevicePixels devicePixels(painter, grid);
+    const QRect whole = imageRect(grid, pixmap.size());
+    if (pixmap.width() < whole.width() && pixmap.height() < whole.height()) {
         painter.drawPixmap(whole, pixmap); // enlarged, without smoothing
     } else {
-        m_data->refresh(pixmap, size);
+        m_data->refresh(pixmap, whole.size());
         painter.drawImage(whole, m_data->small);
     }
 
+    const double ratio = grid.deviceRatio();
     const QRectF seen = stretched(m_data->area->surface()->visibleImageRectF(), pixmap.rect(), whole);
-    constexpr int inset = haloWidth / 2;
-    // On whole pixels the lines are sharp.
-    const QRect frame = enlarged(seen, whole).toAlignedRect().intersected(whole);
-    painter.setRenderHint(QPainter::Antialiasing);
-    for (const auto& [color, width] : {std::pair(haloColor, haloWidth), std::pair(frameColor, frameWidth)}) {
-        painter.setPen(QPen(QColor::fromRgba(color), width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
-        painter.drawRect(QRectF(frame).adjusted(inset, inset, -inset, -inset));
-    }
+    const QRect frame = enlarged(seen, leastFrame * ratio, whole).toAlignedRect().intersected(whole);
+    const int halo = std::max(qRound(haloWidth * ratio), 1);
+    const QRect bright = drawFrame(painter, frame, halo, haloColor);
+    const QRect dark = drawFrame(painter, bright, std::max(qRound(frameWidth * ratio), 1), frameColor);
+    drawFrame(painter, dark, halo, haloColor);
 }
 
 // Input ---------------------------------------------------------------------------------------------------------------
 
-void MiniMap::PrivateData::centreOn(const QPoint& position)
+void MiniMap::PrivateData::centreOn(const QPointF& position, bool isJump)
 {
-    if (!area)
+    const QSize imageSize = area ? area->surface()->viewGeometry().imageSize() : QSize();
+    if (imageSize.isEmpty())
         return;
-    const SurfaceGeometry geometry = area->surface()->viewGeometry();
-    if (geometry.imageSize().isEmpty())
-        return;
-    const QRectF pixel = stretched(QRect(position, QSize(1, 1)), imageRect(geometry.imageSize()),
-                                   QRectF(QPointF(0, 0), geometry.scaledSize()));
-    area->setImageOffset(geometry.offsetCentred(pixel.center()));
-    map->update();
+    const SurfaceGeometry geometry = grid();
+    const QRect pixel(geometry.devicePixels({position, QSizeF(0, 0)}).topLeft(), QSize(1, 1));
+    const QRectF shown = stretched(pixel, imageRect(geometry, imageSize), QRectF(QPoint(0, 0), imageSize));
+    const QPointer<MiniMap> alive(map);
+    area->navigator().centreOn(shown.center(), isJump);
+    if (alive)
+        map->update();
 }
 
 void MiniMap::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton)
-        m_data->centreOn(event->pos());
+        m_data->centreOn(m_data->pointer.of(*event), true);
     else
         event->ignore();
 }
@@ -195,23 +223,23 @@ void MiniMap::mousePressEvent(QMouseEvent* event)
 void MiniMap::mouseMoveEvent(QMouseEvent* event)
 {
     if (event->buttons() & Qt::LeftButton)
-        m_data->centreOn(event->pos());
+        m_data->centreOn(m_data->pointer.of(*event), false);
     else
         event->ignore();
 }
 
 void MiniMap::wheelEvent(QWheelEvent* event)
 {
-    const int turn = event->angleDelta().y();
-    if (!m_data->area || turn == 0) {
+    if (!m_data->area || event->angleDelta().y() == 0) {
         event->ignore();
         return;
     }
-    if (turn > 0)
-        m_data->area->doZoomIn();
-    else
-        m_data->area->doZoomOut();
     event->accept();
+    const int step = m_data->wheel.take(*event);
+    if (step > 0)
+        m_data->area->doZoomIn();
+    else if (step < 0)
+        m_data->area->doZoomOut();
 }
 
 } // namespace Vistrel

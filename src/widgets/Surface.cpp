@@ -223,8 +223,8 @@ void Surface::setPixmap(const QPixmap& pixmap)
         if (m_data->fit(false, changes))
             return;
         // A smaller image must not stay scrolled past its end.
-        if (!geometry.scaleToFit())
-            m_data->setOffset(geometry.storedOffset(), changes);
+        if (!geometry.scaleToFit() && geometry.keepCentre())
+            changes.addOffset(geometry.storedOffset());
         changes.addRange();
     });
 }
@@ -240,8 +240,8 @@ void Surface::setScaling(double scaling)
         const bool isChanged = SurfaceGeometry::differ(before, geometry.scaling());
         if (isChanged)
             changes.addRange();
-        if (isChanged || wasFit)
-            changes.addScaling(false, geometry.scaling());
+        if (isChanged || wasFit != geometry.scaleToFit())
+            changes.addScaling(geometry.scaleToFit(), geometry.scaling());
     });
 }
 
@@ -288,8 +288,8 @@ void Surface::resizeEvent(QResizeEvent* event)
     m_data->change([&](PrivateData::Changes& changes) {
         if (!m_data->fit(false, changes))
             changes.addRange();
-        const QSize before = event->oldSize().isValid() ? event->oldSize() : event->size();
-        m_data->setOffset(m_data->geometry.offsetGrown(event->size() - before), changes);
+        if (m_data->geometry.keepCentre())
+            changes.addOffset(m_data->geometry.storedOffset());
     });
 }
 

@@ -68,7 +68,7 @@ bool SurfaceGeometry::differ(double scaling, double other)
 
 bool SurfaceGeometry::isZoom(double before, double after)
 {
-    return std::abs(before - after) > scalingMin();
+    return std::abs(before - after) > std::min(scalingMin(), before / 10);
 }
 
 QSizeF SurfaceGeometry::scaledSize() const
@@ -190,24 +190,15 @@ QRect SurfaceGeometry::cellOf(const QPoint& pixel) const
     return {first, end - QPoint(1, 1)};
 }
 
-QPointF SurfaceGeometry::offsetZoomed(double scaling, const QPoint& reference) const
+void SurfaceGeometry::setImageSize(const QSize& size)
 {
-    const QRectF view(QPointF(0, 0), QSizeF(m_viewSize));
-    const QPointF kept = view.contains(reference) ? QPointF(reference) : view.center();
-    return (scaledOffset() + kept) * scaling / m_scaling - kept;
+    // Without an image there was nothing in the centre that could be kept.
+    if (!hasImage())
+        m_keptCentre = imagePoint(viewCentre());
+    m_imageSize = size;
 }
 
-QPointF SurfaceGeometry::offsetGrown(const QSize& growth) const
-{
-    return m_offset - QPointF(growth.width(), growth.height()) * 0.5;
-}
-
-QPointF SurfaceGeometry::offsetCentred(const QPointF& scaledPoint) const
-{
-    return scaledPoint - QPointF(m_viewSize.width(), m_viewSize.height()) / 2;
-}
-
-bool SurfaceGeometry::setOffset(QPointF offset)
+bool SurfaceGeometry::storeOffset(QPointF offset)
 {
     constexpr double unlimited = std::numeric_limits<double>::max();
     const QSizeF room = scaledSize() - QSizeF(m_viewSize);
@@ -220,8 +211,21 @@ bool SurfaceGeometry::setOffset(QPointF offset)
     return true;
 }
 
+bool SurfaceGeometry::setOffset(QPointF offset)
+{
+    if (std::isnan(offset.x()))
+        offset.setX(m_offset.x());
+    if (std::isnan(offset.y()))
+        offset.setY(m_offset.y());
+    const bool isChanged = storeOffset(offset);
+    m_keptCentre = imagePoint(viewCentre());
+    return isChanged;
+}
+
 bool SurfaceGeometry::setScaling(double scaling)
 {
+    if (std::isnan(scaling))
+        return false;
     const double before = m_scaling;
     m_scaling = clampedScaling(scaling);
     m_scaleToFit = false;

@@ -27,7 +27,8 @@ public:
     static double enforceScalingRatio(double scaling) { return scalingOf(levelOf(scaling)); }
     /// Whether two scalings count as different.
     static bool differ(double scaling, double other);
-    /// Whether they differ enough for a zoom to keep a point in its place.
+    /// Whether they differ enough for a zoom to keep a point in its place: by more than the smallest scaling, or than a
+    /// tenth of the one before.
     static bool isZoom(double before, double after);
 
     QSize imageSize() const { return m_imageSize; }
@@ -36,7 +37,7 @@ public:
     QPointF storedOffset() const { return m_offset; }
     bool scaleToFit() const { return m_scaleToFit; }
 
-    void setImageSize(const QSize& size) { m_imageSize = size; }
+    void setImageSize(const QSize& size);
     void setViewSize(const QSize& size) { m_viewSize = size; }
     void setScaleToFit(bool enabled) { m_scaleToFit = enabled; }
 
@@ -51,6 +52,7 @@ public:
 
     // Between the two.
     QPointF viewPoint(const QPointF& imagePoint) const { return imagePoint * m_scaling - scaledOffset(); }
+    QPointF imagePoint(const QPointF& viewPoint) const { return (viewPoint + scaledOffset()) / m_scaling; }
     /// The image pixel that the device pixel under a point of the view shows. It may lie outside the image; (-1, -1)
     /// for a point left of or above the view.
     QPoint pixelAt(const QPointF& position) const;
@@ -70,31 +72,39 @@ public:
     /// The device pixels that show an image pixel. When none does, the rectangle is empty and lies where it would be.
     QRect cellOf(const QPoint& pixel) const;
 
-    // Offsets for `setOffset`.
-    /// At another zoom, keeps the image point under `reference`; for a point outside the view, the one in its centre.
-    QPointF offsetZoomed(double scaling, const QPoint& reference) const;
-    /// After the view grew, keeps the image point in its centre.
-    QPointF offsetGrown(const QSize& growth) const;
-    /// Places a point of the scaled image in the view's centre.
-    QPointF offsetCentred(const QPointF& scaledPoint) const;
+    QPointF viewCentre() const { return {m_viewSize.width() * 0.5, m_viewSize.height() * 0.5}; }
+    /// The image point that a move, a zoom or a fit left in the view's centre. Neither a resize nor another image
+    /// changes it, though they may move what is in the centre.
+    QPointF keptCentre() const { return m_keptCentre; }
+    /// For `setOffset`: places an image point at a point of the view.
+    QPointF offsetPlacing(const QPointF& imagePoint, const QPointF& position) const
+    {
+        return imagePoint * m_scaling - position;
+    }
 
-    /// Stores an offset, clamped so that a larger image fills the view. Returns whether it changed.
+    // The operations return whether the stored offset changed.
+    /// Stores an offset, clamped so that a larger image fills the view. A coordinate that is not a number is ignored.
     bool setOffset(QPointF offset);
-    /// Sets the scaling, clamped, and turns fitting off; the image point in the view's top-left corner stays. Returns
-    /// whether the offset changed.
+    /// After the view's or the image's size changed, places `keptCentre()` in the view's centre, as far as the image
+    /// fills the view.
+    bool keepCentre() { return storeOffset(offsetPlacing(m_keptCentre, viewCentre())); }
+    /// Sets the scaling, clamped, and turns fitting off; the image point in the view's top-left corner stays. What is
+    /// not a number is ignored.
     bool setScaling(double scaling);
-    /// If fitting is on, shrinks the scaling so that the whole image is in view. Returns whether the offset changed.
+    /// If fitting is on, shrinks the scaling so that the whole image is in view.
     bool fit();
 
 private:
     bool hasImage() const { return !m_imageSize.isEmpty(); }
     int sampledAt(int devicePixel, double offset) const;
     int firstShowing(int pixel, double offset) const;
+    bool storeOffset(QPointF offset);
 
     QSize m_imageSize;
     QSize m_viewSize;
     double m_scaling = 1.0;
-    QPointF m_offset; // scaled pixels, from the image's top-left corner
+    QPointF m_offset;     // scaled pixels, from the image's top-left corner
+    QPointF m_keptCentre; // image pixels
     bool m_scaleToFit = true;
 
     double m_ratio = 1.0;

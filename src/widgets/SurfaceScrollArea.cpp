@@ -2,7 +2,8 @@
 // A surface with scroll bars, zoomed and moved by mouse and keys.
 #include <Vistrel/SurfaceScrollArea.h>
 
-#include "widgets/SurfaceGeometry.h"
+#include "widgets/Navigator.h"
+#include "widgets/RectangleZoom.h"
 #include "widgets/SurfaceInput.h"
 
 #include <Vistrel/Surface.h>
@@ -15,14 +16,9 @@
 #include <QtWidgets/QShortcut>
 
 #include <algorithm>
+#include <climits>
 
 namespace Vistrel {
-
-namespace {
-
-constexpr QPoint viewCentre(-1, -1);
-
-} // namespace
 
 class SurfaceScrollArea::PrivateData : public QObject
 {
@@ -33,15 +29,17 @@ public:
 
     void setRange(QScrollBar* bar, int imageLength, int viewLength, bool isScrollable);
     void setValues(const QPointF& offset);
+    void layOutBars();
 
     SurfaceScrollArea* const area;
     QGridLayout* const layout;
     Surface* const surface;
     QScrollBar* const horizontal;
     QScrollBar* const vertical;
+    Navigator navigator;
     // Destroyed before the surface, which sends a leave event when it is destroyed.
-    ViewportEventFilter wheel;
-    ImageSurfaceEventFilter mouse;
+    RectangleZoom rectangle;
+    ImageSurfaceEventFilter pointer;
     QPointer<QWidget> corner; // null when there is none or the host has deleted it
 
 public Q_SLOTS:
@@ -55,8 +53,9 @@ SurfaceScrollArea::PrivateData::PrivateData(SurfaceScrollArea* owner)
       surface(new Surface(owner)),
       horizontal(new QScrollBar(Qt::Horizontal, owner)),
       vertical(new QScrollBar(Qt::Vertical, owner)),
-      wheel(*owner, *surface),
-      mouse(*owner, *surface)
+      navigator(*owner, *surface, [this] { layOutBars(); }),
+      rectangle(navigator, *surface),
+      pointer(*owner, navigator, *surface)
 {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -87,11 +86,13 @@ SurfaceScrollArea::SurfaceScrollArea(QWidget* parent) : QWidget(parent), m_data(
         {int(Qt::CTRL) | int(Qt::Key_Right), SLOT(pageRight())},
         {int(Qt::CTRL) | int(Qt::Key_Up), SLOT(pageUp())},
         {int(Qt::CTRL) | int(Qt::Key_Down), SLOT(pageDown())},
+        {Qt::Key_Backspace, SLOT(goBack())},
     };
     for (const auto& [keys, slot] : shortcuts) {
         auto* const shortcut = new QShortcut(keys, this);
         shortcut->setContext(Qt::WindowShortcut);
         connect(shortcut, SIGNAL(activated()), this, slot);
+        shortcut->setAutoRepeat(QLatin1String(slot) != QLatin1String(SLOT(goBack())));
     }
 
     connect(surface, SIGNAL(pixelRangeChanged()), m_data.get(), SLOT(updateScrollRange()), Qt::QueuedConnection);
@@ -202,13 +203,22 @@ void SurfaceScrollArea::PrivateData::updateScrollRange()
     Q_EMIT area->scrollabilityChanged(isHorizontal, isVertical);
 }
 
+void SurfaceScrollArea::PrivateData::layOutBars()
+{
+    const QPointer<PrivateData> alive(this); // a slot may delete the area
+    updateScrollRange();
+    if (alive)
+        layout->activate();
+}
+
 // Does not notify the surface, which has the exact offset; the bars show whole pixels.
 void SurfaceScrollArea::PrivateData::setValues(const QPointF& offset)
 {
     const QSignalBlocker blockHorizontal(horizontal);
     const QSignalBlocker blockVertical(vertical);
-    horizontal->setValue(static_cast<int>(offset.x()));
-    vertical->setValue(static_cast<int>(offset.y()));
+    const auto whole = [](double value) { return static_cast<int>(std::min(value, double(INT_MAX))); };
+    horizontal->setValue(whole(offset.x()));
+    vertical->setValue(whole(offset.y()));
 }
 
 void SurfaceScrollArea::PrivateData::updateScrollPos(QPointF offset)
@@ -234,7 +244,9 @@ bool SurfaceScrollArea::vBarScrollable() const
 
 void SurfaceScrollArea::setImageOffset(const QPointF& offset)
 {
-    m_data->setValues(offset);
+    SurfaceGeometry moved = m_data->surface->viewGeometry();
+    moved.setOffset(offset);
+    m_data->setValues(moved.storedOffset());
     m_data->surface->setScaledOffset(offset);
 }
 
@@ -292,63 +304,67 @@ bool SurfaceScrollArea::zoomToFit() const
 
 void SurfaceScrollArea::setZoomToFit(bool enabled)
 {
-    m_data->surface->setScaleToFit(enabled);
+    m_data->navigator.setFit(enabled);
 }
 
 void SurfaceScrollArea::setZoomTo(double scale, const QPoint& centerRef)
 {
-    Surface* const surface = m_data->surface;
-    const SurfaceGeometry before = surface->viewGeometry();
-    if (before.imageSize().isEmpty())
-        return;
-    surface->setScaling(scale);
-    const double after = surface->scaling();
-    if (!SurfaceGeometry::isZoom(before.scaling(), after))
-        return;
-    // Bars that are shown or hidden resize the surface, which moves the image. Do that before setting the offset.
-    m_data->updateScrollRange();
-    m_data->layout->activate();
-    surface->setScaledOffset(before.offsetZoomed(after, centerRef));
+    m_data->navigator.zoomTo(scale, centerRef);
 }
 
 void SurfaceScrollArea::doZoomIn(const QPoint& centerRef)
 {
-    setZoomTo(zoomScaling() * Surface::scalingRatio(), centerRef);
+    m_data->navigator.zoomIn(centerRef);
 }
 
 void SurfaceScrollArea::doZoomOut(const QPoint& centerRef)
 {
-    setZoomTo(zoomScaling() / Surface::scalingRatio(), centerRef);
+    m_data->navigator.zoomOut(centerRef);
 }
 
 void SurfaceScrollArea::doZoomTo25()
 {
-    setZoomTo(0.25, viewCentre);
+    m_data->navigator.zoomTo(0.25, Navigator::viewCentre);
 }
 
 void SurfaceScrollArea::doZoomTo50()
 {
-    setZoomTo(0.5, viewCentre);
+    m_data->navigator.zoomTo(0.5, Navigator::viewCentre);
 }
 
 void SurfaceScrollArea::doZoomTo100()
 {
-    setZoomTo(1.0, viewCentre);
+    m_data->navigator.zoomTo(1.0, Navigator::viewCentre);
 }
 
 void SurfaceScrollArea::doZoomTo200()
 {
-    setZoomTo(2.0, viewCentre);
+    m_data->navigator.zoomTo(2.0, Navigator::viewCentre);
 }
 
 void SurfaceScrollArea::doZoomTo400()
 {
-    setZoomTo(4.0, viewCentre);
+    m_data->navigator.zoomTo(4.0, Navigator::viewCentre);
 }
 
 void SurfaceScrollArea::doZoomTo800()
 {
-    setZoomTo(8.0, viewCentre);
+    m_data->navigator.zoomTo(8.0, Navigator::viewCentre);
+}
+
+bool SurfaceScrollArea::canGoBack() const
+{
+    return m_data->navigator.canGoBack();
+}
+
+void SurfaceScrollArea::goBack()
+{
+    m_data->navigator.goBack();
+}
+
+Navigator& SurfaceScrollArea::navigator()
+{
+    return m_data->navigator;
 }
 
 } // namespace Vistrel

@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Tests zooming about a point, dragging, and scroll bars that follow the view, by real events.
+// Tests moving and zooming the view, by events as the toolkit sends them, at any device pixel ratio.
 #include <Vistrel/Surface.h>
 #include <Vistrel/SurfaceScrollArea.h>
 
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QGesture>
+#include <QtWidgets/QRubberBand>
 #include <QtWidgets/QScrollBar>
+
+#include <climits>
+#include <cmath>
+#include <functional>
+#include <memory>
 
 using namespace Vistrel;
 
@@ -25,25 +32,30 @@ struct ShownArea
 
     static void settle() { QCoreApplication::processEvents(); }
 
-    // Scaled pixels from the image's corner, exact.
     QPointF imagePoint(const QPointF& position) const
     {
         return (surface->scaledOffset() + position) / surface->scaling();
     }
+    QPointF centre() const { return imagePoint(QPointF(surface->width(), surface->height()) / 2); }
 
-    void wheel(const QPoint& position, const QPoint& turn)
+    // Smaller turns than a notch follow each other when their times, in ms, are near.
+    void wheel(const QPointF& position, const QPoint& turn, ulong time = 0)
     {
-        QWheelEvent event(position, surface->mapToGlobal(position), {}, turn, Qt::NoButton, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
+        QWheelEvent event(position, surface->mapToGlobal(QPoint(0, 0)) + position, {}, turn, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        event.setTimestamp(time);
         event.ignore();
         QApplication::sendEvent(surface, &event);
         isConsumed = event.isAccepted();
     }
 
-    void mouse(QEvent::Type type, const QPoint& position, Qt::MouseButtons buttons)
+    // Rounds the position in the widget, as the toolkit does; that in the window is exact.
+    void mouse(QEvent::Type type, const QPointF& position, Qt::MouseButtons buttons,
+               Qt::MouseButton button = Qt::LeftButton)
     {
-        QMouseEvent event(type, position, surface->mapToGlobal(position),
-                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, Qt::NoModifier);
+        QMouseEvent event(type, position.toPoint(), surface->mapTo(&host, QPoint(0, 0)) + position,
+                          surface->mapToGlobal(QPoint(0, 0)) + position,
+                          type == QEvent::MouseMove ? Qt::NoButton : button, buttons, Qt::NoModifier);
         QApplication::sendEvent(surface, &event);
     }
 
@@ -55,7 +67,7 @@ struct ShownArea
 
 bool isNear(const QPointF& a, const QPointF& b)
 {
-    return (a - b).manhattanLength() < 0.01;
+    return (a - b).manhattanLength() < 1e-6;
 }
 
 } // namespace
@@ -65,81 +77,224 @@ class SurfaceScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void wheelZoomsAStepAnEvent();
-    void doubleClickShowsTheWholeOrItsPixels();
-    void dragBeginsAtThreePixels();
+    void wheelZoomsAStepANotch();
+    void pinchZoomsSmoothly();
+    void dragKeepsThePointUnderThePointer();
+    void middleButtonDrawsARectangle();
+    void backspaceGoesBackOverJumps();
+    void resizesKeepTheCentre();
+    void badNumbersMoveNothing();
     void activePixelIsUnderThePointer();
     void barsComeAndGo();
     void barsAndKeysMoveTheView();
 };
 
-void SurfaceScrollAreaTest::wheelZoomsAStepAnEvent()
+void SurfaceScrollAreaTest::wheelZoomsAStepANotch()
 {
-    ShownArea shown;
-    shown.area.setZoomTo(1, {-1, -1});
-    const QPoint position(70, 30);
+    ShownArea shown({40000, 40000});
+    const QPointF position(70.4, 30.6);
+    shown.area.setZoomTo(0, {-1, -1}); // the least zoom
     const QPointF point = shown.imagePoint(position);
-    shown.wheel(position, {0, 360});
-    QCOMPARE(shown.area.zoomScaling(), 1.125);
-    QVERIFY(shown.isConsumed && isNear(shown.imagePoint(position), point));
-    shown.wheel(position, {0, -15});
-    QCOMPARE(shown.area.zoomScaling(), 1.0);
-    QVERIFY(shown.isConsumed);
-    shown.wheel(position, {120, 0});
-    QCOMPARE(shown.area.zoomScaling(), 1.0);
+    ulong time = 1000;
+    const auto turn = [&](int turns, const QPoint& size) {
+        const double before = shown.area.zoomScaling();
+        for (int i = 0; i < turns; ++i)
+            shown.wheel(position, size, time += 100);
+        return qRound(std::log(shown.area.zoomScaling() / before) / std::log(1.125));
+    };
+    QCOMPARE(turn(1, {0, INT_MAX}), 1);
+    QCOMPARE(turn(1, {INT_MAX, 0}), 0);
     QVERIFY(!shown.isConsumed);
-    shown.area.setImageOffset({100, 120});
-    const QPointF centre = shown.surface->visibleImageRectF().center();
-    for (const QPoint& outside : {QPoint(-1, -1), QPoint(301, 10)}) {
-        shown.area.setZoomTo(shown.area.zoomScaling() * 2, outside);
-        QVERIFY(isNear(shown.surface->visibleImageRectF().center(), centre));
-    }
-
-    ShownArea empty{QSize()};
-    empty.wheel(position, {0, 120});
-    QVERIFY(empty.area.zoomToFit());
+    time += 200;
+    QCOMPARE(turn(1, {7, 15}), 1); // alone
+    QCOMPARE(turn(14, {7, 15}), 0);
+    QVERIFY(shown.isConsumed);
+    QCOMPARE(turn(1, {7, 15}), 1); // 240 in all
+    QCOMPARE(turn(1, {7, -15}), -1);
+    QCOMPARE(turn(2, {7, 15}), 1);
+    QCOMPARE(turn(2, {0, INT_MIN}), -2);
+    QVERIFY(isNear(shown.imagePoint(position), point));
 }
 
-void SurfaceScrollAreaTest::doubleClickShowsTheWholeOrItsPixels()
+void SurfaceScrollAreaTest::pinchZoomsSmoothly()
 {
     ShownArea shown;
-    const QPoint position(120, 90);
-    const QPointF point = shown.imagePoint(position);
-    QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, position);
-    QCOMPARE(shown.area.zoomScaling(), 1.0);
-    for (int i = 0; i < 3; ++i) {
-        QVERIFY2(isNear(shown.imagePoint(position), point), QByteArray::number(i));
-        shown.settle(); // the bars come, and leave it there
+    shown.area.setZoomTo(2, {-1, -1});
+    shown.mouse(QEvent::MouseButtonPress, {50, 50}, Qt::LeftButton);
+    const QPointF origin = shown.surface->mapToGlobal(QPoint(0, 0));
+    const QPointF point = shown.imagePoint({80, 60});
+    QPinchGesture gesture;
+    gesture.setScaleFactor(1.001);
+    gesture.setLastCenterPoint(origin + QPointF(80, 60));
+    gesture.setCenterPoint(origin + QPointF(81.5, 60));
+    gesture.setChangeFlags(QPinchGesture::ScaleFactorChanged | QPinchGesture::CenterPointChanged);
+    QGestureEvent pinch({&gesture});
+    QApplication::sendEvent(shown.surface, &pinch);
+    QMouseEvent finger(QEvent::MouseMove, QPointF(90, 90), {90, 90}, origin + QPointF(90, 90), Qt::NoButton,
+                       Qt::LeftButton, {}, Qt::MouseEventSynthesizedByQt);
+    QApplication::sendEvent(shown.surface, &finger);
+    QCOMPARE(shown.area.zoomScaling(), 2.002);
+    QVERIFY(isNear(shown.imagePoint({81.5, 60}), point));
+    for (const double value : {0.5, -1.0, qInf(), qQNaN()}) {
+        QNativeGestureEvent touchpad(Qt::ZoomNativeGesture, nullptr, {}, {}, origin + QPointF(81.5, 60), value, 0, 0);
+        QApplication::sendEvent(shown.surface, &touchpad);
+        QCOMPARE(shown.area.zoomScaling(), 3.003);
+        QVERIFY(isNear(shown.imagePoint({81.5, 60}), point));
     }
-    QVERIFY(!shown.area.zoomToFit() && shown.area.hBarScrollable() && shown.area.vBarScrollable());
-    QTest::mouseDClick(shown.surface, Qt::RightButton, {}, position);
-    QVERIFY(!shown.area.zoomToFit());
-    QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, position);
-    QVERIFY(shown.area.zoomToFit());
 }
 
-void SurfaceScrollAreaTest::dragBeginsAtThreePixels()
+void SurfaceScrollAreaTest::dragKeepsThePointUnderThePointer()
 {
     ShownArea shown;
     shown.area.setZoomTo(1, {-1, -1});
     shown.settle();
-    shown.area.setImageOffset({100, 120});
-    QCOMPARE(shown.surface->cursor().shape(), Qt::OpenHandCursor);
-    shown.mouse(QEvent::MouseButtonPress, {50, 50}, Qt::LeftButton);
+    shown.area.setImageOffset({100.3, 120.6});
+    QPointF at(50.4, 50.2);
+    QPointF point = shown.imagePoint(at);
+    const auto holds = [&](const QPointF& position, Qt::MouseButtons buttons = Qt::LeftButton) {
+        shown.mouse(QEvent::MouseMove, at = position, buttons);
+        return isNear(shown.imagePoint(at), point);
+    };
+    shown.mouse(QEvent::MouseButtonPress, at, Qt::LeftButton);
     QCOMPARE(shown.surface->cursor().shape(), Qt::ClosedHandCursor);
-    shown.mouse(QEvent::MouseMove, {49, 49}, Qt::LeftButton);
-    QCOMPARE(shown.surface->scaledOffset(), QPointF(100, 120));
-    shown.mouse(QEvent::MouseMove, {48, 49}, Qt::LeftButton);
-    QCOMPARE(shown.surface->scaledOffset(), QPointF(102, 121));
-    shown.settle();
-    shown.mouse(QEvent::MouseMove, {90, 20}, Qt::LeftButton);
-    QCOMPARE(shown.surface->scaledOffset(), QPointF(60, 150));
-    shown.mouse(QEvent::MouseMove, {2000, 2000}, Qt::LeftButton);
-    QCOMPARE(shown.surface->scaledOffset(), QPointF(0, 0));
-    shown.mouse(QEvent::MouseButtonRelease, {2000, 2000}, Qt::NoButton);
+    QVERIFY(!holds({49, 49})); // less than 3 pixels
+    QVERIFY(holds({48, 49}) && holds({90.6, 20.8}));
+    shown.wheel(at, {0, 120});
+    QVERIFY(holds(at + QPointF(3, 2)));
+    const std::function<void()> disturbances[] = {
+        [&] { shown.area.stepRight(); },
+        [&] {
+            shown.area.setZoomTo(1.7, {-1, -1});
+        },
+        [&] { shown.area.resize(290, 230); },
+        [&] {
+            shown.mouse(QEvent::MouseButtonPress, at, Qt::LeftButton | Qt::RightButton, Qt::RightButton);
+            shown.mouse(QEvent::MouseMove, at += QPointF(30, 20), Qt::LeftButton | Qt::RightButton);
+            shown.mouse(QEvent::MouseButtonRelease, at, Qt::LeftButton, Qt::RightButton);
+        }};
+    for (const auto& disturb : disturbances) {
+        disturb();
+        shown.settle();
+        point = shown.imagePoint(at);
+        QVERIFY(holds(at + QPointF(1, 5)));
+    }
+    QVERIFY(!holds({4000, 4000})); // past the border
+    QVERIFY(holds({60, 70}));
+    shown.mouse(QEvent::MouseButtonRelease, at, Qt::NoButton);
     QCOMPARE(shown.surface->cursor().shape(), Qt::OpenHandCursor);
-    shown.mouse(QEvent::MouseMove, {10, 10}, Qt::NoButton);
-    QCOMPARE(shown.surface->scaledOffset(), QPointF(0, 0));
+    QVERIFY(!holds({10, 10}, Qt::NoButton));
+}
+
+void SurfaceScrollAreaTest::middleButtonDrawsARectangle()
+{
+    ShownArea shown;
+    shown.area.setZoomTo(1, {-1, -1});
+    const auto* const band = shown.surface->findChild<QRubberBand*>();
+    const auto draw = [&](const QPointF& to, const std::function<void()>& meanwhile) {
+        shown.mouse(QEvent::MouseButtonPress, {100.5, 90}, Qt::MiddleButton, Qt::MiddleButton);
+        shown.mouse(QEvent::MouseMove, to, Qt::MiddleButton);
+        meanwhile();
+        shown.mouse(QEvent::MouseButtonRelease, to, Qt::NoButton, Qt::MiddleButton);
+        QVERIFY(!band->isVisible());
+        shown.settle();
+    };
+    draw({101.5, 91}, [] {});
+    draw({19.5, 60}, [&] { QTest::keyClick(&shown.host, Qt::Key_Escape); });
+    draw({19.5, 60}, [&] {
+        shown.mouse(QEvent::MouseButtonPress, {19.5, 60}, Qt::MiddleButton | Qt::RightButton, Qt::RightButton);
+    });
+    draw({19.5, 60}, [&] {
+        shown.surface->setPixmap(QPixmap());
+        shown.surface->setPixmap(QPixmap(600, 500));
+    });
+    QCOMPARE(shown.area.zoomScaling(), 1.0);
+    const QPointF point = shown.imagePoint({60, 75});
+    draw({19.5, 60}, [&] { QCOMPARE(band->geometry(), QRect(19, 60, 82, 30)); });
+    QCOMPARE(shown.area.zoomScaling(), shown.surface->width() / 81.0);
+    QVERIFY(isNear(shown.centre(), point));
+}
+
+void SurfaceScrollAreaTest::backspaceGoesBackOverJumps()
+{
+    ShownArea shown;
+    QVERIFY(QTest::qWaitForWindowActive(&shown.host));
+    const QPointF whole = shown.imagePoint({120, 90});
+    QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, {120, 90});
+    shown.settle(); // the bars come, and leave it there
+    QVERIFY(isNear(shown.imagePoint({120, 90}), whole) && shown.area.hBarScrollable());
+    shown.area.setImageOffset({33.25, 44.5});
+    const QPointF first = shown.centre();
+    shown.wheel({10, 10}, {0, 120});
+    shown.wheel({10, 10}, {0, 120});
+    shown.area.doZoomTo800();
+    shown.area.doZoomTo800(); // no change
+    const QPointF second = shown.centre();
+    QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, {120, 90});
+    QVERIFY(shown.area.zoomToFit());
+    shown.area.resize(310, 190);
+    shown.settle();
+    const auto goesBackTo = [&](double scaling, const QPointF& centre) {
+        QTest::keyClick(&shown.host, Qt::Key_Backspace);
+        return qFuzzyCompare(shown.area.zoomScaling(), scaling) && (centre.isNull() || isNear(shown.centre(), centre));
+    };
+    QVERIFY(goesBackTo(8, second) && !shown.area.zoomToFit() && goesBackTo(1.125 * 1.125, {}));
+    QVERIFY(goesBackTo(1, first) && shown.area.canGoBack());
+    QTest::keyClick(&shown.host, Qt::Key_Backspace);
+    QVERIFY(shown.area.zoomToFit() && !shown.area.canGoBack());
+}
+
+void SurfaceScrollAreaTest::resizesKeepTheCentre()
+{
+    ShownArea shown({1600, 500});
+    shown.area.setZoomTo(1, {-1, -1});
+    shown.area.setImageOffset({850.25, 180.5});
+    shown.settle();
+    const QPointF point = shown.centre();
+    const QPointF offset = shown.surface->scaledOffset();
+    // Past the image's end, larger than the image, no room at all, and back; then another image.
+    for (const QSize& size : {QSize(590, 210), QSize(1700, 600), QSize(0, 0), QSize(301, 201)}) {
+        shown.area.resize(size);
+        for (int i = 0; i < 4; ++i)
+            shown.settle();
+    }
+    shown.surface->setPixmap(QPixmap(310, 400));
+    shown.surface->setPixmap(QPixmap(1600, 500));
+    QVERIFY(isNear(shown.centre(), point));
+    QCOMPARE(shown.surface->scaledOffset(), offset - QPointF(0.5, 0.5));
+    // A bar at the other side comes and goes.
+    for (int i = 0; i < 20; ++i) {
+        shown.area.setZoomTo(i % 2 ? 1 : 0.35, {-1, -1});
+        shown.settle();
+    }
+    QVERIFY(std::abs(shown.centre().x() - point.x()) < 1e-6);
+}
+
+void SurfaceScrollAreaTest::badNumbersMoveNothing()
+{
+    ShownArea shown;
+    shown.surface->setScaling(qQNaN());
+    shown.area.setZoomTo(qQNaN(), {5, 5});
+    QVERIFY(shown.area.zoomToFit());
+    shown.area.setZoomTo(2, {INT_MIN, INT_MAX});
+    shown.area.setImageOffset({qQNaN(), 130});
+    QVERIFY(shown.surface->scaledOffset().x() > 0 && shown.surface->scaledOffset().y() == 130);
+    shown.area.setImageOffset({qInf(), -qInf()});
+    QCOMPARE(shown.surface->scaledOffset(), QPointF(1200 - shown.surface->width(), 0));
+
+    // A zoom in a slot takes the place of that under way. A slot may delete the area.
+    auto* const area = new SurfaceScrollArea;
+    area->surface()->setPixmap(QPixmap(900, 900));
+    QPointF inner;
+    const auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = connect(area->surface(), &Surface::scalingChanged, [&] {
+        disconnect(*connection);
+        area->setZoomTo(3, {-1, -1});
+        inner = area->surface()->scaledOffset();
+    });
+    area->setZoomTo(2, {0, 0});
+    QVERIFY(area->zoomScaling() == 3 && area->surface()->scaledOffset() == inner);
+    connect(area->surface(), &Surface::scalingChanged, [=] { delete area; });
+    area->setZoomTo(5, {0, 0});
 }
 
 void SurfaceScrollAreaTest::activePixelIsUnderThePointer()

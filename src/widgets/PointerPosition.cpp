@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+// The exact position of the pointer in a widget.
+#include "widgets/PointerPosition.h"
+
+#include <QtGui/QMouseEvent>
+#include <QtWidgets/QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Vistrel {
+
+namespace {
+
+// Whether two positions may differ by Qt's rounding alone.
+bool isSame(const QPointF& a, const QPointF& b)
+{
+    return std::max(std::abs(a.x() - b.x()), std::abs(a.y() - b.y())) < 1;
+}
+
+} // namespace
+
+QPointF PointerPosition::of(const QMouseEvent& event)
+{
+    const QWidget* const native = m_widget.windowHandle() ? &m_widget : m_widget.nativeParentWidget();
+    const QPointF exact = native ? event.windowPos() - m_widget.mapTo(native, QPoint(0, 0)) : event.localPos();
+    // An event that was made by hand may not tell the position in the window.
+    const QPointF position = isSame(exact, event.localPos()) ? exact : event.localPos();
+    m_origin = event.screenPos() - position;
+    return position;
+}
+
+QPointF PointerPosition::ofGlobal(const QPointF& global) const
+{
+    const QPointF origin = m_widget.mapToGlobal(QPoint(0, 0));
+    return global - (isSame(origin, m_origin) ? m_origin : origin);
+}
+
+} // namespace Vistrel

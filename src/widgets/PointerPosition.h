@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+// The exact position of the pointer in a widget.
+#pragma once
+
+#include <QtCore/QPointF>
+
+class QMouseEvent;
+class QWidget;
+
+namespace Vistrel {
+
+/// Qt rounds a pointer's position in a child widget, and that of a window on the screen, to whole logical pixels. With
+/// fractional or large device pixel ratios that is another device pixel.
+class PointerPosition
+{
+public:
+    explicit PointerPosition(const QWidget& widget) : m_widget(widget) {}
+
+    QPointF of(const QMouseEvent& event);
+    /// Of a position on the screen; exact after a mouse event, until the widget moves.
+    QPointF ofGlobal(const QPointF& global) const;
+
+private:
+    const QWidget& m_widget;
+    QPointF m_origin; // of the widget, on the screen
+};
+
+} // namespace Vistrel
