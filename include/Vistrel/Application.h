@@ -20,6 +20,11 @@ public:
     /// shown: the platform that `QT_QPA_PLATFORM` or `-platform` names, or else the system's own, has no plug-in that
     /// can be loaded, or its X server (`DISPLAY`, `-display`), compositor, screen or device is missing. The text says
     /// which.
+    ///
+    /// Makes Qt draw at the resolution of the screen and, on Windows, makes it scale windows as the user has chosen for
+    /// each screen, also by 125 or 150 %. Qt's environment variables, such as `QT_SCALE_FACTOR` and
+    /// `QT_ENABLE_HIGHDPI_SCALING=0`, work as Qt describes them. On Windows this makes the process DPI-aware for each
+    /// monitor, which concerns all of its windows; a manifest or an earlier call of the host has priority.
     Application(int argc, const char* const* argv);
     /// Must run outside `exec()`. Deletes the remaining windows, with their sources, and Qt's application object. Waits
     /// three seconds for calls to sources. A source whose call has not returned by then stays, and a line on the

@@ -82,7 +82,7 @@ Application::PrivateData::PrivateData(int count, const char* const* values) : ar
     const DisplayCheck display = checkDisplay(arguments);
     if (!display.refusal.empty())
         refuse(display.refusal);
-    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps); // sharp icons
+    followScreenScales();
     if (!display.platforms.empty())
         qputenv("QT_QPA_PLATFORM", display.platforms.c_str()); // another one would end the process
     toolkit = std::make_unique<QApplication>(argc, argumentPointers.data());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whether there is a screen to show windows on.
+// Whether there is a screen to show windows on, and how Qt scales to it.
 #include "platform/Display.h"
 
 #include "platform/PluginPath.h"
@@ -11,6 +11,7 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QLibrary>
 #include <QtCore/QPluginLoader>
+#include <QtGui/QGuiApplication>
 
 #if defined(Q_OS_UNIX)
 #include <sys/socket.h>
@@ -231,6 +232,17 @@ DisplayCheck checkDisplay(const std::vector<std::string>& arguments)
         all.refusal += (all.refusal.empty() ? "" : " ") + check.refusal;
     }
     return all;
+}
+
+void followScreenScales()
+{
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+#if defined(Q_OS_WIN)
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    using Policy = Qt::HighDpiScaleFactorRoundingPolicy;
+    if (QGuiApplication::highDpiScaleFactorRoundingPolicy() == Policy::Round) // Qt's default
+        QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Policy::PassThrough);
+#endif
 }
 
 } // namespace Vistrel

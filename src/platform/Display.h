@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Whether there is a screen to show windows on.
+// Whether there is a screen to show windows on, and how Qt scales to it.
 #pragma once
 
 #include <memory>
@@ -20,5 +20,10 @@ struct DisplayCheck
 /// plug-in and what that connects to. The plug-ins that it checks stay loaded. Keep the result until the application
 /// object exists: an X server may restart, and refuse connections, when its only connection is closed.
 DisplayCheck checkDisplay(const std::vector<std::string>& arguments);
+
+/// Makes pictures sharp on every screen and, on Windows, makes Qt count in logical pixels, with the exact scale of each
+/// screen. Call it before the application object exists. Qt's environment variables, `Qt::AA_DisableHighDpiScaling` and
+/// another rounding policy of the host have priority.
+void followScreenScales();
 
 } // namespace Vistrel
