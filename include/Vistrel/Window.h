@@ -63,7 +63,8 @@ public:
     const SurfaceScrollArea* surfaceScrollArea() const;
 
     // Position and size in logical screen pixels, without the frame except in `move` and `...FrameGeometry`. A side is
-    // clamped to 1 to 32,767. A position outside all screens is moved by the least distance that makes them overlap.
+    // clamped to 1 to 32,767 device pixels of the screen with the highest scale. A position outside all screens is
+    // moved by the least distance that makes them overlap. At first the window has 900 x 700, less on a small screen.
     void move(int x, int y);
     void resize(int width, int height);
     int width() const;
@@ -75,7 +76,7 @@ public:
     void setFrameGeometry(int x, int y, int width, int height);
     bool saveGeometry(char* const buffer, std::size_t* const size) const; ///< as a text for `restoreGeometry`
     /// Returns false and changes nothing for a text that is not a complete one from `saveGeometry`, or whose rectangles
-    /// are out of the bounds above.
+    /// are out of the bounds above, or when the screen has become much wider or narrower, as by another scale.
     bool restoreGeometry(const char* const text);
 
     void show();

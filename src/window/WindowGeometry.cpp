@@ -18,12 +18,16 @@ namespace Vistrel {
 
 namespace {
 
-constexpr int longestSide = 32767; // of a window in X11's coordinates
+// X11 counts 32,767 device pixels in a window.
+int longestSide()
+{
+    return static_cast<int>(32767 / qApp->devicePixelRatio());
+}
 
 QSize boundedSize(std::int64_t width, std::int64_t height)
 {
     const auto bounded = [](std::int64_t side) {
-        return static_cast<int>(std::clamp<std::int64_t>(side, 1, longestSide));
+        return static_cast<int>(std::clamp<std::int64_t>(side, 1, longestSide()));
     };
     return {bounded(width), bounded(height)};
 }
@@ -49,7 +53,7 @@ QRect boundedPlace(int x, int y, const QSize& size)
 bool canBeShown(const QRect& rectangle)
 {
     const auto isLength = [](std::int64_t first, std::int64_t last) {
-        return last - first + 1 >= 1 && last - first + 1 <= longestSide;
+        return last - first + 1 >= 1 && last - first + 1 <= longestSide();
     };
     const QList<QScreen*> screens = QGuiApplication::screens();
     return isLength(rectangle.left(), rectangle.right()) && isLength(rectangle.top(), rectangle.bottom()) &&

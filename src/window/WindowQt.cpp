@@ -14,6 +14,7 @@
 #include <QtCore/QRegularExpression>
 #include <QtCore/QThread>
 #include <QtGui/QCloseEvent>
+#include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 
 #include <stdexcept>
@@ -155,6 +156,9 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFile
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
     updateFeatureSet();
     m_data->information.updateZoomStates();
+    // Leaves room for the frame on a small screen. Qt places a window at the screen's centre only if it is smaller than
+    // eight ninths of the available area.
+    resize(size().boundedTo(screen()->availableSize() * 7 / 8));
 }
 
 WindowQt::~WindowQt()

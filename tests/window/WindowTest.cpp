@@ -6,6 +6,7 @@
 #include "base/Log.h"
 #include "window/OfferingCamera.h"
 
+#include <QtGui/QScreen>
 #include <QtWidgets/QDockWidget>
 #include <QtWidgets/QDoubleSpinBox>
 #include <QtWidgets/QLabel>
@@ -39,6 +40,7 @@ class WindowTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void beginsWithinItsScreen();
     void geometryComesBack();
     void stateIsToldInWords();
     void whyNoFrameIsShown();
@@ -48,6 +50,13 @@ private Q_SLOTS:
     void imageIsAloneInViewModes();
     void closeableIsObeyed();
 };
+
+void WindowTest::beginsWithinItsScreen()
+{
+    const Window host(nullptr);
+    const QSize screen = host.qt_handle()->screen()->availableSize();
+    QCOMPARE(host.qt_handle()->frameSize().boundedTo(screen * 8 / 9), host.qt_handle()->frameSize());
+}
 
 void WindowTest::geometryComesBack()
 {
