@@ -2,6 +2,8 @@
 // The image information at the right of the main window's status bar.
 #include "window/InfoBar.h"
 
+#include "window/ActionIcons.h"
+
 #include <QtCore/QEvent>
 #include <QtGui/QFontMetrics>
 #include <QtGui/QPainter>
@@ -30,7 +32,7 @@ constexpr int messageMargin = 8; // pixels that the status bar leaves on either 
 
 QColor alarmColor(const QPalette& palette)
 {
-    return qGray(palette.color(QPalette::Window).rgb()) < 128 ? QColor(0xFF, 0xC2, 0x4D) : QColor(0x8A, 0x50, 0x00);
+    return isDark(palette) ? QColor(0xFF, 0xC2, 0x4D) : QColor(0x8A, 0x50, 0x00);
 }
 
 // The bar -------------------------------------------------------------------------------------------------------------
@@ -302,10 +304,13 @@ void InfoBar::paintEvent(QPaintEvent*)
     QPainter painter(this);
     QColor color = palette().color(QPalette::WindowText);
     color.setAlphaF(0.25);
+    QPen pen(color, qRound(devicePixelRatioF())); // in device pixels, so that all are equally wide
+    pen.setCosmetic(true);
+    painter.setPen(pen);
     const int inset = height() / 6;
     for (const int x : m_dividers) {
-        const QRect divider(x, inset, 1, height() - 2 * inset);
-        painter.fillRect(QStyle::visualRect(layoutDirection(), rect(), divider), color);
+        const int left = QStyle::visualPos(layoutDirection(), rect(), QPoint(x, 0)).x();
+        painter.drawLine(left, inset, left, height() - inset - 1);
     }
 }
 

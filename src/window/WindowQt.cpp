@@ -4,6 +4,7 @@
 
 #include "base/HostCall.h"
 #include "platform/CloseButton.h"
+#include "window/ActionIcons.h"
 #include "window/SourceKeeper.h"
 #include "window/panels/Panels.h"
 
@@ -151,6 +152,7 @@ WindowQt::WindowQt(ScopedAcquisitionInterface&& acquisitionInterface, ScopedFile
     : QMainWindow(checkedParent(parent)),
       m_data(new PrivateData(this, std::move(acquisitionInterface), std::move(fileInterface)))
 {
+    showIcons(*this);
     setColorTableGray();
     m_data->palettes.showRamps();
     setBayerDemosaicEnabled(m_data->form.actionDecode_Bayer_Images->isChecked());
@@ -170,8 +172,10 @@ WindowQt::~WindowQt()
 void WindowQt::changeEvent(QEvent* event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange)
+    if (event->type() == QEvent::PaletteChange) {
+        showIcons(*this);
         m_data->palettes.showRamps();
+    }
     if (event->type() == QEvent::WindowStateChange)
         m_data->viewModes.followWindowState();
 }

@@ -41,6 +41,7 @@ class WindowTest : public QObject
 
 private Q_SLOTS:
     void beginsWithinItsScreen();
+    void iconsFollowThePalette();
     void geometryComesBack();
     void stateIsToldInWords();
     void whyNoFrameIsShown();
@@ -56,6 +57,23 @@ void WindowTest::beginsWithinItsScreen()
     const Window host(nullptr);
     const QSize screen = host.qt_handle()->screen()->availableSize();
     QCOMPARE(host.qt_handle()->frameSize().boundedTo(screen * 8 / 9), host.qt_handle()->frameSize());
+}
+
+void WindowTest::iconsFollowThePalette()
+{
+    const ShownWindow shown;
+    const auto icons = [&shown](const QColor& background) {
+        shown.window->setPalette(QPalette(background));
+        QVector<QImage> images;
+        for (const char* const name : {"actionStart", "actionSetup_Cleanup", "actionZoom_Fit"})
+            images.append(shown.action(name)->icon().pixmap(24).toImage());
+        return images;
+    };
+    const QVector<QImage> light = icons(Qt::white);
+    const QVector<QImage> dark = icons(Qt::black);
+    for (int i = 0; i < light.size(); ++i)
+        QVERIFY(!dark[i].isNull() && dark[i].size() == light[i].size() && dark[i] != light[i]);
+    QCOMPARE(icons(Qt::white), light);
 }
 
 void WindowTest::geometryComesBack()

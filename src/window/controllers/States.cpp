@@ -2,6 +2,7 @@
 // Shows the state of the source: enabled actions, words in the status bar and over the empty view, the window's icon.
 #include "window/controllers/States.h"
 
+#include "window/ActionIcons.h"
 #include "window/Form.h"
 #include "window/controllers/Commands.h"
 #include "window/controllers/Features.h"
@@ -22,43 +23,37 @@ namespace Vistrel {
 
 namespace {
 
-QPixmap iconPicture(const QString& name, const QSize& size)
+// The state's picture in a rounded frame over the lower right of the application's icon, a little over half of it. The
+// size is in device pixels, whatever the screen's scale is.
+QPixmap withBadge(const QIcon& icon, const QSize& size, const QString& state)
 {
-    return QIcon(QStringLiteral(":/Icons/%1.png").arg(name)).pixmap(size);
-}
-
-// The state's picture in a rounded frame over the lower right of the application's icon, a little over half of it.
-QPixmap withBadge(const QPixmap& icon, const QString& state)
-{
-    QPixmap badged = icon;
-    badged.setDevicePixelRatio(1); // the numbers below are its own pixels
+    QPixmap badged(size);
+    badged.fill(Qt::transparent);
     const int side = badged.width() * 9 / 16;
     const QRectF frame(badged.width() - side + 0.5, badged.height() - side + 0.5, side - 1, side - 1);
     const double inset = side / 8.0;
     QPainter painter(&badged);
+    icon.paint(&painter, badged.rect());
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.setPen(QColor(0x60, 0x60, 0x60));
     painter.setBrush(QColor(0xF4, 0xF4, 0xF4));
     painter.drawRoundedRect(frame, side / 6.0, side / 6.0);
-    const QRectF inner = frame.adjusted(inset, inset, -inset, -inset);
-    const QPixmap picture = iconPicture(state, QSize(48, 48));
-    painter.drawPixmap(inner, picture, QRectF(picture.rect()));
+    const QRect inner = frame.adjusted(inset, inset, -inset, -inset).toRect();
+    QIcon(QStringLiteral(":/Icons/%1.png").arg(state)).paint(&painter, inner);
     return badged;
 }
 
 QIcon makeBadgedIcon(const QIcon& application, const QString& state)
 {
-    QList<QPixmap> pictures;
-    for (const QSize& size : application.availableSizes())
-        pictures.append(application.pixmap(size));
-    if (pictures.isEmpty()) {
+    QIcon plain = application;
+    if (plain.availableSizes().isEmpty()) {
+        plain = QIcon();
         for (const int side : {16, 24, 32, 48, 64, 128})
-            pictures.append(QPixmap(QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side)));
+            plain.addFile(QStringLiteral(":/Icons/VistrelIcon-%1.png").arg(side));
     }
     QIcon icon;
-    for (const QPixmap& picture : qAsConst(pictures))
-        icon.addPixmap(withBadge(picture, state));
+    for (const QSize& size : plain.availableSizes())
+        icon.addPixmap(withBadge(plain, size, state));
     return icon;
 }
 
@@ -151,7 +146,7 @@ void States::showSetupToggle(bool canSetup, bool canCleanup)
     const QString toolTip = (canCleanup ? tr("Depress to %1") : tr("Press to %1")).arg(other->toolTip());
     if (toggle->toolTip() == toolTip)
         return;
-    toggle->setIcon(QIcon(canCleanup ? QStringLiteral(":/Icons/Setup.png") : QStringLiteral(":/Icons/Cleanup.png")));
+    showIcon(toggle, canCleanup ? QStringLiteral("Setup") : QStringLiteral("Cleanup"), m_form.window->palette());
     toggle->setText(other->text());
     toggle->setIconText(other->iconText());
     toggle->setToolTip(toolTip);
