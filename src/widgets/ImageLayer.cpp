@@ -8,6 +8,12 @@
 
 namespace Vistrel {
 
+namespace {
+
+constexpr double fullSize = 1 - 1e-9; // with rounding errors
+
+} // namespace
+
 void ImageLayer::setPicture(const QPixmap& picture, const QBrush& background)
 {
     m_picture = picture;
@@ -28,8 +34,11 @@ void ImageLayer::paint(QPainter& painter, const QRegion& area, const SurfaceGeom
             painter.fillRect(rect, m_background);
     }
     const DevicePixels devicePixels(painter, geometry);
-    // `toImage` shares the pixels.
-    m_sampler.draw(painter, picture.toImage(), geometry, drawn & geometry.devicePixels(area.boundingRect()));
+    const QRect needed = drawn & geometry.devicePixels(area.boundingRect());
+    if (shrinkMode != ShrinkMode::Sample && geometry.deviceScaling() < fullSize)
+        m_shrinker.draw(painter, picture, geometry, needed, shrinkMode);
+    else
+        m_sampler.draw(painter, picture.toImage(), geometry, needed); // `toImage` shares the pixels
 }
 
 } // namespace Vistrel

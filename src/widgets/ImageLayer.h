@@ -3,6 +3,7 @@
 #pragma once
 
 #include "widgets/PictureSampler.h"
+#include "widgets/PictureShrinker.h"
 #include "widgets/SurfaceLayer.h"
 
 #include <Vistrel/ShrinkMode.h>
@@ -26,6 +27,7 @@ private:
     QPixmap m_picture;
     QBrush m_background;
     PictureSampler m_sampler;
+    PictureShrinker m_shrinker;
 };
 
 } // namespace Vistrel

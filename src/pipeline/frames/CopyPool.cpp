@@ -47,12 +47,16 @@ std::shared_ptr<CopyPool> CopyPool::shared()
 
 void CopyPool::run(const Job& job)
 {
-    run(job, true);
+    run(job, true, true);
 }
 
-void CopyPool::run(const Job& job, bool byEveryWorker)
+void CopyPool::run(const Job& job, bool byEveryWorker, bool waits)
 {
-    const std::lock_guard<std::mutex> run(m_runMutex);
+    std::unique_lock<std::mutex> run(m_runMutex, std::defer_lock);
+    if (waits)
+        run.lock();
+    else if (!run.try_lock())
+        return job(0, 1);
     startWorkers();
 
     {

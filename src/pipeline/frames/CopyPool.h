@@ -52,17 +52,14 @@ public:
     template <typename Rows>
     void runRows(std::size_t height, std::size_t bytesPerRow, Rows&& rows, std::size_t fewest = 1)
     {
-        const std::size_t few = std::max(fewest, piece / bytesPerRow);
-        std::atomic<std::size_t> next{0};
-        const auto job = [&](std::size_t, std::size_t) {
-            for (std::size_t row; (row = next.fetch_add(few)) < height;)
-                rows(row, std::min(row + few, height));
-            Kernels::flushStores();
-        };
-        if (height * bytesPerRow < smallestShared)
-            job(0, 1);
-        else
-            run(std::cref(job), false); // allocates no memory
+        runPieces(height, std::max(fewest, piece / bytesPerRow), height * bytesPerRow, true, rows);
+    }
+
+    /// The same without waiting for another run: while there is one, the calling thread does all rows alone.
+    template <typename Rows>
+    void runRowsAtOnce(std::size_t height, std::size_t bytesPerRow, Rows&& rows)
+    {
+        runPieces(height, std::max<std::size_t>(1, piece / bytesPerRow), height * bytesPerRow, false, rows);
     }
 
 private:
@@ -74,7 +71,22 @@ private:
     // lines and pages. From 64 KiB to 1 MiB there is little difference, but large pieces waste fewer prefetched bytes.
     static constexpr std::size_t piece = std::size_t{512} << 10;
 
-    void run(const Job& job, bool byEveryWorker);
+    template <typename Rows>
+    void runPieces(std::size_t height, std::size_t few, std::size_t bytes, bool waits, Rows&& rows)
+    {
+        std::atomic<std::size_t> next{0};
+        const auto job = [&](std::size_t, std::size_t) {
+            for (std::size_t row; (row = next.fetch_add(few)) < height;)
+                rows(row, std::min(row + few, height));
+            Kernels::flushStores();
+        };
+        if (bytes < smallestShared)
+            job(0, 1);
+        else
+            run(std::cref(job), false, waits); // allocates no memory
+    }
+
+    void run(const Job& job, bool byEveryWorker, bool waits);
     void startWorkers();
     void work(std::size_t number);
 

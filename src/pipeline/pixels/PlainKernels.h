@@ -6,6 +6,7 @@
 #include "pipeline/pixels/DemosaicKernels.h"
 #include "pipeline/pixels/Kernels.h"
 #include "pipeline/pixels/PackedIterators.h"
+#include "pipeline/pixels/ShrinkKernels.h"
 
 #include <algorithm>
 #include <array>
@@ -193,3 +194,119 @@ inline std::uint16_t SplitWords(const std::uint8_t* source, std::uint16_t* even,
 }
 
 } // namespace Vistrel::DemosaicKernels::Plain
+
+namespace Vistrel::ShrinkKernels::Plain {
+
+// From byte `first` of each row on.
+inline void maximumFrom(std::size_t first, const Rows& rows, bool isBegun, std::uint8_t* line)
+{
+    for (std::size_t row = 0; row < rows.count; ++row) {
+        const std::uint8_t* const source = rows.first + row * rows.stride;
+        const bool isFirst = row == 0 && !isBegun;
+        for (std::size_t i = first; i < rows.bytes; ++i)
+            line[i] = isFirst ? source[i] : std::max(line[i], source[i]);
+    }
+}
+
+inline void sumFrom(std::size_t first, const Rows& rows, bool isBegun, std::uint16_t* line)
+{
+    for (std::size_t row = 0; row < rows.count; ++row) {
+        const std::uint8_t* const source = rows.first + row * rows.stride;
+        const bool isFirst = row == 0 && !isBegun;
+        for (std::size_t i = first; i < rows.bytes; ++i)
+            line[i] = static_cast<std::uint16_t>(isFirst ? source[i] : line[i] + source[i]);
+    }
+}
+
+inline void MaximumOfRows(const Rows& rows, bool isBegun, std::uint8_t* line)
+{
+    maximumFrom(0, rows, isBegun, line);
+}
+
+inline void SumOfRows(const Rows& rows, bool isBegun, std::uint16_t* line)
+{
+    sumFrom(0, rows, isBegun, line);
+}
+
+template <typename Value>
+inline void groupLines(const Value* const* lines, std::size_t count, Value* pixels)
+{
+    for (std::size_t i = 0; i < 4 * count; ++i)
+        pixels[i] = lines[i % 4][i / 4];
+}
+
+template <typename Value>
+inline Value combined(Value a, Value b)
+{
+    return sizeof(Value) == 1 ? std::max(a, b) : static_cast<Value>(a + b);
+}
+
+template <typename Value>
+inline void combineLine(const Columns& columns, Value* pixels, Value* target)
+{
+    for (std::size_t run = 1; run < columns.runs; ++run) {
+        const Value* const single = pixels + 4 * (run - 1) * columns.pitch;
+        Value* const pairs = pixels + 4 * run * columns.pitch;
+        const std::size_t apart = std::size_t{1} << (run - 1);
+        for (std::size_t i = 0; i + 4 * apart < 4 * columns.count; ++i)
+            pairs[i] = combined(single[i], single[i + 4 * apart]);
+    }
+    for (std::size_t i = 0; i < 4 * columns.combined; ++i) {
+        const int* const places = columns.places + i / 4;
+        Value value = 0;
+        for (std::size_t piece = 0; piece < columns.pieces; ++piece)
+            value = combined(value, pixels[4 * std::size_t(places[piece * columns.combined]) + i % 4]);
+        target[i] = value;
+    }
+}
+
+inline void GroupBytes(const std::uint8_t* const* lines, std::size_t count, std::uint8_t* pixels)
+{
+    groupLines(lines, count, pixels);
+}
+
+inline void GroupWords(const std::uint16_t* const* lines, std::size_t count, std::uint16_t* pixels)
+{
+    groupLines(lines, count, pixels);
+}
+
+inline void CombineBytes(const Columns& columns, std::uint8_t* pixels, std::uint8_t* target)
+{
+    combineLine(columns, pixels, target);
+}
+
+inline void CombineWords(const Columns& columns, std::uint16_t* pixels, std::uint16_t* target)
+{
+    combineLine(columns, pixels, target);
+}
+
+// A product with it is the quotient's whole part, or one less: the factor is too small by less than 1, so that the
+// product, which is divided by 65,536, falls short by less than 1 as long as the other factor is a word.
+inline std::uint16_t inverse(std::uint16_t number)
+{
+    return static_cast<std::uint16_t>(number > 1 ? 65536 / number : 65535);
+}
+
+template <typename Value>
+inline void divideEach(const Value* sums, const Numbers<Value>& numbers, const std::uint16_t* wide, std::size_t count,
+                       std::uint8_t* means)
+{
+    for (std::size_t i = 0; i < 4 * count; ++i) {
+        const std::uint32_t number = numbers.few[i % 4] + (wide[i] != 0 ? numbers.more[i % 4] : 0u);
+        means[i] = static_cast<std::uint8_t>((sums[i] + number / 2) / number);
+    }
+}
+
+inline void Divide(const std::uint16_t* sums, const Numbers<std::uint16_t>& numbers, const std::uint16_t* wide,
+                   std::size_t count, std::uint8_t* means)
+{
+    divideEach(sums, numbers, wide, count, means);
+}
+
+inline void SpreadGray(const std::uint8_t* pixels, std::size_t channel, std::size_t count, std::uint32_t* line)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        line[i] = 0xFF000000u | pixels[4 * i + channel] * 0x010101u;
+}
+
+} // namespace Vistrel::ShrinkKernels::Plain
