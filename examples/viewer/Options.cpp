@@ -39,7 +39,8 @@ Shows live images in a window.
   --screenshot FILE  save the window when it closes
   --help             show this text
 
-The menus tell the keys. The wheel zooms, a drag pans, a double click changes between fit and 100 %.)");
+The menus tell the keys. The wheel zooms, a drag pans, a double click changes between fit and 100 %, the middle button
+draws a rectangle to zoom to, and Backspace goes back.)");
 }
 
 std::optional<Options> parseOptions(const QStringList& arguments, QString* error)

@@ -132,6 +132,9 @@ void WindowQt::PrivateData::showSurfaceContextMenu(const QPoint& position)
     menu->addActions({form.actionCopy_Pixel_Value, form.actionCopy_Image, form.actionSave_Image});
     menu->addSeparator();
     menu->addActions({form.actionZoom_In, form.actionZoom_Out, form.actionZoom_Fit, form.actionZoom_100});
+    QAction* const back = menu->addAction(tr("Previous View"), form.scrollArea, SLOT(goBack()));
+    back->setShortcut(Qt::Key_Backspace); // which is the area's
+    back->setEnabled(form.scrollArea->canGoBack());
     menu->addSeparator();
     menu->addMenu(form.menuColor_Palette);
     menu->addAction(form.actionPixel_Crosshair_Visible);

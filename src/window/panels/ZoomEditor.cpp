@@ -2,7 +2,7 @@
 // Sets the zoom of the image by slider, number and presets.
 #include "window/panels/Panels.h"
 
-#include "widgets/SurfaceGeometry.h"
+#include "widgets/Navigator.h"
 
 #include <Vistrel/Surface.h>
 
@@ -48,7 +48,7 @@ public:
     explicit ZoomEditor(const PanelContext& context);
 
 public Q_SLOTS:
-    void zoomToLevel(int level) { zoomTo(SurfaceGeometry::scalingOf(level)); }
+    void zoomToLevel(int level) { zoomTo(SurfaceGeometry::scalingOf(level), Navigator::Move::Step); }
     void zoomToPercent(double percent) { zoomTo(percent / 100); }
     void setFit(bool isFit);
     void endTyping();
@@ -58,7 +58,7 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    void zoomTo(double scaling);
+    void zoomTo(double scaling, Navigator::Move move = Navigator::Move::Jump);
     template <typename Control>
     Control* named(Control* control, const QString& name);
 
@@ -124,10 +124,10 @@ ZoomEditor::ZoomEditor(const PanelContext& context)
     updateView();
 }
 
-void ZoomEditor::zoomTo(double scaling)
+void ZoomEditor::zoomTo(double scaling, Navigator::Move move)
 {
     if (m_area)
-        m_area->setZoomTo(scaling, {-1, -1});
+        m_area->navigator().zoomTo(scaling, Navigator::viewCentre, move);
     updateView();
 }
 
