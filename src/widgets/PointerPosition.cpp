@@ -25,15 +25,18 @@ QPointF PointerPosition::of(const QMouseEvent& event)
     const QWidget* const native = m_widget.windowHandle() ? &m_widget : m_widget.nativeParentWidget();
     const QPointF exact = native ? event.windowPos() - m_widget.mapTo(native, QPoint(0, 0)) : event.localPos();
     // An event that was made by hand may not tell the position in the window.
-    const QPointF position = isSame(exact, event.localPos()) ? exact : event.localPos();
-    m_origin = event.screenPos() - position;
-    return position;
+    m_last = isSame(exact, event.localPos()) ? exact : event.localPos();
+    m_lastGlobal = event.screenPos();
+    return m_last;
 }
 
 QPointF PointerPosition::ofGlobal(const QPointF& global) const
 {
     const QPointF origin = m_widget.mapToGlobal(QPoint(0, 0));
-    return global - (isSame(origin, m_origin) ? m_origin : origin);
+    const QPointF exactOrigin = m_lastGlobal - m_last;
+    if (!isSame(origin, exactOrigin))
+        return global - origin;
+    return isSame(global, m_lastGlobal) ? m_last : global - exactOrigin;
 }
 
 } // namespace Vistrel

@@ -17,12 +17,14 @@ public:
     explicit PointerPosition(const QWidget& widget) : m_widget(widget) {}
 
     QPointF of(const QMouseEvent& event);
-    /// Of a position on the screen; exact after a mouse event, until the widget moves.
+    /// Of a position on the screen. After a mouse event it is exact, also for the rounded position of a pointer that
+    /// rests there, until the widget moves.
     QPointF ofGlobal(const QPointF& global) const;
 
 private:
     const QWidget& m_widget;
-    QPointF m_origin; // of the widget, on the screen
+    QPointF m_last;       // in the widget, at the last event
+    QPointF m_lastGlobal; // the same on the screen
 };
 
 } // namespace Vistrel

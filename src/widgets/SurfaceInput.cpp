@@ -34,11 +34,8 @@ ImageSurfaceEventFilter::ImageSurfaceEventFilter(SurfaceScrollArea& area, Naviga
     surface.installEventFilter(this);
     // The image may move under a pointer that does not.
     const auto follow = [this] {
-        if (!m_surface.underMouse() || m_isDragging)
-            return;
-        const QPoint cursor = QCursor::pos();
-        const bool isResting = (m_last - cursor).manhattanLength() < 2; // but for Qt's rounding
-        followPointer(isResting ? lastPosition() : m_pointer.ofGlobal(cursor));
+        if (m_surface.underMouse() && !m_isDragging)
+            followPointer(m_pointer.ofGlobal(QCursor::pos()));
     };
     connect(&surface, &Surface::pixelRangeChanged, this, follow);
     connect(&surface, &Surface::pixelOffsetChanged, this, follow);

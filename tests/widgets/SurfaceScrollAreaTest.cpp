@@ -38,11 +38,11 @@ struct ShownArea
     }
     QPointF centre() const { return imagePoint(QPointF(surface->width(), surface->height()) / 2); }
 
-    // Smaller turns than a notch follow each other when their times, in ms, are near.
+    // Rounds the position, as the toolkit does. Times are in ms.
     void wheel(const QPointF& position, const QPoint& turn, ulong time = 0)
     {
-        QWheelEvent event(position, surface->mapToGlobal(QPoint(0, 0)) + position, {}, turn, Qt::NoButton,
-                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        const QPoint rounded = position.toPoint();
+        QWheelEvent event(rounded, surface->mapToGlobal(rounded), {}, turn, Qt::NoButton, {}, Qt::NoScrollPhase, false);
         event.setTimestamp(time);
         event.ignore();
         QApplication::sendEvent(surface, &event);
@@ -93,6 +93,7 @@ void SurfaceScrollAreaTest::wheelZoomsAStepANotch()
 {
     ShownArea shown({40000, 40000});
     const QPointF position(70.4, 30.6);
+    shown.mouse(QEvent::MouseMove, position, Qt::NoButton);
     shown.area.setZoomTo(0, {-1, -1}); // the least zoom
     const QPointF point = shown.imagePoint(position);
     ulong time = 1000;
