@@ -19,6 +19,7 @@ void registerMosaics();
 void registerRatios();
 void registerRest();
 void registerScreen();
+void registerValues();
 void registerWindow();
 
 int main(int argc, char** argv)
@@ -29,6 +30,7 @@ int main(int argc, char** argv)
     registerScreen();
     registerDisplay();
     registerInteraction();
+    registerValues();
     registerWindow();
     registerRatios();
     registerRest();

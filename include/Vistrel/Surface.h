@@ -4,6 +4,7 @@
 
 #include <Vistrel/Export.h>
 #include <Vistrel/PixVal.h>
+#include <Vistrel/PixelValues.h>
 #include <Vistrel/RawImage.h>
 #include <Vistrel/ShrinkMode.h>
 
@@ -20,8 +21,8 @@ namespace Vistrel {
 class AbstractAcquisitionInterface;
 class SurfaceGeometry;
 
-/// Paints the visible part of a pixmap, a crosshair on the active pixel and, at a zoom with room for them, each pixel's
-/// coordinates and value.
+/// Paints the visible part of a pixmap, a crosshair on the active pixel and, at a zoom with room for them, the values
+/// of the pixels.
 ///
 /// Coordinates are logical pixels. The scaled image's top-left corner lies at -`scaledOffset()` in the widget; the
 /// image pixel (x, y) covers the square of side `scaling()` at (x, y) * scaling() - scaledOffset(). An image smaller
@@ -68,9 +69,11 @@ public:
     QRectF visibleImageRectF() const; ///< the visible part of the image, in image coordinates
     VISTREL_LOCAL void setHint(const QString& text);    ///< what the view shows while it is empty
     VISTREL_LOCAL SurfaceGeometry viewGeometry() const; ///< a copy; for the library's own widgets
+    VISTREL_LOCAL double pixelValuesScaling(); ///< the smallest that shows pixel values; 0 when there are none to show
     bool crosshairVisible() const;
     QPoint activePixel() const;
-    bool valueOverlayEnabled() const;
+    PixelValues pixelValues() const;
+    bool valueOverlayEnabled() const; ///< whether `pixelValues()` is not `Off`
     ShrinkMode shrinkMode() const;
     QPixmap pixmap() const;
 
@@ -102,7 +105,10 @@ public Q_SLOTS:
     void setCrosshairVisible(bool visible);
     void setActivePixel(const QPoint& pixPoint);
     void setActivePixel(int x, int y);
-    void setValueOverlayEnabled(bool enabled);
+    /// Sets what is written into the pixels. `WithPosition` at first. An unknown value changes nothing and is reported
+    /// on the standard error stream.
+    void setPixelValues(Vistrel::PixelValues values);
+    void setValueOverlayEnabled(bool enabled); ///< false is `Off`; true is `WithPosition`, unless something is on
     /// Sets how the picture is shrunk while it has more pixels than the screen has for it. `Sample` at first. `Mean`
     /// and `Maximum` work on each channel, or on the indices of a picture with a colour table. An unknown mode changes
     /// nothing and is reported on the standard error stream.
@@ -113,6 +119,8 @@ Q_SIGNALS:
     void pixelRangeChanged();
     void pixelOffsetChanged(const QPointF& offset); ///< the stored offset, scaled pixels
     void scalingChanged(bool autoFit, double scaling);
+    void pixelValuesChanged();
+    void shrinkModeChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -79,6 +79,10 @@ public Q_SLOTS:
     void doZoomTo200();
     void doZoomTo400();
     void doZoomTo800();
+    /// Zooms to the smallest scale at which pixel values are shown, in cells of a whole number of device pixels, or to
+    /// the largest scale when they need a larger one. `centerRef` as in `setZoomTo`. Nothing happens without values to
+    /// show: without an image, and with `PixelValues::Off`.
+    void doZoomToPixelValues(const QPoint& centerRef = QPoint(-1, -1));
     void setZoomToFit(bool enabled);
     /// Shows again what was in view, and how large, before the last jump: a change of the zoom or of fitting by these
     /// slots, a double click, a rectangle, a press in a mini map. Steps in and out, also by the wheel, that follow each

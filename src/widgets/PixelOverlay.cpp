@@ -3,155 +3,129 @@
 #include "widgets/PixelOverlay.h"
 
 #include "pipeline/pixels/PixelFormats.h"
+#include "widgets/DevicePixels.h"
 #include "widgets/PixelSource.h"
 
-#include <QtCore/QString>
-#include <QtGui/QFontDatabase>
-#include <QtGui/QFontInfo>
-#include <QtGui/QFontMetricsF>
-
 #include <algorithm>
+#include <utility>
 
 namespace Vistrel {
 
 namespace {
 
-constexpr double slack = 1.125; // a cell is larger than its labels by at least this factor
-constexpr double labelMargin = 4;
-constexpr double separatorIndent = 5;
-
-QString positionText(double x, double y)
+bool isIndexed(const PixelSource& source)
 {
-    return QStringLiteral(" %1, %2 ").arg(QString::number(x, 'g', 6), QString::number(y, 'g', 6));
+    return !source.hasRaw() && source.image.format() == QImage::Format_Indexed8;
 }
 
-QString valueText(const PixVal& value)
+// Empty without readable pixels.
+QSize sizeOf(const PixelSource& source)
 {
-    if (value.color)
-        return QStringLiteral(" R: %1 \n G: %2 \n B: %3 ").arg(value.r).arg(value.g).arg(value.b);
-    return value.mono ? QStringLiteral(" %1 ").arg(value.value) : QString();
+    if (!source.hasRaw())
+        return source.image.size();
+    return isReadable(source.raw) ? QSize(static_cast<int>(source.raw.width), static_cast<int>(source.raw.height))
+                                  : QSize();
 }
 
-// The widest value that the source can have.
-PixVal widestValue(bool isMono, std::uint32_t largest)
+void clear(QImage& image, const QSize& part)
 {
-    PixVal value;
-    value.mono = isMono;
-    value.color = !isMono;
-    value.value = value.r = value.g = value.b = largest;
-    return value;
+    for (int y = 0; y < part.height(); ++y)
+        std::fill_n(reinterpret_cast<QRgb*>(image.scanLine(y)), part.width(), QRgb{0});
 }
 
 } // namespace
 
-PixelOverlay::PixelOverlay(SharedPixelSource& source)
-    : m_source(source),
-      m_font(QFontDatabase::systemFont(QFontDatabase::SmallestReadableFont)),
-      m_basePointSize(QFontInfo(m_font).pointSize()),
-      m_position(0, 0),
-      m_value(0, 0),
-      m_box(0, 0)
+PixelOverlay::PixelOverlay(SharedPixelSource& source) : m_source(source) {}
+
+// Returns false when the source has no values.
+bool PixelOverlay::measure(const PixelSource& source, const QPaintDevice& device, const SurfaceGeometry& geometry)
 {
+    PixelLabels::Conditions conditions;
+    conditions.imageSize = sizeOf(source);
+    if (conditions.imageSize.isEmpty())
+        return false;
+    conditions.pixelValues = pixelValues;
+    conditions.isColor = source.hasRaw() ? !isMonochrome(source.raw.format) : !isIndexed(source);
+    conditions.largest = source.hasRaw() ? channelMaximum(source.raw.format) : 255;
+    conditions.ratio = geometry.deviceRatio();
+    conditions.dotsPerInch = device.logicalDpiY();
+    conditions.side = static_cast<int>(geometry.deviceScaling());
+    m_labels.measure(conditions);
+    return true;
+}
+
+double PixelOverlay::smallestScaling(const QPaintDevice& device, const SurfaceGeometry& geometry)
+{
+    if (pixelValues == PixelValues::Off || !measure(m_source.get(), device, geometry))
+        return 0;
+    return m_labels.leastSide() / geometry.deviceRatio();
+}
+
+// All values are read under one lock, which is released before anything is drawn.
+bool PixelOverlay::read(const PixelSource& source, const QRect& pixels)
+{
+    ScopedLock lock;
+    if (!source.lock(lock))
+        return false;
+    const bool isGray = isIndexed(source);
+    m_values.clear();
+    m_values.reserve(static_cast<std::size_t>(pixels.width()) * static_cast<std::size_t>(pixels.height()));
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+        for (int x = pixels.left(); x <= pixels.right(); ++x) {
+            PixVal value;
+            source.value({x, y}, value);
+            if (isGray)
+                value = {true, value.r, false, 0, 0, 0};
+            m_values.push_back(value);
+        }
+    }
+    return true;
 }
 
 void PixelOverlay::paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry)
 {
-    if (!valueOverlayEnabled)
+    const QImage picture = std::exchange(m_picture, QPixmap()).toImage(); // shares the pixels
+    // Far below the zoom of any label, nothing is measured.
+    if (pixelValues == PixelValues::Off || geometry.scaling() * 10 < SurfaceGeometry::scalingMax())
         return;
     const PixelSource source = m_source.get();
-    const bool isIndexed = !source.hasRaw() && source.image.format() == QImage::Format_Indexed8;
-    QSize size = source.image.size();
-    PixVal widest = widestValue(isIndexed, 255);
-    if (source.hasRaw()) {
-        if (!isReadable(source.raw))
-            return;
-        size = QSize(static_cast<int>(source.raw.width), static_cast<int>(source.raw.height));
-        widest = widestValue(isMonochrome(source.raw.format), channelMaximum(source.raw.format));
-    } else if (source.image.isNull()) {
+    if (!measure(source, *painter.device(), geometry) || !m_labels.fit(geometry.deviceScaling()))
         return;
-    }
-
-    if (m_source.takeChanged())
-        measure(painter.device(), size, widest, geometry.scaling());
-    if (!fits(geometry.scaling())) {
-        m_source.setChanged(); // measured again next time
+    const QRect pixels = geometry.pixelsIn(area.boundingRect()) & QRect(QPoint(0, 0), sizeOf(source)) & picture.rect();
+    if (pixels.isEmpty() || !read(source, pixels))
         return;
-    }
 
-    std::vector<Cell> cells;
-    {
-        ScopedLock lock;
-        if (!source.lock(lock))
-            return;
-        const QRect visible = geometry.pixelsIn(area.boundingRect()) & QRect(QPoint(0, 0), size);
-        for (int x = visible.left(); x <= visible.right(); ++x) {
-            for (int y = visible.top(); y <= visible.bottom(); ++y) {
-                PixVal value;
-                source.value({x, y}, value);
-                if (isIndexed) {
-                    value.mono = true;
-                    value.color = false;
-                    value.value = value.r;
-                }
-                cells.push_back({static_cast<double>(x), static_cast<double>(y), value});
+    const DevicePixels devicePixels(painter, geometry);
+    draw(painter, geometry, pixels, picture);
+}
+
+// Draws the labels of a row of cells at once: single ones are smaller than what memory is fast for.
+void PixelOverlay::draw(QPainter& painter, const SurfaceGeometry& geometry, const QRect& pixels, const QImage& picture)
+{
+    std::vector<QRect> columns;
+    for (int x = pixels.left(); x <= pixels.right(); ++x)
+        columns.push_back(geometry.cellOf({x, pixels.top()}));
+    const int left = columns.front().left();
+    const QSize size(columns.back().right() + 1 - left, m_labels.stripHeight());
+    if (m_strip.width() < size.width() || m_strip.height() < size.height())
+        m_strip = QImage(size, QImage::Format_ARGB32_Premultiplied);
+    if (m_strip.isNull())
+        return;
+    bool isClear = false;
+    const PixVal* values = m_values.data();
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y, values += columns.size()) {
+        const QRect row = geometry.cellOf({pixels.left(), y});
+        for (int strip = 0; strip < m_labels.stripCount(); ++strip) {
+            if (!std::exchange(isClear, m_labels.coversOthers()))
+                clear(m_strip, size);
+            for (std::size_t i = 0; i < columns.size(); ++i) {
+                const QPoint pixel(pixels.left() + static_cast<int>(i), y);
+                m_labels.write(pixel, values[i], picture.pixel(pixel), strip, columns[i].left() - left,
+                               columns[i].width(), m_strip);
             }
+            painter.drawImage(QPoint(left, row.top() + m_labels.stripTop(strip, row.height())), m_strip,
+                              QRect(QPoint(0, 0), size));
         }
-    }
-    draw(painter, cells, geometry);
-}
-
-// Finds the largest font in which the labels of any pixel of this image fit a cell at the largest zoom.
-void PixelOverlay::measure(const QPaintDevice* device, const QSize& imageSize, const PixVal& widest, double scaling)
-{
-    const double largest = SurfaceGeometry::scalingMax();
-    if (scaling * 10 < largest) {
-        m_position = m_value = m_box = QSizeF(largest, largest);
-        return;
-    }
-    const QString position = positionText(imageSize.width() - 1, imageSize.height() - 1);
-    const QString value = valueText(widest);
-    for (int pointSize = m_basePointSize; pointSize > 0; --pointSize) {
-        m_font.setPointSize(pointSize);
-        const QFontMetricsF metrics(m_font, device);
-        m_position = metrics.size(0, position) + QSizeF(labelMargin, labelMargin);
-        m_value = metrics.size(0, value) + QSizeF(labelMargin, labelMargin);
-        m_box = {std::max(m_position.width(), m_value.width()), m_position.height() * 2 + m_value.height()};
-        if (fits(largest))
-            break;
-    }
-}
-
-bool PixelOverlay::fits(double scaling) const
-{
-    return m_box.width() * slack < scaling && m_box.height() * slack < scaling;
-}
-
-void PixelOverlay::draw(QPainter& painter, const std::vector<Cell>& cells, const SurfaceGeometry& geometry) const
-{
-    const double scaling = geometry.scaling();
-    painter.setFont(m_font);
-    painter.setBackground(Qt::white);
-    painter.setBackgroundMode(Qt::OpaqueMode);
-    painter.setRenderHint(QPainter::TextAntialiasing);
-    const QPen solid(Qt::black);
-    const QPen dotted(Qt::black, 1, Qt::DotLine);
-
-    const QSizeF box(std::max(m_position.width(), m_value.width()), m_position.height() + m_value.height());
-    for (const Cell& cell : cells) {
-        const QPointF corner = geometry.viewPoint({cell.x, cell.y});
-        const double left = corner.x();
-        const double top = corner.y() + (scaling - box.height()) / 2;
-        const QRectF position(QPointF(left + (scaling - m_position.width()) / 2, top), m_position);
-        const QRectF value(QPointF(left + (scaling - m_value.width()) / 2, top + m_position.height()), m_value);
-        const QRect frame = QRectF(QPointF(left + (scaling - box.width()) / 2, top), box).toRect().adjusted(0, 0, 1, 1);
-        painter.fillRect(frame, Qt::black); // many times faster than an outlined rectangle
-        painter.fillRect(frame.adjusted(1, 1, -1, -1), Qt::white);
-        painter.setPen(solid);
-        painter.drawText(position, Qt::AlignCenter, positionText(cell.x, cell.y));
-        painter.drawText(value, cell.value.color ? Qt::AlignJustify : Qt::AlignCenter, valueText(cell.value));
-        painter.setPen(dotted);
-        painter.drawLine(QPointF(position.left() + separatorIndent, position.bottom()),
-                         QPointF(position.right() - separatorIndent, position.bottom()));
     }
 }
 

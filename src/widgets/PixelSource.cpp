@@ -40,11 +40,6 @@ PixelSource SharedPixelSource::get() const
 void SharedPixelSource::set(PixelSource next)
 {
     const std::lock_guard<std::mutex> guard(m_sourceMutex);
-    const PixelSource& before = m_source;
-    if (before.source != next.source || before.raw.format != next.raw.format || before.raw.width != next.raw.width ||
-        before.raw.height != next.raw.height || before.image.format() != next.image.format() ||
-        before.image.size() != next.image.size())
-        setChanged();
     std::swap(m_source, next); // the previous one is destroyed after the mutex is released
 }
 

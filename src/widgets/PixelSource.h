@@ -7,7 +7,6 @@
 
 #include <QtGui/QImage>
 
-#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -34,14 +33,10 @@ class SharedPixelSource
 public:
     PixelSource get() const;
     void set(PixelSource next);
-    /// Whether kind, format or size of the source changed since the last call, or `setChanged` was called.
-    bool takeChanged() { return m_sourceChanged.exchange(0) == 1; }
-    void setChanged() { m_sourceChanged.store(1); }
 
 private:
     mutable std::mutex m_sourceMutex;
     PixelSource m_source;
-    std::atomic<int> m_sourceChanged{1};
 };
 
 } // namespace Vistrel

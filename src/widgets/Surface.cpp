@@ -346,6 +346,7 @@ void Surface::PrivateData::paint(QPainter& painter, const QRegion& area)
         const auto view = lockView();
         painted = geometry;
         image.setPicture(pixmap, background);
+        overlay.setPicture(pixmap);
     }
     painted.setGrid(device.m11(), {device.dx(), device.dy()});
     for (SurfaceLayer* const layer : layers) {
@@ -399,15 +400,37 @@ void Surface::setHint(const QString& text)
     update();
 }
 
+PixelValues Surface::pixelValues() const
+{
+    return m_data->overlay.pixelValues;
+}
+
+void Surface::setPixelValues(PixelValues values)
+{
+    if (values < PixelValues::Off || values > PixelValues::ValueOnly) {
+        reportLine("Vistrel::Surface::setPixelValues: Unknown PixelValues with index " +
+                   std::to_string(static_cast<std::int32_t>(values)) + ".");
+        return;
+    }
+    update();
+    if (std::exchange(m_data->overlay.pixelValues, values) != values)
+        Q_EMIT pixelValuesChanged();
+}
+
 bool Surface::valueOverlayEnabled() const
 {
-    return m_data->overlay.valueOverlayEnabled;
+    return pixelValues() != PixelValues::Off;
 }
 
 void Surface::setValueOverlayEnabled(bool enabled)
 {
-    m_data->overlay.valueOverlayEnabled = enabled;
-    update();
+    if (enabled != valueOverlayEnabled())
+        setPixelValues(enabled ? PixelValues::WithPosition : PixelValues::Off);
+}
+
+double Surface::pixelValuesScaling()
+{
+    return m_data->overlay.smallestScaling(*this, viewGeometry());
 }
 
 ShrinkMode Surface::shrinkMode() const
@@ -422,8 +445,9 @@ void Surface::setShrinkMode(ShrinkMode mode)
                    std::to_string(static_cast<std::int32_t>(mode)) + ".");
         return;
     }
-    m_data->image.shrinkMode = mode;
     update();
+    if (std::exchange(m_data->image.shrinkMode, mode) != mode)
+        Q_EMIT shrinkModeChanged();
 }
 
 } // namespace Vistrel

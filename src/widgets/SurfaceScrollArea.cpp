@@ -367,6 +367,13 @@ Navigator& SurfaceScrollArea::navigator()
     return m_data->navigator;
 }
 
+void SurfaceScrollArea::doZoomToPixelValues(const QPoint& centerRef)
+{
+    const double scale = m_data->surface->pixelValuesScaling();
+    if (scale > 0)
+        setZoomTo(scale, centerRef);
+}
+
 } // namespace Vistrel
 
 #include "SurfaceScrollArea.moc"
