@@ -113,6 +113,8 @@ enum VTProperty {
     VT_WINDOW_REFRESH_RATE = 2002,          /* hertz, from 1, in whole milliseconds; writing ends the automatic rate */
     VT_WINDOW_SHOW_STATE = 2003,            /* VTShowState; writing it shows the window */
     VT_WINDOW_ACQUISITION_STATE = 2004,     /* VTAcquisitionState; writing it queues the commands that lead there */
+    VT_WINDOW_PIXEL_VALUES = 2005,          /* VTPixelValues: what is written into the pixels where there is room */
+    VT_WINDOW_SHRINK_MODE = 2006,           /* VTShrinkMode: what a screen pixel shows that covers several pixels */
 
     VT_WINDOW_ZOOM = 2100, /* logical screen pixels an image pixel, 1.125^-40 to 1.125^40 (about 0.009 to 111) */
 
@@ -130,6 +132,7 @@ enum VTProperty {
     VT_WINDOW_REFRESH_ENABLED = 2209,
     VT_WINDOW_REFRESH_RATE_AUTO = 2210,       /* refreshes at the primary screen's rate */
     VT_WINDOW_KEEP_IMAGE_INFO_VISIBLE = 2211, /* also in full screen and exhibit view */
+    VT_WINDOW_ANALYZE_MENU_VISIBLE = 2212,    /* the keys of its entries work also without it; true at first */
     /* Which items the image information bar shows, of those that the source has. */
     VT_WINDOW_PREVIEW_FRAME_RATE = 2220,
     VT_WINDOW_PREVIEW_BUFFERS_QUEUED = 2221,
@@ -199,6 +202,18 @@ enum VTColorTable {
     VT_COLOR_TABLE_RAINBOW = 5,
     VT_COLOR_TABLE_RANDOM = 6,
     VT_COLOR_TABLE_CONTOURS = 7
+};
+
+enum VTPixelValues {
+    VT_PIXEL_VALUES_OFF = 0,
+    VT_PIXEL_VALUES_WITH_POSITION = 1, /* coordinates and value, in a box; at first */
+    VT_PIXEL_VALUES_VALUE_ONLY = 2     /* the value on the pixel itself */
+};
+
+enum VTShrinkMode {
+    VT_SHRINK_SAMPLE = 0, /* one of the covered pixels; at first */
+    VT_SHRINK_MEAN = 1,
+    VT_SHRINK_MAXIMUM = 2 /* no bright pixel is lost */
 };
 
 enum VTShowState { VT_SHOW_NORMAL = 0, VT_SHOW_MINIMIZED = 1, VT_SHOW_MAXIMIZED = 2 };

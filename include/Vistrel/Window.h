@@ -5,10 +5,12 @@
 #include <Vistrel/ColorTable.h>
 #include <Vistrel/Format.h>
 #include <Vistrel/NativeTypes.h>
+#include <Vistrel/PixelValues.h>
 #include <Vistrel/RawImage.h>
 #include <Vistrel/ScopedAcquisitionInterface.h>
 #include <Vistrel/ScopedActionInterface.h>
 #include <Vistrel/ScopedFileInterface.h>
+#include <Vistrel/ShrinkMode.h>
 
 #include <cstddef>
 #include <memory>
@@ -142,6 +144,16 @@ public:
     bool rgbOrderReversed() const;
     void setPixelCrosshairVisible(bool visible);
     bool pixelCrosshairVisible() const;
+    /// What is written into the pixels; `WithPosition` at first. An unknown value is reported and changes nothing.
+    void setPixelValues(PixelValues values);
+    PixelValues pixelValues() const;
+    /// How an image with more pixels than the screen has for it is shown; `Sample` at first. An unknown value is
+    /// reported and changes nothing.
+    void setShrinkMode(ShrinkMode mode);
+    ShrinkMode shrinkMode() const;
+    /// Whether there is the menu "Analyze"; true at first. The keys of its entries work also while it is hidden.
+    void setAnalyzeMenuVisible(bool visible);
+    bool analyzeMenuVisible() const;
 
     void setRefreshEnabled(bool enabled); ///< whether frames are fetched while the source is set up
     bool refreshEnabled() const;

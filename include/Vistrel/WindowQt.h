@@ -44,6 +44,7 @@ class VISTREL_EXPORT WindowQt : public QMainWindow
     Q_PROPERTY(bool keepImageInfoVisible READ keepImageInfoVisible WRITE setKeepImageInfoVisible)
     Q_PROPERTY(bool fullScreen READ fullScreen WRITE setFullScreen)
     Q_PROPERTY(bool exhibitView READ exhibitView WRITE setExhibitView)
+    Q_PROPERTY(bool analyzeMenuVisible READ analyzeMenuVisible WRITE setAnalyzeMenuVisible)
     Q_PROPERTY(bool pixelCrosshairVisible READ pixelCrosshairVisible WRITE setPixelCrosshairVisible)
 
 public:
@@ -72,6 +73,7 @@ public:
     bool fullScreen() const;
     bool exhibitView() const;
     bool keepImageInfoVisible() const;
+    bool analyzeMenuVisible() const;
 
     // Which items the image information bar shows, of those that the source has.
     bool previewSetupMode() const;
@@ -134,6 +136,8 @@ public Q_SLOTS:
     void setBayerDemosaicFilterBGGR();
     void setRgbOrderReversed(bool reversed);
     void setPixelCrosshairVisible(bool visible);
+    /// Shows or hides the menu "Analyze". The keys of its entries work also while it is hidden. True at first.
+    void setAnalyzeMenuVisible(bool visible);
 
     // Full screen, and the exhibit view in an ordinary window, show only the image. The bars are shown over it when the
     // pointer touches the window's upper or lower edge. `keepImageInfoVisible` keeps the status bar visible.

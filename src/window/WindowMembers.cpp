@@ -47,6 +47,8 @@ bool WindowQt::rgbOrderReversed() const { return m_data->stream.rgbOrderReversed
 void WindowQt::setRgbOrderReversed(bool reversed) { m_data->palettes.setRgbOrderReversed(reversed); }
 bool WindowQt::pixelCrosshairVisible() const { return m_data->form.scrollArea->surface()->crosshairVisible(); }
 void WindowQt::setPixelCrosshairVisible(bool visible) { m_data->palettes.setCrosshairVisible(visible); }
+bool WindowQt::analyzeMenuVisible() const { return m_data->analysis.isMenuVisible(); }
+void WindowQt::setAnalyzeMenuVisible(bool visible) { m_data->analysis.setMenuVisible(visible); }
 
 bool WindowQt::fullScreen() const { return isFullScreen(); }
 void WindowQt::setFullScreen(bool enabled) { m_data->viewModes.setFullScreen(enabled); }

@@ -53,6 +53,7 @@ WindowQt::PrivateData::PrivateData(WindowQt* owner, ScopedAcquisitionInterface&&
       stream(form.scrollArea->surface(), source),
       commands(form, &stream, source),
       viewModes(form),
+      analysis(form),
       palettes(form, &stream),
       information(form, &stream, source.get(), commands, &viewModes),
       saving(form, commands, &stream, source, files),
@@ -132,6 +133,7 @@ void WindowQt::PrivateData::showSurfaceContextMenu(const QPoint& position)
     menu->addActions({form.actionCopy_Pixel_Value, form.actionCopy_Image, form.actionSave_Image});
     menu->addSeparator();
     menu->addActions({form.actionZoom_In, form.actionZoom_Out, form.actionZoom_Fit, form.actionZoom_100});
+    analysis.addZoomTo(menu, position);
     QAction* const back = menu->addAction(tr("Previous View"), form.scrollArea, SLOT(goBack()));
     back->setShortcut(Qt::Key_Backspace); // which is the area's
     back->setEnabled(form.scrollArea->canGoBack());

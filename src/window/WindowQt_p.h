@@ -5,6 +5,7 @@
 #include "base/PacedCall.h"
 #include "window/Form.h"
 #include "window/controllers/AboutBoxes.h"
+#include "window/controllers/Analysis.h"
 #include "window/controllers/Commands.h"
 #include "window/controllers/Features.h"
 #include "window/controllers/Information.h"
@@ -41,6 +42,7 @@ public:
     SurfaceStream stream;
     Commands commands;
     ViewModes viewModes;
+    Analysis analysis;
     Palettes palettes;
     Information information;
     Saving saving;

@@ -72,7 +72,7 @@ void ValuesTest::everyProperty()
             QCOMPARE(bool(*value), wanted);
         }
     }
-    QCOMPARE(count, 63);
+    QCOMPARE(count, 66);
 }
 
 // Nothing is written behind a text, and none in place of another.

@@ -229,6 +229,14 @@ constexpr Property<std::int32_t> int32Rows[] = {
      [](std::int32_t rate) { return rate >= 1; }},
     {VT_WINDOW_SHOW_STATE, &showState, &setShowState, &isUpTo<VT_SHOW_MAXIMIZED>},
     {VT_WINDOW_ACQUISITION_STATE, &acquisitionState, &setAcquisitionState, &isUpTo<VT_ACQUISITION_RUNNING>},
+    {VT_WINDOW_PIXEL_VALUES, [](const Owner& o) { return static_cast<std::int32_t>(o.window->pixelValues()); },
+     [](const Owner& o, std::int32_t values) {
+         return o.window->setPixelValues(static_cast<PixelValues>(values)), true;
+     },
+     &isUpTo<VT_PIXEL_VALUES_VALUE_ONLY>},
+    {VT_WINDOW_SHRINK_MODE, [](const Owner& o) { return static_cast<std::int32_t>(o.window->shrinkMode()); },
+     [](const Owner& o, std::int32_t mode) { return o.window->setShrinkMode(static_cast<ShrinkMode>(mode)), true; },
+     &isUpTo<VT_SHRINK_MAXIMUM>},
     startFixedBound<&S::startFixedMin, &S::setStartFixedMin>(VT_SOURCE_START_FIXED_MIN),
     startFixedBound<&S::startFixedMax, &S::setStartFixedMax>(VT_SOURCE_START_FIXED_MAX),
     startFixedBound<&S::startFixedInc, &S::setStartFixedInc>(VT_SOURCE_START_FIXED_INC),
@@ -263,6 +271,7 @@ constexpr Property<bool> boolRows[] = {
     windowSwitch<&W::refreshEnabled, &W::setRefreshEnabled>(VT_WINDOW_REFRESH_ENABLED),
     windowSwitch<&W::refreshRateAuto, &W::setRefreshRateAuto>(VT_WINDOW_REFRESH_RATE_AUTO),
     windowSwitch<&W::keepImageInfoVisible, &W::setKeepImageInfoVisible>(VT_WINDOW_KEEP_IMAGE_INFO_VISIBLE),
+    windowSwitch<&W::analyzeMenuVisible, &W::setAnalyzeMenuVisible>(VT_WINDOW_ANALYZE_MENU_VISIBLE),
     windowSwitch<&W::previewFrameRate, &W::setPreviewFrameRate>(VT_WINDOW_PREVIEW_FRAME_RATE),
     windowSwitch<&W::previewBuffersQueued, &W::setPreviewBuffersQueued>(VT_WINDOW_PREVIEW_BUFFERS_QUEUED),
     windowSwitch<&W::previewBuffersFilled, &W::setPreviewBuffersFilled>(VT_WINDOW_PREVIEW_BUFFERS_FILLED),
