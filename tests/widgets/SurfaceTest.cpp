@@ -2,6 +2,10 @@
 // Tests what a surface announces, and that slots and other threads may call it meanwhile.
 #include "ShownSurface.h"
 
+#include <Vistrel/SurfaceScrollArea.h>
+
+#include <QtGui/QMouseEvent>
+
 #include <QtCore/QPointer>
 
 #include <atomic>
@@ -30,6 +34,7 @@ class SurfaceTest : public QObject
 private Q_SLOTS:
     void announcements();
     void slotsMayDeleteTheSurface();
+    void whatIsReadIsSeen();
     void feedingFromAnotherThread();
 };
 
@@ -96,6 +101,47 @@ void SurfaceTest::slotsMayDeleteTheSurface()
         connect(surface, &Surface::pixelOffsetChanged, [=] { delete surface; });
         operation(*surface);
         QVERIFY(surface.isNull());
+    }
+}
+
+// At each device pixel, the pixel under the pointer is the one that is painted there.
+void SurfaceTest::whatIsReadIsSeen()
+{
+    QWidget host;
+    host.resize(150, 120);
+    host.setPalette(QPalette(Qt::magenta));
+    SurfaceScrollArea area(&host);
+    area.setGeometry(7, 5, 121, 97); // may begin at a fraction of a device pixel
+    Surface& surface = *area.surface();
+    QImage image(4096, 3072, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(y >> 4, (x & 15) << 4 | (y & 15), x >> 4)); // each in its own colour
+    }
+    surface.setPixmap(QPixmap::fromImage(image));
+    host.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&host));
+    const double ratio = host.devicePixelRatioF();
+    for (const double zoom : {Surface::scalingMin(), 0.37, 1.0, 1.0 / ratio, 4.4, Surface::scalingMax()}) {
+        surface.setScaling(zoom);
+        surface.setScaledOffset({4000.3 * zoom, 3000.7 * zoom});
+        QCoreApplication::processEvents(); // scroll bars
+        const QImage seen = host.grab().toImage();
+        const QRectF view(surface.mapTo(&host, QPoint(0, 0)), surface.size());
+        for (int y = 0; y < seen.height(); ++y) {
+            for (int x = 0; x < seen.width(); ++x) {
+                const QPointF place = QPointF(x, y) / ratio;
+                if (!view.contains(place) || place.x() >= view.right() || place.y() >= view.bottom())
+                    continue;
+                QMouseEvent move(QEvent::MouseMove, place - view.topLeft(), place,
+                                 host.mapToGlobal(QPoint(0, 0)) + place, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+                QCoreApplication::sendEvent(&surface, &move);
+                const QPoint read = surface.activePixel();
+                const QRgb expected = image.rect().contains(read) ? image.pixel(read) : QColor(Qt::darkGray).rgb();
+                QVERIFY2(seen.pixel(x, y) == expected,
+                         qPrintable(QStringLiteral("(%1, %2) at %3").arg(x).arg(y).arg(zoom)));
+            }
+        }
     }
 }
 
