@@ -19,7 +19,8 @@ use_wine() {
     local folders=
     [ $# -eq 0 ] || folders=$(printf 'Z:%s;' "$@")
     export WINEPATH=${folders//\//\\} WINEPREFIX=$root/build/windows/wine WINEDEBUG=${WINEDEBUG:--all}
-    # Suppresses Wine's offers to download more, and its entries in the desktop's menus.
-    export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe=d'
+    # Suppresses Wine's offers to download more, its entries in the desktop's menus, and its debugger, in which a program
+    # that has crashed, even one of Wine's own, would wait for ever.
+    export WINEDLLOVERRIDES='mscoree,mshtml=;winemenubuilder.exe,winedbg.exe=d'
     mkdir -p "$root/build/windows"
 }
