@@ -25,11 +25,8 @@ void ImageLayer::paint(QPainter& painter, const QRegion& area, const SurfaceGeom
     const QPixmap picture = std::exchange(m_picture, QPixmap());
     const QRect drawn = geometry.sampledRect();
     if (m_background.style() != Qt::NoBrush) {
-        // The image may cover the pixels at its edge only partly.
-        const int edge = 1 + static_cast<int>(1 / geometry.deviceRatio());
         const bool isOpaque = !drawn.isEmpty() && !picture.hasAlphaChannel();
-        const QRect covered =
-            isOpaque ? geometry.shownRect().toAlignedRect().adjusted(edge, edge, -edge, -edge) : QRect();
+        const QRect covered = isOpaque ? geometry.viewPart(drawn) : QRect();
         for (const QRect& rect : area.subtracted(covered))
             painter.fillRect(rect, m_background);
     }

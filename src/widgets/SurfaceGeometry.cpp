@@ -138,6 +138,14 @@ QRect SurfaceGeometry::devicePixels(const QRectF& area) const
     return {left, top, right - left, bottom - top};
 }
 
+QRect SurfaceGeometry::viewPart(const QRect& devicePixels) const
+{
+    const QPointF first = (devicePixels.topLeft() + m_firstPixel - m_corner) / m_ratio;
+    const QPointF end = (devicePixels.bottomRight() + QPoint(1, 1) + m_firstPixel - m_corner) / m_ratio;
+    return {QPoint(static_cast<int>(std::ceil(first.x())), static_cast<int>(std::ceil(first.y()))),
+            QPoint(static_cast<int>(std::floor(end.x())) - 1, static_cast<int>(std::floor(end.y())) - 1)};
+}
+
 int SurfaceGeometry::sampledColumn(int x) const
 {
     return sampledAt(x, scaledOffset().x());

@@ -65,7 +65,9 @@ public:
     double deviceScaling() const { return m_scaling * m_ratio; } ///< device pixels an image pixel
     QPoint firstDevicePixel() const { return m_firstPixel; }     ///< of the view, in the device
     QRect devicePixels(const QRectF& area) const;                ///< all that a part of the view touches
-    QRect sampledRect() const;                                   ///< those in the view that show the image
+    /// The part of the view, in whole logical pixels, that lies in a rectangle of device pixels.
+    QRect viewPart(const QRect& devicePixels) const;
+    QRect sampledRect() const;      ///< those in the view that show the image
     int sampledColumn(int x) const; ///< the image column in the device column `x`; not clamped
     int sampledRow(int y) const;
     QRect pixelsIn(const QRectF& area) const; ///< the image pixels that are shown in a part of the view
