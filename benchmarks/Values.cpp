@@ -41,7 +41,7 @@ double cpuOf(Call&& call)
 }
 
 /// One iteration is a frame in which all values are others than before.
-void write(benchmark::State& state, Format format, PixelValues values, double ratio)
+void writeValues(benchmark::State& state, Format format, PixelValues values, double ratio)
 {
     OpenSource source;
     SharedPixelSource shared;
@@ -104,7 +104,7 @@ void registerValues()
             for (const double ratio : {1.0, 1.5, 2.0}) {
                 const std::string at = "/ratio_" + std::to_string(ratio).substr(0, 3);
                 benchmark::RegisterBenchmark((std::string("values/") + name + '/' + formatName(format) + at).c_str(),
-                                             write, format, values, ratio)
+                                             writeValues, format, values, ratio)
                     ->Iterations(100)
                     ->UseManualTime()
                     ->Unit(benchmark::kMillisecond);
