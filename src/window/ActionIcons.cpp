@@ -6,26 +6,31 @@
 #include <QtGui/QIcon>
 #include <QtGui/QPalette>
 #include <QtWidgets/QAction>
-#include <QtWidgets/QWidget>
+#include <QtWidgets/QToolButton>
 
 namespace Vistrel {
-
-namespace {
-
-constexpr char nameProperty[] = "iconName"; // also in the form
-
-} // namespace
 
 bool isDark(const QPalette& palette)
 {
     return qGray(palette.color(QPalette::Window).rgb()) < 128;
 }
 
+namespace {
+
+constexpr char nameProperty[] = "iconName"; // also in the form
+
+QIcon iconFor(const QPalette& palette, const QString& name)
+{
+    return QIcon(
+        (isDark(palette) ? QStringLiteral(":/Icons/dark/%1.png") : QStringLiteral(":/Icons/%1.png")).arg(name));
+}
+
+} // namespace
+
 void showIcon(QAction* action, const QString& name, const QPalette& palette)
 {
     action->setProperty(nameProperty, name);
-    action->setIcon(
-        QIcon((isDark(palette) ? QStringLiteral(":/Icons/dark/%1.png") : QStringLiteral(":/Icons/%1.png")).arg(name)));
+    action->setIcon(iconFor(palette, name));
 }
 
 void showIcons(const QWidget& window)
@@ -35,6 +40,9 @@ void showIcons(const QWidget& window)
         if (!name.isEmpty())
             showIcon(action, name, window.palette());
     }
+    // The styles' own picture is black.
+    for (auto* const more : window.findChildren<QToolButton*>(QStringLiteral("qt_toolbar_ext_button")))
+        more->setIcon(iconFor(window.palette(), QStringLiteral("More")));
 }
 
 } // namespace Vistrel
