@@ -35,7 +35,6 @@ class SurfaceGeometryTest : public QObject
 private Q_SLOTS:
     void levelsMakeOneGrid();
     void offsetIsClamped();
-    void visiblePart();
     void pixelsOfTheView();
     void oneMapForAll();
 };
@@ -66,23 +65,6 @@ void SurfaceGeometryTest::offsetIsClamped()
     check({}, {1e9, 2e9}, {1e9, 2e9});    // no image: no end
 }
 
-void SurfaceGeometryTest::visiblePart()
-{
-    const auto check = [](const QSize& view, double scaling, const QPointF& offset, const QRectF& scaled,
-                          const QRectF& visible, const QPoint& firstPixel, const QPoint& lastPixel) {
-        const SurfaceGeometry geometry = placed({100, 50}, view, scaling, offset);
-        QCOMPARE(geometry.scaledRect(), scaled);
-        QCOMPARE(geometry.visibleImageRectF(), visible);
-        QCOMPARE(geometry.visibleImageRect(), QRect(firstPixel, lastPixel));
-    };
-    check({400, 300}, 2, {}, {100, 100, 200, 100}, {0, 0, 100, 50}, {0, 0}, {101, 51});
-    check({80, 60}, 4, {41, 19}, {-41, -19, 400, 200}, {10.25, 4.75, 20, 15}, {10, 4}, {31, 20});
-    check({80, 60}, 4, {999, 999}, {-320, -140, 400, 200}, {80, 35, 20, 15}, {80, 35}, {101, 51});
-
-    QVERIFY(placed({}, {80, 60}, 4).visibleImageRectF().isEmpty());
-    QVERIFY(placed({100, 50}, {0, 0}, 4).visibleImageRectF().isEmpty());
-}
-
 void SurfaceGeometryTest::pixelsOfTheView()
 {
     const SurfaceGeometry scrolled = placed({100, 50}, {80, 60}, 4, {41, 19});
@@ -90,6 +72,9 @@ void SurfaceGeometryTest::pixelsOfTheView()
     QCOMPARE(scrolled.pixelAt({2, 1}), QPoint(10, 5));
     QCOMPARE(scrolled.pixelAt({3, -1}), QPoint(-1, -1));
     QCOMPARE(scrolled.viewPoint({10, 5}), QPointF(-1, 1));
+    QCOMPARE(scrolled.visibleImageRectF(), QRectF(10.25, 4.75, 20, 15));
+    QCOMPARE(scrolled.visibleImageRect(), QRect(QPoint(10, 4), QPoint(31, 20)));
+    QCOMPARE(placed({100, 50}, {400, 80}, 2, {9, 10}).visibleImageRectF(), QRectF(0, 5, 100, 40));
     QCOMPARE(scrolled.pixelsIn({0, 2, 4, 3}), QRect(QPoint(10, 5), QPoint(11, 5)));
     QCOMPARE(scrolled.pixelsIn({0, 0, 80, 60}), QRect(QPoint(10, 4), QPoint(30, 19)));
     QVERIFY(placed({5, 3}, {20, 20}, 2.5).pixelsIn({0, 0, 3, 20}).isEmpty());

@@ -13,7 +13,6 @@
 #include <climits>
 #include <cmath>
 #include <functional>
-#include <memory>
 
 using namespace Vistrel;
 
@@ -25,8 +24,7 @@ struct ShownArea
     {
         area.resize(300, 200);
         host.show();
-        if (!image.isEmpty())
-            surface->setPixmap(QPixmap(image));
+        surface->setPixmap(QPixmap(image));
         settle();
     }
 
@@ -103,17 +101,15 @@ void SurfaceScrollAreaTest::wheelZoomsAStepANotch()
             shown.wheel(position, size, time += 100);
         return qRound(std::log(shown.area.zoomScaling() / before) / std::log(1.125));
     };
-    QCOMPARE(turn(1, {0, INT_MAX}), 1);
     QCOMPARE(turn(1, {INT_MAX, 0}), 0);
     QVERIFY(!shown.isConsumed);
+    QCOMPARE(turn(2, {0, INT_MAX}), 2);
     time += 200;
     QCOMPARE(turn(1, {7, 15}), 1); // alone
     QCOMPARE(turn(14, {7, 15}), 0);
     QVERIFY(shown.isConsumed);
     QCOMPARE(turn(1, {7, 15}), 1); // 240 in all
-    QCOMPARE(turn(1, {7, -15}), -1);
-    QCOMPARE(turn(2, {7, 15}), 1);
-    QCOMPARE(turn(2, {0, INT_MIN}), -2);
+    QCOMPARE(turn(2, {7, -15}), -1);
     QVERIFY(isNear(shown.imagePoint(position), point));
 }
 
@@ -121,26 +117,25 @@ void SurfaceScrollAreaTest::pinchZoomsSmoothly()
 {
     ShownArea shown;
     shown.area.setZoomTo(2, {-1, -1});
-    shown.mouse(QEvent::MouseButtonPress, {50, 50}, Qt::LeftButton);
     const QPointF origin = shown.surface->mapToGlobal(QPoint(0, 0));
+    const QPointF to(81.5, 60);
     const QPointF point = shown.imagePoint({80, 60});
+    shown.mouse(QEvent::MouseButtonPress, {50, 50}, Qt::LeftButton);
     QPinchGesture gesture;
     gesture.setScaleFactor(1.001);
     gesture.setLastCenterPoint(origin + QPointF(80, 60));
-    gesture.setCenterPoint(origin + QPointF(81.5, 60));
+    gesture.setCenterPoint(origin + to);
     gesture.setChangeFlags(QPinchGesture::ScaleFactorChanged | QPinchGesture::CenterPointChanged);
     QGestureEvent pinch({&gesture});
     QApplication::sendEvent(shown.surface, &pinch);
-    QMouseEvent finger(QEvent::MouseMove, QPointF(90, 90), {90, 90}, origin + QPointF(90, 90), Qt::NoButton,
-                       Qt::LeftButton, {}, Qt::MouseEventSynthesizedByQt);
+    QMouseEvent finger(QEvent::MouseMove, {90, 90}, {90, 90}, origin + QPointF(90, 90), Qt::NoButton, Qt::LeftButton,
+                       {}, Qt::MouseEventSynthesizedByQt);
     QApplication::sendEvent(shown.surface, &finger);
-    QCOMPARE(shown.area.zoomScaling(), 2.002);
-    QVERIFY(isNear(shown.imagePoint({81.5, 60}), point));
+    QVERIFY(qFuzzyCompare(shown.area.zoomScaling(), 2.002) && isNear(shown.imagePoint(to), point));
     for (const double value : {0.5, -1.0, qInf(), qQNaN()}) {
-        QNativeGestureEvent touchpad(Qt::ZoomNativeGesture, nullptr, {}, {}, origin + QPointF(81.5, 60), value, 0, 0);
+        QNativeGestureEvent touchpad(Qt::ZoomNativeGesture, nullptr, {}, {}, origin + to, value, 0, 0);
         QApplication::sendEvent(shown.surface, &touchpad);
-        QCOMPARE(shown.area.zoomScaling(), 3.003);
-        QVERIFY(isNear(shown.imagePoint({81.5, 60}), point));
+        QVERIFY(qFuzzyCompare(shown.area.zoomScaling(), 3.003) && isNear(shown.imagePoint(to), point));
     }
 }
 
@@ -148,8 +143,8 @@ void SurfaceScrollAreaTest::dragKeepsThePointUnderThePointer()
 {
     ShownArea shown;
     shown.area.setZoomTo(1, {-1, -1});
-    shown.settle();
     shown.area.setImageOffset({100.3, 120.6});
+    shown.settle();
     QPointF at(50.4, 50.2);
     QPointF point = shown.imagePoint(at);
     const auto holds = [&](const QPointF& position, Qt::MouseButtons buttons = Qt::LeftButton) {
@@ -160,14 +155,11 @@ void SurfaceScrollAreaTest::dragKeepsThePointUnderThePointer()
     QCOMPARE(shown.surface->cursor().shape(), Qt::ClosedHandCursor);
     QVERIFY(!holds({49, 49})); // less than 3 pixels
     QVERIFY(holds({48, 49}) && holds({90.6, 20.8}));
-    shown.wheel(at, {0, 120});
-    QVERIFY(holds(at + QPointF(3, 2)));
     const std::function<void()> disturbances[] = {
-        [&] { shown.area.stepRight(); },
         [&] {
-            shown.area.setZoomTo(1.7, {-1, -1});
+            shown.wheel(at, {0, 120});
         },
-        [&] { shown.area.resize(290, 230); },
+        [&] { shown.area.stepRight(); }, [&] { shown.area.resize(290, 230); },
         [&] {
             shown.mouse(QEvent::MouseButtonPress, at, Qt::LeftButton | Qt::RightButton, Qt::RightButton);
             shown.mouse(QEvent::MouseMove, at += QPointF(30, 20), Qt::LeftButton | Qt::RightButton);
@@ -182,36 +174,34 @@ void SurfaceScrollAreaTest::dragKeepsThePointUnderThePointer()
     QVERIFY(!holds({4000, 4000})); // past the border
     QVERIFY(holds({60, 70}));
     shown.mouse(QEvent::MouseButtonRelease, at, Qt::NoButton);
-    QCOMPARE(shown.surface->cursor().shape(), Qt::OpenHandCursor);
-    QVERIFY(!holds({10, 10}, Qt::NoButton));
+    QVERIFY(shown.surface->cursor().shape() == Qt::OpenHandCursor && !holds({10, 10}, Qt::NoButton));
 }
 
 void SurfaceScrollAreaTest::middleButtonDrawsARectangle()
 {
     ShownArea shown;
-    shown.area.setZoomTo(1, {-1, -1});
+    const double fitted = shown.area.zoomScaling();
     const auto* const band = shown.surface->findChild<QRubberBand*>();
     const auto draw = [&](const QPointF& to, const std::function<void()>& meanwhile) {
-        shown.mouse(QEvent::MouseButtonPress, {100.5, 90}, Qt::MiddleButton, Qt::MiddleButton);
+        shown.mouse(QEvent::MouseButtonPress, {130.5, 90}, Qt::MiddleButton, Qt::MiddleButton);
         shown.mouse(QEvent::MouseMove, to, Qt::MiddleButton);
         meanwhile();
         shown.mouse(QEvent::MouseButtonRelease, to, Qt::NoButton, Qt::MiddleButton);
         QVERIFY(!band->isVisible());
-        shown.settle();
     };
-    draw({101.5, 91}, [] {});
-    draw({19.5, 60}, [&] { QTest::keyClick(&shown.host, Qt::Key_Escape); });
-    draw({19.5, 60}, [&] {
-        shown.mouse(QEvent::MouseButtonPress, {19.5, 60}, Qt::MiddleButton | Qt::RightButton, Qt::RightButton);
+    draw({131.5, 91}, [] {});
+    draw({49.5, 60}, [&] { QTest::keyClick(&shown.host, Qt::Key_Escape); });
+    draw({49.5, 60}, [&] {
+        shown.mouse(QEvent::MouseButtonPress, {49.5, 60}, Qt::MiddleButton | Qt::RightButton, Qt::RightButton);
     });
-    draw({19.5, 60}, [&] {
+    draw({49.5, 60}, [&] {
         shown.surface->setPixmap(QPixmap());
         shown.surface->setPixmap(QPixmap(600, 500));
     });
-    QCOMPARE(shown.area.zoomScaling(), 1.0);
-    const QPointF point = shown.imagePoint({60, 75});
-    draw({19.5, 60}, [&] { QCOMPARE(band->geometry(), QRect(19, 60, 82, 30)); });
-    QCOMPARE(shown.area.zoomScaling(), shown.surface->width() / 81.0);
+    QCOMPARE(shown.area.zoomScaling(), fitted);
+    const QPointF point = shown.imagePoint({90, 75});
+    draw({49.5, 60}, [&] { QCOMPARE(band->geometry(), QRect(49, 60, 82, 30)); });
+    QCOMPARE(shown.area.zoomScaling(), fitted * shown.surface->width() / 81);
     QVERIFY(isNear(shown.centre(), point));
 }
 
@@ -219,29 +209,27 @@ void SurfaceScrollAreaTest::backspaceGoesBackOverJumps()
 {
     ShownArea shown;
     QVERIFY(QTest::qWaitForWindowActive(&shown.host));
-    const QPointF whole = shown.imagePoint({120, 90});
+    const QPointF point = shown.imagePoint({120, 90});
+    shown.area.setZoomToFit(true); // no change
+    QVERIFY(!shown.area.canGoBack());
     QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, {120, 90});
     shown.settle(); // the bars come, and leave it there
-    QVERIFY(isNear(shown.imagePoint({120, 90}), whole) && shown.area.hBarScrollable());
+    QVERIFY(isNear(shown.imagePoint({120, 90}), point) && shown.area.hBarScrollable());
     shown.area.setImageOffset({33.25, 44.5});
     const QPointF first = shown.centre();
     shown.wheel({10, 10}, {0, 120});
     shown.wheel({10, 10}, {0, 120});
     shown.area.doZoomTo800();
-    shown.area.doZoomTo800(); // no change
     const QPointF second = shown.centre();
     QTest::mouseDClick(shown.surface, Qt::LeftButton, {}, {120, 90});
     QVERIFY(shown.area.zoomToFit());
-    shown.area.resize(310, 190);
-    shown.settle();
-    const auto goesBackTo = [&](double scaling, const QPointF& centre) {
+    const auto goesBackTo = [&](double scaling) {
         QTest::keyClick(&shown.host, Qt::Key_Backspace);
-        return qFuzzyCompare(shown.area.zoomScaling(), scaling) && (centre.isNull() || isNear(shown.centre(), centre));
+        return qFuzzyCompare(shown.area.zoomScaling(), scaling) && !shown.area.zoomToFit();
     };
-    QVERIFY(goesBackTo(8, second) && !shown.area.zoomToFit() && goesBackTo(1.125 * 1.125, {}));
-    QVERIFY(goesBackTo(1, first) && shown.area.canGoBack());
-    QTest::keyClick(&shown.host, Qt::Key_Backspace);
-    QVERIFY(shown.area.zoomToFit() && !shown.area.canGoBack());
+    QVERIFY(goesBackTo(8) && isNear(shown.centre(), second));
+    QVERIFY(goesBackTo(1.125 * 1.125) && goesBackTo(1) && isNear(shown.centre(), first) && shown.area.canGoBack());
+    QVERIFY(!goesBackTo(1) && !shown.area.canGoBack() && shown.area.zoomToFit());
 }
 
 void SurfaceScrollAreaTest::resizesKeepTheCentre()
@@ -263,10 +251,8 @@ void SurfaceScrollAreaTest::resizesKeepTheCentre()
     QVERIFY(isNear(shown.centre(), point));
     QCOMPARE(shown.surface->scaledOffset(), offset - QPointF(0.5, 0.5));
     // A bar at the other side comes and goes.
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
         shown.area.setZoomTo(i % 2 ? 1 : 0.35, {-1, -1});
-        shown.settle();
-    }
     QVERIFY(std::abs(shown.centre().x() - point.x()) < 1e-6);
 }
 
@@ -277,24 +263,21 @@ void SurfaceScrollAreaTest::badNumbersMoveNothing()
     shown.area.setZoomTo(qQNaN(), {5, 5});
     QVERIFY(shown.area.zoomToFit());
     shown.area.setZoomTo(2, {INT_MIN, INT_MAX});
-    shown.area.setImageOffset({qQNaN(), 130});
-    QVERIFY(shown.surface->scaledOffset().x() > 0 && shown.surface->scaledOffset().y() == 130);
-    shown.area.setImageOffset({qInf(), -qInf()});
-    QCOMPARE(shown.surface->scaledOffset(), QPointF(1200 - shown.surface->width(), 0));
+    shown.area.setImageOffset({qQNaN(), qInf()});
+    QVERIFY(isNear(shown.centre(), {300, 500 - shown.surface->height() / 4.0}));
 
     // A zoom in a slot takes the place of that under way. A slot may delete the area.
     auto* const area = new SurfaceScrollArea;
     area->surface()->setPixmap(QPixmap(900, 900));
     QPointF inner;
-    const auto connection = std::make_shared<QMetaObject::Connection>();
-    *connection = connect(area->surface(), &Surface::scalingChanged, [&] {
-        disconnect(*connection);
-        area->setZoomTo(3, {-1, -1});
+    connect(area->surface(), &Surface::scalingChanged, [&](bool, double scaling) {
+        if (scaling == 5)
+            return delete area;
+        area->setZoomTo(30, {-1, -1});
         inner = area->surface()->scaledOffset();
     });
     area->setZoomTo(2, {0, 0});
-    QVERIFY(area->zoomScaling() == 3 && area->surface()->scaledOffset() == inner);
-    connect(area->surface(), &Surface::scalingChanged, [=] { delete area; });
+    QVERIFY(area->zoomScaling() == 30 && area->surface()->scaledOffset() == inner);
     area->setZoomTo(5, {0, 0});
 }
 
@@ -302,52 +285,40 @@ void SurfaceScrollAreaTest::activePixelIsUnderThePointer()
 {
     ShownArea shown({30, 20}); // smaller than the view, so in its middle
     shown.area.setZoomTo(4, {-1, -1});
-    shown.settle();
     const QPointF corner = shown.surface->scaledRect().topLeft();
     const QPoint position = (corner + QPointF(4 * 7 + 3, 4 * 2)).toPoint();
     shown.mouse(QEvent::MouseMove, position, Qt::NoButton);
     QCOMPARE(shown.surface->activePixel(), QPoint(7, 2));
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(shown.surface, &leave);
-    QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
-
     // The image moves under a pointer that rests.
     QTest::mouseMove(shown.surface, position);
     QTRY_VERIFY(shown.surface->underMouse() && shown.surface->activePixel() == QPoint(7, 2));
     shown.area.doZoomTo800();
-    shown.settle();
-    const QPointF point = QPointF(position - shown.surface->scaledRect().topLeft()) / 8;
-    QCOMPARE(shown.surface->activePixel(), QPoint(int(point.x()), int(point.y())));
-    QVERIFY(shown.surface->activePixel() != QPoint(7, 2));
+    const QPoint pixel = shown.surface->activePixel();
+    QVERIFY(pixel != QPoint(7, 2) && QRectF(pixel, QSizeF(1, 1)).contains(shown.imagePoint(position)));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(shown.surface, &leave);
+    QCOMPARE(shown.surface->activePixel(), QPoint(-1, -1));
 }
 
 void SurfaceScrollAreaTest::barsComeAndGo()
 {
     ShownArea shown({600, 100});
     QSignalSpy changed(&shown.area, &SurfaceScrollArea::scrollabilityChanged);
-    QVERIFY(!shown.area.horizontalScrollBar()->isVisible() && shown.surface->size() == shown.area.size());
     shown.area.setZoomTo(1, {-1, -1});
     shown.settle();
-    QCOMPARE(changed.size(), 1);
-    QCOMPARE(changed.constFirst(), (QVariantList{true, false}));
     const QScrollBar* const bar = shown.area.horizontalScrollBar();
     QVERIFY(bar->isVisible() && !shown.area.verticalScrollBar()->isVisible());
-    QCOMPARE(shown.surface->size(), QSize(300, 200 - bar->height()));
-    QCOMPARE(bar->width(), 300);
-    QCOMPARE(bar->maximum(), 300);
-    QCOMPARE(bar->pageStep(), 300);
+    QVERIFY(bar->width() == 300 && bar->maximum() == 300 && shown.surface->height() == 200 - bar->height());
     // Narrower than the view: the bar goes, once, and the surface takes its place.
     shown.area.doZoomTo25();
     for (int i = 0; i < 5; ++i)
         shown.settle();
-    QCOMPARE(changed.size(), 2);
+    QCOMPARE(QList<QVariantList>(changed), (QList<QVariantList>{{true, false}, {false, false}}));
     QVERIFY(!bar->isVisible() && shown.surface->size() == shown.area.size());
-    shown.area.doZoomTo800();
-    QVERIFY(bar->isVisible() && shown.area.vBarScrollable());
     // As large as the area without bars: neither is there only because of the other.
+    shown.area.doZoomTo800();
     shown.surface->setPixmap(QPixmap(300, 200));
     shown.area.doZoomTo100();
-    shown.settle();
     QVERIFY(!bar->isVisible() && !shown.area.vBarScrollable());
 }
 
@@ -355,18 +326,16 @@ void SurfaceScrollAreaTest::barsAndKeysMoveTheView()
 {
     ShownArea shown;
     shown.area.setZoomTo(2.5, {-1, -1});
-    shown.settle();
     shown.area.setImageOffset({100.75, 120.25});
     shown.settle();
     QCOMPARE(shown.area.imageOffset(), QPoint(100, 120));
     QCOMPARE(shown.surface->scaledOffset(), QPointF(100.75, 120.25)); // not told back by the bars
     QVERIFY(QTest::qWaitForWindowActive(&shown.host));
-    const int width = shown.surface->width();
     QTest::keyClick(&shown.area, Qt::Key_Right);
     QTest::keyClick(&shown.area, Qt::Key_Up);
     QCOMPARE(shown.surface->scaledOffset(), QPointF(102, 118)); // an image pixel, in whole screen pixels
     QTest::keyClick(&shown.area, Qt::Key_Right, Qt::ControlModifier);
-    QCOMPARE(shown.surface->scaledOffset().x(), 102.0 + width);
+    QCOMPARE(shown.surface->scaledOffset().x(), 102.0 + shown.surface->width());
     QTest::keyClick(&shown.area, Qt::Key_Left, Qt::ControlModifier);
     QTest::keyClick(&shown.area, Qt::Key_Left);
     QTest::keyClick(&shown.area, Qt::Key_Down, Qt::ControlModifier);
