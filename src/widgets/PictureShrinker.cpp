@@ -18,7 +18,8 @@ namespace Vistrel {
 namespace {
 
 constexpr std::size_t channels = 4;
-constexpr std::size_t fewRows = 8; // that the processor fetches ahead at once
+constexpr std::size_t fewRows = 8;                           // that the processor fetches ahead at once
+constexpr std::size_t fetchedBytes = std::size_t{128} << 10; // which all processors' caches hold
 
 // Of the columns or rows of device pixel `first` and of those that follow. Each column belongs to one device pixel.
 template <typename SampledAt>
@@ -161,6 +162,7 @@ void PictureShrinker::Plan::set(const Starts& starts)
 struct PictureShrinker::Strip
 {
     ShrinkKernels::Rows rows[channels]; // one of colours, otherwise one for each channel
+    ShrinkKernels::Rows next;           // some of those of the strip that follows
     std::size_t lineCount;              // of the shrunk picture; the others are repeated
     std::size_t first;                  // of these lines
     bool isOfLevels;
@@ -232,16 +234,27 @@ void PictureShrinker::shrinkStrip(const QImage& picture, std::size_t first, Scra
         rows.bytes = m_plan.columns.count * (strip.isOfLevels ? 1 : channels);
         mostRows = std::max(mostRows, rows.count);
         if (strip.isOfLevels || isOfBytes(picture)) {
-            rows.first = picture.constScanLine(m_rows[line]) + m_columns.front() * (picture.depth() / 8);
+            rows.first =
+                picture.constScanLine(m_rows[line]) + std::ptrdiff_t{m_columns.front()} * (picture.depth() / 8);
             rows.stride = static_cast<std::size_t>(picture.bytesPerLine());
         } else {
             converted = picture
                             .copy(m_columns.front(), m_rows[line], m_columns.back() - m_columns.front(),
                                   static_cast<int>(rows.count))
                             .convertToFormat(shrunkFormat(picture));
+            if (converted.isNull())
+                return; // no memory
             rows.first = converted.constBits();
             rows.stride = static_cast<std::size_t>(converted.bytesPerLine());
         }
+    }
+    if (const std::size_t next = first + strip.lineCount; converted.isNull() && next < height) {
+        strip.next = strip.rows[0];
+        strip.next.first =
+            picture.constScanLine(m_rows[next]) + (strip.rows[0].first - picture.constScanLine(m_rows[first]));
+        strip.next.count =
+            std::min(fetchedBytes / strip.next.bytes,
+                     static_cast<std::size_t>(m_rows[std::min(next + strip.lineCount, height)] - m_rows[next]));
     }
     if (m_mode == ShrinkMode::Maximum)
         combine<std::uint8_t>(strip, scratch);
@@ -256,7 +269,8 @@ void PictureShrinker::shrinkStrip(const QImage& picture, std::size_t first, Scra
 template <typename Value>
 void PictureShrinker::combine(const Strip& strip, Scratch& scratch) const
 {
-    const ShrinkKernels::Columns& columns = m_plan.columns;
+    ShrinkKernels::Columns columns = m_plan.columns;
+    columns.next = strip.next;
     const std::size_t zeros = channels * columns.runs * columns.pitch;
     Value* const pixels = begin<Value>(scratch.pixels, zeros + channels);
     std::fill_n(pixels + zeros, channels, Value{0});

@@ -20,21 +20,18 @@ using namespace Plain; // there are no vectors
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Two vectors of `line` at a time. Fetches the rows that follow these into the cache.
+// Two vectors of `line` at a time.
 template <class Values, class Load, class Combine>
 HWY_INLINE std::size_t combineRows(Values values, const Rows& rows, bool isBegun, hn::TFromD<Values>* HWY_RESTRICT line,
                                    Load&& load, Combine&& combine)
 {
     const std::size_t lanes = hn::Lanes(values);
-    const std::size_t ahead = rows.count * rows.stride;
     std::size_t i = 0;
     for (; i + 2 * lanes <= rows.bytes; i += 2 * lanes) {
         auto first = isBegun ? hn::LoadU(values, line + i) : hn::Zero(values);
         auto second = isBegun ? hn::LoadU(values, line + i + lanes) : hn::Zero(values);
         const std::uint8_t* source = rows.first + i;
         for (std::size_t row = 0; row < rows.count; ++row, source += rows.stride) {
-            for (std::size_t byte = 0; byte < 2 * hn::MaxLanes(values); byte += 64)
-                hwy::Prefetch(source + ahead + byte);
             first = combine(first, load(source));
             second = combine(second, load(source + lanes));
         }
@@ -109,16 +106,20 @@ HWY_INLINE void combineLine(const Columns& columns, Value* pixels, Value* HWY_RE
     const int* const HWY_RESTRICT places = columns.places;
     const std::size_t count = columns.combined;
     const auto at = [&](std::size_t i) HWY_ATTR { return hn::LoadU(pixel, pixels + 4 * places[i]); };
-    if (columns.pieces == 2) {
-        for (std::size_t i = 0; i < count; ++i)
+    const std::size_t length = std::max<std::size_t>(columns.next.bytes, 64);
+    for (std::size_t i = 0, fetched = 0; i < count;) {
+        for (std::size_t row = 0; row < columns.next.count; ++row)
+            hwy::Prefetch(columns.next.first + row * columns.next.stride + fetched);
+        fetched += 64;
+        const std::size_t end = fetched < length ? count * fetched / length : count;
+        for (; columns.pieces == 2 && i < end; ++i)
             hn::StoreU(combined(at(i), at(i + count)), pixel, target + 4 * i);
-        return;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        auto found = at(i);
-        for (std::size_t piece = 1; piece < columns.pieces; ++piece)
-            found = combined(found, at(i + piece * count));
-        hn::StoreU(found, pixel, target + 4 * i);
+        for (; i < end; ++i) {
+            auto found = at(i);
+            for (std::size_t piece = 1; piece < columns.pieces; ++piece)
+                found = combined(found, at(i + piece * count));
+            hn::StoreU(found, pixel, target + 4 * i);
+        }
     }
 }
 

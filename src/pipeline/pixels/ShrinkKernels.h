@@ -40,6 +40,7 @@ struct Columns
     std::size_t pieces = 1;      // of each combined pixel
     const int* places = nullptr; // of the pieces in all runs: those of piece k from k * combined on
     std::size_t combined = 0;    // pixels
+    Rows next;                   // are fetched into the cache meanwhile
 };
 
 /// Makes the other runs of `pixels`, and from all of them the combined pixels.
