@@ -19,6 +19,7 @@ void registerMosaics();
 void registerRatios();
 void registerRest();
 void registerScreen();
+void registerShrinking();
 void registerValues();
 void registerWindow();
 
@@ -33,6 +34,7 @@ int main(int argc, char** argv)
     registerValues();
     registerWindow();
     registerRatios();
+    registerShrinking();
     registerRest();
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
