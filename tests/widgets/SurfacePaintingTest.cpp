@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Tests, pixel by pixel, where a surface paints its image and its crosshair, on devices of any ratio.
 #include "ShownSurface.h"
+#include "pipeline/VectorUnits.h"
 
 #include <QtGui/QPainter>
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <random>
 #include <utility>
@@ -67,6 +70,24 @@ QByteArray fault(const QImage& picture, const QImage& image, const Surface& surf
     return {};
 }
 
+// What shrinking makes of a block of pixels: of each channel the mean, or the largest value.
+QRgb combined(const QImage& image, const QRect& block, ShrinkMode mode)
+{
+    const bool isMean = mode == ShrinkMode::Mean;
+    const auto number = isMean ? static_cast<unsigned>(block.width() * block.height()) : 1;
+    QRgb color = 0;
+    for (int shift = 0; shift < 32; shift += 8) {
+        unsigned all = 0;
+        for (int y = block.top(); y <= block.bottom(); ++y) {
+            const auto* const row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+            for (int x = block.left(); x <= block.right(); ++x)
+                all = isMean ? all + (row[x] >> shift & 0xFF) : std::max(all, row[x] >> shift & 0xFF);
+        }
+        color |= (2 * all + number) / (2 * number) << shift;
+    }
+    return color;
+}
+
 } // namespace
 
 class SurfacePaintingTest : public QObject
@@ -77,6 +98,7 @@ private Q_SLOTS:
     void imageIsPlacedExactly_data();
     void imageIsPlacedExactly();
     void anyFormat();
+    void shrinkingLosesNoPixel();
     void turnedPainter();
     void crosshair();
 };
@@ -128,6 +150,66 @@ void SurfacePaintingTest::anyFormat()
     glass.fill(Qt::transparent);
     shown.show(glass, 0.3);
     QCOMPARE(shown.picture(1.5).pixel(72, 45), backdrop);
+}
+
+void SurfacePaintingTest::shrinkingLosesNoPixel()
+{
+    ShownSurface shown({104, 76});
+    Surface& surface = shown.surface;
+    // The first of the columns, or rows, that each device pixel shows, and where the last ones end.
+    const auto starts = [&](int count, int size, double ratio, double origin) {
+        std::vector<int> all;
+        int before = -1 / ratio < origin ? -1 : 0;
+        for (const auto& [least, place] : places(count + 1, ratio, origin, surface.scaling())) {
+            all.push_back(before < 0 ? 0 : std::min(place, size));
+            before = place;
+        }
+        return all;
+    };
+    for (const auto format : {QImage::Format_Grayscale8, QImage::Format_Indexed8, QImage::Format_RGBX8888,
+                              QImage::Format_BGR888, QImage::Format_ARGB32_Premultiplied}) {
+        const bool isIndexed = format == QImage::Format_Indexed8; // of which the indices are combined
+        for (const QSize& size : {QSize(997, 613), QSize(30001, 120)}) {
+            QImage image = noise(size, isIndexed ? QImage::Format_Grayscale8 : format);
+            const QImage values = image.convertToFormat(QImage::Format_RGB32);
+            const auto shownAs = [&](QRgb color) { return isIndexed ? 0xFF000000 | (color & 0xFF) * 65599 : color; };
+            QVector<QRgb> table;
+            for (unsigned level = 0; level < 256; ++level)
+                table.push_back(shownAs(level));
+            image.reinterpretAsFormat(format);
+            image.setColorTable(isIndexed ? table : QVector<QRgb>());
+            for (const double zoom : {0.0, 0.07, 0.313, 0.5}) {
+                for (const double ratio : {1.0, 1.25}) {
+                    for (const ShrinkMode mode : {ShrinkMode::Mean, ShrinkMode::Maximum}) {
+                        surface.setShrinkMode(mode);
+                        shown.show(image, zoom, {7.3, 1.6});
+                        const QPointF origin = surface.scaledRect().topLeft();
+                        QImage expected = shown.picture(ratio);
+                        expected.fill(backdrop);
+                        const auto columns = starts(expected.width(), size.width(), ratio, origin.x());
+                        const auto rows = starts(expected.height(), size.height(), ratio, origin.y());
+                        for (int y = 0; y < expected.height(); ++y) {
+                            for (int x = 0; x < expected.width(); ++x) {
+                                const QRect block(QPoint(columns[std::size_t(x)], rows[std::size_t(y)]),
+                                                  QPoint(columns[std::size_t(x) + 1], rows[std::size_t(y) + 1]));
+                                const QRect pixels = block.adjusted(0, 0, -1, -1);
+                                if (!pixels.isEmpty())
+                                    expected.setPixel(x, y, shownAs(combined(values, pixels, mode)));
+                            }
+                        }
+                        const QByteArray wrong = faultInVectors([&]() -> QByteArray {
+                            shown.show(image, zoom, {7.3, 1.6}); // another picture
+                            return shown.picture(ratio) == expected &&
+                                           shown.picture(ratio, QRect(31, 17, 57, 43)) == expected
+                                       ? ""
+                                       : "zoom " + QByteArray::number(zoom) + ", ratio " + QByteArray::number(ratio);
+                        });
+                        QVERIFY2(wrong.isEmpty(), wrong + ", format " + QByteArray::number(format));
+                    }
+                }
+            }
+        }
+    }
 }
 
 void SurfacePaintingTest::turnedPainter()
