@@ -118,7 +118,6 @@ std::vector<Row> allRows()
         {OfWindow, 0, E(WRITE_ONLY), CALL(VTGetPropBool(h, VT_WINDOW_RAISE, out))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_REFRESH_RATE, 0))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_COLOR_TABLE, VT_COLOR_TABLE_CONTOURS + 1))},
-        {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_PIXEL_VALUES, 3))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_SHRINK_MODE, 3))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_BAYER_FILTER_OVERRIDE, 1))},
         {OfWindow, 0, E(OUT_OF_RANGE), CALL(VTSetPropInt32(h, VT_WINDOW_SHOW_STATE, -1))},

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void sharedKeyPauses();
     void palettes();
     void mosaicFilters();
+    void pixelValuesAreZoomedTo();
     void imageIsAloneInViewModes();
     void closeableIsObeyed();
 };
@@ -214,6 +215,25 @@ void WindowTest::mosaicFilters()
         shown.host->setBayerFilterOverride(Format(0x100));
         QCOMPARE(shown.action(name)->isChecked(), value == 0x100);
         value += 0x100;
+    }
+}
+
+void WindowTest::pixelValuesAreZoomedTo()
+{
+    ShownWindow shown;
+    shown.push(Mono16, 400, 300);
+    const QAction* const zoom = shown.action("actionZoom_Pixel_Values");
+    QTRY_VERIFY(zoom->isEnabled());
+    Surface& surface = *shown.window->surfaceScrollArea()->surface();
+    const auto with = [&](PixelValues values) { return surface.setPixelValues(values), surface.grab().toImage(); };
+    shown.host->setAnalyzeMenuVisible(false); // its keys work on
+    for (int i = 2; i >= 0; --i) {
+        shown.window->findChild<QMenu*>(QStringLiteral("menuPixel_Values"))->actions()[i]->trigger();
+        QVERIFY(int(shown.host->pixelValues()) == i && zoom->isEnabled() == (i > 0));
+        QTest::keyClick(shown.window, Qt::Key_P, Qt::ControlModifier | Qt::ShiftModifier);
+        QCOMPARE(with(PixelValues(i)) == with(PixelValues::Off), i == 0);
+        shown.host->setZoomLevel(surface.scaling() - 1 / surface.devicePixelRatioF()); // a device pixel less
+        QCOMPARE(with(PixelValues(i)), with(PixelValues::Off));
     }
 }
 
