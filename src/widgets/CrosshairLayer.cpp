@@ -35,7 +35,7 @@ void drawDashed(QPainter& painter, const QRect& line, int length, const QRect& n
 
 void CrosshairLayer::paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry)
 {
-    if (!crosshairVisible || !geometry.visibleImageRect().contains(activePixel))
+    if (!crosshairVisible || geometry.imageSize().isEmpty() || !geometry.visibleImageRect().contains(activePixel))
         return;
     const QRect cell = geometry.cellOf(activePixel);
     const QRect view = geometry.devicePixels({QPointF(0, 0), QSizeF(geometry.viewSize())});

@@ -175,6 +175,8 @@ int SurfaceGeometry::firstShowing(int pixel, double offset) const
 
 QRect SurfaceGeometry::sampledRect() const
 {
+    if (!hasImage())
+        return {};
     const QPointF offset = scaledOffset();
     const QPoint first(firstShowing(0, offset.x()), firstShowing(0, offset.y()));
     const QPoint end(firstShowing(m_imageSize.width(), offset.x()), firstShowing(m_imageSize.height(), offset.y()));

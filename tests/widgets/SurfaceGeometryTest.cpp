@@ -56,13 +56,14 @@ void SurfaceGeometryTest::offsetIsClamped()
         SurfaceGeometry geometry = placed(image, {400, 300}, 2);
         QVERIFY(geometry.setOffset(wanted));
         QCOMPARE(geometry.storedOffset(), expected);
+        QCOMPARE(geometry.sampledRect().isEmpty(), image.isEmpty());
     };
     check({1000, 800}, {250.5, 99.25}, {250.5, 99.25});
     check({1000, 800}, {-5, 1e9}, {0, 1300});
     check({1000, 800}, {infinity, -infinity}, {1600, 0});
     check({1000, 800}, {notANumber, 20}, {0, 20});
-    check({100, 800}, {10, 10}, {0, 10}); // smaller than the view along one axis
-    check({}, {1e9, 2e9}, {1e9, 2e9});    // no image: no end
+    check({100, 800}, {10, 10}, {0, 10});  // smaller than the view along one axis
+    check({}, {1e9, 1e300}, {1e9, 1e300}); // no image: no end
 }
 
 void SurfaceGeometryTest::pixelsOfTheView()
