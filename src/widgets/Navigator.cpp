@@ -40,19 +40,22 @@ void Navigator::record(Move move, const std::function<void()>& operation)
         m_history.add(before, move);
 }
 
-// Sets the zoom, and places the image point at a position, or in the view's centre.
-void Navigator::show(double scaling, const QPointF& imagePoint, const std::optional<QPointF>& position)
+// Sets the zoom, and places the image point at a position, or in the view's centre. Returns false when a slot has
+// zoomed again or deleted the area.
+bool Navigator::show(double scaling, const QPointF& imagePoint, const std::optional<QPointF>& position)
 {
     const QPointer<SurfaceScrollArea> alive(&m_area);
     const unsigned mine = ++m_showCount;
+    const auto isMine = [&] { return alive && mine == m_showCount; };
     m_surface.setScaling(scaling);
     // Bars that are shown or hidden resize the view, which moves the image.
-    if (alive && mine == m_showCount)
+    if (isMine())
         m_layOutBars();
-    if (!alive || mine != m_showCount)
-        return;
+    if (!isMine())
+        return false;
     const SurfaceGeometry geometry = m_surface.viewGeometry();
     m_area.setImageOffset(geometry.offsetPlacing(imagePoint, position.value_or(geometry.viewCentre())));
+    return isMine();
 }
 
 void Navigator::zoomTo(double scaling, const QPointF& reference, Move move)
@@ -100,11 +103,13 @@ void Navigator::showPart(const QRectF& part)
         return;
     record(Move::Jump, [&] {
         // A second time in the view that the scroll bars of the first leave.
-        for (int i = 0; i < 2; ++i) {
+        const auto fillView = [&] {
             const QSizeF view = m_surface.size();
             const double enlarged = std::min(view.width() / shown.width(), view.height() / shown.height());
-            show(before.scaling() * enlarged, before.imagePoint(shown.center()), std::nullopt);
-        }
+            return show(before.scaling() * enlarged, before.imagePoint(shown.center()), std::nullopt);
+        };
+        if (fillView())
+            fillView();
     });
 }
 

@@ -43,7 +43,7 @@ public:
 private:
     ViewPlace place() const;
     void record(Move move, const std::function<void()>& operation);
-    void show(double scaling, const QPointF& imagePoint, const std::optional<QPointF>& position);
+    bool show(double scaling, const QPointF& imagePoint, const std::optional<QPointF>& position);
 
     SurfaceScrollArea& m_area;
     Surface& m_surface;
