@@ -114,7 +114,7 @@ QRect SurfaceGeometry::visibleImageRect() const
 
 QPoint SurfaceGeometry::pixelAt(const QPointF& position) const
 {
-    if (!(position.x() >= 0 && position.y() >= 0))
+    if (!hasImage() || !(position.x() >= 0 && position.y() >= 0))
         return {-1, -1};
     const QPoint pixel = devicePixels({position, QSizeF(0, 0)}).topLeft();
     return {sampledColumn(pixel.x()), sampledRow(pixel.y())};
@@ -175,6 +175,8 @@ int SurfaceGeometry::firstShowing(int pixel, double offset) const
 
 QRect SurfaceGeometry::sampledRect() const
 {
+    if (!hasImage())
+        return {};
     if (!hasImage())
         return {};
     const QPointF offset = scaledOffset();

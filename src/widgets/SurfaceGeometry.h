@@ -54,7 +54,7 @@ public:
     QPointF viewPoint(const QPointF& imagePoint) const { return imagePoint * m_scaling - scaledOffset(); }
     QPointF imagePoint(const QPointF& viewPoint) const { return (viewPoint + scaledOffset()) / m_scaling; }
     /// The image pixel that the device pixel under a point of the view shows. It may lie outside the image; (-1, -1)
-    /// for a point left of or above the view.
+    /// for a point left of or above the view, and without an image.
     QPoint pixelAt(const QPointF& position) const;
 
     // Device pixels.

@@ -264,6 +264,9 @@ void SurfaceScrollAreaTest::badNumbersMoveNothing()
     QVERIFY(shown.area.zoomToFit());
     shown.area.setZoomTo(2, {INT_MIN, INT_MAX});
     shown.area.setImageOffset({qQNaN(), qInf()});
+    ShownArea empty({0, 0});
+    empty.area.setImageOffset({qInf(), qInf()});
+    empty.area.grab();
     QVERIFY(isNear(shown.centre(), {300, 500 - shown.surface->height() / 4.0}));
 
     // A zoom in a slot takes the place of that under way. A slot may delete the area.
