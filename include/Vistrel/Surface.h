@@ -79,6 +79,8 @@ public:
 
     /// Shows a picture, or nothing for a null one. Zoom and offset are fitted or clamped to the new size.
     void setPixmap(const QPixmap& pixmap);
+    /// The same with what the picture shows in colours, indices with a table, to be combined where it is shrunk.
+    VISTREL_LOCAL void setPicture(const QPixmap& pixmap, const QImage& indices);
 
     // Set what pixel values are read from: an image, or a source's frame, read under a lock that the source grants. The
     // source must live until another image source is set or it is cleared. `owner` keeps pixels that the source does

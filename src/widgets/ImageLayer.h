@@ -17,14 +17,16 @@ class ImageLayer : public SurfaceLayer
 {
 public:
     /// Sets what the next call of `paint` draws: a picture of the geometry's image size, and the background around it,
-    /// `Qt::NoBrush` for none. That call releases the picture.
-    void setPicture(const QPixmap& picture, const QBrush& background);
+    /// `Qt::NoBrush` for none. Where the picture is shrunk, the indices are, unless they are null. That call releases
+    /// both.
+    void setPicture(const QPixmap& picture, const QImage& indices, const QBrush& background);
     void paint(QPainter& painter, const QRegion& area, const SurfaceGeometry& geometry) override;
 
     ShrinkMode shrinkMode = ShrinkMode::Sample;
 
 private:
     QPixmap m_picture;
+    QImage m_indices;
     QBrush m_background;
     PictureSampler m_sampler;
     PictureShrinker m_shrinker;

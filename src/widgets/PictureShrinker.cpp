@@ -6,7 +6,6 @@
 #include "widgets/SurfaceGeometry.h"
 
 #include <QtGui/QPainter>
-#include <QtGui/QPixmap>
 
 #include <algorithm>
 #include <cstddef>
@@ -170,17 +169,16 @@ struct PictureShrinker::Strip
     std::size_t rowCount(std::size_t channel) const { return rows[isOfLevels ? channel : 0].count; }
 };
 
-void PictureShrinker::draw(QPainter& painter, const QPixmap& pixmap, const SurfaceGeometry& geometry,
+void PictureShrinker::draw(QPainter& painter, const QImage& picture, qint64 key, const SurfaceGeometry& geometry,
                            const QRect& drawn, ShrinkMode mode)
 {
     if (drawn.isEmpty())
         return;
-    const QImage picture = pixmap.toImage(); // shares the pixels
     Starts columns =
         startsOf(drawn.left(), drawn.width(), picture.width(), [&](int x) { return geometry.sampledColumn(x); });
     Starts rows =
         startsOf(drawn.top(), drawn.height(), picture.height(), [&](int y) { return geometry.sampledRow(y); });
-    if (pixmap.cacheKey() != m_key || mode != m_mode || columns != m_columns || rows != m_rows) {
+    if (key != m_key || mode != m_mode || columns != m_columns || rows != m_rows) {
         m_key = 0;
         if (columns != m_columns)
             m_plan.set(columns);
@@ -193,7 +191,7 @@ void PictureShrinker::draw(QPainter& painter, const QPixmap& pixmap, const Surfa
         if (m_shrunk.isNull())
             return;
         shrink(picture);
-        m_key = pixmap.cacheKey();
+        m_key = key;
     }
     painter.drawImage(drawn.topLeft(), m_shrunk, QRect(QPoint(0, 0), drawn.size()));
 }

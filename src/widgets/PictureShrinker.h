@@ -18,7 +18,6 @@
 #include <vector>
 
 class QPainter;
-class QPixmap;
 
 namespace Vistrel {
 
@@ -31,7 +30,8 @@ class PictureShrinker
 public:
     /// Draws the device pixels `drawn`, all of which show a picture of the geometry's image size, of any format. The
     /// painter's unit is the device pixel, of which an image pixel has less than one.
-    void draw(QPainter& painter, const QPixmap& pixmap, const SurfaceGeometry& geometry, const QRect& drawn,
+    /// The key, which is not 0, identifies the pixels.
+    void draw(QPainter& painter, const QImage& picture, qint64 key, const SurfaceGeometry& geometry, const QRect& drawn,
               ShrinkMode mode);
 
 private:

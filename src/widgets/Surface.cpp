@@ -56,8 +56,9 @@ public:
 
     Surface* const surface;
 
-    std::mutex viewMutex; // guards the next two
+    std::mutex viewMutex; // guards the next three
     QPixmap pixmap;
+    QImage indices; // that the pixmap shows in colours, or null
     SurfaceGeometry geometry;
 
     SharedPixelSource source;
@@ -213,9 +214,16 @@ QPixmap Surface::pixmap() const
 
 void Surface::setPixmap(const QPixmap& pixmap)
 {
+    setPicture(pixmap, QImage());
+}
+
+void Surface::setPicture(const QPixmap& pixmap, const QImage& indices)
+{
     QPixmap previous = pixmap; // destroyed without a lock held
+    QImage previousIndices = indices;
     m_data->change([&](PrivateData::Changes& changes) {
         m_data->pixmap.swap(previous);
+        m_data->indices.swap(previousIndices);
         if (previous.size() == pixmap.size())
             return;
         SurfaceGeometry& geometry = m_data->geometry;
@@ -345,7 +353,7 @@ void Surface::PrivateData::paint(QPainter& painter, const QRegion& area)
     {
         const auto view = lockView();
         painted = geometry;
-        image.setPicture(pixmap, background);
+        image.setPicture(pixmap, indices, background);
         overlay.setPicture(pixmap);
     }
     painted.setGrid(device.m11(), {device.dx(), device.dy()});

@@ -81,9 +81,13 @@ PixelBlock PixelBlocks::take(std::size_t bytes)
     });
 }
 
-QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format)
+namespace {
+
+// `Byte` is const for an image that is read only.
+template <typename Byte>
+QImage viewOf(const PixelBlock& block, QSize size, QImage::Format format)
 {
-    const uchar* const bytes = block->data(); // const bytes make the image read only
+    Byte* const bytes = block->data();
     const int rowBytes = size.width() * (QImage::toPixelFormat(format).bitsPerPixel() / 8);
     auto* const reference = new PixelBlock(block);
     QImage image(
@@ -91,6 +95,20 @@ QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format)
         reference);
     if (image.isNull())
         delete reference;
+    return image;
+}
+
+} // namespace
+
+QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format)
+{
+    return viewOf<const uchar>(block, size, format);
+}
+
+QImage indicesOver(const PixelBlock& block, QSize size, const QVector<QRgb>& colors)
+{
+    QImage image = viewOf<uchar>(block, size, QImage::Format_Indexed8);
+    image.setColorTable(colors);
     return image;
 }
 

@@ -45,4 +45,8 @@ private:
 /// reference to the block. Read only: writing to the image, or painting on it, makes a copy.
 QImage imageOver(const PixelBlock& block, QSize size, QImage::Format format);
 
+/// The same for indices into colours, but not read only, because Qt would copy the pixels as it takes the colours: for
+/// the library alone, which writes to no image.
+QImage indicesOver(const PixelBlock& block, QSize size, const QVector<QRgb>& colors);
+
 } // namespace Vistrel

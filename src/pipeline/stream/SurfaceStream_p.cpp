@@ -3,6 +3,7 @@
 #include "pipeline/stream/SurfaceStream_p.h"
 
 #include "base/HostCall.h"
+#include "pipeline/frames/ColorPalette.h"
 
 #include <Vistrel/AcquisitionSignalHandler.h>
 #include <Vistrel/Surface.h>
@@ -18,6 +19,17 @@ namespace {
 bool isDemosaiced(const DisplayFrame& frame)
 {
     return (frame.effective.format & formatPatternMask) != 0;
+}
+
+// The indices of a picture in a palette; null for any other, and for one of a locked bitmap, whose pixels change.
+QImage indicesOf(const DisplayFrame& frame)
+{
+    const auto palette = frame.stages.get<ColorPalette>();
+    if (frame.lockedBitmap || frame.image.format() != QImage::Format_Indexed8 || !palette || palette->isGray())
+        return {};
+    QVector<QRgb> colors = palette->entries;
+    std::transform(colors.cbegin(), colors.cend(), colors.begin(), [](QRgb color) { return color | 0xFF000000; });
+    return indicesOver(frame.block, frame.image.size(), colors);
 }
 
 } // namespace
@@ -143,7 +155,7 @@ void SurfaceStream::PrivateData::showRenewal(StreamWorker::Renewal renewal)
         front.reset();
         updateImage();
     } else if (surface) {
-        surface->setPixmap(pixmapOf(*front));
+        surface->setPicture(pixmapOf(*front), indicesOf(*front));
     }
 }
 
@@ -156,7 +168,7 @@ void SurfaceStream::PrivateData::updateImage()
     }
     const QPointer<PrivateData> alive(this); // the slots of the surface may delete the stream, or the surface
     if (surface && front && !front->rendered.isNull()) {
-        surface->setPixmap(pixmapOf(*front));
+        surface->setPicture(pixmapOf(*front), indicesOf(*front));
         if (!alive)
             return;
         if (surface && isDemosaiced(*front))
