@@ -34,6 +34,13 @@ double clampedScaling(double scaling)
                                                    : SurfaceGeometry::scalingMin();
 }
 
+// A position in an event that a host made may be any number.
+int bounded(double devicePixel)
+{
+    constexpr double most = 1e7; // further than any view reaches; no image pixel there overflows
+    return devicePixel > -most ? static_cast<int>(std::min(devicePixel, most)) : static_cast<int>(-most);
+}
+
 double clampedOffset(double offset, double most)
 {
     return offset > 0 ? std::min(offset, most) : 0;
@@ -130,8 +137,8 @@ void SurfaceGeometry::setGrid(double ratio, const QPointF& corner)
 QRect SurfaceGeometry::devicePixels(const QRectF& area) const
 {
     const auto place = [](double from, double to, double corner, int first) {
-        return std::pair(static_cast<int>(std::floor(from + corner + deviceTie)) - first,
-                         static_cast<int>(std::ceil(to + corner - deviceTie)) - first);
+        return std::pair(bounded(std::floor(from + corner + deviceTie)) - first,
+                         bounded(std::ceil(to + corner - deviceTie)) - first);
     };
     const auto [left, right] = place(area.left() * m_ratio, area.right() * m_ratio, m_corner.x(), m_firstPixel.x());
     const auto [top, bottom] = place(area.top() * m_ratio, area.bottom() * m_ratio, m_corner.y(), m_firstPixel.y());
