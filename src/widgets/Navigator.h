@@ -14,7 +14,8 @@ class Surface;
 class SurfaceScrollArea;
 
 /// Points are in the surface's coordinates. Without an image nothing moves. A slot of the surface's signals may zoom
-/// again, which takes the place of the zoom under way, or delete the area.
+/// again, which takes the place of the zoom under way, or delete the area; but not of those that are emitted while Qt
+/// resizes the surface, which scroll bars that come and go do as well.
 class Navigator
 {
 public:

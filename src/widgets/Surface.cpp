@@ -1,75 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The widget that paints the current frame.
-#include <Vistrel/Surface.h>
-
-#include "base/Log.h"
-#include "widgets/CrosshairLayer.h"
-#include "widgets/DevicePixels.h"
-#include "widgets/HintLayer.h"
-#include "widgets/ImageLayer.h"
-#include "widgets/PixelOverlay.h"
-#include "widgets/PixelSource.h"
+// The view of the widget that paints the current frame: its image, zoom and offset, and the source of its values.
+#include "widgets/Surface_p.h"
 
 #include <QtCore/QPointer>
 #include <QtCore/QThread>
-#include <QtGui/QPaintEvent>
 #include <QtGui/QResizeEvent>
 
-#include <functional>
-#include <mutex>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace Vistrel {
-
-class Surface::PrivateData
-{
-public:
-    explicit PrivateData(Surface* owner) : surface(owner) {}
-
-    // Signals to be emitted, in this order, after the mutex is released.
-    struct Changes
-    {
-        void addOffset(const QPointF& offset)
-        {
-            emissions.push_back([offset](Surface* s) { Q_EMIT s->pixelOffsetChanged(offset); });
-        }
-        void addRange()
-        {
-            emissions.push_back([](Surface* s) { Q_EMIT s->pixelRangeChanged(); });
-        }
-        void addScaling(bool autoFit, double scaling)
-        {
-            emissions.push_back([=](Surface* s) { Q_EMIT s->scalingChanged(autoFit, scaling); });
-        }
-        std::vector<std::function<void(Surface*)>> emissions;
-    };
-
-    std::unique_lock<std::mutex> lockView();
-    void setOffset(const QPointF& offset, Changes& changes);
-    bool fit(bool isForced, Changes& changes);
-    void change(const std::function<void(Changes&)>& operation);
-    void setSource(PixelSource next);
-    void requestUpdate();
-    void paint(QPainter& painter, const QRegion& area);
-
-    Surface* const surface;
-
-    std::mutex viewMutex; // guards the next three
-    QPixmap pixmap;
-    QImage indices; // that the pixmap shows in colours, or null
-    SurfaceGeometry geometry;
-
-    SharedPixelSource source;
-
-    // User-interface thread only. The last layer is drawn on top.
-    ImageLayer image;
-    PixelOverlay overlay{source};
-    CrosshairLayer crosshair;
-    HintLayer hint;
-    const std::vector<SurfaceLayer*> layers{&image, &overlay, &crosshair, &hint};
-};
 
 Surface::Surface(QWidget* parent) : QWidget(parent), m_data(new PrivateData(this))
 {
@@ -330,132 +269,6 @@ bool Surface::imageSrcPixVal(const PixPos& position, PixVal& value)
     const PixelSource source = m_data->source.get();
     ScopedLock lock;
     return source.lock(lock) && source.value(position, value);
-}
-
-// Painting ------------------------------------------------------------------------------------------------------------
-
-void Surface::PrivateData::paint(QPainter& painter, const QRegion& area)
-{
-    const QTransform device = painter.deviceTransform();
-    if (!isGrid(device)) {
-        QImage whole(surface->size(), QImage::Format_ARGB32_Premultiplied);
-        whole.fill(Qt::transparent);
-        QPainter wholePainter(&whole);
-        paint(wholePainter, surface->rect());
-        wholePainter.end();
-        painter.drawImage(0, 0, whole);
-        return;
-    }
-    // An opaque surface that fills its background does it here, and only where the image does not cover it.
-    const bool isFilled = surface->autoFillBackground() && surface->testAttribute(Qt::WA_OpaquePaintEvent);
-    const QBrush background = isFilled ? surface->palette().brush(QPalette::Window) : QBrush(Qt::NoBrush);
-    SurfaceGeometry painted;
-    {
-        const auto view = lockView();
-        painted = geometry;
-        image.setPicture(pixmap, indices, background);
-        overlay.setPicture(pixmap);
-    }
-    painted.setGrid(device.m11(), {device.dx(), device.dy()});
-    for (SurfaceLayer* const layer : layers) {
-        painter.save();
-        layer->paint(painter, area, painted);
-        painter.restore();
-    }
-}
-
-void Surface::paintEvent(QPaintEvent* event)
-{
-    QPainter painter(this);
-    m_data->paint(painter, event->region());
-}
-
-// Marks ---------------------------------------------------------------------------------------------------------------
-
-bool Surface::crosshairVisible() const
-{
-    return m_data->crosshair.crosshairVisible;
-}
-
-void Surface::setCrosshairVisible(bool visible)
-{
-    m_data->crosshair.crosshairVisible = visible;
-    update();
-}
-
-QPoint Surface::activePixel() const
-{
-    return m_data->crosshair.activePixel;
-}
-
-void Surface::setActivePixel(const QPoint& pixPoint)
-{
-    m_data->crosshair.activePixel = pixPoint;
-    if (m_data->crosshair.crosshairVisible)
-        update();
-}
-
-void Surface::setActivePixel(int x, int y)
-{
-    setActivePixel(QPoint(x, y));
-}
-
-void Surface::setHint(const QString& text)
-{
-    if (std::exchange(m_data->hint.text, text) == text)
-        return;
-    setAccessibleDescription(text);
-    update();
-}
-
-PixelValues Surface::pixelValues() const
-{
-    return m_data->overlay.pixelValues;
-}
-
-void Surface::setPixelValues(PixelValues values)
-{
-    if (values < PixelValues::Off || values > PixelValues::ValueOnly) {
-        reportLine("Vistrel::Surface::setPixelValues: Unknown PixelValues with index " +
-                   std::to_string(static_cast<std::int32_t>(values)) + ".");
-        return;
-    }
-    update();
-    if (std::exchange(m_data->overlay.pixelValues, values) != values)
-        Q_EMIT pixelValuesChanged();
-}
-
-bool Surface::valueOverlayEnabled() const
-{
-    return pixelValues() != PixelValues::Off;
-}
-
-void Surface::setValueOverlayEnabled(bool enabled)
-{
-    if (enabled != valueOverlayEnabled())
-        setPixelValues(enabled ? PixelValues::WithPosition : PixelValues::Off);
-}
-
-double Surface::pixelValuesScaling()
-{
-    return m_data->overlay.smallestScaling(*this, viewGeometry());
-}
-
-ShrinkMode Surface::shrinkMode() const
-{
-    return m_data->image.shrinkMode;
-}
-
-void Surface::setShrinkMode(ShrinkMode mode)
-{
-    if (mode < ShrinkMode::Sample || mode > ShrinkMode::Maximum) {
-        reportLine("Vistrel::Surface::setShrinkMode: Unknown ShrinkMode with index " +
-                   std::to_string(static_cast<std::int32_t>(mode)) + ".");
-        return;
-    }
-    update();
-    if (std::exchange(m_data->image.shrinkMode, mode) != mode)
-        Q_EMIT shrinkModeChanged();
 }
 
 } // namespace Vistrel
