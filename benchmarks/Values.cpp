@@ -71,7 +71,7 @@ void writeValues(benchmark::State& state, Format format, PixelValues values, dou
         shared.set(shown);
         QPainter painter(&screen);
         image.push_back(cpuOf([&] {
-            layer.setPicture(picture, Qt::NoBrush);
+            layer.setPicture(picture, {}, Qt::NoBrush);
             layer.paint(painter, whole, geometry);
         }));
         reading.push_back(cpuOf([&] {
