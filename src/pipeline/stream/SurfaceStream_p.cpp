@@ -116,6 +116,12 @@ void SurfaceStream::PrivateData::showSetUp()
 
 void SurfaceStream::PrivateData::getNextFrame(bool getNew)
 {
+    // The source may have announced a clean-up before the frame, whose turn comes later.
+    const QPointer<PrivateData> alive(this);
+    if (stateAnnounced.drop())
+        stream->updateAcquisitionState();
+    if (!alive)
+        return;
     // A source that announces a frame may have been set up without announcing that.
     if (!isSourceSetUp && readout.isAskable && asksSetUp())
         showSetUp();
