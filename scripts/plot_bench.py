@@ -75,6 +75,36 @@ def other_table(cases):
     return table(["what", "figure"], rows)
 
 
+def view_table(cases):
+    rows = []
+    for name in ("Mono8", "RGB8"):
+        for zoom, what in (("fit", "scaled to fit"), ("100", "at 100 %"), ("800", "at 800 %")):
+            case = cases.get(f"paint/{name}/{zoom}", {})
+            for ratio in ("150", "200"):
+                if f"pixel_cost_at_{ratio}" in case:
+                    rows.append([f"`{name}` {what}, {int(ratio) / 100:g} device pixels a logical one: "
+                                 "cost of a device pixel, in units of that at 1",
+                                 number(case[f"pixel_cost_at_{ratio}"])])
+    for name, what in (("Mono8", "8-bit grey"), ("RGBa8", "four bytes a pixel")):
+        case = cases.get(f"shrink/{name}/4096x3072", {})
+        for mode in ("mean", "maximum"):
+            if f"{mode}_to_read" in case:
+                rows.append([f"{what}, shrunk by {mode} to 1280 x 960 and painted: time, in units of reading the "
+                             "picture once", number(case[f"{mode}_to_read"])])
+    for kind, what in (("value_only", "values alone"), ("with_position", "values with positions")):
+        for name in ("Mono8", "Mono16", "RGB8", "RGB16"):
+            case = cases.get(f"values/{kind}/{name}/ratio_1.0", {})
+            if "values_cpu_ms" in case:
+                rows.append([f"`{name}`, {what} in {case['cells']:.0f} cells on 3840 x 2160: ms of processor time",
+                             number(case["values_cpu_ms"], 1)])
+    for name in ("Mono8", "RGB8"):
+        case = cases.get(f"window/pointed/{name}/640x480", {})
+        if "overhead_percent" in case:
+            rows.append([f"`{name}` 640 x 480 with the pointer over the image: the window beyond the bare surface, %",
+                         number(case["overhead_percent"], 1)])
+    return table(["what", "figure"], rows)
+
+
 def megapixels(size):
     width, height = map(int, size.split("x"))
     return width * height / 1e6
@@ -133,6 +163,7 @@ def main(figures, document, picture):
     text = replace(text, "machine", f"Taken on {context['date'][:10]} with {context['num_cpus']} processors of "
                    f"{context['mhz_per_cpu'] / 1000:.1f} GHz, load {context['load_avg'][0]:.1f} at the start.")
     text = replace(text, "conversions", conversion_table(cases))
+    text = replace(text, "view", view_table(cases))
     text = replace(text, "others", other_table(cases))
     with open(document, "w", encoding="utf-8") as file:
         file.write(text)
